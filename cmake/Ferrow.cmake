@@ -1,0 +1,34 @@
+# Every target of ours links this one: warnings, sanitizers and the switches that keep text conversions explicit.
+add_library(ferrow_options INTERFACE)
+target_include_directories(ferrow_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
+target_compile_options(ferrow_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+                       -Wcast-align -Wimplicit-fallthrough)
+target_compile_definitions(ferrow_options INTERFACE QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING
+                           QT_NO_FOREACH _FILE_OFFSET_BITS=64)
+if(FERROW_WARNINGS_AS_ERRORS)
+    target_compile_options(ferrow_options INTERFACE -Werror)
+endif()
+if(FERROW_SANITIZE)
+    target_compile_options(ferrow_options INTERFACE -fsanitize=${FERROW_SANITIZE} -fno-sanitize-recover=all
+                           -fno-omit-frame-pointer)
+    target_link_options(ferrow_options INTERFACE -fsanitize=${FERROW_SANITIZE})
+endif()
+
+# ferrow_room(Name SOURCES ... LINKS ...): a static library for one room, reached by others as Ferrow::Name. The link
+# lines repeat the table in docs/architecture.md, so that an include from a higher room does not build.
+function(ferrow_room name)
+    cmake_parse_arguments(ROOM "" "" "SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
+    add_library(Ferrow${name} STATIC ${ROOM_SOURCES})
+    add_library(Ferrow::${name} ALIAS Ferrow${name})
+    target_link_libraries(Ferrow${name} PUBLIC ferrow_options ${ROOM_LINKS} PRIVATE ${ROOM_PRIVATE_LINKS})
+endfunction()
+
+# ferrow_tests(Name SOURCES ... LINKS ...): one GoogleTest program, registered with ctest under its name.
+function(ferrow_tests name)
+    cmake_parse_arguments(TEST "" "" "SOURCES;LINKS" ${ARGN})
+    add_executable(${name} ${TEST_SOURCES} ${PROJECT_SOURCE_DIR}/tests/Support/Main.cpp)
+    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+    target_link_libraries(${name} PRIVATE ferrow_options GTest::gmock Qt6::Gui ${TEST_LINKS})
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES TIMEOUT 600)
+endfunction()

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Models/ImportedPhoto.h"
+#include "Models/RenderRecipe.h"
+#include "Platform/Codecs/ImageEncoder.h"
+#include "Platform/Pixels/Bitmap.h"
+#include "Platform/Properties/PropertyMap.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <cstdint>
+#include <vector>
+
+/// Everything that touches untrusted bytes, as requests that carry values and descriptors, and answers that carry
+/// values: whoever answers needs no files, no network and no window.
+namespace ferrow::Engine {
+
+/// Limits on source photos and on logos; each is the largest value still accepted.
+inline constexpr std::int64_t maximumSourceSide = 50'000;
+inline constexpr std::int64_t maximumSourcePixels = 200'000'000;
+inline constexpr std::int64_t maximumLogoSide = 20'000;
+inline constexpr std::int64_t maximumLogoPixels = 100'000'000;
+
+/// An open, regular file, borrowed until the request is answered. `size` as seen at open.
+struct SourceFile {
+    int descriptor = -1;
+    std::int64_t size = 0;
+};
+
+/// What is this photo? With `maximumDimension` above 0 also: what does it look like, upright, at most that long.
+struct InspectRequest {
+    SourceFile source;
+    std::int64_t maximumDimension = 0;
+};
+
+struct InspectAnswer {
+    SupportedImageType type = SupportedImageType::jpeg;
+    PixelSize storedSize;
+    PixelSize uprightSize;
+    ImageProperties properties;
+    QString colorProfileName;
+    Bitmap picture; ///< 8-bit RGB, alpha none or straight, in its own RGB profile (sRGB for other models); or null.
+};
+
+/// A small picture laid over the canvas, already at its final size.
+struct Overlay {
+    Bitmap picture; ///< Premultiplied RGBA in any RGB profile.
+    std::int64_t x = 0; ///< Of its left edge on the canvas, origin at the top left; may lie outside.
+    std::int64_t y = 0;
+    double opacity = 1; ///< 0…1.
+};
+
+/// A framed picture as values: a canvas filled with one colour, a photo at whole-pixel position, overlays in order.
+struct Composition {
+    PixelSize canvasSize;
+    RGBAColor borderColor; ///< sRGB.
+    std::int64_t photoX = 0; ///< Of the photo's left edge, origin at the top left; the photo is drawn at its own size.
+    std::int64_t photoY = 0;
+    std::vector<Overlay> overlays;
+    OutputColorProfile colorProfile = OutputColorProfile::sRGB;
+};
+
+/// Decode this photo at full size, frame it, encode it into that empty file.
+struct FrameRequest {
+    SourceFile source;
+    int outputDescriptor = -1;
+    PixelSize expectedSize; ///< Upright size at import; anything else is fullResolutionMismatch.
+    Composition composition;
+    ExportFormat format = ExportFormat::jpeg;
+    double quality = 0.9;
+    OutputMetadata metadata;
+};
+
+/// The pixels of one part of the framed picture, as an export would write them.
+struct RegionRequest {
+    SourceFile source;
+    PixelSize expectedSize;
+    Composition composition;
+    std::int64_t x = 0;
+    std::int64_t y = 0;
+    PixelSize size;
+};
+
+/// A logo at most `maximumDimension` long (PDF pages are drawn at exactly that).
+struct LogoRequest {
+    SourceFile source;
+    std::int64_t maximumDimension = 0;
+};
+
+struct LogoAnswer {
+    QByteArray fileExtension; ///< By content: "png", "tiff" or "pdf".
+    Bitmap picture;           ///< Upright, premultiplied RGBA in its own RGB profile.
+};
+
+} // namespace ferrow::Engine

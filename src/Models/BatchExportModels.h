@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Models/CodedEnum.h"
+#include "Models/ImportedPhoto.h"
+#include "Models/RenderRecipe.h"
+#include "Platform/Base/FileUrl.h"
+
+#include <QString>
+#include <QUuid>
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <set>
+#include <variant>
+#include <vector>
+
+namespace ferrow {
+
+/// Whether edits go to the batch or to the selected photo alone.
+enum class RecipeScope { batch, selected };
+enum class ExportDestinationMode { chosenFolder, sourceSubfolder };
+enum class CollisionRule { appendNumber, skip, replace };
+
+struct BatchExportConfiguration {
+    ExportDestinationMode destinationMode = ExportDestinationMode::chosenFolder;
+    std::optional<FileUrl> chosenFolder;
+    QString sourceSubfolderName = QStringLiteral("Ferrow Export");
+    QString filenameTemplate = QStringLiteral("{filename}_framed");
+    CollisionRule collisionRule = CollisionRule::appendNumber;
+    std::int64_t maximumConcurrentExports = 2;
+
+    bool operator==(const BatchExportConfiguration&) const = default;
+};
+
+/// One planned export of one photo.
+struct BatchExportJob {
+    ImportedPhoto photo;
+    RenderRecipe recipe; ///< Already resolved for this photo.
+    ExportSettings settings;
+    FileUrl destination;
+    bool replaceExisting = false;
+};
+
+/// A photo that could not be imported, planned or exported, with the sentence for the user.
+struct BatchExportFailure {
+    QUuid id = QUuid::createUuid();
+    QString filename;
+    QString message;
+    FileUrl source; ///< The photo itself, where known: two failures may share a file name.
+
+    bool operator==(const BatchExportFailure&) const = default;
+};
+
+struct BatchExportPlan {
+    std::vector<BatchExportJob> jobs;
+    std::int64_t skipped = 0;
+    std::vector<FileUrl> skippedPhotos; ///< One per photo counted in `skipped`, in photo order.
+    std::vector<BatchExportFailure> failures;
+    std::vector<FileUrl> outputFolders;
+};
+
+/// How one job ended; the strings are source file names.
+struct BatchExportOutcome {
+    struct Exported {
+        QString filename;
+    };
+    struct Failed {
+        BatchExportFailure failure;
+    };
+    struct Cancelled {
+        QString filename;
+    };
+
+    std::variant<Exported, Failed, Cancelled> result;
+    std::size_t jobIndex = 0; ///< Position in the list of jobs: names alone can repeat.
+
+    [[nodiscard]] QString filename() const;
+};
+
+struct BatchExportProgress {
+    std::int64_t completed = 0;
+    std::int64_t total = 0;
+    QString currentFilename;
+
+    bool operator==(const BatchExportProgress&) const = default;
+};
+
+struct BatchExportReport {
+    QUuid id = QUuid::createUuid();
+    std::int64_t total = 0;
+    std::int64_t exported = 0;
+    std::int64_t skipped = 0;
+    std::int64_t cancelled = 0;
+    std::vector<BatchExportFailure> failures;
+    std::vector<FileUrl> outputFolders;
+};
+
+enum class BatchPlanningError { missingDestination, invalidSubfolder };
+
+/// Whether a folder name typed by the user is acceptable. Callers that use the name trim it as this does.
+namespace SafePathComponent {
+[[nodiscard]] bool isValid(const QString& name);
+} // namespace SafePathComponent
+
+namespace FilenameTemplate {
+/// Output name with its extension, for the photo at the 0-based position `index`. Bytes of a source name that are not
+/// UTF-8 are kept.
+[[nodiscard]] QByteArray filename(const QString& nameTemplate, const FileUrl& sourceURL, std::int64_t index,
+                                  const QString& extension);
+/// Longest prefix of whole characters (grapheme clusters) of at most `maximumBytes` bytes of UTF-8; "framed" when not
+/// even the first fits. `text` may hold undecodable bytes as ByteText::decode() gives them.
+[[nodiscard]] QString truncatedUTF8(const QString& text, std::int64_t maximumBytes);
+} // namespace FilenameTemplate
+
+/// Picks a free name for one output.
+namespace BatchCollisionResolver {
+struct Resolution {
+    FileUrl url;
+    bool replaceExisting = false;
+
+    bool operator==(const Resolution&) const = default;
+};
+/// Absent when the photo is to be skipped. The url returned is added to `reserved`.
+[[nodiscard]] std::optional<Resolution> destination(const FileUrl& proposed, CollisionRule rule,
+                                                    std::set<FileUrl>& reserved,
+                                                    const std::function<bool(const FileUrl&)>& fileExists);
+} // namespace BatchCollisionResolver
+
+template <>
+struct CodedCases<RecipeScope> {
+    static constexpr std::array<CodedCase<RecipeScope>, 2> table {
+        {{RecipeScope::batch, u"Entire Batch"}, {RecipeScope::selected, u"Selected Photo"}}};
+};
+
+template <>
+struct CodedCases<ExportDestinationMode> {
+    static constexpr std::array<CodedCase<ExportDestinationMode>, 2> table {
+        {{ExportDestinationMode::chosenFolder, u"Chosen Folder"},
+         {ExportDestinationMode::sourceSubfolder, u"Beside Each Source"}}};
+};
+
+template <>
+struct CodedCases<CollisionRule> {
+    static constexpr std::array<CodedCase<CollisionRule>, 3> table {
+        {{CollisionRule::appendNumber, u"Append a Number"},
+         {CollisionRule::skip, u"Skip Existing"},
+         {CollisionRule::replace, u"Replace Existing"}}};
+};
+
+} // namespace ferrow

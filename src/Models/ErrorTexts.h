@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Models/BatchExportModels.h"
+#include "Platform/Base/PixelSize.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <optional>
+#include <variant>
+
+namespace ferrow {
+
+/// The texts an error has for the user.
+struct LocalizedErrorTexts {
+    std::optional<QString> errorDescription;
+    std::optional<QString> failureReason;
+    std::optional<QString> recoverySuggestion;
+    QString genericDescription; ///< Shown where the other three say nothing.
+
+    bool operator==(const LocalizedErrorTexts&) const = default;
+};
+
+/// What went wrong with a photo between its file and its framed copy. Thrown by value.
+class ImagePipelineError {
+public:
+    struct FileTooLarge {
+        std::int64_t bytes = 0;
+        bool operator==(const FileTooLarge&) const = default;
+    };
+    struct UnsupportedType {
+        QString type;
+        bool operator==(const UnsupportedType&) const = default;
+    };
+    struct UnreasonableDimensions {
+        std::int64_t width = 0;
+        std::int64_t height = 0;
+        bool operator==(const UnreasonableDimensions&) const = default;
+    };
+    struct UnreasonableOutputDimensions {
+        std::int64_t width = 0;
+        std::int64_t height = 0;
+        bool operator==(const UnreasonableOutputDimensions&) const = default;
+    };
+    struct FullResolutionMismatch {
+        PixelSize expected;
+        PixelSize decoded;
+        bool operator==(const FullResolutionMismatch&) const = default;
+    };
+    struct EncodingFailed {
+        QString format;
+        bool operator==(const EncodingFailed&) const = default;
+    };
+    struct OutputWriteFailed {
+        QString format;
+        bool operator==(const OutputWriteFailed&) const = default;
+    };
+    /// The cases without a value.
+    enum class Plain {
+        unreadableFile,
+        malformedImage,
+        decodingFailed,
+        renderingFailed,
+        invalidRenderRecipe,
+        destinationIsSource,
+        destinationExists
+    };
+    using Case = std::variant<FileTooLarge, UnsupportedType, UnreasonableDimensions, UnreasonableOutputDimensions,
+                              FullResolutionMismatch, EncodingFailed, OutputWriteFailed, Plain>;
+
+    static constexpr Plain unreadableFile = Plain::unreadableFile;
+    static constexpr Plain malformedImage = Plain::malformedImage;
+    static constexpr Plain decodingFailed = Plain::decodingFailed;
+    static constexpr Plain renderingFailed = Plain::renderingFailed;
+    static constexpr Plain invalidRenderRecipe = Plain::invalidRenderRecipe;
+    static constexpr Plain destinationIsSource = Plain::destinationIsSource;
+    static constexpr Plain destinationExists = Plain::destinationExists;
+
+    template <typename T>
+    ImagePipelineError(T value) // NOLINT(google-explicit-constructor): an error is its case
+        : value(std::move(value))
+    {
+    }
+
+    Case value;
+
+    [[nodiscard]] QString errorDescription() const;
+    [[nodiscard]] QString recoverySuggestion() const;
+
+    bool operator==(const ImagePipelineError&) const = default;
+};
+
+/// What went wrong with a logo. Thrown by value.
+struct LogoAssetError {
+    enum class Case { fileTooLarge, malformed, unsupportedType, unreasonableDimensions, missingManagedAsset };
+    Case value = Case::malformed;
+    std::int64_t bytes = 0; ///< For fileTooLarge.
+
+    [[nodiscard]] QString errorDescription() const;
+    [[nodiscard]] QString recoverySuggestion() const;
+
+    bool operator==(const LogoAssetError&) const = default;
+};
+
+/// What went wrong with the preset file beyond the file system's own errors. Thrown by value.
+struct PresetPersistenceError {
+    enum class Case { unsupportedVersion, invalidName };
+    Case value = Case::invalidName;
+    std::int64_t version = 0; ///< For unsupportedVersion.
+
+    bool operator==(const PresetPersistenceError&) const = default;
+};
+
+[[nodiscard]] LocalizedErrorTexts localizedTexts(const ImagePipelineError& error);
+[[nodiscard]] LocalizedErrorTexts localizedTexts(const LogoAssetError& error);
+[[nodiscard]] LocalizedErrorTexts localizedTexts(BatchPlanningError error);
+[[nodiscard]] LocalizedErrorTexts localizedTexts(const PresetPersistenceError& error);
+
+} // namespace ferrow

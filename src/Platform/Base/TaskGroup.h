@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <condition_variable>
+#include <cstddef>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <queue>
+#include <thread>
+#include <vector>
+
+namespace ferrow {
+
+/// Runs `operation(index)` for the indexes 0 … count−1 in order, at most `maximumConcurrency` at once on threads of its
+/// own, and hands each result to `collect(index, result)` on the calling thread in completion order; returns when no
+/// operation is left. `mayStart()` is asked on the calling thread before each start after the first round has begun;
+/// once it answers false nothing further is started. `operation` must not throw.
+template <typename Result>
+void runBounded(std::size_t count, std::size_t maximumConcurrency, const std::function<Result(std::size_t)>& operation,
+                const std::function<void(std::size_t, Result)>& collect, const std::function<bool()>& mayStart)
+{
+    std::mutex mutex;
+    std::condition_variable workGiven;
+    std::condition_variable resultReady;
+    std::queue<std::size_t> work;
+    std::queue<std::pair<std::size_t, Result>> results;
+    bool closing = false;
+
+    const auto serve = [&] {
+        std::unique_lock lock(mutex);
+        while (true) {
+            workGiven.wait(lock, [&] { return closing || !work.empty(); });
+            if (work.empty())
+                return;
+            const std::size_t index = work.front();
+            work.pop();
+            lock.unlock();
+            Result result = operation(index);
+            lock.lock();
+            results.emplace(index, std::move(result));
+            resultReady.notify_one();
+        }
+    };
+
+    std::size_t next = 0;
+    std::size_t running = 0;
+    std::vector<std::jthread> threads;
+    const auto startNext = [&] {
+        if (next >= count || !mayStart())
+            return false;
+        {
+            const std::scoped_lock lock(mutex);
+            work.push(next++);
+        }
+        ++running;
+        workGiven.notify_one();
+        return true;
+    };
+
+    while (running < maximumConcurrency && startNext())
+        threads.emplace_back(serve);
+    while (running > 0) {
+        std::unique_lock lock(mutex);
+        resultReady.wait(lock, [&] { return !results.empty(); });
+        auto [index, result] = std::move(results.front());
+        results.pop();
+        lock.unlock();
+        --running;
+        collect(index, std::move(result));
+        startNext();
+    }
+    {
+        const std::scoped_lock lock(mutex);
+        closing = true;
+    }
+    workGiven.notify_all();
+}
+
+} // namespace ferrow

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Platform/Base/ByteSource.h"
+#include "Platform/Base/FileUrl.h"
+#include "Platform/Base/SystemErrors.h"
+
+#include <cstdint>
+#include <optional>
+
+namespace ferrow {
+
+/// What tells one state of a file from another.
+struct FileIdentity {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    std::int64_t size = 0;
+    std::int64_t modifiedNanoseconds = 0;
+
+    bool operator==(const FileIdentity&) const = default;
+};
+
+/// A file opened once for reading: non-blocking, never as a controlling terminal, closed on exec, and checked to be a
+/// regular file on the descriptor itself. Moves only.
+class OpenedFile {
+public:
+    /// Throws SystemError when it can't be opened, with EISDIR or EINVAL when it is not a regular file.
+    [[nodiscard]] static OpenedFile open(const FileUrl& url);
+
+    OpenedFile(OpenedFile&& other) noexcept;
+    OpenedFile& operator=(OpenedFile&& other) noexcept;
+    ~OpenedFile();
+
+    [[nodiscard]] int descriptor() const { return descriptor_; }
+    [[nodiscard]] std::int64_t size() const { return identity_.size; }
+    /// As seen when it was opened.
+    [[nodiscard]] const FileIdentity& identity() const { return identity_; }
+    /// As it is now, on the same descriptor: differs from identity() when somebody changed the file meanwhile.
+    [[nodiscard]] FileIdentity currentIdentity() const;
+    [[nodiscard]] ByteSource source() const { return {descriptor_, identity_.size}; }
+
+private:
+    explicit OpenedFile(int descriptor, const FileIdentity& identity);
+
+    int descriptor_ = -1;
+    FileIdentity identity_;
+};
+
+} // namespace ferrow

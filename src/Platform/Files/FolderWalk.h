@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Platform/Base/FileUrl.h"
+
+#include <functional>
+
+namespace ferrow {
+
+/// What stands at a path, following links.
+enum class FileKind { missing, file, folder };
+[[nodiscard]] FileKind fileKind(const FileUrl& url);
+
+/// Calls `visit` for everything below `folder` that is not itself a folder to be entered: hidden names (a leading dot)
+/// and the inside of package folders are left out; links to files are reported, links to folders are neither entered
+/// nor reported; unreadable folders are passed over. `folder` itself is entered even when it is a link or hidden.
+/// Names are bytes. The order is unspecified.
+void walkFolder(const FileUrl& folder, const std::function<void(const FileUrl&)>& visit);
+
+} // namespace ferrow

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Platform/Pixels/PixelFormat.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
+namespace ferrow {
+
+/// A colour space as a value: ICC bytes with a name. Copies share the bytes.
+class ColorProfile {
+public:
+    /// The empty profile: "the source brought none", read as sRGB, or as the built-in press space for CMYK, grey gamma
+    /// of sRGB for grey, D50 Lab for Lab.
+    ColorProfile() = default;
+
+    [[nodiscard]] static const ColorProfile& sRGB();
+    [[nodiscard]] static const ColorProfile& displayP3();
+    /// BT.2020 primaries with its own curve, for HEIC pictures that say so by code points.
+    [[nodiscard]] static const ColorProfile& rec2020();
+    /// Grey with the sRGB curve, and the D50 Lab connection space.
+    [[nodiscard]] static const ColorProfile& sGray();
+    [[nodiscard]] static const ColorProfile& lab();
+
+    /// A profile read from a file. Absent when the bytes are not a usable profile of at most 16 MB, or when it is for
+    /// another model than `model` (a grey profile in an RGB picture is no use).
+    [[nodiscard]] static std::optional<ColorProfile> fromIcc(const QByteArray& icc, ColorModel model);
+
+    [[nodiscard]] bool isEmpty() const { return icc_.isEmpty(); }
+    [[nodiscard]] const QByteArray& icc() const { return icc_; }
+    [[nodiscard]] ColorModel model() const { return model_; }
+
+    /// As shown to the user: a well-known space's name (recognised by primaries and curve: "sRGB IEC61966-2.1",
+    /// "Display P3", "Adobe RGB (1998)", …), "Embedded profile" for any other, "sRGB (assumed)" for the empty one.
+    [[nodiscard]] QString name() const;
+
+    /// Whether pictures in both look the same without any conversion: same bytes, or both recognised as the same
+    /// well-known space. The empty profile counts as sRGB.
+    [[nodiscard]] bool isEquivalentTo(const ColorProfile& other) const;
+
+    bool operator==(const ColorProfile& other) const { return icc_ == other.icc_; }
+
+private:
+    enum class Known { none, sRGB, displayP3, adobeRGB, proPhoto, rec2020, grayGamma22, sGray, dotGain20, lab };
+
+    ColorProfile(QByteArray icc, ColorModel model, Known known);
+    static Known recognise(void* profile, ColorModel model);
+
+    QByteArray icc_;
+    ColorModel model_ = ColorModel::rgb;
+    Known known_ = Known::none;
+};
+
+} // namespace ferrow
