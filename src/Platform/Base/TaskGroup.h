@@ -1,21 +1,24 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <algorithm>
 #include <condition_variable>
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <mutex>
-#include <optional>
 #include <queue>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace ferrow {
 
 /// Runs `operation(index)` for the indexes 0 … count−1 in order, at most `maximumConcurrency` at once on threads of its
 /// own, and hands each result to `collect(index, result)` on the calling thread in completion order; returns when no
-/// operation is left. `mayStart()` is asked on the calling thread before each start after the first round has begun;
-/// once it answers false nothing further is started. `operation` must not throw.
+/// operation is left. `mayStart()` is asked on the calling thread before each start; once it answers false nothing
+/// further is started. `operation` must not throw; when one of the others does, what runs is awaited and the exception
+/// passed on. A `maximumConcurrency` of 0 counts as 1.
 template <typename Result>
 void runBounded(std::size_t count, std::size_t maximumConcurrency, const std::function<Result(std::size_t)>& operation,
                 const std::function<void(std::size_t, Result)>& collect, const std::function<bool()>& mayStart)
@@ -45,9 +48,19 @@ void runBounded(std::size_t count, std::size_t maximumConcurrency, const std::fu
 
     std::size_t next = 0;
     std::size_t running = 0;
+    bool mayGoOn = true;
     std::vector<std::jthread> threads;
+    // Goes before the threads do, however this function is left: they would wait for work for ever.
+    const auto close = [&](void*) {
+        const std::scoped_lock lock(mutex);
+        closing = true;
+        workGiven.notify_all();
+    };
+    const std::unique_ptr<void, decltype(close)> closer(&closing, close);
+
     const auto startNext = [&] {
-        if (next >= count || !mayStart())
+        mayGoOn = mayGoOn && next < count && mayStart();
+        if (!mayGoOn)
             return false;
         {
             const std::scoped_lock lock(mutex);
@@ -58,7 +71,7 @@ void runBounded(std::size_t count, std::size_t maximumConcurrency, const std::fu
         return true;
     };
 
-    while (running < maximumConcurrency && startNext())
+    while (running < std::max<std::size_t>(maximumConcurrency, 1) && startNext())
         threads.emplace_back(serve);
     while (running > 0) {
         std::unique_lock lock(mutex);
@@ -70,11 +83,6 @@ void runBounded(std::size_t count, std::size_t maximumConcurrency, const std::fu
         collect(index, std::move(result));
         startNext();
     }
-    {
-        const std::scoped_lock lock(mutex);
-        closing = true;
-    }
-    workGiven.notify_all();
 }
 
 } // namespace ferrow
