@@ -4,6 +4,7 @@
 #include "Models/CodedEnum.h"
 #include "Models/ImportedPhoto.h"
 #include "Models/RenderRecipe.h"
+#include "Models/ValueHash.h"
 #include "Platform/Base/FileUrl.h"
 
 #include <QString>
@@ -12,7 +13,8 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
-#include <set>
+#include <unordered_map>
+#include <unordered_set>
 #include <variant>
 #include <vector>
 
@@ -106,13 +108,22 @@ namespace SafePathComponent {
 
 namespace FilenameTemplate {
 /// Output name with its extension, for the photo at the 0-based position `index`. Bytes of a source name that are not
-/// UTF-8 are kept.
+/// UTF-8 are kept and count as one byte each. Never empty, never holds a slash or a control character, and leaves room
+/// for a number within the 255 bytes of a file name.
 [[nodiscard]] QByteArray filename(const QString& nameTemplate, const FileUrl& sourceURL, std::int64_t index,
                                   const QString& extension);
 /// Longest prefix of whole characters (grapheme clusters) of at most `maximumBytes` bytes of UTF-8; "framed" when not
 /// even the first fits. `text` may hold undecodable bytes as ByteText::decode() gives them.
 [[nodiscard]] QString truncatedUTF8(const QString& text, std::int64_t maximumBytes);
 } // namespace FilenameTemplate
+
+/// The destinations that earlier jobs of a plan were given.
+struct ReservedDestinations {
+    std::unordered_set<FileUrl> urls;
+    /// By proposed url, the first number that was not yet found taken: thousands of photos of one name would otherwise
+    /// each ask for all numbers before theirs.
+    std::unordered_map<FileUrl, std::int64_t> nextNumbers;
+};
 
 /// Picks a free name for one output.
 namespace BatchCollisionResolver {
@@ -122,31 +133,36 @@ struct Resolution {
 
     bool operator==(const Resolution&) const = default;
 };
-/// Absent when the photo is to be skipped. The url returned is added to `reserved`.
+/// Absent when the photo is to be skipped. The url returned is added to `reserved`. `proposed` must be standardized.
 [[nodiscard]] std::optional<Resolution> destination(const FileUrl& proposed, CollisionRule rule,
-                                                    std::set<FileUrl>& reserved,
+                                                    ReservedDestinations& reserved,
                                                     const std::function<bool(const FileUrl&)>& fileExists);
 } // namespace BatchCollisionResolver
 
 template <>
 struct CodedCases<RecipeScope> {
-    static constexpr std::array<CodedCase<RecipeScope>, 2> table {
+    static constexpr std::array<CodedCase<RecipeScope>, 2> table{
         {{RecipeScope::batch, u"Entire Batch"}, {RecipeScope::selected, u"Selected Photo"}}};
 };
 
 template <>
 struct CodedCases<ExportDestinationMode> {
-    static constexpr std::array<CodedCase<ExportDestinationMode>, 2> table {
+    static constexpr std::array<CodedCase<ExportDestinationMode>, 2> table{
         {{ExportDestinationMode::chosenFolder, u"Chosen Folder"},
          {ExportDestinationMode::sourceSubfolder, u"Beside Each Source"}}};
 };
 
 template <>
 struct CodedCases<CollisionRule> {
-    static constexpr std::array<CodedCase<CollisionRule>, 3> table {
-        {{CollisionRule::appendNumber, u"Append a Number"},
-         {CollisionRule::skip, u"Skip Existing"},
-         {CollisionRule::replace, u"Replace Existing"}}};
+    static constexpr std::array<CodedCase<CollisionRule>, 3> table{{{CollisionRule::appendNumber, u"Append a Number"},
+                                                                    {CollisionRule::skip, u"Skip Existing"},
+                                                                    {CollisionRule::replace, u"Replace Existing"}}};
 };
 
+void feed(ValueHash& hash, const BatchExportConfiguration& configuration);
+
 } // namespace ferrow
+
+template <>
+struct std::hash<ferrow::BatchExportConfiguration> : ferrow::ValueHasher {
+};

@@ -44,7 +44,7 @@ template <typename Enum>
 template <typename Enum>
 [[nodiscard]] constexpr auto allCases()
 {
-    std::array<Enum, CodedCases<Enum>::table.size()> cases {};
+    std::array<Enum, CodedCases<Enum>::table.size()> cases{};
     for (std::size_t i = 0; i < cases.size(); ++i)
         cases[i] = CodedCases<Enum>::table[i].value;
     return cases;

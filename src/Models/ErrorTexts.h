@@ -6,13 +6,16 @@
 
 #include <QString>
 
+#include <concepts>
 #include <cstdint>
 #include <optional>
+#include <utility>
 #include <variant>
 
 namespace ferrow {
 
-/// The texts an error has for the user.
+/// The texts an error has for the user. An error type of any room joins in with a function
+/// `LocalizedErrorTexts localizedTexts(const T&)` beside it.
 struct LocalizedErrorTexts {
     std::optional<QString> errorDescription;
     std::optional<QString> failureReason;
@@ -78,8 +81,9 @@ public:
     static constexpr Plain destinationExists = Plain::destinationExists;
 
     template <typename T>
-    ImagePipelineError(T value) // NOLINT(google-explicit-constructor): an error is its case
-        : value(std::move(value))
+    requires std::constructible_from<Case, T>
+    ImagePipelineError(T given) // NOLINT(google-explicit-constructor): an error is its case
+        : value(std::move(given))
     {
     }
 

@@ -13,7 +13,7 @@ enum class SupportedImageType { jpeg, png, tiff, heic };
 
 template <>
 struct CodedCases<SupportedImageType> {
-    static constexpr std::array<CodedCase<SupportedImageType>, 4> table {{{SupportedImageType::jpeg, u"JPEG"},
+    static constexpr std::array<CodedCase<SupportedImageType>, 4> table{{{SupportedImageType::jpeg, u"JPEG"},
                                                                          {SupportedImageType::png, u"PNG"},
                                                                          {SupportedImageType::tiff, u"TIFF"},
                                                                          {SupportedImageType::heic, u"HEIC"}}};

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Models/ValueHash.h"
+
 #include <QDateTime>
 #include <QString>
 
@@ -34,9 +36,10 @@ struct PhotoMetadata {
     bool operator==(const PhotoMetadata&) const = default;
 };
 
+void feed(ValueHash& hash, const PhotoMetadata& metadata);
+
 } // namespace ferrow
 
 template <>
-struct std::hash<ferrow::PhotoMetadata> {
-    std::size_t operator()(const ferrow::PhotoMetadata& metadata) const noexcept;
+struct std::hash<ferrow::PhotoMetadata> : ferrow::ValueHasher {
 };

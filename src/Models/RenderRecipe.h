@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Models/CodedEnum.h"
+#include "Models/ValueHash.h"
 #include "Platform/Base/FileUrl.h"
 #include "Platform/Base/PixelSize.h"
 
@@ -27,14 +28,14 @@ struct RGBAColor {
     static const RGBAColor white;
     static const RGBAColor black;
 
-    /// "red 255, green 255, blue 255". The components must be finite.
+    /// "red 255, green 255, blue 255". The components must be finite: any other ends the program.
     [[nodiscard]] QString accessibilityDescription() const;
 
     bool operator==(const RGBAColor&) const = default;
 };
 
-inline constexpr RGBAColor RGBAColor::white {1, 1, 1, 1};
-inline constexpr RGBAColor RGBAColor::black {0, 0, 0, 1};
+inline constexpr RGBAColor RGBAColor::white{1, 1, 1, 1};
+inline constexpr RGBAColor RGBAColor::black{0, 0, 0, 1};
 
 enum class BorderUnit { pixels, percent };
 /// "px" or "%".
@@ -181,13 +182,13 @@ struct ExportSettings {
 
 template <>
 struct CodedCases<BorderUnit> {
-    static constexpr std::array<CodedCase<BorderUnit>, 2> table {
+    static constexpr std::array<CodedCase<BorderUnit>, 2> table{
         {{BorderUnit::pixels, u"Pixels"}, {BorderUnit::percent, u"Percent"}}};
 };
 
 template <>
 struct CodedCases<MetadataToken> {
-    static constexpr std::array<CodedCase<MetadataToken>, 16> table {
+    static constexpr std::array<CodedCase<MetadataToken>, 16> table{
         {{MetadataToken::filename, u"filename"},
          {MetadataToken::captureDate, u"captureDate"},
          {MetadataToken::camera, u"camera"},
@@ -208,7 +209,7 @@ struct CodedCases<MetadataToken> {
 
 template <>
 struct CodedCases<CaptionSeparator> {
-    static constexpr std::array<CodedCase<CaptionSeparator>, 4> table {{{CaptionSeparator::middleDot, u" \u00B7 "},
+    static constexpr std::array<CodedCase<CaptionSeparator>, 4> table{{{CaptionSeparator::middleDot, u" \u00B7 "},
                                                                        {CaptionSeparator::verticalBar, u" | "},
                                                                        {CaptionSeparator::emDash, u" \u2014 "},
                                                                        {CaptionSeparator::lineBreak, u"\n"}}};
@@ -216,7 +217,7 @@ struct CodedCases<CaptionSeparator> {
 
 template <>
 struct CodedCases<CaptionPosition> {
-    static constexpr std::array<CodedCase<CaptionPosition>, 15> table {
+    static constexpr std::array<CodedCase<CaptionPosition>, 15> table{
         {{CaptionPosition::imageTopLeft, u"Image \u00B7 Top Left"},
          {CaptionPosition::imageTopCenter, u"Image \u00B7 Top Center"},
          {CaptionPosition::imageTopRight, u"Image \u00B7 Top Right"},
@@ -236,7 +237,7 @@ struct CodedCases<CaptionPosition> {
 
 template <>
 struct CodedCases<CaptionFont> {
-    static constexpr std::array<CodedCase<CaptionFont>, 5> table {{{CaptionFont::system, u"System"},
+    static constexpr std::array<CodedCase<CaptionFont>, 5> table{{{CaptionFont::system, u"System"},
                                                                   {CaptionFont::rounded, u"Rounded"},
                                                                   {CaptionFont::serif, u"New York"},
                                                                   {CaptionFont::monospaced, u"Monospaced"},
@@ -245,14 +246,14 @@ struct CodedCases<CaptionFont> {
 
 template <>
 struct CodedCases<CaptionAlignment> {
-    static constexpr std::array<CodedCase<CaptionAlignment>, 3> table {{{CaptionAlignment::left, u"Left"},
+    static constexpr std::array<CodedCase<CaptionAlignment>, 3> table{{{CaptionAlignment::left, u"Left"},
                                                                        {CaptionAlignment::center, u"Center"},
                                                                        {CaptionAlignment::right, u"Right"}}};
 };
 
 template <>
 struct CodedCases<OutputColorProfile> {
-    static constexpr std::array<CodedCase<OutputColorProfile>, 3> table {
+    static constexpr std::array<CodedCase<OutputColorProfile>, 3> table{
         {{OutputColorProfile::sRGB, u"sRGB"},
          {OutputColorProfile::displayP3, u"Display P3"},
          {OutputColorProfile::preserveSource, u"Preserve source profile"}}};
@@ -260,15 +261,36 @@ struct CodedCases<OutputColorProfile> {
 
 template <>
 struct CodedCases<ExportFormat> {
-    static constexpr std::array<CodedCase<ExportFormat>, 4> table {{{ExportFormat::jpeg, u"JPEG"},
+    static constexpr std::array<CodedCase<ExportFormat>, 4> table{{{ExportFormat::jpeg, u"JPEG"},
                                                                    {ExportFormat::png, u"PNG"},
                                                                    {ExportFormat::tiff, u"TIFF"},
                                                                    {ExportFormat::heic, u"HEIC"}}};
 };
 
+void feed(ValueHash& hash, const RGBAColor& color);
+void feed(ValueHash& hash, const CaptionSegment& segment);
+void feed(ValueHash& hash, const LogoAssetReference& asset);
+void feed(ValueHash& hash, const LogoConfiguration& logo);
+void feed(ValueHash& hash, const RenderRecipe& recipe);
+void feed(ValueHash& hash, const ExportSettings& settings);
+
 } // namespace ferrow
 
 template <>
-struct std::hash<ferrow::RenderRecipe> {
-    std::size_t operator()(const ferrow::RenderRecipe& recipe) const noexcept;
+struct std::hash<ferrow::RGBAColor> : ferrow::ValueHasher {
+};
+template <>
+struct std::hash<ferrow::CaptionSegment> : ferrow::ValueHasher {
+};
+template <>
+struct std::hash<ferrow::LogoAssetReference> : ferrow::ValueHasher {
+};
+template <>
+struct std::hash<ferrow::LogoConfiguration> : ferrow::ValueHasher {
+};
+template <>
+struct std::hash<ferrow::RenderRecipe> : ferrow::ValueHasher {
+};
+template <>
+struct std::hash<ferrow::ExportSettings> : ferrow::ValueHasher {
 };

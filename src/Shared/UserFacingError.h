@@ -2,10 +2,13 @@
 #pragma once
 
 #include "Models/ErrorTexts.h"
+#include "Platform/Base/ByteSource.h"
+#include "Platform/Base/SystemErrors.h"
 
 #include <QString>
 #include <QUuid>
 
+#include <concepts>
 #include <exception>
 
 namespace ferrow {
@@ -20,11 +23,31 @@ struct PresentedError {
 /// The one conversion of any error into the text the user reads.
 namespace UserFacingError {
 
+/// Description, reason and suggestion, trimmed, without empty and repeated ones, with a blank line between them; the
+/// generic description where nothing is left.
 [[nodiscard]] QString message(const LocalizedErrorTexts& texts);
 
-/// For the error in flight or kept: every typed error of the program, SystemError, else a generic sentence. Must not be
-/// given Cancelled: that is an outcome.
+/// Errors of the system have their generic sentence alone.
+[[nodiscard]] QString message(const SystemError& error);
+[[nodiscard]] QString message(const InputOutputError& error);
+
+/// For the error in flight or kept: every typed error known here, else a generic sentence without anything from a
+/// library. Must not be given Cancelled: that is an outcome. Types of higher rooms are caught where they are known and
+/// handed to the overload below.
 [[nodiscard]] QString message(const std::exception_ptr& error);
+
+/// For any error type that has a localizedTexts() beside it, whichever room it lives in.
+template <typename Error>
+requires requires(const Error& error)
+{
+    {
+        localizedTexts(error)
+        } -> std::same_as<LocalizedErrorTexts>;
+}
+[[nodiscard]] QString message(const Error& error)
+{
+    return message(localizedTexts(error));
+}
 
 } // namespace UserFacingError
 } // namespace ferrow
