@@ -47,12 +47,11 @@ struct PlacementCalls {
 };
 
 /// Moves the flushed file `staged` to `destination` in the same folder. Without `replaceExisting` nothing is ever
-/// replaced: an exclusive rename, then where the volume has none a hard link, then where it has no links either an existence
-/// check and a plain rename. The folder is flushed afterwards. `failed` puts the errno of the deciding call into
-/// `errorNumber` where that is given.
+/// replaced: an exclusive rename, then where the volume has none a hard link, then where it has no links either an
+/// existence check and a plain rename. The folder is flushed afterwards. `failed` puts the errno of the deciding call
+/// into `errorNumber` where that is given.
 [[nodiscard]] PlacementResult place(const FileUrl& staged, const FileUrl& destination, bool replaceExisting,
-                                    int* errorNumber = nullptr,
-                                    const PlacementCalls& calls = PlacementCalls::system());
+                                    int* errorNumber = nullptr, const PlacementCalls& calls = PlacementCalls::system());
 
 /// Writes `bytes` whole to `destination`, replacing it atomically: staged in the same folder, every write, flush and
 /// close checked. A `destination` that is a link has its target replaced. The folder must exist. Throws SystemError.
