@@ -6,9 +6,24 @@
 #include <QByteArray>
 #include <QString>
 
+#include <cstdint>
 #include <optional>
 
 namespace ferrow {
+
+/// Spaces that are recognised by what a profile says of primaries and curve, not by what it calls itself.
+enum class WellKnown : std::uint8_t {
+    none,
+    sRGB,
+    displayP3,
+    adobeRGB,
+    proPhoto,
+    rec2020,
+    grayGamma22,
+    sGray,
+    dotGain20,
+    lab
+};
 
 /// A colour space as a value: ICC bytes with a name. Copies share the bytes.
 class ColorProfile {
@@ -44,14 +59,11 @@ public:
     bool operator==(const ColorProfile& other) const { return icc_ == other.icc_; }
 
 private:
-    enum class Known { none, sRGB, displayP3, adobeRGB, proPhoto, rec2020, grayGamma22, sGray, dotGain20, lab };
-
-    ColorProfile(QByteArray icc, ColorModel model, Known known);
-    static Known recognise(void* profile, ColorModel model);
+    ColorProfile(QByteArray icc, ColorModel model, WellKnown known);
 
     QByteArray icc_;
     ColorModel model_ = ColorModel::rgb;
-    Known known_ = Known::none;
+    WellKnown known_ = WellKnown::none;
 };
 
 } // namespace ferrow

@@ -1,0 +1,247 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Platform/Pixels/WellKnownSpaces.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <optional>
+#include <vector>
+
+namespace ferrow {
+
+namespace {
+
+constexpr Chromaticity d65{0.3127, 0.3290};
+constexpr Chromaticity d50{0.3457, 0.3585};
+
+struct NamedSpace {
+    WellKnown known;
+    RgbSpace space;
+};
+
+constexpr std::array<NamedSpace, 5> rgbSpaces{{
+    {WellKnown::sRGB, {"sRGB IEC61966-2.1", {0.64, 0.33}, {0.30, 0.60}, {0.15, 0.06}, d65, Curve::sRGB}},
+    {WellKnown::displayP3, {"Display P3", {0.680, 0.320}, {0.265, 0.690}, {0.150, 0.060}, d65, Curve::sRGB}},
+    {WellKnown::adobeRGB, {"Adobe RGB (1998)", {0.64, 0.33}, {0.21, 0.71}, {0.15, 0.06}, d65, Curve::adobeGamma}},
+    {WellKnown::proPhoto, {"ProPhoto RGB", {0.7347, 0.2653}, {0.1596, 0.8404}, {0.0366, 0.0001}, d50, Curve::gamma18}},
+    {WellKnown::rec2020, {"Rec. ITU-R BT.2020", {0.708, 0.292}, {0.170, 0.797}, {0.131, 0.046}, d65, Curve::rec709}},
+}};
+
+double sRGBEncoded(double light)
+{
+    const double level = std::clamp(light, 0.0, 1.0);
+    return level <= 0.0031308 ? level * 12.92 : 1.055 * std::pow(level, 1 / 2.4) - 0.055;
+}
+
+/// Whether both curves give light that looks the same at every level. Compared as the sRGB levels that the light shows
+/// as, since that is what an eye or a screen makes of it.
+bool looksLike(const cmsToneCurve* found, const cmsToneCurve* known)
+{
+    constexpr int steps = 64;
+    constexpr double tolerance = 0.5 / 255;
+    for (int step = 0; step <= steps; ++step) {
+        const auto level = static_cast<cmsFloat32Number>(step) / steps;
+        if (std::abs(sRGBEncoded(cmsEvalToneCurveFloat(found, level)) -
+                     sRGBEncoded(cmsEvalToneCurveFloat(known, level))) > tolerance)
+            return false;
+    }
+    return true;
+}
+
+using Matrix = std::array<std::array<double, 3>, 3>;
+
+/// From linear RGB to the D50 connection space, as the profile has it. Absent when it converts through tables instead.
+std::optional<Matrix> colorantsOf(cmsHPROFILE profile)
+{
+    for (const cmsTagSignature table : {cmsSigAToB0Tag, cmsSigAToB1Tag})
+        if (cmsIsTag(profile, table))
+            return std::nullopt;
+    Matrix matrix{};
+    constexpr std::array tags{cmsSigRedColorantTag, cmsSigGreenColorantTag, cmsSigBlueColorantTag};
+    for (std::size_t column = 0; column < tags.size(); ++column) {
+        const auto* colorant = static_cast<const cmsCIEXYZ*>(cmsReadTag(profile, tags[column]));
+        if (!colorant)
+            return std::nullopt;
+        matrix[0][column] = colorant->X;
+        matrix[1][column] = colorant->Y;
+        matrix[2][column] = colorant->Z;
+    }
+    return matrix;
+}
+
+Matrix inverse(const Matrix& m)
+{
+    const auto minor = [&](std::size_t row, std::size_t column) {
+        const std::size_t r1 = (row + 1) % 3, r2 = (row + 2) % 3, c1 = (column + 1) % 3, c2 = (column + 2) % 3;
+        return m[r1][c1] * m[r2][c2] - m[r1][c2] * m[r2][c1];
+    };
+    const double determinant = m[0][0] * minor(0, 0) + m[0][1] * minor(0, 1) + m[0][2] * minor(0, 2);
+    Matrix result{};
+    for (std::size_t row = 0; row < 3; ++row)
+        for (std::size_t column = 0; column < 3; ++column)
+            result[row][column] = minor(column, row) / determinant;
+    return result;
+}
+
+/// Whether light said in one set of primaries may be taken for light said in the other. What is missing between them
+/// matters most where one component is dark and the others bright: there, sRGB's slope of 12.92 makes a level of 8 bits
+/// of 0.0003.
+bool nearlyEqual(const Matrix& found, const Matrix& known)
+{
+    constexpr double tolerance = 0.0004;
+    const Matrix back = inverse(known);
+    for (std::size_t row = 0; row < 3; ++row) {
+        double above = 0;
+        double below = 0;
+        for (std::size_t column = 0; column < 3; ++column) {
+            double difference = row == column ? -1 : 0;
+            for (std::size_t k = 0; k < 3; ++k)
+                difference += back[row][k] * found[k][column];
+            (difference > 0 ? above : below) += difference;
+        }
+        if (above > tolerance || -below > tolerance)
+            return false;
+    }
+    return true;
+}
+
+/// What the found profile is compared with, worked out once.
+struct Reference {
+    WellKnown known;
+    Matrix matrix;
+    LittleCms::Curve curve;
+};
+
+struct References {
+    LittleCms::Context context;
+    std::vector<Reference> rgb;
+    std::vector<Reference> gray;
+
+    References()
+    {
+        for (const NamedSpace& named : rgbSpaces) {
+            const LittleCms::Profile profile = virtualProfile(context, named.space);
+            if (const std::optional<Matrix> matrix = colorantsOf(profile.get()))
+                rgb.push_back({named.known, *matrix, decodingCurve(context, named.space.curve)});
+        }
+        gray.push_back({WellKnown::sGray, {}, decodingCurve(context, Curve::sRGB)});
+        gray.push_back({WellKnown::grayGamma22, {}, decodingCurve(context, Curve::gamma22)});
+    }
+};
+
+const References& references()
+{
+    static const References all;
+    return all;
+}
+
+WellKnown recogniseRgb(cmsHPROFILE profile)
+{
+    const std::optional<Matrix> matrix = colorantsOf(profile);
+    if (!matrix)
+        return WellKnown::none;
+    for (const Reference& reference : references().rgb) {
+        if (!nearlyEqual(*matrix, reference.matrix))
+            continue;
+        for (const cmsTagSignature tag : {cmsSigRedTRCTag, cmsSigGreenTRCTag, cmsSigBlueTRCTag}) {
+            const auto* curve = static_cast<const cmsToneCurve*>(cmsReadTag(profile, tag));
+            if (!curve || !looksLike(curve, reference.curve.get()))
+                return WellKnown::none;
+        }
+        return reference.known;
+    }
+    return WellKnown::none;
+}
+
+WellKnown recogniseGray(cmsHPROFILE profile)
+{
+    if (cmsIsTag(profile, cmsSigAToB0Tag) || cmsIsTag(profile, cmsSigAToB1Tag))
+        return WellKnown::none;
+    const auto* curve = static_cast<const cmsToneCurve*>(cmsReadTag(profile, cmsSigGrayTRCTag));
+    if (!curve)
+        return WellKnown::none;
+    for (const Reference& reference : references().gray)
+        if (looksLike(curve, reference.curve.get()))
+            return reference.known;
+    return WellKnown::none;
+}
+
+} // namespace
+
+const RgbSpace& rgbSpace(WellKnown space)
+{
+    const auto* found = std::ranges::find(rgbSpaces, space, &NamedSpace::known);
+    return found == rgbSpaces.end() ? rgbSpaces.front().space : found->space;
+}
+
+const char* nameOf(WellKnown space)
+{
+    switch (space) {
+    case WellKnown::sRGB:
+    case WellKnown::displayP3:
+    case WellKnown::adobeRGB:
+    case WellKnown::proPhoto:
+    case WellKnown::rec2020:
+        return rgbSpace(space).name;
+    case WellKnown::grayGamma22:
+        return "Generic Gray Gamma 2.2 Profile";
+    case WellKnown::sGray:
+        return "sGray";
+    case WellKnown::dotGain20:
+        return "Dot Gain 20%";
+    case WellKnown::lab:
+        return "Lab D50";
+    case WellKnown::none:
+        break;
+    }
+    return "Embedded profile";
+}
+
+LittleCms::Curve decodingCurve(const LittleCms::Context& context, Curve curve)
+{
+    switch (curve) {
+    case Curve::sRGB:
+        return LittleCms::sRGBCurve(context);
+    case Curve::rec709: {
+        // Exponent, scale, offset, slope of the straight part and where it ends (ITU-R BT.2020, table 4).
+        constexpr double alpha = 1.09929682680944;
+        constexpr double beta = 0.018053968510807;
+        const cmsFloat64Number parameters[]{1 / 0.45, 1 / alpha, (alpha - 1) / alpha, 1 / 4.5, 4.5 * beta};
+        return LittleCms::Curve(cmsBuildParametricToneCurve(context.get(), 4, parameters));
+    }
+    case Curve::gamma18:
+        return LittleCms::Curve(cmsBuildGamma(context.get(), 1.8));
+    case Curve::gamma22:
+        return LittleCms::Curve(cmsBuildGamma(context.get(), 2.2));
+    case Curve::adobeGamma:
+        // 2 + 51/256, which the definition of Adobe RGB writes out.
+        return LittleCms::Curve(cmsBuildGamma(context.get(), 2.19921875));
+    }
+    return nullptr;
+}
+
+LittleCms::Profile virtualProfile(const LittleCms::Context& context, const RgbSpace& space)
+{
+    const LittleCms::Curve curve = decodingCurve(context, space.curve);
+    cmsToneCurve* const curves[]{curve.get(), curve.get(), curve.get()};
+    const cmsCIExyY white{space.white.x, space.white.y, 1};
+    const cmsCIExyYTRIPLE primaries{
+        {space.red.x, space.red.y, 1}, {space.green.x, space.green.y, 1}, {space.blue.x, space.blue.y, 1}};
+    return LittleCms::Profile(cmsCreateRGBProfileTHR(context.get(), &white, &primaries, curves));
+}
+
+WellKnown recognise(cmsHPROFILE profile, ColorModel model)
+{
+    switch (model) {
+    case ColorModel::rgb:
+        return recogniseRgb(profile);
+    case ColorModel::gray:
+        return recogniseGray(profile);
+    case ColorModel::cmyk:
+    case ColorModel::lab:
+        break;
+    }
+    return WellKnown::none;
+}
+
+} // namespace ferrow
