@@ -1,1 +1,418 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Command/Arguments.h"
+
+#include "Platform/Files/FolderWalk.h"
+
+#include <charconv>
+#include <cmath>
+#include <unordered_map>
+#include <utility>
+
+namespace ferrow::Command {
+
+namespace {
+
+template <typename Value>
+using Words = std::vector<std::pair<const char*, Value>>;
+
+const Words<CaptionPosition>& positionWords()
+{
+    static const Words<CaptionPosition> words {{"image-top-left", CaptionPosition::imageTopLeft},
+                                               {"image-top-center", CaptionPosition::imageTopCenter},
+                                               {"image-top-right", CaptionPosition::imageTopRight},
+                                               {"image-center-left", CaptionPosition::imageCenterLeft},
+                                               {"image-center", CaptionPosition::imageCenter},
+                                               {"image-center-right", CaptionPosition::imageCenterRight},
+                                               {"image-bottom-left", CaptionPosition::imageBottomLeft},
+                                               {"image-bottom-center", CaptionPosition::imageBottomCenter},
+                                               {"image-bottom-right", CaptionPosition::imageBottomRight},
+                                               {"border-top-left", CaptionPosition::borderTopLeft},
+                                               {"border-top-center", CaptionPosition::borderTopCenter},
+                                               {"border-top-right", CaptionPosition::borderTopRight},
+                                               {"border-bottom-left", CaptionPosition::borderBottomLeft},
+                                               {"border-bottom-center", CaptionPosition::borderBottomCenter},
+                                               {"border-bottom-right", CaptionPosition::borderBottomRight}};
+    return words;
+}
+
+[[noreturn]] void misuse(const QByteArray& option, const QString& reason)
+{
+    throw UsageError {QStringLiteral("%1: %2").arg(QString::fromUtf8(option), reason)};
+}
+
+template <typename Value>
+Value oneOf(const QByteArray& option, const QByteArray& word, const Words<Value>& words)
+{
+    QStringList known;
+    for (const auto& [name, value] : words) {
+        if (word == name)
+            return value;
+        known << QString::fromLatin1(name);
+    }
+    misuse(option, QStringLiteral("“%1” is not one of %2.").arg(QString::fromUtf8(word), known.join(QStringLiteral(", "))));
+}
+
+/// Plain decimal numbers with a point, whatever the locale.
+double number(const QByteArray& option, const QByteArray& word, double least, double most)
+{
+    double value = 0;
+    const char* end = word.constData() + word.size();
+    const auto [stop, error] = std::from_chars(word.constData(), end, value);
+    if (error != std::errc() || stop != end || !std::isfinite(value))
+        misuse(option, QStringLiteral("“%1” is not a number.").arg(QString::fromUtf8(word)));
+    if (value < least || value > most)
+        misuse(option, QStringLiteral("%1 is not between %2 and %3.").arg(QString::fromUtf8(word)).arg(least).arg(most));
+    return value;
+}
+
+/// Longest length that any setting may name, in pixels.
+constexpr double mostPixels = 50'000;
+
+RGBAColor color(const QByteArray& option, const QByteArray& word)
+{
+    const bool wellFormed = word.startsWith('#') && (word.size() == 7 || word.size() == 9);
+    std::array<unsigned, 4> parts {0, 0, 0, 255};
+    for (int i = 0; wellFormed && i < (word.size() - 1) / 2; ++i) {
+        bool ok = false;
+        const QByteArray digits = word.mid(1 + 2 * i, 2);
+        parts[std::size_t(i)] = digits.toUInt(&ok, 16);
+        if (!ok || !isxdigit(digits[0]))
+            misuse(option, QStringLiteral("“%1” is not a colour such as #ffcc00.").arg(QString::fromUtf8(word)));
+    }
+    if (!wellFormed)
+        misuse(option, QStringLiteral("“%1” is not a colour such as #ffcc00.").arg(QString::fromUtf8(word)));
+    return {parts[0] / 255.0, parts[1] / 255.0, parts[2] / 255.0, parts[3] / 255.0};
+}
+
+std::function<void(Settings&)> borderChange(const QByteArray& option, const QByteArray& word)
+{
+    const bool percent = word.endsWith('%');
+    if (!percent && !word.endsWith("px"))
+        misuse(option, QStringLiteral("give a width in pixels or percent, such as 120px or 4%."));
+    const double width = number(option, word.chopped(percent ? 1 : 2), 0, mostPixels);
+    return [percent, width](Settings& settings) {
+        settings.recipe.borderUnit = percent ? BorderUnit::percent : BorderUnit::pixels;
+        settings.recipe.borderWidth = width;
+    };
+}
+
+/// The words of a command line, taken one after the other.
+class Reader {
+public:
+    explicit Reader(const std::vector<QByteArray>& words)
+        : words_(words)
+    {
+    }
+
+    [[nodiscard]] bool atEnd() const { return next_ >= words_.size(); }
+    [[nodiscard]] const QByteArray& peek() const { return words_[next_]; }
+    QByteArray take() { return words_[next_++]; }
+
+private:
+    const std::vector<QByteArray>& words_;
+    std::size_t next_ = 0;
+};
+
+using Handler = std::function<void(Arguments&, const QByteArray& option, const QByteArray& value)>;
+
+/// An option that sets one number of the recipe.
+Handler recipeNumber(double RenderRecipe::*member, double least, double most)
+{
+    return [=](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
+        const double parsed = number(option, value, least, most);
+        arguments.changes.emplace_back([=](Settings& settings) { settings.recipe.*member = parsed; });
+    };
+}
+
+template <typename Value, typename Apply>
+Handler choice(Words<Value> words, Apply apply)
+{
+    return [words = std::move(words), apply](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
+        const Value chosen = oneOf(option, value, words);
+        arguments.changes.emplace_back([=](Settings& settings) { apply(settings, chosen); });
+    };
+}
+
+Handler logoNumber(double LogoConfiguration::*member, double least, double most)
+{
+    return [=](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
+        const double parsed = number(option, value, least, most);
+        arguments.logoChanges.emplace_back([=](LogoConfiguration& logo) { logo.*member = parsed; });
+    };
+}
+
+void addDestinationHandlers(std::unordered_map<QByteArray, Handler>& handlers)
+{
+    handlers["--output"] = [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
+        if (value.isEmpty())
+            misuse(option, QStringLiteral("name a folder."));
+        const FileUrl folder = FileUrl::fromPath(value).standardized();
+        arguments.changes.emplace_back([folder](Settings& settings) {
+            settings.configuration.destinationMode = ExportDestinationMode::chosenFolder;
+            settings.configuration.chosenFolder = folder;
+        });
+    };
+    handlers["--template"] = [](Arguments& arguments, const QByteArray&, const QByteArray& value) {
+        const QString text = QString::fromUtf8(value);
+        arguments.changes.emplace_back([text](Settings& s) { s.configuration.filenameTemplate = text; });
+    };
+    handlers["--on-collision"] = choice<CollisionRule>({{"number", CollisionRule::appendNumber},
+                                                        {"skip", CollisionRule::skip},
+                                                        {"replace", CollisionRule::replace}},
+                                                       [](Settings& s, CollisionRule rule) {
+                                                           s.configuration.collisionRule = rule;
+                                                       });
+    handlers["--jobs"] = [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
+        const double jobs = number(option, value, 1, 64);
+        if (jobs != std::floor(jobs))
+            misuse(option, QStringLiteral("give a whole number."));
+        arguments.changes.emplace_back(
+            [jobs](Settings& s) { s.configuration.maximumConcurrentExports = std::int64_t(jobs); });
+    };
+}
+
+void addOutputHandlers(std::unordered_map<QByteArray, Handler>& handlers)
+{
+    handlers["--format"] = choice<ExportFormat>({{"jpeg", ExportFormat::jpeg},
+                                                 {"png", ExportFormat::png},
+                                                 {"tiff", ExportFormat::tiff},
+                                                 {"heic", ExportFormat::heic}},
+                                                [](Settings& s, ExportFormat f) { s.exportSettings.format = f; });
+    handlers["--quality"] = [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
+        const double quality = number(option, value, 0, 1);
+        arguments.changes.emplace_back([quality](Settings& s) { s.exportSettings.quality = quality; });
+    };
+    handlers["--profile"] = choice<OutputColorProfile>({{"srgb", OutputColorProfile::sRGB},
+                                                        {"p3", OutputColorProfile::displayP3},
+                                                        {"source", OutputColorProfile::preserveSource}},
+                                                       [](Settings& s, OutputColorProfile p) {
+                                                           s.recipe.outputColorProfile = p;
+                                                       });
+    handlers["--preset"] = [](Arguments& arguments, const QByteArray&, const QByteArray& value) {
+        arguments.presetName = QString::fromUtf8(value);
+    };
+    handlers["--preset-file"] = [](Arguments& arguments, const QByteArray&, const QByteArray& value) {
+        arguments.presetFile = FileUrl::fromPath(value);
+    };
+}
+
+void addFrameHandlers(std::unordered_map<QByteArray, Handler>& handlers)
+{
+    handlers["--border"] = [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
+        arguments.changes.push_back(borderChange(option, value));
+    };
+    handlers["--border-color"] = [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
+        const RGBAColor parsed = color(option, value);
+        arguments.changes.emplace_back([parsed](Settings& s) { s.recipe.borderColor = parsed; });
+    };
+    handlers["--caption"] = [](Arguments& arguments, const QByteArray&, const QByteArray& value) {
+        const QString text = QString::fromUtf8(value);
+        arguments.changes.emplace_back([text](Settings& s) {
+            s.recipe.captionEnabled = true;
+            s.recipe.setCaptionTemplate(text);
+        });
+    };
+    handlers["--caption-color"] = [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
+        const RGBAColor parsed = color(option, value);
+        arguments.changes.emplace_back([parsed](Settings& s) { s.recipe.captionColor = parsed; });
+    };
+    handlers["--caption-position"] = choice<CaptionPosition>(
+        positionWords(), [](Settings& s, CaptionPosition p) { s.recipe.captionPosition = p; });
+    handlers["--caption-font"] = choice<CaptionFont>({{"system", CaptionFont::system},
+                                                      {"rounded", CaptionFont::rounded},
+                                                      {"serif", CaptionFont::serif},
+                                                      {"monospaced", CaptionFont::monospaced},
+                                                      {"avenir-next", CaptionFont::avenirNext}},
+                                                     [](Settings& s, CaptionFont f) { s.recipe.captionFont = f; });
+    handlers["--caption-align"] = choice<CaptionAlignment>({{"left", CaptionAlignment::left},
+                                                            {"center", CaptionAlignment::center},
+                                                            {"right", CaptionAlignment::right}},
+                                                           [](Settings& s, CaptionAlignment a) {
+                                                               s.recipe.captionAlignment = a;
+                                                           });
+    handlers["--caption-size"] = recipeNumber(&RenderRecipe::captionFontSize, 1, 10'000);
+    handlers["--caption-spacing"] = recipeNumber(&RenderRecipe::captionLineSpacing, 0, mostPixels);
+    handlers["--caption-padding"] = recipeNumber(&RenderRecipe::captionPadding, 0, mostPixels);
+    handlers["--caption-vertical-padding"] = recipeNumber(&RenderRecipe::captionVerticalPadding, 0, mostPixels);
+    handlers["--caption-opacity"] = recipeNumber(&RenderRecipe::captionOpacity, 0, 1);
+}
+
+void addLogoHandlers(std::unordered_map<QByteArray, Handler>& handlers)
+{
+    handlers["--logo"] = [](Arguments& arguments, const QByteArray&, const QByteArray& value) {
+        arguments.logoFile = FileUrl::fromPath(value);
+    };
+    handlers["--logo-position"] = [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
+        const CaptionPosition position = oneOf(option, value, positionWords());
+        arguments.logoChanges.emplace_back([position](LogoConfiguration& logo) { logo.position = position; });
+    };
+    handlers["--logo-padding"] = [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
+        const qsizetype comma = value.indexOf(',');
+        const double horizontal = number(option, comma < 0 ? value : value.left(comma), 0, mostPixels);
+        const double vertical = comma < 0 ? horizontal : number(option, value.mid(comma + 1), 0, mostPixels);
+        arguments.logoChanges.emplace_back([=](LogoConfiguration& logo) {
+            logo.horizontalPadding = horizontal;
+            logo.verticalPadding = vertical;
+        });
+    };
+    handlers["--logo-width"] = logoNumber(&LogoConfiguration::widthPercent, 1, 100);
+    handlers["--logo-opacity"] = logoNumber(&LogoConfiguration::opacity, 0, 1);
+}
+
+const std::unordered_map<QByteArray, Handler>& valueHandlers()
+{
+    static const auto handlers = [] {
+        std::unordered_map<QByteArray, Handler> all;
+        addDestinationHandlers(all);
+        addOutputHandlers(all);
+        addFrameHandlers(all);
+        addLogoHandlers(all);
+        return all;
+    }();
+    return handlers;
+}
+
+/// Options that stand alone. Answers whether `option` is one.
+bool applyFlag(Arguments& arguments, const QByteArray& option)
+{
+    if (option == "--help" || option == "-h")
+        arguments.mode = Arguments::Mode::help;
+    else if (option == "--version")
+        arguments.mode = Arguments::Mode::version;
+    else if (option == "--dry-run")
+        arguments.dryRun = true;
+    else if (option == "--json")
+        arguments.json = true;
+    else if (option == "--quiet")
+        arguments.quiet = true;
+    else if (option == "--no-caption")
+        arguments.changes.emplace_back([](Settings& settings) { settings.recipe.captionEnabled = false; });
+    else
+        return false;
+    return true;
+}
+
+/// `--beside` takes a name only where the next word can't be a photo or folder to frame: one that names nothing that
+/// exists. `--beside=NAME` leaves no doubt.
+void applyBeside(Arguments& arguments, Reader& reader, const std::optional<QByteArray>& attached)
+{
+    std::optional<QByteArray> name = attached;
+    if (!name && !reader.atEnd() && !reader.peek().startsWith('-') && !reader.peek().contains('/')
+        && fileKind(FileUrl::fromPath(reader.peek())) == FileKind::missing)
+        name = reader.take();
+    if (name && !SafePathComponent::isValid(QString::fromUtf8(*name)))
+        misuse("--beside", QStringLiteral("“%1” is not a folder name.").arg(QString::fromUtf8(*name)));
+    arguments.changes.emplace_back([name](Settings& settings) {
+        settings.configuration.destinationMode = ExportDestinationMode::sourceSubfolder;
+        if (name)
+            settings.configuration.sourceSubfolderName = QString::fromUtf8(*name);
+    });
+}
+
+void applyOption(Arguments& arguments, Reader& reader, const QByteArray& word)
+{
+    const qsizetype equals = word.indexOf('=');
+    const QByteArray option = equals < 0 ? word : word.left(equals);
+    const std::optional<QByteArray> attached = equals < 0 ? std::nullopt : std::optional(word.mid(equals + 1));
+    if (!attached && applyFlag(arguments, option))
+        return;
+    if (option == "--beside") {
+        applyBeside(arguments, reader, attached);
+        return;
+    }
+    const auto handler = valueHandlers().find(option);
+    if (handler == valueHandlers().end())
+        misuse(option, QStringLiteral("there is no such option."));
+    if (!attached && reader.atEnd())
+        misuse(option, QStringLiteral("a value is missing."));
+    handler->second(arguments, option, attached ? *attached : reader.take());
+}
+
+} // namespace
+
+Arguments parseArguments(const std::vector<QByteArray>& words)
+{
+    Arguments arguments;
+    Reader reader(words);
+    if (!reader.atEnd() && reader.peek() == "inspect") {
+        reader.take();
+        arguments.mode = Arguments::Mode::inspect;
+    }
+    const bool inspecting = arguments.mode == Arguments::Mode::inspect;
+    bool onlyPaths = false;
+    while (!reader.atEnd()) {
+        const QByteArray word = reader.take();
+        if (!onlyPaths && word == "--")
+            onlyPaths = true;
+        else if (onlyPaths || !word.startsWith('-') || word == "-")
+            arguments.roots.push_back(FileUrl::fromPath(word));
+        else if (inspecting && word != "--json" && word != "--help" && word != "-h")
+            misuse(word, QStringLiteral("inspect has no such option."));
+        else
+            applyOption(arguments, reader, word);
+    }
+    if (arguments.mode == Arguments::Mode::help || arguments.mode == Arguments::Mode::version)
+        return arguments;
+    if (arguments.roots.empty())
+        throw UsageError {QStringLiteral("PATH: name at least one photo or folder.")};
+    return arguments;
+}
+
+QString helpText()
+{
+    return QStringLiteral(R"(Usage: ferrow-batch [options] PATH...
+       ferrow-batch inspect [--json] PATH...
+
+Frames photos: files, and folders recursively. Originals are never changed.
+
+Where the framed copies go
+  --output DIR             one folder for all, made where it is missing
+  --beside [NAME]          a folder beside each photo (default "Ferrow Export");
+                           write --beside=NAME where a file of that name exists
+  --template TEXT          file names, with {filename} and {index}
+  --on-collision RULE      number, skip or replace
+  --jobs N                 photos worked on at once (default 2)
+
+What they are
+  --format FORMAT          jpeg, png, tiff or heic
+  --quality 0..1           for jpeg and heic
+  --profile PROFILE        srgb, p3 or source
+  --preset NAME            start from a saved preset
+  --preset-file FILE       start from the preset in FILE (with --preset: the one
+                           of that name in it)
+
+Frame
+  --border WIDTH           pixels (120px) or percent of the shorter side (4%)
+  --border-color COLOR     #rrggbb or #rrggbbaa
+
+Caption
+  --caption TEMPLATE       text with tokens such as {camera}, {lens}, {iso}
+  --no-caption
+  --caption-position POSITION
+  --caption-font FONT      system, rounded, serif, monospaced or avenir-next
+  --caption-size PX        --caption-color COLOR     --caption-opacity 0..1
+  --caption-align SIDE     left, center or right     --caption-spacing PX
+  --caption-padding PX     --caption-vertical-padding PX
+
+Logo
+  --logo FILE              PNG, TIFF or PDF
+  --logo-position POSITION --logo-width PERCENT      --logo-opacity 0..1
+  --logo-padding H[,V]
+
+Positions: image-top-left, image-top-center, image-top-right, image-center-left,
+  image-center, image-center-right, image-bottom-left, image-bottom-center,
+  image-bottom-right, border-top-left, border-top-center, border-top-right,
+  border-bottom-left, border-bottom-center, border-bottom-right
+
+Running
+  --dry-run                print the plan, write nothing
+  --json                   JSON Lines: an object for each outcome, then the report
+  --quiet                  no progress on the terminal
+
+inspect prints what is read of each photo.
+
+Exit status: 0 all done, 1 some photo failed, 2 wrong usage, 130 interrupted.
+)");
+}
+
+} // namespace ferrow::Command

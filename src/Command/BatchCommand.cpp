@@ -1,1 +1,350 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Command/Commands.h"
+
+#include "Batch/BatchExportCoordinator.h"
+#include "Batch/BatchImporter.h"
+#include "Command/Output.h"
+#include "Export/ExportPlanner.h"
+#include "Export/ImageExporter.h"
+#include "Imaging/ImageLoader.h"
+#include "Models/ErrorTexts.h"
+#include "Persistence/ManagedLogoStore.h"
+#include "Persistence/PresetLibrary.h"
+#include "Platform/Base/Localization.h"
+#include "Platform/Files/FolderWalk.h"
+#include "Shared/UserFacingError.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QTemporaryDir>
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <memory>
+#include <unordered_map>
+
+namespace ferrow::Command {
+
+namespace {
+
+/// Photos read at once while importing, as in the window.
+constexpr int importConcurrency = 4;
+
+PresetPayload findPreset(const Arguments& arguments)
+{
+    const QByteArray option = arguments.presetFile ? "--preset-file" : "--preset";
+    if (arguments.presetFile && fileKind(*arguments.presetFile) != FileKind::file)
+        throw UsageError {QStringLiteral("--preset-file: there is no file “%1”.").arg(arguments.presetFile->displayPath())};
+    const auto library = arguments.presetFile ? std::make_unique<PresetLibrary>(*arguments.presetFile)
+                                              : std::make_unique<PresetLibrary>();
+    if (library->loadErrorMessage())
+        throw UsageError {
+            QStringLiteral("%1: %2").arg(QString::fromUtf8(option), onOneLine(*library->loadErrorMessage()))};
+
+    std::vector<PresetPayload> matching;
+    for (const PhotoPreset& preset : library->presets())
+        if (!arguments.presetName || preset.name == *arguments.presetName)
+            matching.push_back(preset.payload);
+    if (matching.size() == 1)
+        return matching.front();
+    const QString wanted = arguments.presetName ? QStringLiteral("“%1”").arg(*arguments.presetName)
+                                                : QStringLiteral("a preset");
+    throw UsageError {matching.empty()
+                          ? QStringLiteral("%1: %2 is not there.").arg(QString::fromUtf8(option), wanted)
+                          : QStringLiteral("%1: %2 fits %3 presets; it must fit one.")
+                                .arg(QString::fromUtf8(option), wanted)
+                                .arg(matching.size())};
+}
+
+Settings resolvedSettings(const Arguments& arguments)
+{
+    Settings settings;
+    if (arguments.presetName || arguments.presetFile) {
+        const PresetPayload payload = findPreset(arguments);
+        settings.recipe = payload.recipe();
+        payload.applyTo(settings.exportSettings, settings.configuration);
+    }
+    for (const auto& change : arguments.changes)
+        change(settings);
+    const BatchExportConfiguration& configuration = settings.configuration;
+    if (configuration.destinationMode == ExportDestinationMode::chosenFolder && !configuration.chosenFolder)
+        throw UsageError {QStringLiteral("--output: name a folder for the framed copies, or use --beside.")};
+    return settings;
+}
+
+/// The logo of `--logo` in a managed folder of its own, which goes away with this object.
+class TemporaryLogo {
+public:
+    TemporaryLogo(const Arguments& arguments, Settings& settings)
+    {
+        if (arguments.logoFile) {
+            directory_ = std::make_unique<QTemporaryDir>(QDir::tempPath() + QStringLiteral("/ferrow-logo-XXXXXX"));
+            managedFolder_ = FileUrl::fromPath(QFile::encodeName(directory_->path()));
+            LogoConfiguration logo;
+            logo.asset = importedAsset(*arguments.logoFile);
+            settings.recipe.logo = logo;
+        }
+        if (!arguments.logoChanges.empty() && !settings.recipe.logo)
+            throw UsageError {QStringLiteral("--logo: options about a logo need a logo.")};
+        for (const auto& change : arguments.logoChanges)
+            change(*settings.recipe.logo);
+    }
+
+    [[nodiscard]] const std::optional<FileUrl>& managedFolder() const { return managedFolder_; }
+
+private:
+    LogoAssetReference importedAsset(const FileUrl& file) const
+    {
+        try {
+            return ManagedLogoStore::importAsset(file, managedFolder_);
+        } catch (...) {
+            throw UsageError {
+                QStringLiteral("--logo: %1").arg(onOneLine(UserFacingError::message(std::current_exception())))};
+        }
+    }
+
+    std::unique_ptr<QTemporaryDir> directory_;
+    std::optional<FileUrl> managedFolder_;
+};
+
+void createOutputFolder(const Settings& settings)
+{
+    if (settings.configuration.destinationMode != ExportDestinationMode::chosenFolder)
+        return;
+    const FileUrl& folder = *settings.configuration.chosenFolder;
+    try {
+        ExportPlanner().createDirectory(folder);
+    } catch (const SystemError& error) {
+        throw UsageError {QStringLiteral("--output: %1").arg(error.description())};
+    }
+}
+
+/// Photos in the order in which they are exported and numbered, with what import refused.
+struct ImportedBatch {
+    std::vector<ImportedPhoto> photos;
+    std::vector<BatchExportFailure> failures;
+};
+
+ImportedBatch importBatch(const Arguments& arguments, ProgressLine& progress, const std::stop_token& stop)
+{
+    const BatchImportScan scan = BatchImporter::scan(arguments.roots);
+    std::unordered_map<FileUrl, std::size_t> position;
+    for (const FileUrl& url : scan.candidates)
+        position.emplace(url, position.size());
+
+    BatchImportResult result = BatchImporter::load(
+        scan.candidates, importConcurrency,
+        [&stop](const FileUrl& url) {
+            // After Ctrl-C the rest of the list only has to be counted: nothing of it is opened any more.
+            if (stop.stop_requested())
+                return ImportedPhoto {.url = url, .metadata = {.filename = url.lastPathComponent()}};
+            return ImageLoader::load(url, 0);
+        },
+        [&](std::size_t done) {
+            progress.show(QStringLiteral("Reading"), std::int64_t(done), std::int64_t(scan.candidates.size()), {});
+        });
+
+    ImportedBatch batch {std::move(result.photos), std::move(result.failures)};
+    for (const FileUrl& url : scan.unsupported)
+        batch.failures.push_back(BatchImporter::unsupportedFailure(url));
+    // Loads end in any order; the window's order is by file name, and names that compare equal keep the walk's.
+    const auto byWalk = [&](const FileUrl& left, const FileUrl& right) {
+        return position.at(left) < position.at(right);
+    };
+    std::sort(batch.photos.begin(), batch.photos.end(),
+              [&](const ImportedPhoto& left, const ImportedPhoto& right) { return byWalk(left.url, right.url); });
+    std::stable_sort(batch.photos.begin(), batch.photos.end(),
+                     [](const ImportedPhoto& left, const ImportedPhoto& right) {
+                         return Localization::standardCompare(left.filename(), right.filename()) < 0;
+                     });
+    std::sort(batch.failures.begin(), batch.failures.end(),
+              [](const BatchExportFailure& left, const BatchExportFailure& right) { return left.source < right.source; });
+    std::stable_sort(batch.failures.begin(), batch.failures.end(),
+                     [](const BatchExportFailure& left, const BatchExportFailure& right) {
+                         return Localization::standardCompare(left.filename, right.filename) < 0;
+                     });
+    return batch;
+}
+
+/// Tells the user, in lines or in JSON, what became of each photo.
+class Reporter {
+public:
+    Reporter(bool json, ProgressLine& progress)
+        : json_(json)
+        , progress_(progress)
+    {
+    }
+
+    void failed(const BatchExportFailure& failure, const std::optional<FileUrl>& destination = {})
+    {
+        if (json_) {
+            QJsonObject object = outcome(failure.source, "failed", destination);
+            object.insert(QStringLiteral("message"), failure.message);
+            printJson(object);
+            return;
+        }
+        progress_.clear();
+        printError(QStringLiteral("%1: %2").arg(failure.source.displayPath(), onOneLine(failure.message)));
+    }
+
+    void skipped(const FileUrl& source) { jsonOutcome(source, "skipped", {}); }
+    void planned(const BatchExportJob& job)
+    {
+        if (json_)
+            printJson(outcome(job.photo.url, "planned", job.destination));
+        else
+            printLine(QStringLiteral("%1 → %2").arg(job.photo.url.displayPath(), job.destination.displayPath()));
+    }
+    void ended(const BatchExportJob& job, const BatchExportOutcome& result)
+    {
+        if (const auto* failure = std::get_if<BatchExportOutcome::Failed>(&result.result))
+            failed(failure->failure, job.destination);
+        else if (std::holds_alternative<BatchExportOutcome::Cancelled>(result.result))
+            jsonOutcome(job.photo.url, "cancelled", job.destination);
+        else
+            jsonOutcome(job.photo.url, "exported", job.destination);
+    }
+    void cancelledBeforePlanning(const FileUrl& source) { jsonOutcome(source, "cancelled", {}); }
+
+    void report(const BatchExportReport& report)
+    {
+        progress_.clear();
+        if (!json_) {
+            QString line = QStringLiteral("Framed %1 of %2 photos").arg(report.exported).arg(report.total);
+            if (report.skipped > 0)
+                line += QStringLiteral(", %1 skipped").arg(report.skipped);
+            if (report.cancelled > 0)
+                line += QStringLiteral(", %1 cancelled").arg(report.cancelled);
+            if (!report.failures.empty())
+                line += QStringLiteral(", %1 failed").arg(report.failures.size());
+            printLine(line + QLatin1Char('.'));
+            return;
+        }
+        QJsonArray folders;
+        for (const FileUrl& folder : report.outputFolders)
+            folders.append(folder.displayPath());
+        printJson({{QStringLiteral("report"),
+                    QJsonObject {{QStringLiteral("total"), qint64(report.total)},
+                                 {QStringLiteral("exported"), qint64(report.exported)},
+                                 {QStringLiteral("skipped"), qint64(report.skipped)},
+                                 {QStringLiteral("cancelled"), qint64(report.cancelled)},
+                                 {QStringLiteral("failures"), qint64(report.failures.size())},
+                                 {QStringLiteral("outputFolders"), folders}}}});
+    }
+
+private:
+    static QJsonObject outcome(const FileUrl& source, const char* name, const std::optional<FileUrl>& destination)
+    {
+        QJsonObject object = pathObject(source);
+        object.insert(QStringLiteral("outcome"), QString::fromLatin1(name));
+        if (destination)
+            object.insert(QStringLiteral("destination"), destination->displayPath());
+        return object;
+    }
+    void jsonOutcome(const FileUrl& source, const char* name, const std::optional<FileUrl>& destination)
+    {
+        if (json_)
+            printJson(outcome(source, name, destination));
+    }
+
+    bool json_;
+    ProgressLine& progress_;
+};
+
+BatchExportPlan makePlan(const ImportedBatch& batch, const Settings& settings, bool dryRun)
+{
+    ExportPlanner planner;
+    if (dryRun) {
+        planner.createDirectory = [](const FileUrl&) {};
+        planner.checkWritable = [](const FileUrl&) {};
+    }
+    return planner.plan(batch.photos, settings.configuration, settings.exportSettings, RecipeScope::batch,
+                        settings.recipe, {});
+}
+
+std::vector<BatchExportOutcome> exportJobs(const BatchExportPlan& plan, const Settings& settings,
+                                           const std::optional<FileUrl>& managedLogoFolder, std::int64_t settled,
+                                           std::int64_t total, Reporter& reporter, ProgressLine& progress,
+                                           const std::stop_token& stop)
+{
+    std::int64_t completed = settled;
+    if (!plan.jobs.empty())
+        progress.show(QStringLiteral("Framing"), completed, total, plan.jobs.front().photo.filename());
+    auto outcomes = BatchExportCoordinator::run(
+        plan.jobs, settings.configuration.maximumConcurrentExports,
+        [&](const BatchExportJob& job, const std::stop_token& token) {
+            ImageExporter::exportPhoto(job.photo, job.recipe, job.settings, job.destination, job.replaceExisting, token,
+                                       managedLogoFolder);
+        },
+        [&](const BatchExportOutcome& outcome) {
+            reporter.ended(plan.jobs[outcome.jobIndex], outcome);
+            progress.show(QStringLiteral("Framing"), ++completed, total, outcome.filename());
+        },
+        stop);
+    for (const BatchExportOutcome& outcome : BatchExportCoordinator::neverStarted(plan.jobs, outcomes)) {
+        reporter.ended(plan.jobs[outcome.jobIndex], outcome);
+        outcomes.push_back(outcome);
+    }
+    return outcomes;
+}
+
+int exitStatus(const BatchExportReport& report, const std::stop_token& stop)
+{
+    if (stop.stop_requested())
+        return interrupted;
+    return report.failures.empty() ? allDone : somePhotoFailed;
+}
+
+int reportCancelledImport(const ImportedBatch& batch, Reporter& reporter)
+{
+    BatchExportReport report;
+    report.total = std::int64_t(batch.photos.size() + batch.failures.size());
+    report.cancelled = std::int64_t(batch.photos.size());
+    report.failures = batch.failures;
+    for (const ImportedPhoto& photo : batch.photos)
+        reporter.cancelledBeforePlanning(photo.url);
+    reporter.report(report);
+    return interrupted;
+}
+
+} // namespace
+
+int runBatch(const Arguments& arguments, const std::stop_token& stop)
+{
+    Settings settings = resolvedSettings(arguments);
+    const TemporaryLogo logo(arguments, settings);
+    if (!arguments.dryRun)
+        createOutputFolder(settings);
+
+    ProgressLine progress(!arguments.quiet);
+    Reporter reporter(arguments.json, progress);
+    const ImportedBatch batch = importBatch(arguments, progress, stop);
+    for (const BatchExportFailure& failure : batch.failures)
+        reporter.failed(failure);
+    if (stop.stop_requested())
+        return reportCancelledImport(batch, reporter);
+
+    BatchExportPlan plan = makePlan(batch, settings, arguments.dryRun);
+    for (const BatchExportFailure& failure : plan.failures)
+        reporter.failed(failure);
+    for (const FileUrl& photo : plan.skippedPhotos)
+        reporter.skipped(photo);
+    const auto total = std::int64_t(batch.photos.size() + batch.failures.size());
+    const auto settled = std::int64_t(batch.failures.size() + plan.failures.size()) + plan.skipped;
+    std::vector<BatchExportOutcome> outcomes;
+    if (arguments.dryRun)
+        for (const BatchExportJob& job : plan.jobs)
+            reporter.planned(job);
+    else
+        outcomes = exportJobs(plan, settings, logo.managedFolder(), settled, total, reporter, progress, stop);
+
+    plan.failures.insert(plan.failures.begin(), batch.failures.begin(), batch.failures.end());
+    const BatchExportReport report = BatchExportCoordinator::report(plan, total, outcomes);
+    if (!arguments.dryRun || arguments.json)
+        reporter.report(report);
+    return exitStatus(report, stop);
+}
+
+} // namespace ferrow::Command

@@ -1,2 +1,82 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-int main() {}
+#include "Command/Arguments.h"
+#include "Command/Commands.h"
+#include "Command/Output.h"
+
+#include <QGuiApplication>
+
+#include <signal.h>
+
+#include <clocale>
+#include <ctime>
+#include <thread>
+
+namespace {
+
+using namespace ferrow;
+
+/// Turns Ctrl-C and its kin into a stop request. Built before any other thread, so that all of them leave the signals to
+/// this one; a second Ctrl-C changes nothing: what is half-written is being removed.
+class StopOnSignal {
+public:
+    StopOnSignal()
+    {
+        ::sigemptyset(&signals_);
+        for (const int number : {SIGINT, SIGTERM, SIGHUP})
+            ::sigaddset(&signals_, number);
+        ::pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
+        // Writing to a reader that went away must be an error of that write, not the end of the process.
+        ::signal(SIGPIPE, SIG_IGN);
+        waiter_ = std::jthread([this](const std::stop_token& ending) {
+            constexpr timespec interval {0, 100'000'000};
+            while (!ending.stop_requested())
+                if (::sigtimedwait(&signals_, nullptr, &interval) > 0)
+                    source_.request_stop();
+        });
+    }
+
+    [[nodiscard]] std::stop_token token() const { return source_.get_token(); }
+
+private:
+    sigset_t signals_ {};
+    std::stop_source source_;
+    std::jthread waiter_;
+};
+
+int run(const std::vector<QByteArray>& words, const std::stop_token& stop)
+{
+    try {
+        const Command::Arguments arguments = Command::parseArguments(words);
+        switch (arguments.mode) {
+        case Command::Arguments::Mode::help:
+            std::fputs(Command::helpText().toUtf8().constData(), stdout);
+            return Command::allDone;
+        case Command::Arguments::Mode::version:
+            Command::printLine(QStringLiteral("ferrow-batch " FERROW_VERSION));
+            return Command::allDone;
+        case Command::Arguments::Mode::inspect:
+            return Command::runInspect(arguments, stop);
+        case Command::Arguments::Mode::frame:
+            return Command::runBatch(arguments, stop);
+        }
+    } catch (const Command::UsageError& error) {
+        Command::printError(QStringLiteral("ferrow-batch: ") + error.message);
+        Command::printError(QStringLiteral("Try “ferrow-batch --help”."));
+    }
+    return Command::wrongUsage;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const StopOnSignal signals;
+    // Captions are drawn by the text engine, which asks for a platform but needs no display. Our own words never
+    // reach it: it has options of its own.
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    int applicationArgc = 1;
+    char* applicationArgv[] = {argv[0], nullptr};
+    const QGuiApplication application(applicationArgc, applicationArgv);
+    std::setlocale(LC_NUMERIC, "C");
+    return run(std::vector<QByteArray>(argv + 1, argv + argc), signals.token());
+}

@@ -1,1 +1,274 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Engine/Compositor.h"
+
+#include "Platform/Pixels/ColorTransform.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+
+namespace ferrow::Engine {
+
+namespace {
+
+using Byte = std::uint8_t;
+
+/// a × b ÷ 255, rounded to nearest, exact for all bytes.
+constexpr Byte multiplied(unsigned a, unsigned b)
+{
+    const unsigned product = a * b + 128;
+    return Byte((product + (product >> 8)) >> 8);
+}
+
+std::uint16_t component16(double value)
+{
+    return std::uint16_t(std::lround(std::clamp(value, 0.0, 1.0) * 65535.0));
+}
+
+Byte alpha8(const RGBAColor& color)
+{
+    // A colour that is not a number is refused before drawing; here it only must not trap.
+    return std::isnan(color.alpha) ? Byte(255) : Byte(std::lround(std::clamp(color.alpha, 0.0, 1.0) * 255.0));
+}
+
+/// One pixel, premultiplied, over one straight pixel.
+void blendOverStraight(const Byte* source, Byte* target)
+{
+    const unsigned sourceAlpha = source[3];
+    const unsigned keptAlpha = multiplied(target[3], 255 - sourceAlpha);
+    const unsigned alpha = sourceAlpha + keptAlpha;
+    if (alpha == 0)
+        return;
+    for (int i = 0; i < 3; ++i) {
+        const unsigned sum = source[i] * 255u + target[i] * keptAlpha;
+        target[i] = Byte(std::min(255u, (sum + alpha / 2) / alpha));
+    }
+    target[3] = Byte(alpha);
+}
+
+void blendOverOpaque(const Byte* source, Byte* target)
+{
+    const unsigned kept = 255u - source[3];
+    for (int i = 0; i < 3; ++i)
+        target[i] = Byte(std::min(255u, unsigned(source[i]) + multiplied(target[i], kept)));
+}
+
+/// A row of straight pixels over the straight pixels already in `target`.
+void blendStraightRow(const Byte* source, Byte* target, std::int64_t pixels)
+{
+    for (std::int64_t i = 0; i < pixels; ++i, source += 4, target += 4) {
+        const unsigned sourceAlpha = source[3];
+        if (sourceAlpha == 255 || target[3] == 0) {
+            std::memcpy(target, source, 4);
+            continue;
+        }
+        if (sourceAlpha == 0)
+            continue;
+        const unsigned kept = multiplied(target[3], 255 - sourceAlpha);
+        const unsigned alpha = sourceAlpha + kept;
+        for (int c = 0; c < 3; ++c)
+            target[c] = Byte((source[c] * sourceAlpha + target[c] * kept + alpha / 2) / alpha);
+        target[3] = Byte(alpha);
+    }
+}
+
+void unpremultiply(const Byte* in, Byte* out, std::int64_t pixels)
+{
+    for (std::int64_t i = 0; i < pixels; ++i, in += 4, out += 4) {
+        const unsigned alpha = in[3];
+        for (int c = 0; c < 3; ++c)
+            out[c] = alpha == 0 ? Byte(0) : Byte(std::min(255u, (in[c] * 255u + alpha / 2) / alpha));
+        out[3] = Byte(alpha);
+    }
+}
+
+void premultiply(Byte* pixel, std::int64_t pixels, unsigned opacity)
+{
+    for (std::int64_t i = 0; i < pixels; ++i, pixel += 4) {
+        const unsigned alpha = multiplied(pixel[3], opacity);
+        for (int c = 0; c < 3; ++c)
+            pixel[c] = multiplied(pixel[c], alpha);
+        pixel[3] = Byte(alpha);
+    }
+}
+
+void fade(Byte* bytes, std::int64_t count, unsigned opacity)
+{
+    if (opacity == 255)
+        return;
+    for (std::int64_t i = 0; i < count; ++i)
+        bytes[i] = multiplied(bytes[i], opacity);
+}
+
+/// The overlay's pixels in the canvas's space with its opacity applied, still premultiplied.
+Bitmap preparedOverlay(const Overlay& overlay, const ColorProfile& canvas)
+{
+    const Bitmap& picture = overlay.picture;
+    const auto opacity = unsigned(std::lround(std::clamp(overlay.opacity, 0.0, 1.0) * 255.0));
+    const bool convert = !picture.profile().isEquivalentTo(canvas);
+    if (!convert && opacity == 255)
+        return picture;
+
+    Bitmap result(picture.size(), rgba8Premultiplied, canvas);
+    const std::int64_t width = picture.size().width;
+    const ColorTransform transform(picture.profile(), rgba8, canvas, rgba8);
+    std::vector<Byte> straight(std::size_t(width) * 4);
+    for (std::int64_t y = 0; y < picture.size().height; ++y) {
+        const auto* in = reinterpret_cast<const Byte*>(picture.row(y));
+        auto* out = reinterpret_cast<Byte*>(result.row(y));
+        if (convert) {
+            unpremultiply(in, straight.data(), width);
+            transform.apply(reinterpret_cast<const std::byte*>(straight.data()), result.row(y), std::size_t(width));
+            premultiply(out, width, opacity);
+        } else {
+            std::memcpy(out, in, std::size_t(width) * 4);
+            fade(out, width * 4, opacity);
+        }
+    }
+    return result;
+}
+
+std::array<Byte, 4> backgroundPixel(const RGBAColor& color, const ColorProfile& canvas)
+{
+    const std::array<std::uint16_t, 3> in {component16(color.red), component16(color.green), component16(color.blue)};
+    std::array<Byte, 4> out {};
+    const ColorTransform transform(ColorProfile::sRGB(), {ColorModel::rgb, 16, Alpha::none}, canvas, rgb8);
+    transform.apply(reinterpret_cast<const std::byte*>(in.data()), reinterpret_cast<std::byte*>(out.data()), 1);
+    out[3] = alpha8(color);
+    return out;
+}
+
+} // namespace
+
+bool isTransparent(const RGBAColor& color)
+{
+    return alpha8(color) < 255;
+}
+
+ColorProfile outputColorSpace(const ColorProfile& photo, ColorModel model, OutputColorProfile policy)
+{
+    switch (policy) {
+    case OutputColorProfile::sRGB:
+        return ColorProfile::sRGB();
+    case OutputColorProfile::displayP3:
+        return ColorProfile::displayP3();
+    case OutputColorProfile::preserveSource:
+        return model == ColorModel::rgb && !photo.isEmpty() ? photo : ColorProfile::sRGB();
+    }
+    return ColorProfile::sRGB();
+}
+
+void flattenOverWhite(const std::byte* in, std::byte* out, std::size_t pixels)
+{
+    const auto* source = reinterpret_cast<const Byte*>(in);
+    auto* target = reinterpret_cast<Byte*>(out);
+    for (std::size_t i = 0; i < pixels; ++i, source += 4, target += 3) {
+        const unsigned alpha = source[3];
+        for (int c = 0; c < 3; ++c)
+            target[c] = Byte(multiplied(source[c], alpha) + (255 - alpha));
+    }
+}
+
+Compositor::Compositor(const Composition& composition, RowSource* photo, const ColorProfile& canvasSpace,
+                       bool hasAlpha)
+    : size_(composition.canvasSize)
+    , format_(hasAlpha ? rgba8 : rgb8)
+    , photo_(photo)
+    , photoX_(composition.photoX)
+    , photoY_(composition.photoY)
+{
+    const std::array<Byte, 4> background = backgroundPixel(composition.borderColor, canvasSpace);
+    const auto pixelBytes = std::size_t(format_.bytesPerPixel());
+    backgroundRow_.resize(std::size_t(size_.width) * pixelBytes);
+    for (std::size_t x = 0; x < backgroundRow_.size(); x += pixelBytes)
+        std::memcpy(&backgroundRow_[x], background.data(), pixelBytes);
+    for (const Overlay& overlay : composition.overlays)
+        if (!overlay.picture.isNull())
+            layers_.push_back({preparedOverlay(overlay, canvasSpace), overlay.x, overlay.y});
+}
+
+void Compositor::compose(std::int64_t count, std::byte* out, std::size_t stride)
+{
+    const std::int64_t firstRow = nextRow_;
+    nextRow_ += count;
+    fillBackground(firstRow, count, out, stride);
+    if (photo_)
+        composePhoto(firstRow, count, out, stride);
+    for (std::int64_t row = firstRow; row < firstRow + count; ++row)
+        for (const Layer& layer : layers_)
+            blendLayer(layer, row, out + std::size_t(row - firstRow) * stride);
+}
+
+void Compositor::fillBackground(std::int64_t firstRow, std::int64_t count, std::byte* out, std::size_t stride) const
+{
+    const auto pixelBytes = std::size_t(format_.bytesPerPixel());
+    // Under an opaque photo the background is never seen: only the columns beside it are filled.
+    const bool photoCovers = photo_ && !photo_->format().hasAlpha() && !format_.hasAlpha();
+    for (std::int64_t row = firstRow; row < firstRow + count; ++row, out += stride) {
+        const bool besidePhoto = photoCovers && row >= photoY_ && row < photoY_ + photo_->size().height;
+        if (!besidePhoto) {
+            std::memcpy(out, backgroundRow_.data(), backgroundRow_.size());
+            continue;
+        }
+        const std::size_t left = std::size_t(photoX_) * pixelBytes;
+        const std::size_t right = left + std::size_t(photo_->size().width) * pixelBytes;
+        std::memcpy(out, backgroundRow_.data(), left);
+        std::memcpy(out + right, backgroundRow_.data(), backgroundRow_.size() - right);
+    }
+}
+
+void Compositor::composePhoto(std::int64_t firstRow, std::int64_t count, std::byte* out, std::size_t stride)
+{
+    const std::int64_t first = std::max(firstRow, photoY_);
+    const std::int64_t last = std::min(firstRow + count, photoY_ + photo_->size().height);
+    if (first >= last)
+        return;
+    const auto pixelBytes = std::size_t(format_.bytesPerPixel());
+    std::byte* target = out + std::size_t(first - firstRow) * stride + std::size_t(photoX_) * pixelBytes;
+    if (photo_->format() == format_ && !format_.hasAlpha()) {
+        photo_->readRows(last - first, target, stride); // Straight into the canvas: nothing is copied or blended.
+        return;
+    }
+
+    const auto width = photo_->size().width;
+    const auto photoBytes = std::size_t(width) * std::size_t(photo_->format().bytesPerPixel());
+    photoScratch_.resize(photoBytes);
+    for (std::int64_t row = first; row < last; ++row, target += stride) {
+        photo_->readRows(1, photoScratch_.data(), photoBytes);
+        const auto* in = reinterpret_cast<const Byte*>(photoScratch_.data());
+        auto* pixels = reinterpret_cast<Byte*>(target);
+        if (photo_->format().hasAlpha()) {
+            blendStraightRow(in, pixels, width);
+            continue;
+        }
+        for (std::int64_t x = 0; x < width; ++x, in += 3, pixels += 4) {
+            std::memcpy(pixels, in, 3);
+            pixels[3] = 255;
+        }
+    }
+}
+
+void Compositor::blendLayer(const Layer& layer, std::int64_t row, std::byte* out) const
+{
+    const std::int64_t y = row - layer.y;
+    if (y < 0 || y >= layer.picture.size().height)
+        return;
+    const std::int64_t first = std::max<std::int64_t>(layer.x, 0);
+    const std::int64_t last = std::min(layer.x + layer.picture.size().width, size_.width);
+    if (first >= last)
+        return;
+    const auto* source = reinterpret_cast<const Byte*>(layer.picture.row(y)) + (first - layer.x) * 4;
+    const int pixelBytes = format_.bytesPerPixel();
+    auto* target = reinterpret_cast<Byte*>(out) + first * pixelBytes;
+    for (std::int64_t x = first; x < last; ++x, source += 4, target += pixelBytes) {
+        if (source[3] == 0)
+            continue;
+        if (format_.hasAlpha())
+            blendOverStraight(source, target);
+        else
+            blendOverOpaque(source, target);
+    }
+}
+
+} // namespace ferrow::Engine

@@ -1,1 +1,247 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Engine/InProcessAnswerer.h"
+
+#include "Engine/Compositor.h"
+#include "Engine/PhotoRows.h"
+#include "Models/ErrorTexts.h"
+#include "Platform/Base/Cancellation.h"
+#include "Platform/Codecs/PdfPage.h"
+#include "Platform/Pixels/Resampler.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+namespace ferrow::Engine {
+
+namespace {
+
+/// Bands of about a megabyte: small enough for the cache, large enough that per-band costs vanish.
+constexpr std::int64_t bandBytes = 1 << 20;
+
+std::int64_t bandRows(std::size_t rowBytes, std::int64_t height)
+{
+    return std::clamp<std::int64_t>(bandBytes / std::int64_t(rowBytes), 16, std::max<std::int64_t>(height, 16));
+}
+
+OutputType outputType(ExportFormat format)
+{
+    switch (format) {
+    case ExportFormat::jpeg:
+        return OutputType::jpeg;
+    case ExportFormat::png:
+        return OutputType::png;
+    case ExportFormat::tiff:
+        return OutputType::tiff;
+    case ExportFormat::heic:
+        break;
+    }
+    return OutputType::heif;
+}
+
+OpenedPhoto openExpectedPhoto(const SourceFile& source, PixelSize expected)
+{
+    OpenedPhoto photo = openPhoto(source, {.enoughDimension = 0, .tolerance = Tolerance::strict});
+    if (photo.uprightSize() != expected)
+        throw ImagePipelineError(ImagePipelineError::FullResolutionMismatch {expected, photo.uprightSize()});
+    return photo;
+}
+
+/// A photo opened at full size together with the compositor that frames it.
+struct FramedPhoto {
+    OpenedPhoto photo;
+    ColorProfile canvas;
+    PhotoRows rows;
+    Compositor compositor;
+
+    FramedPhoto(const SourceFile& source, PixelSize expected, const Composition& composition)
+        : photo(openExpectedPhoto(source, expected))
+        , canvas(outputColorSpace(photo.decoder->profile(), photo.decoder->format().model, composition.colorProfile))
+        , rows(photo, canvas)
+        , compositor(composition, &rows, canvas,
+                     rows.format().hasAlpha() || isTransparent(composition.borderColor))
+    {
+    }
+};
+
+void writeBands(FramedPhoto& framed, ImageEncoder& encoder, PixelFormat outputFormat, const std::stop_token& stop)
+{
+    const PixelSize size = framed.compositor.size();
+    const bool flatten = framed.compositor.format().hasAlpha() && !outputFormat.hasAlpha();
+    const auto stride = std::size_t(size.width) * std::size_t(framed.compositor.format().bytesPerPixel());
+    const std::int64_t band = bandRows(stride, size.height);
+    std::vector<std::byte> rows(stride * std::size_t(band));
+    for (std::int64_t y = 0; y < size.height; y += band) {
+        throwIfCancelled(stop);
+        const std::int64_t count = std::min(band, size.height - y);
+        framed.compositor.compose(count, rows.data(), stride);
+        if (flatten)
+            for (std::int64_t i = 0; i < count; ++i)
+                flattenOverWhite(rows.data() + std::size_t(i) * stride, rows.data() + std::size_t(i) * stride,
+                                 std::size_t(size.width));
+        encoder.writeRows(count, rows.data(), stride);
+    }
+}
+
+LogoAssetError logoError(LogoAssetError::Case value)
+{
+    return {.value = value};
+}
+
+QByteArray logoExtension(const ByteSource& source, FileType& type)
+{
+    const std::optional<DetectedType> detected = detectFileType(source);
+    if (!detected)
+        throw logoError(LogoAssetError::Case::malformed);
+    if (!detected->type)
+        throw logoError(LogoAssetError::Case::unsupportedType);
+    type = *detected->type;
+    switch (type) {
+    case FileType::png:
+        return "png";
+    case FileType::tiff:
+        return "tiff";
+    case FileType::pdf:
+        return "pdf";
+    case FileType::jpeg:
+    case FileType::heif:
+        break;
+    }
+    throw logoError(LogoAssetError::Case::unsupportedType);
+}
+
+void validateLogoSize(PixelSize size)
+{
+    if (size.width < 1 || size.height < 1 || size.width > maximumLogoSide || size.height > maximumLogoSide
+        || size.width * size.height > maximumLogoPixels)
+        throw logoError(LogoAssetError::Case::unreasonableDimensions);
+}
+
+/// Straight or missing alpha made premultiplied RGBA, as overlays want it.
+Bitmap premultiplied(const Bitmap& picture)
+{
+    Bitmap result(picture.size(), rgba8Premultiplied, picture.profile());
+    const bool hasAlpha = picture.format().hasAlpha();
+    const int step = picture.format().bytesPerPixel();
+    for (std::int64_t y = 0; y < picture.size().height; ++y) {
+        const auto* in = reinterpret_cast<const std::uint8_t*>(picture.row(y));
+        auto* out = reinterpret_cast<std::uint8_t*>(result.row(y));
+        for (std::int64_t x = 0; x < picture.size().width; ++x, in += step, out += 4) {
+            const unsigned alpha = hasAlpha ? in[3] : 255;
+            for (int c = 0; c < 3; ++c)
+                out[c] = std::uint8_t((in[c] * alpha + 127) / 255);
+            out[3] = std::uint8_t(alpha);
+        }
+    }
+    return result;
+}
+
+Bitmap rasterPicture(const SourceFile& source, std::int64_t maximumDimension)
+{
+    OpenedPhoto photo = openPhoto(source, {.enoughDimension = maximumDimension, .tolerance = Tolerance::strict});
+    validateLogoSize(photo.decoder->storedSize());
+    const ColorProfile profile = outputColorSpace(photo.decoder->profile(), photo.decoder->format().model,
+                                               OutputColorProfile::preserveSource);
+    return premultiplied(reducedPicture(photo, maximumDimension, profile));
+}
+
+} // namespace
+
+InspectAnswer InProcessAnswerer::inspect(const InspectRequest& request, const std::stop_token& stop)
+{
+    throwIfCancelled(stop);
+    OpenedPhoto photo
+        = openPhoto(request.source, {.enoughDimension = request.maximumDimension, .tolerance = Tolerance::tolerant});
+    InspectAnswer answer;
+    answer.type = photo.type;
+    answer.storedSize = photo.decoder->storedSize();
+    answer.uprightSize = photo.uprightSize();
+    answer.properties = photo.properties;
+    answer.colorProfileName = photo.decoder->profile().name();
+    if (request.maximumDimension > 0) {
+        const ColorProfile own = outputColorSpace(photo.decoder->profile(), photo.decoder->format().model,
+                                               OutputColorProfile::preserveSource);
+        answer.picture = reducedPicture(photo, request.maximumDimension, own);
+    }
+    return answer;
+}
+
+void InProcessAnswerer::frame(const FrameRequest& request, const std::stop_token& stop)
+{
+    throwIfCancelled(stop);
+    const QString formatName = rawValue(request.format);
+    try {
+        FramedPhoto framed(request.source, request.expectedSize, request.composition);
+        const bool keepsAlpha = framed.compositor.format().hasAlpha() && request.format != ExportFormat::jpeg;
+        ByteSink sink(request.outputDescriptor);
+        EncodeOptions options;
+        options.size = framed.compositor.size();
+        options.format = keepsAlpha ? rgba8 : rgb8;
+        options.profile = framed.canvas;
+        options.quality = request.quality;
+        options.metadata = request.metadata;
+        const std::unique_ptr<ImageEncoder> encoder = openEncoder(outputType(request.format), sink, options);
+        writeBands(framed, *encoder, options.format, stop);
+        framed.rows.finish();
+        encoder->finish();
+    } catch (const EncoderError&) {
+        throw ImagePipelineError(ImagePipelineError::EncodingFailed {formatName});
+    } catch (const InputOutputError&) {
+        throw ImagePipelineError(ImagePipelineError::EncodingFailed {formatName});
+    } catch (const std::bad_alloc&) {
+        throw ImagePipelineError(ImagePipelineError::renderingFailed);
+    }
+}
+
+Bitmap InProcessAnswerer::composeRegion(const RegionRequest& request, const std::stop_token& stop)
+{
+    throwIfCancelled(stop);
+    FramedPhoto framed(request.source, request.expectedSize, request.composition);
+    const PixelSize canvas = framed.compositor.size();
+    const std::int64_t left = std::clamp<std::int64_t>(request.x, 0, canvas.width);
+    const std::int64_t top = std::clamp<std::int64_t>(request.y, 0, canvas.height);
+    const std::int64_t width = std::min(request.size.width, canvas.width - left);
+    const std::int64_t height = std::min(request.size.height, canvas.height - top);
+    Bitmap region({width, height}, framed.compositor.format(), framed.canvas);
+    if (region.isNull())
+        return region;
+
+    const auto pixelBytes = std::size_t(framed.compositor.format().bytesPerPixel());
+    const std::size_t stride = std::size_t(canvas.width) * pixelBytes;
+    const std::int64_t band = bandRows(stride, canvas.height);
+    std::vector<std::byte> rows(stride * std::size_t(band));
+    for (std::int64_t y = 0; y < top + height; y += band) {
+        throwIfCancelled(stop);
+        const std::int64_t count = std::min(band, top + height - y);
+        framed.compositor.compose(count, rows.data(), stride);
+        for (std::int64_t i = std::max<std::int64_t>(0, top - y); i < count; ++i)
+            std::memcpy(region.row(y + i - top), rows.data() + std::size_t(i) * stride + std::size_t(left) * pixelBytes,
+                        std::size_t(width) * pixelBytes);
+    }
+    return region;
+}
+
+LogoAnswer InProcessAnswerer::rasteriseLogo(const LogoRequest& request, const std::stop_token& stop)
+{
+    throwIfCancelled(stop);
+    try {
+        const ByteSource source(request.source.descriptor, request.source.size);
+        FileType type {};
+        LogoAnswer answer;
+        answer.fileExtension = logoExtension(source, type);
+        answer.picture = type == FileType::pdf ? rasterisePdf(source, request.maximumDimension)
+                                               : rasterPicture(request.source, request.maximumDimension);
+        return answer;
+    } catch (const ImagePipelineError& error) {
+        const bool tooLarge = std::holds_alternative<ImagePipelineError::UnreasonableDimensions>(error.value);
+        throw logoError(tooLarge ? LogoAssetError::Case::unreasonableDimensions : LogoAssetError::Case::malformed);
+    } catch (const CodecError&) {
+        throw logoError(LogoAssetError::Case::malformed);
+    } catch (const InputOutputError&) {
+        throw logoError(LogoAssetError::Case::malformed);
+    } catch (const std::bad_alloc&) {
+        throw logoError(LogoAssetError::Case::malformed);
+    }
+}
+
+} // namespace ferrow::Engine

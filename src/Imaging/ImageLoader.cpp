@@ -1,1 +1,54 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Imaging/ImageLoader.h"
+
+#include "Engine/Answerer.h"
+#include "Metadata/MetadataExtractor.h"
+#include "Models/ErrorTexts.h"
+
+namespace ferrow::ImageLoader {
+
+OpenedFile openSource(const FileUrl& url)
+{
+    try {
+        OpenedFile file = OpenedFile::open(url);
+        if (file.size() > maximumFileSize)
+            throw ImagePipelineError(ImagePipelineError::FileTooLarge {file.size()});
+        return file;
+    } catch (const SystemError&) {
+        throw ImagePipelineError(ImagePipelineError::unreadableFile);
+    }
+}
+
+ImportedPhoto load(const FileUrl& url)
+{
+    return load(url, previewDimension);
+}
+
+ImportedPhoto loadBatchThumbnail(const FileUrl& url)
+{
+    return load(url, batchThumbnailDimension);
+}
+
+ImportedPhoto load(const FileUrl& url, std::int64_t previewMaximumDimension)
+{
+    const OpenedFile file = openSource(url);
+    Engine::InspectRequest request;
+    request.source = {file.descriptor(), file.size()};
+    request.maximumDimension = previewMaximumDimension;
+    // An import runs to its end once started: there is nothing to stop it with.
+    Engine::InspectAnswer answer = Engine::answerer().inspect(request, {});
+    if (file.currentIdentity() != file.identity())
+        throw ImagePipelineError(ImagePipelineError::unreadableFile);
+
+    ImportedPhoto photo;
+    photo.url = url;
+    photo.type = answer.type;
+    photo.pixelSize = answer.uprightSize;
+    photo.metadata
+        = MetadataExtractor::extract(answer.properties.image, answer.properties.xmp, url.lastPathComponent());
+    photo.previewSource = std::move(answer.picture);
+    photo.colorProfileName = std::move(answer.colorProfileName);
+    return photo;
+}
+
+} // namespace ferrow::ImageLoader

@@ -1,1 +1,230 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Imaging/ImageRenderer.h"
+
+#include "Engine/Compositor.h"
+#include "Metadata/MetadataTemplateExpander.h"
+#include "Models/ErrorTexts.h"
+#include "Platform/Base/Cancellation.h"
+#include "Platform/Pixels/Resampler.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <new>
+
+namespace ferrow::ImageRenderer {
+
+namespace {
+
+/// Distance and blur of a caption's shadow on the photo, in pixels at full size, and its darkness.
+constexpr double shadowOffset = 1;
+constexpr double shadowBlurRadius = 3;
+constexpr double shadowAlpha = 0.55;
+
+/// Room around a text box for glyphs that overhang it (slanted or ornate ones), in font sizes.
+constexpr double glyphOverhang = 0.5;
+
+/// From the layout's coordinates to pixel rows counted from the top.
+QRectF fromTop(const QRectF& rect, const RenderLayout& layout)
+{
+    return {rect.x(), double(layout.canvasSize.height) - rect.y() - rect.height(), rect.width(), rect.height()};
+}
+
+/// `overlay` without the pixels outside `area` (rows counted from the top); partly covered edge pixels stay.
+Engine::Overlay clipped(const Engine::Overlay& overlay, const QRectF& area)
+{
+    const PixelSize size = overlay.picture.size();
+    const std::int64_t left = std::max(overlay.x, std::int64_t(std::floor(area.left())));
+    const std::int64_t top = std::max(overlay.y, std::int64_t(std::floor(area.top())));
+    const std::int64_t right = std::min(overlay.x + size.width, std::int64_t(std::ceil(area.right())));
+    const std::int64_t bottom = std::min(overlay.y + size.height, std::int64_t(std::ceil(area.bottom())));
+    if (left == overlay.x && top == overlay.y && right == overlay.x + size.width && bottom == overlay.y + size.height)
+        return overlay;
+
+    Engine::Overlay result = overlay;
+    result.x = left;
+    result.y = top;
+    result.picture = Bitmap({right - left, bottom - top}, overlay.picture.format(), overlay.picture.profile());
+    const auto pixelBytes = std::size_t(overlay.picture.format().bytesPerPixel());
+    for (std::int64_t y = 0; !result.picture.isNull() && y < bottom - top; ++y)
+        std::memcpy(result.picture.row(y),
+                    overlay.picture.row(top - overlay.y + y) + std::size_t(left - overlay.x) * pixelBytes,
+                    std::size_t(right - left) * pixelBytes);
+    return result;
+}
+
+/// The text in its box, whose corner may lie anywhere inside a pixel. `box` counts rows from the top.
+Engine::Overlay textOverlay(const TextFrame& frame, const QRectF& box, int margin, const RGBAColor& color)
+{
+    const double x = std::floor(box.x());
+    const double y = std::floor(box.y());
+    Engine::Overlay overlay;
+    overlay.picture = frame.drawn(box.size(), QPointF(box.x() - x, box.y() - y), margin, color.red, color.green,
+                                  color.blue, color.alpha);
+    overlay.x = std::int64_t(x) - margin;
+    overlay.y = std::int64_t(y) - margin;
+    return overlay;
+}
+
+double wrappingWidth(CaptionPosition position, double areaWidth, double fontSize)
+{
+    if (isInBorder(position))
+        return areaWidth;
+    return std::max(0.62 * areaWidth, std::min(8 * fontSize, areaWidth));
+}
+
+TextAlignment textAlignment(CaptionAlignment alignment)
+{
+    switch (alignment) {
+    case CaptionAlignment::left:
+        return TextAlignment::left;
+    case CaptionAlignment::center:
+        return TextAlignment::center;
+    case CaptionAlignment::right:
+        break;
+    }
+    return TextAlignment::right;
+}
+
+double scaleOf(PixelSize picture, PixelSize original)
+{
+    return std::min(double(picture.width) / double(original.width), double(picture.height) / double(original.height));
+}
+
+/// A scaled photo seldom lies on whole pixels: it is drawn as the lowest overlay, its edges covered in proportion.
+Engine::Overlay photoOverlay(const Bitmap& source, const QRectF& target)
+{
+    Engine::Overlay overlay;
+    overlay.picture = Resampler::drawn(source, target);
+    overlay.x = std::int64_t(std::floor(target.x()));
+    overlay.y = std::int64_t(std::floor(target.y()));
+    return overlay;
+}
+
+} // namespace
+
+TextStyle captionFont(CaptionFont font, double size)
+{
+    TextStyle style;
+    style.pixelSize = size;
+    switch (font) {
+    case CaptionFont::system:
+        style.families = QStringList {FontFamilies::system()} + FontFamilies::chainFor(QStringLiteral("Helvetica Neue"));
+        break;
+    case CaptionFont::rounded:
+        style.families = FontFamilies::chainFor(QStringLiteral("Arial Rounded MT Bold"));
+        style.bold = true;
+        break;
+    case CaptionFont::serif:
+        style.families = FontFamilies::chainFor(QStringLiteral("New York"));
+        break;
+    case CaptionFont::monospaced:
+        style.families = FontFamilies::chainFor(QStringLiteral("SF Mono"));
+        break;
+    case CaptionFont::avenirNext:
+        style.families = FontFamilies::chainFor(QStringLiteral("Avenir Next"));
+        break;
+    }
+    return style;
+}
+
+std::vector<Engine::Overlay> drawLogo(const Bitmap& logo, const RenderLayout& layout,
+                                      const LogoConfiguration& configuration, double scale)
+{
+    const std::optional<QRectF> rect = logoRect(logo.size(), layout, configuration, scale);
+    if (!rect)
+        return {};
+    const QRectF box = fromTop(*rect, layout);
+    Engine::Overlay overlay;
+    overlay.picture = Resampler::drawn(logo, box);
+    overlay.x = std::int64_t(std::floor(box.x()));
+    overlay.y = std::int64_t(std::floor(box.y()));
+    overlay.opacity = std::clamp(configuration.opacity, 0.0, 1.0);
+    return {overlay};
+}
+
+std::vector<Engine::Overlay> drawCaption(const QString& text, const RenderLayout& layout, const RenderRecipe& recipe,
+                                         double scale)
+{
+    const double fontSize = std::max(recipe.captionFontSize * scale, 1.0);
+    TextStyle style = captionFont(recipe.captionFont, fontSize);
+    style.alignment = textAlignment(recipe.captionAlignment);
+    style.lineSpacing = std::max(recipe.captionLineSpacing * scale, 0.0);
+
+    const QRectF area = captionArea(recipe.captionPosition, layout.imageRect, layout.canvasRect(),
+                                    std::max(recipe.captionPadding * scale, 0.0),
+                                    std::max(recipe.captionVerticalPadding * scale, 0.0));
+    RGBAColor color = recipe.captionColor;
+    color.alpha = std::clamp(recipe.captionOpacity, 0.0, 1.0);
+    if (area.width() <= 0 || area.height() <= 0 || color.alpha <= 0)
+        return {};
+
+    const TextFrame frame(text, style);
+    const double width = wrappingWidth(recipe.captionPosition, area.width(), fontSize);
+    const QSizeF suggested = frame.suggestedSize({width, area.height()});
+    const QSizeF boxSize(std::min(std::max(std::ceil(suggested.width()), fontSize), area.width()),
+                         std::min(std::max(std::ceil(suggested.height()), 1.2 * fontSize), area.height()));
+    const QRectF box = fromTop(anchoredRect(boxSize, area, recipe.captionPosition), layout);
+    const QRectF clip = fromTop(area, layout);
+
+    const int overhang = int(std::ceil(glyphOverhang * fontSize));
+    std::vector<Engine::Overlay> overlays;
+    if (!isInBorder(recipe.captionPosition)) {
+        const double sigma = shadowBlurRadius * scale / 2;
+        const int margin = overhang + int(std::ceil(3 * sigma));
+        Engine::Overlay shadow = textOverlay(frame, box.translated(0, shadowOffset * scale), margin, color);
+        shadow.picture = dropShadow(shadow.picture, sigma, shadowAlpha);
+        overlays.push_back(clipped(shadow, clip));
+    }
+    overlays.push_back(clipped(textOverlay(frame, box, overhang, color), clip));
+    return overlays;
+}
+
+Engine::Composition composition(const RenderLayout& layout, const RenderRecipe& recipe, const PhotoMetadata& metadata,
+                                const Bitmap& logo, double scale, const std::stop_token& stop)
+{
+    Engine::Composition composition;
+    composition.canvasSize = layout.canvasSize;
+    composition.borderColor = recipe.borderColor;
+    composition.colorProfile = recipe.outputColorProfile;
+    const QRectF photo = fromTop(layout.drawRect, layout);
+    composition.photoX = std::llround(photo.x());
+    composition.photoY = std::llround(photo.y());
+    if (recipe.logo && recipe.logo->isEnabled && !logo.isNull())
+        composition.overlays = drawLogo(logo, layout, *recipe.logo, scale);
+    if (!recipe.captionEnabled)
+        return composition;
+    throwIfCancelled(stop);
+    const QString text = MetadataTemplateExpander::expand(recipe.captionTemplate(), metadata);
+    if (!text.isEmpty())
+        for (Engine::Overlay& overlay : drawCaption(text, layout, recipe, scale))
+            composition.overlays.push_back(std::move(overlay));
+    return composition;
+}
+
+Bitmap render(const Bitmap& source, PixelSize originalSize, const RenderRecipe& recipe, const PhotoMetadata& metadata,
+              const Bitmap& logo, SourceScale sourceScale, const std::stop_token& stop)
+{
+    if (source.isNull() || originalSize.width < 1 || originalSize.height < 1)
+        throw ImagePipelineError(ImagePipelineError::renderingFailed);
+    const double scale = sourceScale == SourceScale::fullSize ? 1.0 : scaleOf(source.size(), originalSize);
+    throwIfCancelled(stop);
+    validateRenderBounds(originalSize, recipe, scale);
+    const RenderLayout layout = RenderLayout::calculate(originalSize, recipe, scale);
+    throwIfCancelled(stop);
+    try {
+        Engine::Composition parts = composition(layout, recipe, metadata, logo, scale, stop);
+        parts.overlays.insert(parts.overlays.begin(), photoOverlay(source, fromTop(layout.drawRect, layout)));
+        const ColorProfile space
+            = Engine::outputColorSpace(source.profile(), source.format().model, recipe.outputColorProfile);
+        const bool hasAlpha = source.format().hasAlpha() || Engine::isTransparent(recipe.borderColor);
+        Engine::Compositor compositor(parts, nullptr, space, hasAlpha);
+        Bitmap result(compositor.size(), compositor.format(), space);
+        compositor.compose(result.size().height, result.row(0), result.stride());
+        return result;
+    } catch (const std::bad_alloc&) {
+        throw ImagePipelineError(ImagePipelineError::renderingFailed);
+    }
+}
+
+} // namespace ferrow::ImageRenderer

@@ -1,1 +1,210 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Imaging/RenderLayout.h"
+
+#include "Models/ErrorTexts.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+
+namespace ferrow {
+
+namespace {
+
+enum class Column { left, center, right };
+enum class Row { top, middle, bottom };
+
+Column columnOf(CaptionPosition position)
+{
+    switch (position) {
+    case CaptionPosition::imageTopLeft:
+    case CaptionPosition::imageCenterLeft:
+    case CaptionPosition::imageBottomLeft:
+    case CaptionPosition::borderTopLeft:
+    case CaptionPosition::borderBottomLeft:
+        return Column::left;
+    case CaptionPosition::imageTopCenter:
+    case CaptionPosition::imageCenter:
+    case CaptionPosition::imageBottomCenter:
+    case CaptionPosition::borderTopCenter:
+    case CaptionPosition::borderBottomCenter:
+        return Column::center;
+    case CaptionPosition::imageTopRight:
+    case CaptionPosition::imageCenterRight:
+    case CaptionPosition::imageBottomRight:
+    case CaptionPosition::borderTopRight:
+    case CaptionPosition::borderBottomRight:
+        break;
+    }
+    return Column::right;
+}
+
+Row rowOf(CaptionPosition position)
+{
+    switch (position) {
+    case CaptionPosition::imageTopLeft:
+    case CaptionPosition::imageTopCenter:
+    case CaptionPosition::imageTopRight:
+    case CaptionPosition::borderTopLeft:
+    case CaptionPosition::borderTopCenter:
+    case CaptionPosition::borderTopRight:
+        return Row::top;
+    case CaptionPosition::imageCenterLeft:
+    case CaptionPosition::imageCenter:
+    case CaptionPosition::imageCenterRight:
+        return Row::middle;
+    case CaptionPosition::imageBottomLeft:
+    case CaptionPosition::imageBottomCenter:
+    case CaptionPosition::imageBottomRight:
+    case CaptionPosition::borderBottomLeft:
+    case CaptionPosition::borderBottomCenter:
+    case CaptionPosition::borderBottomRight:
+        break;
+    }
+    return Row::bottom;
+}
+
+std::int64_t scaledSide(std::int64_t side, double scale)
+{
+    return std::max<std::int64_t>(std::llround(double(side) * scale), 1);
+}
+
+QRectF scaledRect(const QRectF& rect, double scale)
+{
+    return {rect.x() * scale, rect.y() * scale, rect.width() * scale, rect.height() * scale};
+}
+
+bool allFinite(const RenderRecipe& recipe)
+{
+    const std::array values {recipe.borderWidth,    recipe.captionFontSize,        recipe.captionLineSpacing,
+                             recipe.captionPadding, recipe.captionVerticalPadding, recipe.captionOpacity};
+    if (!std::all_of(values.begin(), values.end(), [](double value) { return std::isfinite(value); }))
+        return false;
+    return !recipe.logo
+           || (std::isfinite(recipe.logo->widthPercent) && std::isfinite(recipe.logo->horizontalPadding)
+               && std::isfinite(recipe.logo->verticalPadding) && std::isfinite(recipe.logo->opacity));
+}
+
+} // namespace
+
+RenderLayout RenderLayout::framedLayout(PixelSize imageSize, const RenderRecipe& recipe)
+{
+    const auto border = std::max<std::int64_t>(std::int64_t(std::ceil(recipe.borderWidthFor(imageSize))), 0);
+    RenderLayout layout;
+    layout.canvasSize = {imageSize.width + 2 * border, imageSize.height + 2 * border};
+    layout.imageRect = QRectF(double(border), double(border), double(imageSize.width), double(imageSize.height));
+    layout.drawRect = layout.imageRect;
+    layout.borderThickness = double(border);
+    return layout;
+}
+
+RenderLayout RenderLayout::calculate(PixelSize sourceSize, const RenderRecipe& recipe, double scale)
+{
+    return framedLayout(sourceSize, recipe).scaled(std::max(scale, 0.000001));
+}
+
+RenderLayout RenderLayout::scaled(double scale) const
+{
+    RenderLayout layout;
+    layout.canvasSize = {scaledSide(canvasSize.width, scale), scaledSide(canvasSize.height, scale)};
+    layout.imageRect = scaledRect(imageRect, scale);
+    layout.drawRect = scaledRect(drawRect, scale);
+    layout.borderThickness = borderThickness * scale;
+    return layout;
+}
+
+QRectF RenderLayout::canvasRect() const
+{
+    return {0, 0, double(canvasSize.width), double(canvasSize.height)};
+}
+
+QRectF captionArea(CaptionPosition position, const QRectF& imageRect, const QRectF& canvasRect,
+                   double horizontalPadding, double verticalPadding)
+{
+    if (!isInBorder(position))
+        return {imageRect.x() + horizontalPadding, imageRect.y() + verticalPadding,
+                imageRect.width() - 2 * horizontalPadding, imageRect.height() - 2 * verticalPadding};
+
+    const double x = canvasRect.x() + horizontalPadding;
+    const double width = std::max(canvasRect.width() - 2 * horizontalPadding, 0.0);
+    if (rowOf(position) == Row::bottom) {
+        const double available = imageRect.y() - canvasRect.y();
+        if (available <= 0)
+            return {x, canvasRect.y(), width, 0};
+        const double inset = std::min(available, verticalPadding);
+        return {x, canvasRect.y() + inset, width, std::max(available - inset, 0.0)};
+    }
+    const double imageTop = imageRect.y() + imageRect.height();
+    const double available = canvasRect.y() + canvasRect.height() - imageTop;
+    const double inset = std::min(available, verticalPadding);
+    return {x, imageTop, width, std::max(available - inset, 0.0)};
+}
+
+QRectF anchoredRect(const QSizeF& size, const QRectF& area, CaptionPosition position)
+{
+    QRectF rect(area.topLeft(), size);
+    switch (columnOf(position)) {
+    case Column::left:
+        break;
+    case Column::center:
+        rect.moveLeft(area.x() + area.width() / 2 - size.width() / 2);
+        break;
+    case Column::right:
+        rect.moveLeft(area.x() + area.width() - size.width());
+        break;
+    }
+    // y grows upwards: the rectangle's own "top" is its lower edge.
+    switch (rowOf(position)) {
+    case Row::top:
+        rect.moveTop(area.y() + area.height() - size.height());
+        break;
+    case Row::middle:
+        rect.moveTop(area.y() + area.height() / 2 - size.height() / 2);
+        break;
+    case Row::bottom:
+        break;
+    }
+    return rect;
+}
+
+std::optional<QRectF> logoRect(PixelSize logoSize, const RenderLayout& layout, const LogoConfiguration& configuration,
+                               double scale)
+{
+    const QRectF area = captionArea(configuration.position, layout.imageRect, layout.canvasRect(),
+                                    std::max(scale * configuration.horizontalPadding, 0.0),
+                                    std::max(scale * configuration.verticalPadding, 0.0));
+    if (area.width() <= 0 || area.height() <= 0 || logoSize.width < 1 || logoSize.height < 1)
+        return std::nullopt;
+    const double width = layout.imageRect.width() * std::clamp(configuration.widthPercent, 1.0, 100.0) / 100.0;
+    const double height = width / (double(logoSize.width) / double(logoSize.height));
+    const double fit = std::min({area.width() / width, area.height() / height, 1.0});
+    const QSizeF box(width * fit, height * fit);
+    if (box.width() < 1 || box.height() < 1)
+        return std::nullopt;
+    return anchoredRect(box, area, configuration.position);
+}
+
+void validateRenderBounds(PixelSize originalSize, const RenderRecipe& recipe, double scale)
+{
+    if (!allFinite(recipe) || !std::isfinite(scale) || scale <= 0)
+        throw ImagePipelineError(ImagePipelineError::invalidRenderRecipe);
+    const double border = recipe.borderWidthFor(originalSize);
+    if (!std::isfinite(border) || border < 0)
+        throw ImagePipelineError(ImagePipelineError::invalidRenderRecipe);
+    const double width = scale * (2 * border + double(originalSize.width));
+    const double height = scale * (2 * border + double(originalSize.height));
+    const auto fits = [](double side) { return std::isfinite(side) && side >= 1 && side <= maximumOutputSide; };
+    if (!fits(width) || !fits(height) || width * height > maximumOutputPixels)
+        throw ImagePipelineError(
+            ImagePipelineError::UnreasonableOutputDimensions {finiteInteger(width), finiteInteger(height)});
+}
+
+std::int64_t finiteInteger(double value)
+{
+    if (!std::isfinite(value) || value >= 9.2e18)
+        return std::numeric_limits<std::int64_t>::max();
+    return std::max<std::int64_t>(std::llround(value), 0);
+}
+
+} // namespace ferrow

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Models/BatchExportModels.h"
+#include "Models/RenderRecipe.h"
+#include "Platform/Base/FileUrl.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace ferrow::Command {
+
+/// The command line was used wrongly. `message` names the option; the exit status is 2.
+struct UsageError {
+    QString message;
+};
+
+/// What a run works with: the preset's values or the program's defaults, with the options applied.
+struct Settings {
+    RenderRecipe recipe;
+    ExportSettings exportSettings;
+    BatchExportConfiguration configuration;
+};
+
+struct Arguments {
+    enum class Mode { frame, inspect, help, version };
+
+    Mode mode = Mode::frame;
+    std::vector<FileUrl> roots;
+    std::optional<QString> presetName;
+    std::optional<FileUrl> presetFile;
+    /// Applied in order to the settings that the preset or the defaults gave.
+    std::vector<std::function<void(Settings&)>> changes;
+    std::optional<FileUrl> logoFile;
+    /// Applied to the logo once it has been imported.
+    std::vector<std::function<void(LogoConfiguration&)>> logoChanges;
+    bool dryRun = false;
+    bool json = false;
+    bool quiet = false;
+};
+
+/// Reads the words behind the program's name. They are bytes: paths need not be UTF-8. Throws UsageError.
+[[nodiscard]] Arguments parseArguments(const std::vector<QByteArray>& words);
+
+/// What `--help` prints.
+[[nodiscard]] QString helpText();
+
+} // namespace ferrow::Command

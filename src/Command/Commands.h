@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Command/Arguments.h"
+
+#include <stop_token>
+
+namespace ferrow::Command {
+
+/// Exit statuses.
+enum ExitStatus { allDone = 0, somePhotoFailed = 1, wrongUsage = 2, interrupted = 130 };
+
+/// Frames the photos that `arguments` name and answers the exit status. Throws UsageError.
+[[nodiscard]] int runBatch(const Arguments& arguments, const std::stop_token& stop);
+
+/// Prints what is read of each photo and answers the exit status.
+[[nodiscard]] int runInspect(const Arguments& arguments, const std::stop_token& stop);
+
+} // namespace ferrow::Command

@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Command/Output.h"
+
+#include "Platform/Base/ByteText.h"
+
+#include <QJsonDocument>
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+namespace ferrow::Command {
+
+namespace {
+
+QString printable(const QString& text)
+{
+    QString line = text;
+    for (QChar& character : line)
+        if (character.category() == QChar::Other_Control)
+            character = QChar(QChar::ReplacementCharacter);
+    return line;
+}
+
+void print(std::FILE* stream, const QByteArray& bytes)
+{
+    std::fwrite(bytes.constData(), 1, std::size_t(bytes.size()), stream);
+    std::fflush(stream);
+}
+
+int terminalColumns()
+{
+    winsize size {};
+    return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+}
+
+} // namespace
+
+QJsonObject pathObject(const FileUrl& url)
+{
+    QJsonObject object {{QStringLiteral("path"), ByteText::display(url.path())}};
+    if (ByteText::display(url.path()).toUtf8() != url.path())
+        object.insert(QStringLiteral("pathBytes"), QString::fromLatin1(url.path().toBase64()));
+    return object;
+}
+
+void printJson(const QJsonObject& object)
+{
+    print(stdout, QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
+}
+
+void printLine(const QString& text)
+{
+    print(stdout, printable(text).toUtf8() + '\n');
+}
+
+void printError(const QString& text)
+{
+    print(stderr, printable(text).toUtf8() + '\n');
+}
+
+QString onOneLine(const QString& message)
+{
+    return message.simplified();
+}
+
+ProgressLine::ProgressLine(bool enabled)
+    : enabled_(enabled && ::isatty(STDERR_FILENO) == 1)
+{
+}
+
+ProgressLine::~ProgressLine()
+{
+    clear();
+}
+
+void ProgressLine::show(const QString& verb, std::int64_t completed, std::int64_t total, const QString& currentFilename)
+{
+    if (!enabled_)
+        return;
+    const QString counts = QStringLiteral("%1 %2 of %3").arg(verb).arg(completed).arg(total);
+    const QString remaining = remainingTime(std::chrono::steady_clock::now() - start_, completed, total);
+    QString line = counts;
+    if (!remaining.isEmpty())
+        line += QStringLiteral(" · ") + remaining;
+    line += QStringLiteral(" · ") + printable(currentFilename);
+    clear();
+    print(stderr, line.left(terminalColumns() - 1).toUtf8());
+    shown_ = true;
+}
+
+void ProgressLine::clear()
+{
+    if (shown_)
+        print(stderr, "\r\033[K");
+    shown_ = false;
+}
+
+QString remainingTime(std::chrono::duration<double> elapsed, std::int64_t completed, std::int64_t total)
+{
+    // The first seconds say little about the rest.
+    if (completed < 1 || completed >= total || elapsed.count() < 1)
+        return {};
+    const double seconds = elapsed.count() / double(completed) * double(total - completed);
+    if (seconds < 90)
+        return QStringLiteral("about %1 s left").arg(std::max(1L, std::lround(seconds)));
+    const long minutes = std::lround(seconds / 60);
+    if (minutes < 90)
+        return QStringLiteral("about %1 min left").arg(minutes);
+    return QStringLiteral("about %1 h left").arg(std::lround(seconds / 3600));
+}
+
+} // namespace ferrow::Command

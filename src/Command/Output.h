@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Models/BatchExportModels.h"
+#include "Platform/Base/FileUrl.h"
+
+#include <QJsonObject>
+#include <QString>
+
+#include <chrono>
+
+namespace ferrow::Command {
+
+/// "path" as text, with "pathBytes" (base64) beside it where the name is not UTF-8.
+[[nodiscard]] QJsonObject pathObject(const FileUrl& url);
+/// One object a line on standard output, flushed.
+void printJson(const QJsonObject& object);
+/// One line on standard output or standard error; characters that would break the line or the terminal are replaced.
+void printLine(const QString& text);
+void printError(const QString& text);
+/// A message of several paragraphs on one line.
+[[nodiscard]] QString onOneLine(const QString& message);
+
+/// The progress line on a terminal: count, current file, remaining time. Silent where standard error is no terminal.
+class ProgressLine {
+public:
+    explicit ProgressLine(bool enabled);
+    ~ProgressLine();
+    ProgressLine(const ProgressLine&) = delete;
+    ProgressLine& operator=(const ProgressLine&) = delete;
+
+    void show(const QString& verb, std::int64_t completed, std::int64_t total, const QString& currentFilename);
+    /// Makes room for other output.
+    void clear();
+
+private:
+    bool enabled_;
+    bool shown_ = false;
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};
+
+/// "about 3 min left", from what has been done in `elapsed`; empty while nothing can be said.
+[[nodiscard]] QString remainingTime(std::chrono::duration<double> elapsed, std::int64_t completed, std::int64_t total);
+
+} // namespace ferrow::Command

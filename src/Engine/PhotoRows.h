@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Engine/Requests.h"
+#include "Engine/RowSource.h"
+#include "Platform/Codecs/ImageDecoder.h"
+#include "Platform/Pixels/Bitmap.h"
+#include "Platform/Pixels/ColorTransform.h"
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace ferrow::Engine {
+
+/// A photo whose header was read and found within the limits; no pixel memory has been asked for yet.
+struct OpenedPhoto {
+    SupportedImageType type = SupportedImageType::jpeg;
+    std::unique_ptr<const ByteSource> source; ///< On the heap: the decoder keeps a reference while this moves.
+    ImageProperties properties;
+    int orientation = 1; ///< 1…8, as the Exif and TIFF tag count them.
+    std::unique_ptr<ImageDecoder> decoder;
+
+    [[nodiscard]] PixelSize uprightSize() const;
+};
+
+/// Type by content, properties, orientation, decoder, limits, in this order. Throws ImagePipelineError.
+[[nodiscard]] OpenedPhoto openPhoto(const SourceFile& source, const DecodeOptions& options);
+
+/// Whether an orientation turns the picture by a quarter.
+[[nodiscard]] constexpr bool swapsDimensions(int orientation)
+{
+    return orientation >= 5 && orientation <= 8;
+}
+
+/// `picture` turned and mirrored upright.
+[[nodiscard]] Bitmap oriented(const Bitmap& picture, int orientation);
+
+/// Upright rows of a photo, 8-bit RGB or straight RGBA in a given RGB space. Streams where the decoder streams and the
+/// picture need not be turned; else holds one whole bitmap, 3 or 4 bytes a pixel. Throws ImagePipelineError.
+class PhotoRows : public RowSource {
+public:
+    /// `photo` must outlive the rows.
+    PhotoRows(OpenedPhoto& photo, const ColorProfile& target);
+
+    [[nodiscard]] PixelSize size() const override;
+    [[nodiscard]] PixelFormat format() const override { return format_; }
+    void readRows(std::int64_t count, std::byte* out, std::size_t stride) override;
+    /// After the last row: throws where the decoder learns only at the end that pixels were lost.
+    void finish();
+
+private:
+    void readStored(std::int64_t count, std::byte* out, std::size_t stride);
+
+    OpenedPhoto& photo_;
+    PixelFormat format_;
+    ColorTransform transform_;
+    std::vector<std::byte> scratch_;
+    Bitmap whole_; ///< As stored, for orientations that can't be streamed.
+    std::int64_t nextRow_ = 0;
+};
+
+/// The picture upright and at most `maximumDimension` long, in `target`'s space. Throws ImagePipelineError.
+[[nodiscard]] Bitmap reducedPicture(OpenedPhoto& photo, std::int64_t maximumDimension, const ColorProfile& target);
+
+} // namespace ferrow::Engine

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Models/ImportedPhoto.h"
+#include "Platform/Base/FileUrl.h"
+#include "Platform/Files/FileAccess.h"
+
+/// The only way a source photo enters the program. The file is opened once, checked, read through that one descriptor and
+/// never changed. Everything here throws ImagePipelineError alone and is safe from several threads.
+namespace ferrow::ImageLoader {
+
+/// Largest source file, in bytes, that is still looked at.
+inline constexpr std::int64_t maximumFileSize = 2'000'000'000;
+/// Longest sides, in pixels, of the two loads below.
+inline constexpr std::int64_t previewDimension = 1'600;
+inline constexpr std::int64_t batchThumbnailDimension = 280;
+
+/// With a picture for the preview pane.
+[[nodiscard]] ImportedPhoto load(const FileUrl& url);
+/// With a picture for the list.
+[[nodiscard]] ImportedPhoto loadBatchThumbnail(const FileUrl& url);
+/// With a picture at most `previewMaximumDimension` long; 0 asks for everything but pixels.
+[[nodiscard]] ImportedPhoto load(const FileUrl& url, std::int64_t previewMaximumDimension);
+
+/// Opens a source: a regular file within the size limit. Throws unreadableFile or fileTooLarge.
+[[nodiscard]] OpenedFile openSource(const FileUrl& url);
+
+} // namespace ferrow::ImageLoader

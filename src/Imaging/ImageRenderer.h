@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Engine/Requests.h"
+#include "Imaging/RenderLayout.h"
+#include "Models/ImportedPhoto.h"
+#include "Models/RenderRecipe.h"
+#include "Platform/Pixels/Bitmap.h"
+#include "Platform/Text/TextFrame.h"
+
+#include <stop_token>
+#include <vector>
+
+/// What is drawn in and on a frame, and in which order: background, photo, logo, caption. Preview and export share all of
+/// it; only the scale differs. No state; any thread, with a QGuiApplication for captions.
+namespace ferrow::ImageRenderer {
+
+/// The logo as an overlay at its final size; none where there is no room for it. `logo` is premultiplied RGBA.
+[[nodiscard]] std::vector<Engine::Overlay> drawLogo(const Bitmap& logo, const RenderLayout& layout,
+                                                    const LogoConfiguration& configuration, double scale);
+
+/// The typeface of a caption, at `size` output pixels.
+[[nodiscard]] TextStyle captionFont(CaptionFont font, double size);
+
+/// The caption, for positions on the photo with its shadow beneath; none where there is no room for it.
+[[nodiscard]] std::vector<Engine::Overlay> drawCaption(const QString& text, const RenderLayout& layout,
+                                                       const RenderRecipe& recipe, double scale);
+
+/// Everything an export or a preview draws, as values. `logo` may be null. The photo lies where the layout has it, rounded
+/// to whole pixels. Throws Cancelled.
+[[nodiscard]] Engine::Composition composition(const RenderLayout& layout, const RenderRecipe& recipe,
+                                              const PhotoMetadata& metadata, const Bitmap& logo, double scale,
+                                              const std::stop_token& stop);
+
+/// Where a render's scale comes from: full size, or the size of the picture at hand against the photo's.
+enum class SourceScale { fullSize, fromSource };
+
+/// The framed picture in memory, computed by the export's own compositor from `source` (8-bit RGB, upright, any size):
+/// rgb8, or straight rgba8 where border or source can be transparent, in the output's colour space. `logo` may be null.
+/// Throws ImagePipelineError and Cancelled.
+[[nodiscard]] Bitmap render(const Bitmap& source, PixelSize originalSize, const RenderRecipe& recipe,
+                            const PhotoMetadata& metadata, const Bitmap& logo, SourceScale sourceScale,
+                            const std::stop_token& stop);
+
+} // namespace ferrow::ImageRenderer
