@@ -10,8 +10,8 @@
 
 namespace ferrow {
 
-/// A picture in memory: rows from the top down, `stride` bytes apart, no padding inside a row's pixels. Copies share the
-/// pixels; write only through a bitmap that nobody else holds yet.
+/// A picture in memory: rows from the top down, `stride` bytes apart, no padding inside a row's pixels. Copies share
+/// the pixels; write only through a bitmap that nobody else holds yet.
 class Bitmap {
 public:
     Bitmap() = default; ///< No picture: isNull() is true.

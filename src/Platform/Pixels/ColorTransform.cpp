@@ -1,1 +1,217 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Platform/Pixels/ColorTransform.h"
+
+#include "Platform/Pixels/LittleCms.h"
+#include "Platform/Pixels/MatrixShaper.h"
+#include "Platform/Pixels/PixelRows.h"
+#include "Platform/Pixels/PressSpace.h"
+#include "Platform/Pixels/RowConverter.h"
+
+#include <array>
+#include <cstdint>
+#include <new>
+#include <utility>
+#include <vector>
+
+namespace ferrow {
+
+namespace {
+
+constexpr cmsUInt32Number intent = INTENT_RELATIVE_COLORIMETRIC;
+/// The library's own memory of the last pixel would be shared by the threads.
+constexpr cmsUInt32Number flags = cmsFLAGS_NOCACHE;
+
+cmsUInt32Number libraryFormat(PixelFormat format)
+{
+    const bool deep = format.bitsPerComponent == 16;
+    const cmsUInt32Number layout = EXTRA_SH(format.hasAlpha() ? 1U : 0U) | BYTES_SH(deep ? 2U : 1U) |
+                                   CHANNELS_SH(static_cast<cmsUInt32Number>(format.colorChannels()));
+    switch (format.model) {
+    case ColorModel::gray:
+        return layout | COLORSPACE_SH(PT_GRAY);
+    case ColorModel::rgb:
+        return layout | COLORSPACE_SH(PT_RGB);
+    case ColorModel::cmyk:
+        return layout | COLORSPACE_SH(PT_CMYK);
+    case ColorModel::lab:
+        return layout | COLORSPACE_SH(PT_Lab);
+    }
+    return layout;
+}
+
+/// What a picture of that model is read as when it brings no profile that can be used.
+LittleCms::Profile assumedProfile(const LittleCms::Context& context, ColorModel model)
+{
+    switch (model) {
+    case ColorModel::gray:
+        return LittleCms::openProfile(context, ColorProfile::sGray().icc());
+    case ColorModel::rgb:
+        return LittleCms::openProfile(context, ColorProfile::sRGB().icc());
+    case ColorModel::cmyk:
+        return LittleCms::openProfile(context, pressProfile());
+    case ColorModel::lab:
+        return LittleCms::Profile(cmsCreateLab4ProfileTHR(context.get(), nullptr));
+    }
+    return nullptr;
+}
+
+/// Every grey level's colour, worked out ahead.
+template <typename Source, typename Target>
+class GrayRows final : public RowConverter {
+public:
+    /// `transform` leads from grey without alpha to RGB of 8 bits.
+    explicit GrayRows(cmsHTRANSFORM transform)
+    {
+        std::vector<Component> levels(colors_.size());
+        for (std::size_t level = 0; level < levels.size(); ++level)
+            levels[level] = static_cast<Component>(level);
+        cmsDoTransform(transform, levels.data(), colors_.data(), static_cast<cmsUInt32Number>(levels.size()));
+    }
+
+    void convert(const std::byte* in, std::byte* out, std::size_t pixels) const override
+    {
+        for (; pixels > 0; --pixels, in += Source::bytes, out += Target::bytes) {
+            const std::array<std::byte, 3>& color = colors_[Source::component(in, 0)];
+            out[0] = color[0];
+            out[1] = color[1];
+            out[2] = color[2];
+            carryAlpha<Source, Target>(in, out);
+        }
+    }
+
+private:
+    using Component = typename Source::ComponentType;
+    std::vector<std::array<std::byte, 3>> colors_ =
+        std::vector<std::array<std::byte, 3>>(std::size_t{1} << (8 * sizeof(Component)));
+};
+
+/// Everything else: tables of many dimensions, through the colour library.
+class LibraryRows final : public RowConverter {
+public:
+    LibraryRows(LittleCms::Context context, LittleCms::Transform transform, PixelFormat source, PixelFormat target)
+        : context_(std::move(context)), transform_(std::move(transform)),
+          addsAlpha_(target.hasAlpha() && !source.hasAlpha())
+    {
+    }
+
+    void convert(const std::byte* in, std::byte* out, std::size_t pixels) const override
+    {
+        cmsDoTransform(transform_.get(), in, out, static_cast<cmsUInt32Number>(pixels));
+        if (addsAlpha_)
+            for (std::size_t pixel = 0; pixel < pixels; ++pixel)
+                out[pixel * 4 + 3] = std::byte{255};
+    }
+
+private:
+    LittleCms::Context context_; // Before the transform, which must go first.
+    LittleCms::Transform transform_;
+    bool addsAlpha_;
+};
+
+LittleCms::Transform makeTransform(const LittleCms::Context& context, cmsHPROFILE from, PixelFormat source,
+                                   cmsHPROFILE to, PixelFormat target)
+{
+    if (!from || !to)
+        return nullptr;
+    const cmsUInt32Number alpha = source.hasAlpha() && target.hasAlpha() ? cmsFLAGS_COPY_ALPHA : 0;
+    return LittleCms::Transform(cmsCreateTransformTHR(context.get(), from, libraryFormat(source), to,
+                                                      libraryFormat(target), intent, flags | alpha));
+}
+
+std::unique_ptr<RowConverter> grayRows(const LittleCms::Context& context, cmsHPROFILE from, PixelFormat source,
+                                       cmsHPROFILE to, PixelFormat target)
+{
+    PixelFormat levels = source;
+    levels.alpha = Alpha::none;
+    const LittleCms::Transform transform = makeTransform(context, from, levels, to, rgb8);
+    if (!transform)
+        return nullptr;
+    return withPixelTypes(source, target, [&]<typename Source, typename Target>() -> std::unique_ptr<RowConverter> {
+        if constexpr (Source::isGray)
+            return std::make_unique<GrayRows<Source, Target>>(transform.get());
+        else
+            return nullptr;
+    });
+}
+
+/// Null when the library can't lead from one to the other.
+std::unique_ptr<RowConverter> convertedRows(LittleCms::Context context, const LittleCms::Profile& from,
+                                            PixelFormat source, const LittleCms::Profile& to, PixelFormat target)
+{
+    if (!from || !to)
+        return nullptr;
+    if (auto shaped = shapedRows(from.get(), source, to.get(), target))
+        return shaped;
+    if (source.model == ColorModel::gray)
+        return grayRows(context, from.get(), source, to.get(), target);
+    LittleCms::Transform transform = makeTransform(context, from.get(), source, to.get(), target);
+    if (!transform)
+        return nullptr;
+    return std::make_unique<LibraryRows>(std::move(context), std::move(transform), source, target);
+}
+
+/// Whether the numbers mean the same in both spaces: RGB in the same space, grey on the target's own curve.
+bool meansTheSame(const ColorProfile& from, ColorModel model, const ColorProfile& to)
+{
+    if (model == ColorModel::rgb)
+        return from.isEquivalentTo(to);
+    const bool hasCurveOfSRGB = from.isEmpty() || from.isEquivalentTo(ColorProfile::sGray());
+    return model == ColorModel::gray && hasCurveOfSRGB &&
+           (to.isEquivalentTo(ColorProfile::sRGB()) || to.isEquivalentTo(ColorProfile::displayP3()));
+}
+
+std::unique_ptr<RowConverter> convertedRows(const ColorProfile& from, PixelFormat source, const ColorProfile& to,
+                                            PixelFormat target)
+{
+    LittleCms::Context context;
+    const LittleCms::Profile fromProfile =
+        from.isEmpty() ? assumedProfile(context, source.model) : LittleCms::openProfile(context, from.icc());
+    const LittleCms::Profile toProfile =
+        to.isEmpty() ? assumedProfile(context, ColorModel::rgb) : LittleCms::openProfile(context, to.icc());
+    return convertedRows(std::move(context), fromProfile, source, toProfile, target);
+}
+
+/// Leaves out what the library rejects: first the source's profile, then the target's.
+std::unique_ptr<RowConverter> rowsFor(const ColorProfile& from, PixelFormat source, const ColorProfile& to,
+                                      PixelFormat target)
+{
+    if (meansTheSame(from, source.model, to))
+        return source == target ? copiedRows(target) : rearrangedRows(source, target);
+    if (auto rows = convertedRows(from, source, to, target))
+        return rows;
+    if (!from.isEmpty())
+        return rowsFor({}, source, to, target);
+    if (!to.isEmpty())
+        return rowsFor({}, source, {}, target);
+    throw std::bad_alloc();
+}
+
+} // namespace
+
+struct ColorTransform::Implementation {
+    std::unique_ptr<RowConverter> rows;
+    bool isIdentity;
+};
+
+ColorTransform::ColorTransform(const ColorProfile& from, PixelFormat source, const ColorProfile& to, PixelFormat target)
+{
+    const ColorProfile usable = from.model() == source.model ? from : ColorProfile();
+    const bool isIdentity = source == target && meansTheSame(usable, source.model, to);
+    implementation_ = std::make_unique<Implementation>(rowsFor(usable, source, to, target), isIdentity);
+}
+
+ColorTransform::~ColorTransform() = default;
+ColorTransform::ColorTransform(ColorTransform&&) noexcept = default;
+ColorTransform& ColorTransform::operator=(ColorTransform&&) noexcept = default;
+
+bool ColorTransform::isIdentity() const
+{
+    return implementation_->isIdentity;
+}
+
+void ColorTransform::apply(const std::byte* in, std::byte* out, std::size_t pixels) const
+{
+    implementation_->rows->convert(in, out, pixels);
+}
+
+} // namespace ferrow

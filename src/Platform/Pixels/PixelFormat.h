@@ -27,8 +27,8 @@ struct PixelFormat {
     bool operator==(const PixelFormat&) const = default;
 };
 
-inline constexpr PixelFormat rgb8 {ColorModel::rgb, 8, Alpha::none};
-inline constexpr PixelFormat rgba8 {ColorModel::rgb, 8, Alpha::straight};
-inline constexpr PixelFormat rgba8Premultiplied {ColorModel::rgb, 8, Alpha::premultiplied};
+inline constexpr PixelFormat rgb8{ColorModel::rgb, 8, Alpha::none};
+inline constexpr PixelFormat rgba8{ColorModel::rgb, 8, Alpha::straight};
+inline constexpr PixelFormat rgba8Premultiplied{ColorModel::rgb, 8, Alpha::premultiplied};
 
 } // namespace ferrow

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Pixels/WellKnownSpaces.h"
 
+#include "Platform/Pixels/Matrix.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -48,39 +50,10 @@ bool looksLike(const cmsToneCurve* found, const cmsToneCurve* known)
     return true;
 }
 
-using Matrix = std::array<std::array<double, 3>, 3>;
-
-/// From linear RGB to the D50 connection space, as the profile has it. Absent when it converts through tables instead.
-std::optional<Matrix> colorantsOf(cmsHPROFILE profile)
+/// Whether the profile converts to the connection space through tables, whatever its matrix says.
+bool hasTables(cmsHPROFILE profile)
 {
-    for (const cmsTagSignature table : {cmsSigAToB0Tag, cmsSigAToB1Tag})
-        if (cmsIsTag(profile, table))
-            return std::nullopt;
-    Matrix matrix{};
-    constexpr std::array tags{cmsSigRedColorantTag, cmsSigGreenColorantTag, cmsSigBlueColorantTag};
-    for (std::size_t column = 0; column < tags.size(); ++column) {
-        const auto* colorant = static_cast<const cmsCIEXYZ*>(cmsReadTag(profile, tags[column]));
-        if (!colorant)
-            return std::nullopt;
-        matrix[0][column] = colorant->X;
-        matrix[1][column] = colorant->Y;
-        matrix[2][column] = colorant->Z;
-    }
-    return matrix;
-}
-
-Matrix inverse(const Matrix& m)
-{
-    const auto minor = [&](std::size_t row, std::size_t column) {
-        const std::size_t r1 = (row + 1) % 3, r2 = (row + 2) % 3, c1 = (column + 1) % 3, c2 = (column + 2) % 3;
-        return m[r1][c1] * m[r2][c2] - m[r1][c2] * m[r2][c1];
-    };
-    const double determinant = m[0][0] * minor(0, 0) + m[0][1] * minor(0, 1) + m[0][2] * minor(0, 2);
-    Matrix result{};
-    for (std::size_t row = 0; row < 3; ++row)
-        for (std::size_t column = 0; column < 3; ++column)
-            result[row][column] = minor(column, row) / determinant;
-    return result;
+    return cmsIsTag(profile, cmsSigAToB0Tag) || cmsIsTag(profile, cmsSigAToB1Tag);
 }
 
 /// Whether light said in one set of primaries may be taken for light said in the other. What is missing between them
@@ -88,15 +61,16 @@ Matrix inverse(const Matrix& m)
 /// of 0.0003.
 bool nearlyEqual(const Matrix& found, const Matrix& known)
 {
-    constexpr double tolerance = 0.0004;
-    const Matrix back = inverse(known);
+    constexpr double tolerance = 0.00045; // Just enough for the sRGB of the colour library's first version.
+    const std::optional<Matrix> back = inverse(known);
+    if (!back)
+        return false;
+    const Matrix change = product(*back, found);
     for (std::size_t row = 0; row < 3; ++row) {
         double above = 0;
         double below = 0;
         for (std::size_t column = 0; column < 3; ++column) {
-            double difference = row == column ? -1 : 0;
-            for (std::size_t k = 0; k < 3; ++k)
-                difference += back[row][k] * found[k][column];
+            const double difference = change[row][column] - (row == column ? 1 : 0);
             (difference > 0 ? above : below) += difference;
         }
         if (above > tolerance || -below > tolerance)
@@ -126,6 +100,7 @@ struct References {
         }
         gray.push_back({WellKnown::sGray, {}, decodingCurve(context, Curve::sRGB)});
         gray.push_back({WellKnown::grayGamma22, {}, decodingCurve(context, Curve::gamma22)});
+        gray.push_back({WellKnown::dotGain20, {}, decodingCurve(context, Curve::dotGain20)});
     }
 };
 
@@ -138,7 +113,7 @@ const References& references()
 WellKnown recogniseRgb(cmsHPROFILE profile)
 {
     const std::optional<Matrix> matrix = colorantsOf(profile);
-    if (!matrix)
+    if (!matrix || hasTables(profile))
         return WellKnown::none;
     for (const Reference& reference : references().rgb) {
         if (!nearlyEqual(*matrix, reference.matrix))
@@ -155,7 +130,7 @@ WellKnown recogniseRgb(cmsHPROFILE profile)
 
 WellKnown recogniseGray(cmsHPROFILE profile)
 {
-    if (cmsIsTag(profile, cmsSigAToB0Tag) || cmsIsTag(profile, cmsSigAToB1Tag))
+    if (hasTables(profile))
         return WellKnown::none;
     const auto* curve = static_cast<const cmsToneCurve*>(cmsReadTag(profile, cmsSigGrayTRCTag));
     if (!curve)
@@ -164,6 +139,20 @@ WellKnown recogniseGray(cmsHPROFILE profile)
         if (looksLike(curve, reference.curve.get()))
             return reference.known;
     return WellKnown::none;
+}
+
+/// A press on which half the ink covers seven tenths: the power that leads from 0.5 to 0.3, never flatter than 1/16 so
+/// that shadows can be told apart.
+LittleCms::Curve dotGainCurve(const LittleCms::Context& context)
+{
+    const double exponent = std::log(0.3) / std::log(0.5);
+    std::array<cmsUInt16Number, 256> levels{};
+    for (std::size_t level = 0; level < levels.size(); ++level) {
+        const double paper = static_cast<double>(level) / 255;
+        levels[level] =
+            static_cast<cmsUInt16Number>(std::lround(65535 * std::max(paper / 16, std::pow(paper, exponent))));
+    }
+    return LittleCms::Curve(cmsBuildTabulatedToneCurve16(context.get(), levels.size(), levels.data()));
 }
 
 } // namespace
@@ -216,6 +205,8 @@ LittleCms::Curve decodingCurve(const LittleCms::Context& context, Curve curve)
     case Curve::adobeGamma:
         // 2 + 51/256, which the definition of Adobe RGB writes out.
         return LittleCms::Curve(cmsBuildGamma(context.get(), 2.19921875));
+    case Curve::dotGain20:
+        return dotGainCurve(context);
     }
     return nullptr;
 }

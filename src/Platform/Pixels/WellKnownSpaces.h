@@ -7,7 +7,7 @@
 /// The colour spaces that photographs commonly come in, and how to tell that a profile describes one of them.
 namespace ferrow {
 
-enum class Curve { sRGB, rec709, gamma18, gamma22, adobeGamma };
+enum class Curve { sRGB, rec709, gamma18, gamma22, adobeGamma, dotGain20 };
 
 struct Chromaticity {
     double x;
