@@ -1,1 +1,188 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Export/ExportPlanner.h"
+
+#include "Platform/Base/Localization.h"
+#include "Platform/Base/SystemErrors.h"
+#include "Shared/UserFacingError.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <exception>
+#include <optional>
+#include <unordered_set>
+#include <utility>
+
+namespace ferrow {
+
+namespace {
+
+/// 0, or the errno of looking at what stands at `url`, following links.
+int lookUp(const FileUrl& url, struct stat& status)
+{
+    if (!url.hasFileSystemRepresentation())
+        return EINVAL;
+    return ::stat(url.path().constData(), &status) == 0 ? 0 : errno;
+}
+
+bool isFolder(const FileUrl& url)
+{
+    struct stat status {};
+    return lookUp(url, status) == 0 && S_ISDIR(status.st_mode);
+}
+
+/// Where the photo's output goes by the configuration alone. Throws BatchPlanningError.
+FileUrl destinationFolder(const ImportedPhoto& photo, const BatchExportConfiguration& configuration)
+{
+    if (configuration.destinationMode == ExportDestinationMode::chosenFolder) {
+        if (!configuration.chosenFolder)
+            throw BatchPlanningError::missingDestination;
+        return *configuration.chosenFolder;
+    }
+    const QString name = configuration.sourceSubfolderName.trimmed();
+    if (!SafePathComponent::isValid(name))
+        throw BatchPlanningError::invalidSubfolder;
+    return photo.url.deletingLastPathComponent().appending(name.toUtf8());
+}
+
+/// Makes each folder ready once and remembers how that went: a batch has few folders and many photos, and a folder on a
+/// network answers slowly.
+class FolderReadiness {
+public:
+    FolderReadiness(const ExportPlanner& planner, ExportDestinationMode mode) : planner_(planner), mode_(mode) {}
+
+    /// Throws what the operation threw.
+    void require(const FileUrl& folder)
+    {
+        const auto [entry, isNew] = failures_.try_emplace(folder);
+        if (isNew)
+            entry->second = prepare(folder);
+        if (entry->second)
+            std::rethrow_exception(entry->second);
+    }
+
+private:
+    std::exception_ptr prepare(const FileUrl& folder) const
+    {
+        try {
+            if (mode_ == ExportDestinationMode::sourceSubfolder)
+                planner_.createDirectory(folder);
+            planner_.checkWritable(folder);
+            return nullptr;
+        } catch (...) {
+            return std::current_exception();
+        }
+    }
+
+    const ExportPlanner& planner_;
+    ExportDestinationMode mode_;
+    std::unordered_map<FileUrl, std::exception_ptr> failures_; ///< Null for a folder that is ready.
+};
+
+std::vector<FileUrl> sortedAsFileBrowsersDo(const std::unordered_set<FileUrl>& folders)
+{
+    std::vector<std::pair<QString, FileUrl>> rows;
+    rows.reserve(folders.size());
+    for (const FileUrl& folder : folders)
+        rows.emplace_back(folder.displayPath(), folder);
+    // Paths that the locale finds equal stand in the order of their bytes, so that plans repeat.
+    std::sort(rows.begin(), rows.end(), [](const auto& left, const auto& right) {
+        const int order = Localization::standardCompare(left.first, right.first);
+        return order != 0 ? order < 0 : left.second < right.second;
+    });
+    std::vector<FileUrl> sorted;
+    sorted.reserve(rows.size());
+    for (auto& row : rows)
+        sorted.push_back(std::move(row.second));
+    return sorted;
+}
+
+} // namespace
+
+BatchExportPlan ExportPlanner::plan(const std::vector<ImportedPhoto>& photos,
+                                    const BatchExportConfiguration& configuration, const ExportSettings& settings,
+                                    RecipeScope recipeScope, const RenderRecipe& batchRecipe,
+                                    const std::unordered_map<FileUrl, RenderRecipe>& perPhotoRecipes) const
+{
+    BatchExportPlan plan;
+    FolderReadiness readiness(*this, configuration.destinationMode);
+    ReservedDestinations reserved;
+    std::unordered_set<FileUrl> folders;
+    const QString extension = filenameExtension(settings.format);
+
+    for (std::size_t index = 0; index < photos.size(); ++index) {
+        const ImportedPhoto& photo = photos[index];
+        FileUrl folder;
+        try {
+            folder = destinationFolder(photo, configuration);
+            readiness.require(folder);
+        } catch (...) {
+            plan.failures.push_back({.filename = photo.filename(),
+                                     .message = UserFacingError::message(std::current_exception()),
+                                     .source = photo.url});
+            continue;
+        }
+        // Before names are given out: a folder whose photos are all skipped is still one that the user wants to see.
+        folders.insert(folder.standardized());
+
+        const QByteArray name = FilenameTemplate::filename(configuration.filenameTemplate, photo.url,
+                                                           static_cast<std::int64_t>(index), extension);
+        const auto resolution = BatchCollisionResolver::destination(folder.appending(name).standardized(),
+                                                                    configuration.collisionRule, reserved, fileExists);
+        if (!resolution) {
+            ++plan.skipped;
+            plan.skippedPhotos.push_back(photo.url);
+            continue;
+        }
+        plan.jobs.push_back({.photo = photo,
+                             .recipe = RenderRecipe::resolve(recipeScope, photo.id(), batchRecipe, perPhotoRecipes),
+                             .settings = settings,
+                             .destination = resolution->url,
+                             .replaceExisting = resolution->replaceExisting});
+    }
+    plan.outputFolders = sortedAsFileBrowsersDo(folders);
+    return plan;
+}
+
+void ExportPlanner::createDirectories(const FileUrl& folder)
+{
+    if (!folder.hasFileSystemRepresentation())
+        throw SystemError{EINVAL, folder};
+    // Looked at first, because mkdir on a volume that can't be written may refuse even a folder that exists.
+    if (isFolder(folder))
+        return;
+    int failure = ::mkdir(folder.path().constData(), 0777) == 0 ? 0 : errno;
+    if (failure == ENOENT && folder.deletingLastPathComponent() != folder) {
+        createDirectories(folder.deletingLastPathComponent());
+        failure = ::mkdir(folder.path().constData(), 0777) == 0 ? 0 : errno;
+    }
+    // Another program may have been quicker, which is as good.
+    if (failure == 0 || (failure == EEXIST && isFolder(folder)))
+        return;
+    // That something of this name exists already would read as if nothing were wrong.
+    throw SystemError{failure == EEXIST ? ENOTDIR : failure, folder};
+}
+
+bool ExportPlanner::existsFollowingLinks(const FileUrl& url)
+{
+    struct stat status {};
+    return lookUp(url, status) == 0;
+}
+
+void ExportPlanner::checkFolderWritable(const FileUrl& folder)
+{
+    struct stat status {};
+    const int failure = lookUp(folder, status);
+    if (failure == ENOENT)
+        return;
+    if (failure != 0)
+        throw SystemError{failure, folder};
+    if (!S_ISDIR(status.st_mode))
+        throw SystemError{ENOTDIR, folder};
+    if (::access(folder.path().constData(), W_OK | X_OK) != 0)
+        throw SystemError{errno, folder};
+}
+
+} // namespace ferrow

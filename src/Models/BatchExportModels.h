@@ -27,7 +27,7 @@ enum class CollisionRule { appendNumber, skip, replace };
 
 struct BatchExportConfiguration {
     ExportDestinationMode destinationMode = ExportDestinationMode::chosenFolder;
-    std::optional<FileUrl> chosenFolder;
+    std::optional<FileUrl> chosenFolder = std::nullopt;
     QString sourceSubfolderName = QStringLiteral("Ferrow Export");
     QString filenameTemplate = QStringLiteral("{filename}_framed");
     CollisionRule collisionRule = CollisionRule::appendNumber;

@@ -25,7 +25,8 @@ struct LocalizedErrorTexts {
     bool operator==(const LocalizedErrorTexts&) const = default;
 };
 
-/// What went wrong with a photo between its file and its framed copy. Thrown by value.
+/// What went wrong with a photo between its file and its framed copy. Thrown by value, and always as this type: a case
+/// thrown bare is not caught by it.
 class ImagePipelineError {
 public:
     struct FileTooLarge {
@@ -120,5 +121,12 @@ struct PresetPersistenceError {
 [[nodiscard]] LocalizedErrorTexts localizedTexts(const LogoAssetError& error);
 [[nodiscard]] LocalizedErrorTexts localizedTexts(BatchPlanningError error);
 [[nodiscard]] LocalizedErrorTexts localizedTexts(const PresetPersistenceError& error);
+
+/// An error type that has texts for the user, whichever room it lives in.
+template <typename Error>
+concept LocalizedError = requires(const Error& error)
+{
+    localizedTexts(error);
+};
 
 } // namespace ferrow

@@ -148,7 +148,7 @@ struct RenderRecipe {
     double captionPadding = 36;
     double captionVerticalPadding = 16;
     double captionOpacity = 0.9;
-    std::optional<LogoConfiguration> logo;
+    std::optional<LogoConfiguration> logo = std::nullopt;
     OutputColorProfile outputColorProfile = OutputColorProfile::sRGB;
 
     /// Border on every side in pixels, not rounded; a negative width counts as 0.

@@ -8,7 +8,6 @@
 #include <QString>
 #include <QUuid>
 
-#include <concepts>
 #include <exception>
 
 namespace ferrow {
@@ -36,14 +35,7 @@ namespace UserFacingError {
 /// handed to the overload below.
 [[nodiscard]] QString message(const std::exception_ptr& error);
 
-/// For any error type that has a localizedTexts() beside it, whichever room it lives in.
-template <typename Error>
-requires requires(const Error& error)
-{
-    {
-        localizedTexts(error)
-        } -> std::same_as<LocalizedErrorTexts>;
-}
+template <LocalizedError Error>
 [[nodiscard]] QString message(const Error& error)
 {
     return message(localizedTexts(error));
