@@ -1,1 +1,207 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Persistence/PresetLibrary.h"
+
+#include "Persistence/FerrowStorage.h"
+#include "Platform/Base/ByteText.h"
+#include "Platform/Base/Localization.h"
+#include "Platform/Files/FileAccess.h"
+#include "Platform/Files/FilePlacement.h"
+#include "Shared/UserFacingError.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <exception>
+#include <span>
+#include <utility>
+
+namespace ferrow {
+
+namespace {
+
+/// Some 20,000 presets. More is no preset file, and would be read into memory several times over.
+constexpr std::int64_t maximumFileSize = 32'000'000; // Bytes.
+
+/// Absent when there is no file.
+std::optional<QByteArray> readWhole(const FileUrl& url)
+try {
+    const OpenedFile file = OpenedFile::open(url);
+    if (file.size() > maximumFileSize)
+        throw PresetCodingError{PresetCodingError::Case::tooLarge, {}};
+    QByteArray bytes(file.size(), Qt::Uninitialized);
+    bytes.truncate(
+        qsizetype(file.source().readAt(0, std::as_writable_bytes(std::span(bytes.data(), size_t(bytes.size()))))));
+    return bytes;
+} catch (const SystemError& error) {
+    if (error.errorNumber == ENOENT)
+        return std::nullopt;
+    throw;
+} catch (const InputOutputError& error) {
+    throw SystemError{error.errorNumber, url};
+}
+
+std::vector<PhotoPreset> readPresets(const FileUrl& url)
+{
+    const auto bytes = readWhole(url);
+    if (!bytes)
+        return {};
+    PresetDocument document = PresetDocument::decode(*bytes);
+    if (document.schemaVersion > PresetDocument::currentSchemaVersion)
+        throw PresetPersistenceError{PresetPersistenceError::Case::unsupportedVersion, document.schemaVersion};
+    return std::move(document.presets);
+}
+
+QString validated(const QString& name)
+{
+    const QString trimmed = name.trimmed();
+    if (trimmed.isEmpty())
+        throw PresetPersistenceError{PresetPersistenceError::Case::invalidName};
+    return trimmed;
+}
+
+std::vector<PhotoPreset> sorted(std::vector<PhotoPreset> presets)
+{
+    std::ranges::stable_sort(presets, [](const PhotoPreset& left, const PhotoPreset& right) {
+        return Localization::standardCompare(left.name, right.name) < 0;
+    });
+    return presets;
+}
+
+QString uniqueCopyName(const QString& name, const std::vector<PhotoPreset>& presets)
+{
+    const QString candidate = name + QStringLiteral(" Copy");
+    QString unique = candidate;
+    for (int counter = 2; std::ranges::find(presets, unique, &PhotoPreset::name) != presets.end(); ++counter)
+        unique = candidate + QLatin1Char(' ') + QString::number(counter);
+    return unique;
+}
+
+QString userFacingMessage(const std::exception_ptr& error)
+{
+    try {
+        std::rethrow_exception(error);
+    } catch (const PresetCodingError& coding) {
+        return UserFacingError::message(localizedTexts(coding));
+    } catch (...) {
+        return UserFacingError::message(error);
+    }
+}
+
+/// Copies `file` to `kept`, or moves it there when its bytes can't be read. Answers an errno, 0 also when there is no
+/// file any more.
+int keepAs(const FileUrl& file, const FileUrl& kept)
+try {
+    copyWithoutReplacing(OpenedFile::open(file), kept);
+    return 0;
+} catch (const SystemError& error) {
+    if (error.errorNumber == ENOENT)
+        return 0;
+    if (error.errorNumber != EACCES && error.errorNumber != EPERM && error.errorNumber != EIO)
+        return error.errorNumber;
+    int errorNumber = 0;
+    return place(file, kept, false, &errorNumber) == PlacementResult::placed ? 0 : errorNumber;
+}
+
+} // namespace
+
+PresetLibrary::PresetLibrary(const std::optional<FileUrl>& fileURL, Clock clock)
+    : fileURL_(fileURL ? *fileURL
+                       : FerrowStorage::applicationSupportDirectory().appending(QByteArrayLiteral("presets.json"))),
+      clock_(std::move(clock))
+{
+    try {
+        load();
+    } catch (...) {
+        // The message says what happened; the list stays empty.
+    }
+}
+
+void PresetLibrary::load()
+{
+    std::vector<PhotoPreset> presets;
+    try {
+        presets = readPresets(fileURL_);
+    } catch (...) {
+        loadErrorMessage_ = userFacingMessage(std::current_exception());
+        unreadableFileStands_ = true;
+        throw;
+    }
+    loadErrorMessage_.reset();
+    unreadableFileStands_ = false;
+    setPresets(std::move(presets));
+}
+
+PhotoPreset PresetLibrary::save(const QString& name, const PresetPayload& payload)
+{
+    const QDateTime now = clock_();
+    const PhotoPreset preset{QUuid::createUuid(), validated(name), payload, now, now};
+    auto presets = presets_;
+    presets.push_back(preset);
+    setPresets(std::move(presets));
+    persist();
+    return preset;
+}
+
+void PresetLibrary::rename(const QUuid& id, const QString& name)
+{
+    auto presets = presets_;
+    const auto preset = std::ranges::find(presets, id, &PhotoPreset::id);
+    if (preset == presets.end())
+        return;
+    preset->name = validated(name);
+    preset->modifiedAt = clock_();
+    setPresets(std::move(presets));
+    persist();
+}
+
+std::optional<PhotoPreset> PresetLibrary::duplicate(const QUuid& id)
+{
+    const auto preset = std::ranges::find(presets_, id, &PhotoPreset::id);
+    if (preset == presets_.end())
+        return std::nullopt;
+    return save(uniqueCopyName(preset->name, presets_), PresetPayload(preset->payload));
+}
+
+void PresetLibrary::remove(const QUuid& id)
+{
+    auto presets = presets_;
+    std::erase_if(presets, [&](const PhotoPreset& preset) { return preset.id == id; });
+    setPresets(std::move(presets));
+    persist();
+}
+
+void PresetLibrary::setPresets(std::vector<PhotoPreset> presets)
+{
+    presets = sorted(std::move(presets));
+    if (presets == presets_)
+        return;
+    presets_ = std::move(presets);
+    emit presetsChanged();
+}
+
+void PresetLibrary::persist()
+{
+    const QByteArray bytes = PresetDocument{.presets = presets_}.encode();
+    createFolder(fileURL_.deletingLastPathComponent());
+    if (unreadableFileStands_)
+        keepUnreadableFile();
+    writeAtomically(fileURL_, bytes);
+    unreadableFileStands_ = false;
+}
+
+void PresetLibrary::keepUnreadableFile()
+{
+    const QString time = clock_().toLocalTime().toString(QStringLiteral("yyyy-MM-dd HH.mm.ss"));
+    for (int counter = 1;; ++counter) {
+        const QString number = counter == 1 ? QString() : QStringLiteral(" %1").arg(counter);
+        const QByteArray name = fileURL_.stem() + QStringLiteral(" (unreadable %1)%2.").arg(time, number).toUtf8() +
+                                fileURL_.pathExtension();
+        const FileUrl copy = fileURL_.deletingLastPathComponent().appending(name);
+        const int errorNumber = keepAs(fileURL_, copy);
+        if (errorNumber == 0)
+            return;
+        if (errorNumber != EEXIST)
+            throw SystemError{errorNumber, fileURL_};
+    }
+}
+
+} // namespace ferrow

@@ -1,1 +1,411 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Persistence/PresetModels.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QJsonValue>
+#include <QRegularExpression>
+
+#include <cmath>
+#include <string_view>
+#include <tuple>
+#include <type_traits>
+
+namespace ferrow {
+
+namespace {
+
+using Case = PresetCodingError::Case;
+
+/// The JSON form of one value: `decode` throws, `encode` gives what decode reads.
+template <typename T>
+struct Coding;
+
+/// The member `key` of `object`, which must be there.
+template <typename T>
+T required(const QJsonObject& object, QLatin1StringView key)
+{
+    const QJsonValue value = object.value(key);
+    if (value.isUndefined())
+        throw PresetCodingError{Case::missingMember, key};
+    return Coding<T>::decode(value, key);
+}
+
+template <typename T>
+T optionalOr(const QJsonObject& object, QLatin1StringView key, const T& absent)
+{
+    return object.contains(key) ? required<T>(object, key) : absent;
+}
+
+QJsonObject objectOf(const QJsonValue& value, const QString& member)
+{
+    if (!value.isObject())
+        throw PresetCodingError{Case::wrongType, member};
+    return value.toObject();
+}
+
+template <>
+struct Coding<bool> {
+    static bool decode(const QJsonValue& value, const QString& member)
+    {
+        if (!value.isBool())
+            throw PresetCodingError{Case::wrongType, member};
+        return value.toBool();
+    }
+    static QJsonValue encode(bool value, const QString&) { return value; }
+};
+
+template <>
+struct Coding<double> {
+    static double decode(const QJsonValue& value, const QString& member)
+    {
+        if (!value.isDouble())
+            throw PresetCodingError{Case::wrongType, member};
+        return value.toDouble();
+    }
+    static QJsonValue encode(double value, const QString& member)
+    {
+        // It would be written as null, and no later start could read the file.
+        if (!std::isfinite(value))
+            throw PresetCodingError{Case::numberNotFinite, member};
+        return value;
+    }
+};
+
+template <>
+struct Coding<std::int64_t> {
+    static std::int64_t decode(const QJsonValue& value, const QString& member)
+    {
+        // Anything but a whole number within 64 bits answers the default given.
+        if (!value.isDouble() || value.toInteger(0) != value.toInteger(1))
+            throw PresetCodingError{Case::wrongType, member};
+        return value.toInteger();
+    }
+    static QJsonValue encode(std::int64_t value, const QString&) { return qint64(value); }
+};
+
+template <>
+struct Coding<QString> {
+    static QString decode(const QJsonValue& value, const QString& member)
+    {
+        if (!value.isString())
+            throw PresetCodingError{Case::wrongType, member};
+        const QString text = value.toString();
+        // An escaped half of a surrogate pair gets this far, and can be neither shown nor be part of a file name.
+        return text.isValidUtf16() ? text : QString::fromUtf8(text.toUtf8());
+    }
+    static QJsonValue encode(const QString& value, const QString&) { return value; }
+};
+
+template <>
+struct Coding<QUuid> {
+    static QUuid decode(const QJsonValue& value, const QString& member)
+    {
+        const QString text = Coding<QString>::decode(value, member);
+        const QUuid id = QUuid::fromString(text);
+        // QUuid also reads braces and the start of longer texts.
+        if (text.compare(id.toString(QUuid::WithoutBraces), Qt::CaseInsensitive) != 0)
+            throw PresetCodingError{Case::unknownValue, member};
+        return id;
+    }
+    static QJsonValue encode(const QUuid& value, const QString&)
+    {
+        return value.toString(QUuid::WithoutBraces).toUpper();
+    }
+};
+
+template <>
+struct Coding<QDateTime> {
+    static QDateTime decode(const QJsonValue& value, const QString& member)
+    {
+        static const QRegularExpression wholeSecondsWithZone(
+            QStringLiteral("\\A\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d(Z|[+-]\\d\\d:\\d\\d)\\z"));
+        const QString text = Coding<QString>::decode(value, member);
+        const QDateTime date = QDateTime::fromString(text, Qt::ISODate);
+        if (!date.isValid() || !wholeSecondsWithZone.match(text).hasMatch())
+            throw PresetCodingError{Case::unknownValue, member};
+        return date.toUTC();
+    }
+    static QJsonValue encode(const QDateTime& value, const QString&) { return value.toUTC().toString(Qt::ISODate); }
+};
+
+template <typename Enum>
+requires std::is_enum_v<Enum>
+struct Coding<Enum> {
+    static Enum decode(const QJsonValue& value, const QString& member)
+    {
+        const auto known = fromRawValue<Enum>(Coding<QString>::decode(value, member));
+        if (!known)
+            throw PresetCodingError{Case::unknownValue, member};
+        return *known;
+    }
+    static QJsonValue encode(Enum value, const QString&) { return rawValue(value); }
+};
+
+/// A member of a struct under its JSON key.
+template <typename Owner, typename T>
+struct Member {
+    QLatin1StringView key;
+    T Owner::*field;
+};
+template <typename Owner, typename T>
+Member(QLatin1StringView, T Owner::*) -> Member<Owner, T>;
+
+template <typename Owner, typename... T>
+void decodeMembers(const QJsonObject& object, Owner& into, const std::tuple<Member<Owner, T>...>& members)
+{
+    std::apply([&](const auto&... member) { ((into.*member.field = required<T>(object, member.key)), ...); }, members);
+}
+
+template <typename Owner, typename... T>
+QJsonObject encodeMembers(const Owner& from, const std::tuple<Member<Owner, T>...>& members)
+{
+    QJsonObject object;
+    std::apply(
+        [&](const auto&... member) {
+            (object.insert(member.key, Coding<T>::encode(from.*member.field, member.key)), ...);
+        },
+        members);
+    return object;
+}
+
+/// A struct all of whose members are required.
+template <typename Owner>
+struct StructCoding {
+    static Owner decode(const QJsonValue& value, const QString& member)
+    {
+        Owner owner;
+        decodeMembers(objectOf(value, member), owner, Coding<Owner>::members);
+        return owner;
+    }
+    static QJsonValue encode(const Owner& value, const QString&)
+    {
+        return encodeMembers(value, Coding<Owner>::members);
+    }
+};
+
+template <>
+struct Coding<RGBAColor> : StructCoding<RGBAColor> {
+    static constexpr std::tuple members{
+        Member{QLatin1StringView("red"), &RGBAColor::red}, Member{QLatin1StringView("green"), &RGBAColor::green},
+        Member{QLatin1StringView("blue"), &RGBAColor::blue}, Member{QLatin1StringView("alpha"), &RGBAColor::alpha}};
+};
+
+template <>
+struct Coding<LogoAssetReference> : StructCoding<LogoAssetReference> {
+    static constexpr std::tuple members{
+        Member{QLatin1StringView("id"), &LogoAssetReference::id},
+        Member{QLatin1StringView("displayName"), &LogoAssetReference::displayName},
+        Member{QLatin1StringView("managedFilename"), &LogoAssetReference::managedFilename}};
+};
+
+template <>
+struct Coding<LogoConfiguration> {
+    static constexpr std::tuple members{
+        Member{QLatin1StringView("asset"), &LogoConfiguration::asset},
+        Member{QLatin1StringView("isEnabled"), &LogoConfiguration::isEnabled},
+        Member{QLatin1StringView("position"), &LogoConfiguration::position},
+        Member{QLatin1StringView("widthPercent"), &LogoConfiguration::widthPercent},
+        Member{QLatin1StringView("horizontalPadding"), &LogoConfiguration::horizontalPadding},
+        Member{QLatin1StringView("verticalPadding"), &LogoConfiguration::verticalPadding},
+        Member{QLatin1StringView("opacity"), &LogoConfiguration::opacity}};
+
+    static LogoConfiguration decode(const QJsonValue& value, const QString& member)
+    {
+        const QJsonObject object = objectOf(value, member);
+        LogoConfiguration logo;
+        // Older documents know one padding for both directions; every member but the asset may be missing.
+        const double padding = optionalOr(object, QLatin1StringView("padding"), logo.horizontalPadding);
+        logo.horizontalPadding = logo.verticalPadding = padding;
+        logo.asset = required<LogoAssetReference>(object, QLatin1StringView("asset"));
+        std::apply(
+            [&](const auto&, const auto&... optional) {
+                ((logo.*optional.field = optionalOr(object, optional.key, logo.*optional.field)), ...);
+            },
+            members);
+        return logo;
+    }
+    static QJsonValue encode(const LogoConfiguration& value, const QString&) { return encodeMembers(value, members); }
+};
+
+template <>
+struct Coding<PresetPayload> {
+    using P = PresetPayload;
+    static constexpr QLatin1StringView logoKey{"logo"};
+    static constexpr std::tuple members{Member{QLatin1StringView("borderUnit"), &P::borderUnit},
+                                        Member{QLatin1StringView("borderWidth"), &P::borderWidth},
+                                        Member{QLatin1StringView("borderColor"), &P::borderColor},
+                                        Member{QLatin1StringView("captionEnabled"), &P::captionEnabled},
+                                        Member{QLatin1StringView("captionTemplate"), &P::captionTemplate},
+                                        Member{QLatin1StringView("captionPosition"), &P::captionPosition},
+                                        Member{QLatin1StringView("captionFont"), &P::captionFont},
+                                        Member{QLatin1StringView("captionFontSize"), &P::captionFontSize},
+                                        Member{QLatin1StringView("captionColor"), &P::captionColor},
+                                        Member{QLatin1StringView("captionAlignment"), &P::captionAlignment},
+                                        Member{QLatin1StringView("captionLineSpacing"), &P::captionLineSpacing},
+                                        Member{QLatin1StringView("captionPadding"), &P::captionPadding},
+                                        Member{QLatin1StringView("captionVerticalPadding"), &P::captionVerticalPadding},
+                                        Member{QLatin1StringView("captionOpacity"), &P::captionOpacity},
+                                        Member{QLatin1StringView("outputColorProfile"), &P::outputColorProfile},
+                                        Member{QLatin1StringView("exportFormat"), &P::exportFormat},
+                                        Member{QLatin1StringView("exportQuality"), &P::exportQuality},
+                                        Member{QLatin1StringView("destinationMode"), &P::destinationMode},
+                                        Member{QLatin1StringView("sourceSubfolderName"), &P::sourceSubfolderName},
+                                        Member{QLatin1StringView("filenameTemplate"), &P::filenameTemplate},
+                                        Member{QLatin1StringView("collisionRule"), &P::collisionRule}};
+
+    static PresetPayload decode(const QJsonValue& value, const QString& member)
+    {
+        const QJsonObject object = objectOf(value, member);
+        PresetPayload payload;
+        decodeMembers(object, payload, members);
+        if (const QJsonValue logo = object.value(logoKey); !logo.isUndefined() && !logo.isNull())
+            payload.logo = Coding<LogoConfiguration>::decode(logo, logoKey);
+        return payload;
+    }
+    static QJsonValue encode(const PresetPayload& value, const QString&)
+    {
+        QJsonObject object = encodeMembers(value, members);
+        if (value.logo)
+            object.insert(logoKey, Coding<LogoConfiguration>::encode(*value.logo, logoKey));
+        return object;
+    }
+};
+
+template <>
+struct Coding<PhotoPreset> : StructCoding<PhotoPreset> {
+    static constexpr std::tuple members{Member{QLatin1StringView("id"), &PhotoPreset::id},
+                                        Member{QLatin1StringView("name"), &PhotoPreset::name},
+                                        Member{QLatin1StringView("payload"), &PhotoPreset::payload},
+                                        Member{QLatin1StringView("createdAt"), &PhotoPreset::createdAt},
+                                        Member{QLatin1StringView("modifiedAt"), &PhotoPreset::modifiedAt}};
+};
+
+template <typename T>
+struct Coding<std::vector<T>> {
+    static std::vector<T> decode(const QJsonValue& value, const QString& member)
+    {
+        if (!value.isArray())
+            throw PresetCodingError{Case::wrongType, member};
+        std::vector<T> items;
+        for (const QJsonValue item : value.toArray())
+            items.push_back(Coding<T>::decode(item, member));
+        return items;
+    }
+    static QJsonValue encode(const std::vector<T>& value, const QString& member)
+    {
+        QJsonArray array;
+        for (const T& item : value)
+            array.append(Coding<T>::encode(item, member));
+        return array;
+    }
+};
+
+template <>
+struct Coding<PresetDocument> : StructCoding<PresetDocument> {
+    static constexpr std::tuple members{Member{QLatin1StringView("schemaVersion"), &PresetDocument::schemaVersion},
+                                        Member{QLatin1StringView("presets"), &PresetDocument::presets}};
+};
+
+} // namespace
+
+PresetPayload PresetPayload::make(const RenderRecipe& recipe, const ExportSettings& settings,
+                                  const BatchExportConfiguration& configuration)
+{
+    return {
+        .borderUnit = recipe.borderUnit,
+        .borderWidth = recipe.borderWidth,
+        .borderColor = recipe.borderColor,
+        .captionEnabled = recipe.captionEnabled,
+        .captionTemplate = recipe.captionTemplate(),
+        .captionPosition = recipe.captionPosition,
+        .captionFont = recipe.captionFont,
+        .captionFontSize = recipe.captionFontSize,
+        .captionColor = recipe.captionColor,
+        .captionAlignment = recipe.captionAlignment,
+        .captionLineSpacing = recipe.captionLineSpacing,
+        .captionPadding = recipe.captionPadding,
+        .captionVerticalPadding = recipe.captionVerticalPadding,
+        .captionOpacity = recipe.captionOpacity,
+        .logo = recipe.logo,
+        .outputColorProfile = recipe.outputColorProfile,
+        .exportFormat = settings.format,
+        .exportQuality = settings.quality,
+        .destinationMode = configuration.destinationMode,
+        .sourceSubfolderName = configuration.sourceSubfolderName,
+        .filenameTemplate = configuration.filenameTemplate,
+        .collisionRule = configuration.collisionRule,
+    };
+}
+
+RenderRecipe PresetPayload::recipe() const
+{
+    return {
+        .borderUnit = borderUnit,
+        .borderWidth = borderWidth,
+        .borderColor = borderColor,
+        .captionEnabled = captionEnabled,
+        .captionSegments = CaptionSegment::parse(captionTemplate),
+        .captionPosition = captionPosition,
+        .captionFont = captionFont,
+        .captionFontSize = captionFontSize,
+        .captionColor = captionColor,
+        .captionAlignment = captionAlignment,
+        .captionLineSpacing = captionLineSpacing,
+        .captionPadding = captionPadding,
+        .captionVerticalPadding = captionVerticalPadding,
+        .captionOpacity = captionOpacity,
+        .logo = logo,
+        .outputColorProfile = outputColorProfile,
+    };
+}
+
+void PresetPayload::applyTo(ExportSettings& settings, BatchExportConfiguration& configuration) const
+{
+    settings.format = exportFormat;
+    settings.quality = exportQuality;
+    configuration.destinationMode = destinationMode;
+    configuration.sourceSubfolderName = sourceSubfolderName;
+    configuration.filenameTemplate = filenameTemplate;
+    configuration.collisionRule = collisionRule;
+}
+
+PresetDocument PresetDocument::decode(const QByteArray& json)
+{
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(json, &error);
+    if (error.error != QJsonParseError::NoError || !document.isObject())
+        throw PresetCodingError{Case::notJSON, {}};
+    return Coding<PresetDocument>::decode(document.object(), {});
+}
+
+QByteArray PresetDocument::encode() const
+{
+    // QJsonObject keeps its keys sorted.
+    return QJsonDocument(Coding<PresetDocument>::encode(*this, {}).toObject()).toJson(QJsonDocument::Indented);
+}
+
+LocalizedErrorTexts localizedTexts(const PresetCodingError& error)
+{
+    const auto sentence = [&] {
+        switch (error.value) {
+        case Case::notJSON:
+            return QStringLiteral("The saved presets could not be read because their file is damaged.");
+        case Case::missingMember:
+            return QStringLiteral("The saved presets could not be read because “%1” is missing in their file.");
+        case Case::wrongType:
+        case Case::unknownValue:
+            return QStringLiteral(
+                "The saved presets could not be read because “%1” has an unexpected value in their file.");
+        case Case::numberNotFinite:
+            return QStringLiteral("The presets could not be saved because “%1” is not a number.");
+        case Case::tooLarge:
+            return QStringLiteral("The saved presets could not be read because their file is too large.");
+        }
+        return QString();
+    };
+    return {{}, {}, {}, sentence().replace(QStringLiteral("%1"), error.member)};
+}
+
+} // namespace ferrow

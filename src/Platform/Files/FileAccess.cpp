@@ -37,7 +37,7 @@ int openForReading(const FileUrl& url)
 
 OpenedFile OpenedFile::open(const FileUrl& url)
 {
-    OpenedFile file(openForReading(url), {});
+    OpenedFile file(openForReading(url), url);
     struct stat status {};
     if (::fstat(file.descriptor_, &status) != 0)
         throw SystemError{errno, url};
@@ -47,16 +47,17 @@ OpenedFile OpenedFile::open(const FileUrl& url)
     return file;
 }
 
-OpenedFile::OpenedFile(int descriptor, const FileIdentity& identity) : descriptor_(descriptor), identity_(identity) {}
+OpenedFile::OpenedFile(int descriptor, FileUrl url) : descriptor_(descriptor), url_(std::move(url)) {}
 
 OpenedFile::OpenedFile(OpenedFile&& other) noexcept
-    : descriptor_(std::exchange(other.descriptor_, -1)), identity_(other.identity_)
+    : descriptor_(std::exchange(other.descriptor_, -1)), url_(std::move(other.url_)), identity_(other.identity_)
 {
 }
 
 OpenedFile& OpenedFile::operator=(OpenedFile&& other) noexcept
 {
     std::swap(descriptor_, other.descriptor_);
+    std::swap(url_, other.url_);
     std::swap(identity_, other.identity_);
     return *this;
 }

@@ -24,13 +24,15 @@ struct FileIdentity {
 /// regular file on the descriptor itself. Moves only.
 class OpenedFile {
 public:
-    /// Throws SystemError when it can't be opened, with EISDIR or EINVAL when it is not a regular file.
+    /// Throws SystemError when it can't be opened, with EISDIR or EINVAL when it is not a regular file. A file that
+    /// claims to be empty and yields bytes all the same (/proc has some) is an empty file: source() holds nothing.
     [[nodiscard]] static OpenedFile open(const FileUrl& url);
 
     OpenedFile(OpenedFile&& other) noexcept;
     OpenedFile& operator=(OpenedFile&& other) noexcept;
     ~OpenedFile();
 
+    [[nodiscard]] const FileUrl& url() const { return url_; }
     [[nodiscard]] int descriptor() const { return descriptor_; }
     [[nodiscard]] std::int64_t size() const { return identity_.size; }
     /// As seen when it was opened.
@@ -40,9 +42,10 @@ public:
     [[nodiscard]] ByteSource source() const { return {descriptor_, identity_.size}; }
 
 private:
-    explicit OpenedFile(int descriptor, const FileIdentity& identity);
+    OpenedFile(int descriptor, FileUrl url);
 
     int descriptor_ = -1;
+    FileUrl url_;
     FileIdentity identity_;
 };
 

@@ -11,8 +11,11 @@
 #include <cerrno>
 #include <cstdio>
 #include <ctime>
+#include <filesystem>
 #include <span>
+#include <system_error>
 #include <utility>
+#include <vector>
 
 namespace ferrow {
 
@@ -24,6 +27,7 @@ constexpr qsizetype uuidLength = 36;
 constexpr std::time_t staleAge = 24 * 60 * 60; // Seconds.
 constexpr int maximumLinks = 40;               // As many as the kernel follows.
 constexpr mode_t modeBits = 07777;
+constexpr std::int64_t copyBufferSize = 256 * 1024; // Bytes.
 
 QByteArray newUuid()
 {
@@ -118,6 +122,19 @@ void keepMode(const StagedFile& staged, const FileUrl& target)
     if ((fresh.st_mode & modeBits) != (existing.st_mode & modeBits) &&
         ::fchmod(staged.descriptor(), existing.st_mode & modeBits) != 0)
         throw SystemError{errno, target};
+}
+
+/// Runs `steps` and says of their failures that they happened to `file`: the user never hears of staging names.
+template <typename Steps>
+void asErrorsOf(const FileUrl& file, const Steps& steps)
+{
+    try {
+        steps();
+    } catch (const InputOutputError& error) {
+        throw SystemError{error.errorNumber, file};
+    } catch (const SystemError& error) {
+        throw SystemError{error.errorNumber, file};
+    }
 }
 
 } // namespace
@@ -217,19 +234,48 @@ void writeAtomically(const FileUrl& destination, const QByteArray& bytes)
     const FileUrl target = resolvingFinalLinks(destination);
     StagedFile staged = StagedFile::create(target.deletingLastPathComponent(), target.pathExtension());
     keepMode(staged, target);
-    try {
+    asErrorsOf(destination, [&] {
         ByteSink sink(staged.descriptor());
         sink.write(std::as_bytes(std::span(bytes.constData(), size_t(bytes.size()))));
         sink.flush();
         staged.flushAndClose();
-    } catch (const InputOutputError& error) {
-        throw SystemError{error.errorNumber, destination};
-    } catch (const SystemError& error) {
-        throw SystemError{error.errorNumber, destination};
-    }
+    });
     int errorNumber = 0;
     if (place(staged.url(), target, true, &errorNumber) != PlacementResult::placed)
         throw SystemError{errorNumber, destination};
+}
+
+void copyWithoutReplacing(const OpenedFile& source, const FileUrl& destination)
+{
+    if (!destination.hasFileSystemRepresentation())
+        throw SystemError{EINVAL, destination};
+    StagedFile staged = StagedFile::create(destination.deletingLastPathComponent(), destination.pathExtension());
+    std::vector<std::byte> buffer(copyBufferSize);
+    ByteSink sink(staged.descriptor());
+    for (std::int64_t offset = 0; offset < source.size(); offset += copyBufferSize) {
+        std::size_t length = 0;
+        asErrorsOf(source.url(), [&] { length = source.source().readAt(offset, buffer); });
+        asErrorsOf(destination, [&] { sink.write(std::span(buffer).first(length)); });
+    }
+    asErrorsOf(destination, [&] {
+        sink.flush();
+        staged.flushAndClose();
+    });
+    if (source.currentIdentity() != source.identity())
+        throw SystemError{EBUSY, source.url()};
+    int errorNumber = 0;
+    if (place(staged.url(), destination, false, &errorNumber) != PlacementResult::placed)
+        throw SystemError{errorNumber, destination};
+}
+
+void createFolder(const FileUrl& folder)
+{
+    if (!folder.hasFileSystemRepresentation())
+        throw SystemError{EINVAL, folder};
+    std::error_code error;
+    std::filesystem::create_directories(std::filesystem::path(folder.path().toStdString()), error);
+    if (error)
+        throw SystemError{error.value(), folder};
 }
 
 void sweepStaleStagingFiles(const FileUrl& folder)

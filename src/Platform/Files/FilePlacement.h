@@ -3,6 +3,7 @@
 
 #include "Platform/Base/FileUrl.h"
 #include "Platform/Base/SystemErrors.h"
+#include "Platform/Files/FileAccess.h"
 
 #include <QByteArray>
 
@@ -56,6 +57,13 @@ struct PlacementCalls {
 /// Writes `bytes` whole to `destination`, replacing it atomically: staged in the same folder, every write, flush and
 /// close checked. A `destination` that is a link has its target replaced. The folder must exist. Throws SystemError.
 void writeAtomically(const FileUrl& destination, const QByteArray& bytes);
+
+/// Copies what `source` held when it was opened to `destination`, staged and placed without replacing: EEXIST when that
+/// name is taken, EBUSY when somebody changed the source meanwhile. The folder must exist. Throws SystemError.
+void copyWithoutReplacing(const OpenedFile& source, const FileUrl& destination);
+
+/// Creates `folder` with any missing parents; one that exists is fine. Throws SystemError.
+void createFolder(const FileUrl& folder);
 
 /// Removes staging files of ours in `folder` that are a day old or older: what a killed run left behind.
 /// Failures are of no consequence and passed over.

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Persistence/PresetModels.h"
+#include "Platform/Base/FileUrl.h"
+
+#include <QObject>
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace ferrow {
+
+/// The user's presets: loaded once from one file, kept sorted, and written whole after every change. For one thread.
+///
+/// Names are trimmed; one that is empty then throws PresetPersistenceError. A failing write throws SystemError and
+/// leaves the change in memory, from where the next successful write takes it to disk. A file that could not be loaded
+/// keeps a copy of its bytes beside it before anything is written over it.
+class PresetLibrary : public QObject {
+    Q_OBJECT
+
+public:
+    using Clock = std::function<QDateTime()>;
+
+    /// Loads at once; a failure ends in loadErrorMessage(). Without `fileURL`: presets.json in the support folder.
+    explicit PresetLibrary(const std::optional<FileUrl>& fileURL = {}, Clock clock = &QDateTime::currentDateTimeUtc);
+
+    [[nodiscard]] const std::vector<PhotoPreset>& presets() const { return presets_; }
+    /// Why the last load failed, for the user.
+    [[nodiscard]] const std::optional<QString>& loadErrorMessage() const { return loadErrorMessage_; }
+    [[nodiscard]] const FileUrl& fileURL() const { return fileURL_; }
+
+    /// No file means no presets. Throws SystemError, PresetCodingError or PresetPersistenceError; the presets in memory
+    /// are then left as they are.
+    void load();
+
+    PhotoPreset save(const QString& name, const PresetPayload& payload);
+    /// An unknown `id` changes and writes nothing.
+    void rename(const QUuid& id, const QString& name);
+    /// Saves a copy under a name that no other preset bears; absent when `id` is unknown.
+    std::optional<PhotoPreset> duplicate(const QUuid& id);
+    void remove(const QUuid& id);
+
+signals:
+    /// The list differs from what it was.
+    void presetsChanged();
+
+private:
+    void setPresets(std::vector<PhotoPreset> presets);
+    void persist();
+    void keepUnreadableFile();
+
+    FileUrl fileURL_;
+    Clock clock_;
+    std::vector<PhotoPreset> presets_;
+    std::optional<QString> loadErrorMessage_;
+    bool unreadableFileStands_ = false; ///< And its bytes are nowhere else.
+};
+
+} // namespace ferrow
