@@ -138,9 +138,9 @@ ImportedBatch importBatch(const Arguments& arguments, ProgressLine& progress, co
         scan.candidates, importConcurrency,
         [&stop](const FileUrl& url) {
             // After Ctrl-C the rest of the list only has to be counted: nothing of it is opened any more.
-            if (stop.stop_requested())
-                return ImportedPhoto {.url = url, .metadata = {.filename = url.lastPathComponent()}};
-            return ImageLoader::load(url, 0);
+            ImportedPhoto unread;
+            unread.url = url;
+            return stop.stop_requested() ? unread : ImageLoader::load(url, 0);
         },
         [&](std::size_t done) {
             progress.show(QStringLiteral("Reading"), std::int64_t(done), std::int64_t(scan.candidates.size()), {});

@@ -70,7 +70,7 @@ int run(const std::vector<QByteArray>& words, const std::stop_token& stop)
 
 int main(int argc, char** argv)
 {
-    const StopOnSignal signals;
+    const StopOnSignal interruption;
     // Captions are drawn by the text engine, which asks for a platform but needs no display. Our own words never
     // reach it: it has options of its own.
     qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -78,5 +78,5 @@ int main(int argc, char** argv)
     char* applicationArgv[] = {argv[0], nullptr};
     const QGuiApplication application(applicationArgc, applicationArgv);
     std::setlocale(LC_NUMERIC, "C");
-    return run(std::vector<QByteArray>(argv + 1, argv + argc), signals.token());
+    return run(std::vector<QByteArray>(argv + 1, argv + argc), interruption.token());
 }

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Processor time of framing ten 24-megapixel JPEGs with the whole companion, over that of the codec library alone.
+#include "BenchSupport.h"
+
+#include "Platform/Pixels/ColorProfile.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <vector>
+
+namespace {
+
+using namespace ferrow::bench;
+
+constexpr int photoCount = 10;
+constexpr int border = 120;
+constexpr int rounds = 3;
+
+/// The reference runs as a process of its own too, so that both pay for starting.
+int runBareLoop(const std::string& sources, const std::string& destination)
+{
+    for (const auto& entry : std::filesystem::directory_iterator(sources))
+        bareFrameLoop(entry.path().string(), destination + "/" + entry.path().filename().string(), border);
+    return 0;
+}
+
+void measure(const char* label, const QByteArray& icc, const std::string& self, double target)
+{
+    const ScratchFolder sources;
+    const ScratchFolder outputs;
+    const std::string first = sources.file("photo-0.jpg");
+    writeSourceJpeg(first, {.icc = icc});
+    for (int i = 1; i < photoCount; ++i)
+        std::filesystem::copy_file(first, sources.file("photo-" + std::to_string(i) + ".jpg"));
+
+    double bare = 1e9;
+    double framed = 1e9;
+    for (int round = 0; round < rounds; ++round) {
+        bare = std::min(bare, processorSeconds({self, "--bare", sources.path(), outputs.path()}));
+        framed = std::min(framed, processorSeconds({batchProgram(), "--quiet", "--output", outputs.path(), "--on-collision",
+                                                    "replace", "--profile", "srgb", "--caption", "{camera} · {year}",
+                                                    sources.path()}));
+    }
+    std::printf("%-28s bare codec %.2f s, framed %.2f s, ratio %.3f (target %.2f)\n", label, bare, framed, framed / bare,
+                target);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc == 4 && std::strcmp(argv[1], "--bare") == 0)
+        return runBareLoop(argv[2], argv[3]);
+    const std::string self = std::filesystem::read_symlink("/proc/self/exe").string();
+    std::printf("Best of %d rounds, %d photos of 24 megapixels each, processor time of all processes\n", rounds, photoCount);
+    measure("sRGB to sRGB", ferrow::ColorProfile::sRGB().icc(), self, 1.15);
+    measure("no profile to sRGB", {}, self, 1.15);
+    measure("Display P3 to sRGB", ferrow::ColorProfile::displayP3().icc(), self, 2.0);
+    return 0;
+}

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Highest proportional set size of the companion with one job, for sources of several sizes and layouts.
+#include "BenchSupport.h"
+
+#include "Platform/Pixels/ColorProfile.h"
+
+#include <cstdio>
+#include <string>
+
+namespace {
+
+using namespace ferrow::bench;
+
+void measure(const char* label, const SourceOptions& options, const char* format, const char* target)
+{
+    const ScratchFolder folder;
+    writeSourceJpeg(folder.file("photo.jpg"), options);
+    const double peak = peakMegabytes({batchProgram(), "--quiet", "--jobs", "1", "--format", format, "--caption",
+                                       "{camera} · {year}", "--output", folder.file("out"), folder.file("photo.jpg")});
+    const double bitmap = double(options.width) * double(options.height) * 3 / 1e6;
+    std::printf("%-34s peak %7.1f MB (its bitmap would be %.0f MB; target %s)\n", label, peak, bitmap, target);
+    std::fflush(stdout);
+}
+
+} // namespace
+
+int main()
+{
+    const QByteArray srgb = ferrow::ColorProfile::sRGB().icc();
+    measure("24 MP baseline to JPEG", {.icc = srgb}, "jpeg", "80 MB");
+    measure("200 MP baseline to JPEG", {.width = 16'300, .height = 12'000, .icc = srgb}, "jpeg", "80 MB");
+    measure("24 MP baseline to PNG", {.icc = srgb}, "png", "80 MB");
+    measure("24 MP baseline to TIFF", {.icc = srgb}, "tiff", "80 MB");
+    measure("24 MP turned to JPEG", {.orientation = 6, .icc = srgb}, "jpeg", "80 + 72 MB");
+    measure("24 MP progressive to JPEG", {.progressive = true, .icc = srgb}, "jpeg", "80 MB + coefficients");
+    measure("24 MP baseline to HEIC", {.icc = srgb}, "heic", "the codec + 100 MB");
+    return 0;
+}
