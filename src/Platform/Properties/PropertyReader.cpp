@@ -1,1 +1,99 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Platform/Properties/PropertyReader.h"
+
+#include "Platform/Properties/ExifReader.h"
+#include "Platform/Properties/IptcReader.h"
+#include "Platform/Properties/MetadataBlocks.h"
+#include "Platform/Properties/XmpReader.h"
+
+namespace ferrow {
+
+namespace {
+
+/// A TIFF file is its own Exif structure, and holds the other blocks as tags of its first directory.
+MetadataBlocks tiffMetadataBlocks(const TiffStructure& structure)
+{
+    MetadataBlocks blocks;
+    const auto directory = structure.firstDirectory();
+    if (!directory)
+        return blocks;
+    const auto block = [&](std::uint16_t tag) {
+        const TiffEntry* entry = directory->find(tag);
+        return entry && entry->length <= MetadataBlocks::maximumLength ? structure.bytes(*entry, entry->length)
+                                                                       : QByteArray();
+    };
+    blocks.xmp = block(700);
+    blocks.iptc = block(33723);
+    if (readIptc(blocks.iptc).isEmpty())
+        blocks.iptc = iptcOfPhotoshopResources(block(34377));
+    return blocks;
+}
+
+PropertyMap exifOfBlock(const QByteArray& block)
+{
+    const auto bytes = std::as_bytes(std::span(block.constData(), std::size_t(block.size())));
+    const auto structure = TiffStructure::open(bytes);
+    return structure ? readExif(*structure) : PropertyMap();
+}
+
+ImageProperties decoded(const MetadataBlocks& blocks, PropertyMap exif)
+{
+    ImageProperties properties;
+    properties.image = std::move(exif);
+    PropertyMap iptc = readIptc(blocks.iptc);
+    if (!iptc.isEmpty())
+        properties.image.set(PropertyKey::iptc, {std::move(iptc)});
+    properties.xmp = readXmpPacket(blocks.xmp);
+    for (const auto& [key, value] : readXmpPacket(blocks.extendedXmp).entries()) {
+        if (!properties.xmp.find(key))
+            properties.xmp.set(key, value);
+    }
+    return properties;
+}
+
+ImageProperties decoded(const MetadataBlocks& blocks)
+{
+    return decoded(blocks, exifOfBlock(blocks.exif));
+}
+
+PropertyMap withoutOrientation(const PropertyMap& image)
+{
+    PropertyMap rest;
+    for (const auto& [key, value] : image.entries()) {
+        if (key != PropertyKey::orientation)
+            rest.set(key, value);
+    }
+    return rest;
+}
+
+} // namespace
+
+QByteArray withoutExifPrefix(const QByteArray& block)
+{
+    return block.startsWith(QByteArray("Exif\0\0", 6)) ? block.mid(6) : block;
+}
+
+ImageProperties readProperties(FileType type, const ByteSource& source)
+{
+    switch (type) {
+    case FileType::jpeg:
+        return decoded(jpegMetadataBlocks(source));
+    case FileType::png:
+        return decoded(pngMetadataBlocks(source));
+    case FileType::tiff:
+        if (const auto structure = TiffStructure::open(source))
+            return decoded(tiffMetadataBlocks(*structure), readExif(*structure));
+        return {};
+    case FileType::heif: {
+        // The container's own rotation has been applied by the time anybody sees pixels.
+        ImageProperties properties = decoded(heifMetadataBlocks(source));
+        properties.image = withoutOrientation(properties.image);
+        return properties;
+    }
+    case FileType::pdf:
+        return {};
+    }
+    return {};
+}
+
+} // namespace ferrow
