@@ -53,7 +53,8 @@ void fillRow(std::vector<JSAMPLE>& row, std::int64_t y, std::int64_t width)
     for (std::int64_t x = 0; x < width; ++x) {
         const double u = double(x) / 300;
         const double v = double(y) / 300;
-        const double soft = std::sin(u) * std::cos(v * 1.3) + 0.5 * std::sin(3.1 * u + 2 * v) + 0.2 * std::sin(17 * u - 11 * v);
+        const double soft =
+            std::sin(u) * std::cos(v * 1.3) + 0.5 * std::sin(3.1 * u + 2 * v) + 0.2 * std::sin(17 * u - 11 * v);
         for (int c = 0; c < 3; ++c) {
             const auto noise = double(scrambled(std::uint32_t(x * 3 + c) ^ (std::uint32_t(y) << 12)) % 13) - 6;
             const double value = 120 + 45 * soft + 15 * std::sin(u * (c + 1)) + noise;
@@ -75,7 +76,8 @@ void writeExif(jpeg_compress_struct& encoder, const SourceOptions& options)
         throw std::runtime_error("the Exif block holds no orientation");
     block[entry + 8] = char(options.orientation);
     block.prepend(QByteArray("Exif\0\0", 6));
-    jpeg_write_marker(&encoder, JPEG_APP0 + 1, reinterpret_cast<const JOCTET*>(block.constData()), unsigned(block.size()));
+    jpeg_write_marker(&encoder, JPEG_APP0 + 1, reinterpret_cast<const JOCTET*>(block.constData()),
+                      unsigned(block.size()));
 }
 
 pid_t spawn(const std::vector<std::string>& arguments)
@@ -104,7 +106,7 @@ void requireSuccess(int status, const std::string& program)
 /// The process and all below it.
 std::set<pid_t> family(pid_t root)
 {
-    std::set<pid_t> members {root};
+    std::set<pid_t> members{root};
     for (bool grew = true; grew;) {
         grew = false;
         for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
@@ -138,8 +140,8 @@ double proportionalMegabytes(pid_t process)
 void writeSourceJpeg(const std::string& path, const SourceOptions& options)
 {
     const File file = openFile(path, "wb");
-    jpeg_compress_struct encoder {};
-    jpeg_error_mgr errors {};
+    jpeg_compress_struct encoder{};
+    jpeg_error_mgr errors{};
     encoder.err = jpeg_std_error(&errors);
     jpeg_create_compress(&encoder);
     jpeg_stdio_dest(&encoder, file.get());
@@ -170,16 +172,16 @@ void bareFrameLoop(const std::string& source, const std::string& destination, in
 {
     const File in = openFile(source, "rb");
     const File out = openFile(destination, "wb");
-    jpeg_decompress_struct decoder {};
-    jpeg_error_mgr decoderErrors {};
+    jpeg_decompress_struct decoder{};
+    jpeg_error_mgr decoderErrors{};
     decoder.err = jpeg_std_error(&decoderErrors);
     jpeg_create_decompress(&decoder);
     jpeg_stdio_src(&decoder, in.get());
     jpeg_read_header(&decoder, TRUE);
     jpeg_start_decompress(&decoder);
 
-    jpeg_compress_struct encoder {};
-    jpeg_error_mgr encoderErrors {};
+    jpeg_compress_struct encoder{};
+    jpeg_error_mgr encoderErrors{};
     encoder.err = jpeg_std_error(&encoderErrors);
     jpeg_create_compress(&encoder);
     jpeg_stdio_dest(&encoder, out.get());
@@ -215,8 +217,8 @@ void bareFrameLoop(const std::string& source, const std::string& destination, in
 void bareEighthDecode(const std::string& source)
 {
     const File in = openFile(source, "rb");
-    jpeg_decompress_struct decoder {};
-    jpeg_error_mgr errors {};
+    jpeg_decompress_struct decoder{};
+    jpeg_error_mgr errors{};
     decoder.err = jpeg_std_error(&errors);
     jpeg_create_decompress(&decoder);
     jpeg_stdio_src(&decoder, in.get());
@@ -236,7 +238,7 @@ double processorSeconds(const std::vector<std::string>& arguments)
 {
     const pid_t child = spawn(arguments);
     int status = 0;
-    rusage usage {};
+    rusage usage{};
     ::wait4(child, &status, 0, &usage);
     requireSuccess(status, arguments[0]);
     const auto seconds = [](const timeval& time) { return double(time.tv_sec) + double(time.tv_usec) / 1e6; };
@@ -245,7 +247,7 @@ double processorSeconds(const std::vector<std::string>& arguments)
 
 double threadSeconds()
 {
-    timespec now {};
+    timespec now{};
     ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
     return double(now.tv_sec) + double(now.tv_nsec) / 1e9;
 }

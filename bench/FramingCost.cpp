@@ -39,12 +39,12 @@ void measure(const char* label, const QByteArray& icc, const std::string& self, 
     double framed = 1e9;
     for (int round = 0; round < rounds; ++round) {
         bare = std::min(bare, processorSeconds({self, "--bare", sources.path(), outputs.path()}));
-        framed = std::min(framed, processorSeconds({batchProgram(), "--quiet", "--output", outputs.path(), "--on-collision",
-                                                    "replace", "--profile", "srgb", "--caption", "{camera} · {year}",
-                                                    sources.path()}));
+        framed = std::min(framed, processorSeconds({batchProgram(), "--quiet", "--output", outputs.path(),
+                                                    "--on-collision", "replace", "--profile", "srgb", "--caption",
+                                                    "{camera} · {year}", sources.path()}));
     }
-    std::printf("%-28s bare codec %.2f s, framed %.2f s, ratio %.3f (target %.2f)\n", label, bare, framed, framed / bare,
-                target);
+    std::printf("%-28s bare codec %.2f s, framed %.2f s, ratio %.3f (target %.2f)\n", label, bare, framed,
+                framed / bare, target);
 }
 
 } // namespace
@@ -54,7 +54,8 @@ int main(int argc, char** argv)
     if (argc == 4 && std::strcmp(argv[1], "--bare") == 0)
         return runBareLoop(argv[2], argv[3]);
     const std::string self = std::filesystem::read_symlink("/proc/self/exe").string();
-    std::printf("Best of %d rounds, %d photos of 24 megapixels each, processor time of all processes\n", rounds, photoCount);
+    std::printf("Best of %d rounds, %d photos of 24 megapixels each, processor time of all processes\n", rounds,
+                photoCount);
     measure("sRGB to sRGB", ferrow::ColorProfile::sRGB().icc(), self, 1.15);
     measure("no profile to sRGB", {}, self, 1.15);
     measure("Display P3 to sRGB", ferrow::ColorProfile::displayP3().icc(), self, 2.0);

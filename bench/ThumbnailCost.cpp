@@ -31,7 +31,8 @@ int main(int argc, char** argv)
         (void)ImageLoader::loadBatchThumbnail(url);
         loaded = std::min(loaded, threadSeconds() - start);
     }
-    std::printf("24-megapixel JPEG, best of %d: codec at 1/8 %.1f ms, thumbnail with metadata %.1f ms, ratio %.3f (target 1.25)\n",
+    std::printf("24-megapixel JPEG, best of %d: codec at 1/8 %.1f ms, thumbnail with metadata %.1f ms, ratio %.3f "
+                "(target 1.25)\n",
                 rounds, bare * 1e3, loaded * 1e3, loaded / bare);
     return 0;
 }

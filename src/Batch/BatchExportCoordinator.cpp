@@ -20,15 +20,15 @@ BatchExportOutcome runJob(const BatchExportJob& job, std::size_t index, const Op
     const QString filename = job.photo.filename();
     try {
         operation(job, stop);
-        return {BatchExportOutcome::Exported {filename}, index};
+        return {BatchExportOutcome::Exported{filename}, index};
     } catch (const Cancelled&) {
-        return {BatchExportOutcome::Cancelled {filename}, index};
+        return {BatchExportOutcome::Cancelled{filename}, index};
     } catch (...) {
         BatchExportFailure failure;
         failure.filename = filename;
         failure.message = UserFacingError::message(std::current_exception());
         failure.source = job.photo.url;
-        return {BatchExportOutcome::Failed {failure}, index};
+        return {BatchExportOutcome::Failed{failure}, index};
     }
 }
 
@@ -65,7 +65,7 @@ std::vector<BatchExportOutcome> neverStarted(const std::vector<BatchExportJob>& 
     // Jobs start in order, so that the ones without an outcome are the last.
     std::vector<BatchExportOutcome> rest;
     for (std::size_t index = outcomes.size(); index < jobs.size(); ++index)
-        rest.push_back({BatchExportOutcome::Cancelled {jobs[index].photo.filename()}, index});
+        rest.push_back({BatchExportOutcome::Cancelled{jobs[index].photo.filename()}, index});
     return rest;
 }
 

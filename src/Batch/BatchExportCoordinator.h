@@ -15,9 +15,10 @@ using Operation = std::function<void(const BatchExportJob&, const std::stop_toke
 /// Told of each outcome as it arrives, on the thread that called run().
 using Progress = std::function<void(const BatchExportOutcome&)>;
 
-/// Runs the jobs in order, at most `maximumConcurrency` (raised to 1) at once, and waits for them. A failing job never stops
-/// the others. Once `stop` is requested no further job starts and the running ones are asked to stop. Answers one outcome
-/// for each job that was started, in completion order. Leftovers of killed runs in the destination folders are swept first.
+/// Runs the jobs in order, at most `maximumConcurrency` (raised to 1) at once, and waits for them. A failing job never
+/// stops the others. Once `stop` is requested no further job starts and the running ones are asked to stop. Answers one
+/// outcome for each job that was started, in completion order. Leftovers of killed runs in the destination folders are
+/// swept first.
 [[nodiscard]] std::vector<BatchExportOutcome> run(const std::vector<BatchExportJob>& jobs,
                                                   std::int64_t maximumConcurrency, const Operation& operation,
                                                   const Progress& progress, const std::stop_token& stop);
@@ -26,8 +27,8 @@ using Progress = std::function<void(const BatchExportOutcome&)>;
 [[nodiscard]] std::vector<BatchExportOutcome> neverStarted(const std::vector<BatchExportJob>& jobs,
                                                            const std::vector<BatchExportOutcome>& outcomes);
 
-/// The summary of a run: planning failures first, then the jobs' in the order they arrived. `batchCount` is the number of
-/// photos that were to be exported.
+/// The summary of a run: planning failures first, then the jobs' in the order they arrived. `batchCount` is the number
+/// of photos that were to be exported.
 [[nodiscard]] BatchExportReport report(const BatchExportPlan& plan, std::int64_t batchCount,
                                        const std::vector<BatchExportOutcome>& outcomes);
 

@@ -23,10 +23,10 @@ using Outcome = std::variant<ImportedPhoto, BatchExportFailure>;
 
 bool isSupportedExtension(const QByteArray& extension)
 {
-    static constexpr std::array<std::string_view, 7> supported {"jpg", "jpeg", "png", "tif", "tiff", "heic", "heif"};
+    static constexpr std::array<std::string_view, 7> supported{"jpg", "jpeg", "png", "tif", "tiff", "heic", "heif"};
     const QByteArray lower = extension.toLower();
-    return std::find(supported.begin(), supported.end(), std::string_view(lower.constData(), size_t(lower.size())))
-           != supported.end();
+    return std::find(supported.begin(), supported.end(), std::string_view(lower.constData(), size_t(lower.size()))) !=
+           supported.end();
 }
 
 std::vector<FileUrl> deduplicated(const std::vector<FileUrl>& urls)
@@ -109,12 +109,11 @@ BatchExportFailure unsupportedFailure(const FileUrl& url)
     const QByteArray extension = url.pathExtension();
     QString description = ImageTypeNames::description(extension).value_or(QString());
     if (description.isEmpty())
-        description = extension.isEmpty() ? QStringLiteral("This file type")
-                                          : QString::fromUtf8(extension).toUpper();
+        description = extension.isEmpty() ? QStringLiteral("This file type") : QString::fromUtf8(extension).toUpper();
     BatchExportFailure failure;
     failure.filename = url.lastPathComponent();
-    failure.message = UserFacingError::message(
-        localizedTexts(ImagePipelineError(ImagePipelineError::UnsupportedType {description})));
+    failure.message =
+        UserFacingError::message(localizedTexts(ImagePipelineError(ImagePipelineError::UnsupportedType{description})));
     failure.source = url;
     return failure;
 }

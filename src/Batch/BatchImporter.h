@@ -30,8 +30,8 @@ using Loader = std::function<ImportedPhoto(const FileUrl&)>;
 /// Told on the calling thread, after each file, how many have been read.
 using Progress = std::function<void(std::size_t)>;
 
-/// Folders are walked; a file named directly is always a candidate, and so is a place where nothing stands (loading then
-/// says so). Never fails.
+/// Folders are walked; a file named directly is always a candidate, and so is a place where nothing stands (loading
+/// then says so). Never fails.
 [[nodiscard]] BatchImportScan scan(const std::vector<FileUrl>& roots);
 
 /// Loads `urls`, at most `maximumConcurrency` (at least 1, else nothing is loaded) at once, and waits for all of them.

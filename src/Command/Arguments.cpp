@@ -17,27 +17,27 @@ using Words = std::vector<std::pair<const char*, Value>>;
 
 const Words<CaptionPosition>& positionWords()
 {
-    static const Words<CaptionPosition> words {{"image-top-left", CaptionPosition::imageTopLeft},
-                                               {"image-top-center", CaptionPosition::imageTopCenter},
-                                               {"image-top-right", CaptionPosition::imageTopRight},
-                                               {"image-center-left", CaptionPosition::imageCenterLeft},
-                                               {"image-center", CaptionPosition::imageCenter},
-                                               {"image-center-right", CaptionPosition::imageCenterRight},
-                                               {"image-bottom-left", CaptionPosition::imageBottomLeft},
-                                               {"image-bottom-center", CaptionPosition::imageBottomCenter},
-                                               {"image-bottom-right", CaptionPosition::imageBottomRight},
-                                               {"border-top-left", CaptionPosition::borderTopLeft},
-                                               {"border-top-center", CaptionPosition::borderTopCenter},
-                                               {"border-top-right", CaptionPosition::borderTopRight},
-                                               {"border-bottom-left", CaptionPosition::borderBottomLeft},
-                                               {"border-bottom-center", CaptionPosition::borderBottomCenter},
-                                               {"border-bottom-right", CaptionPosition::borderBottomRight}};
+    static const Words<CaptionPosition> words{{"image-top-left", CaptionPosition::imageTopLeft},
+                                              {"image-top-center", CaptionPosition::imageTopCenter},
+                                              {"image-top-right", CaptionPosition::imageTopRight},
+                                              {"image-center-left", CaptionPosition::imageCenterLeft},
+                                              {"image-center", CaptionPosition::imageCenter},
+                                              {"image-center-right", CaptionPosition::imageCenterRight},
+                                              {"image-bottom-left", CaptionPosition::imageBottomLeft},
+                                              {"image-bottom-center", CaptionPosition::imageBottomCenter},
+                                              {"image-bottom-right", CaptionPosition::imageBottomRight},
+                                              {"border-top-left", CaptionPosition::borderTopLeft},
+                                              {"border-top-center", CaptionPosition::borderTopCenter},
+                                              {"border-top-right", CaptionPosition::borderTopRight},
+                                              {"border-bottom-left", CaptionPosition::borderBottomLeft},
+                                              {"border-bottom-center", CaptionPosition::borderBottomCenter},
+                                              {"border-bottom-right", CaptionPosition::borderBottomRight}};
     return words;
 }
 
 [[noreturn]] void misuse(const QByteArray& option, const QString& reason)
 {
-    throw UsageError {QStringLiteral("%1: %2").arg(QString::fromUtf8(option), reason)};
+    throw UsageError{QStringLiteral("%1: %2").arg(QString::fromUtf8(option), reason)};
 }
 
 template <typename Value>
@@ -49,7 +49,8 @@ Value oneOf(const QByteArray& option, const QByteArray& word, const Words<Value>
             return value;
         known << QString::fromLatin1(name);
     }
-    misuse(option, QStringLiteral("“%1” is not one of %2.").arg(QString::fromUtf8(word), known.join(QStringLiteral(", "))));
+    misuse(option,
+           QStringLiteral("“%1” is not one of %2.").arg(QString::fromUtf8(word), known.join(QStringLiteral(", "))));
 }
 
 /// Plain decimal numbers with a point, whatever the locale.
@@ -61,7 +62,8 @@ double number(const QByteArray& option, const QByteArray& word, double least, do
     if (error != std::errc() || stop != end || !std::isfinite(value))
         misuse(option, QStringLiteral("“%1” is not a number.").arg(QString::fromUtf8(word)));
     if (value < least || value > most)
-        misuse(option, QStringLiteral("%1 is not between %2 and %3.").arg(QString::fromUtf8(word)).arg(least).arg(most));
+        misuse(option,
+               QStringLiteral("%1 is not between %2 and %3.").arg(QString::fromUtf8(word)).arg(least).arg(most));
     return value;
 }
 
@@ -71,7 +73,7 @@ constexpr double mostPixels = 50'000;
 RGBAColor color(const QByteArray& option, const QByteArray& word)
 {
     const bool wellFormed = word.startsWith('#') && (word.size() == 7 || word.size() == 9);
-    std::array<unsigned, 4> parts {0, 0, 0, 255};
+    std::array<unsigned, 4> parts{0, 0, 0, 255};
     for (int i = 0; wellFormed && i < (word.size() - 1) / 2; ++i) {
         bool ok = false;
         const QByteArray digits = word.mid(1 + 2 * i, 2);
@@ -99,10 +101,7 @@ std::function<void(Settings&)> borderChange(const QByteArray& option, const QByt
 /// The words of a command line, taken one after the other.
 class Reader {
 public:
-    explicit Reader(const std::vector<QByteArray>& words)
-        : words_(words)
-    {
-    }
+    explicit Reader(const std::vector<QByteArray>& words) : words_(words) {}
 
     [[nodiscard]] bool atEnd() const { return next_ >= words_.size(); }
     [[nodiscard]] const QByteArray& peek() const { return words_[next_]; }
@@ -156,12 +155,9 @@ void addDestinationHandlers(std::unordered_map<QByteArray, Handler>& handlers)
         const QString text = QString::fromUtf8(value);
         arguments.changes.emplace_back([text](Settings& s) { s.configuration.filenameTemplate = text; });
     };
-    handlers["--on-collision"] = choice<CollisionRule>({{"number", CollisionRule::appendNumber},
-                                                        {"skip", CollisionRule::skip},
-                                                        {"replace", CollisionRule::replace}},
-                                                       [](Settings& s, CollisionRule rule) {
-                                                           s.configuration.collisionRule = rule;
-                                                       });
+    handlers["--on-collision"] = choice<CollisionRule>(
+        {{"number", CollisionRule::appendNumber}, {"skip", CollisionRule::skip}, {"replace", CollisionRule::replace}},
+        [](Settings& s, CollisionRule rule) { s.configuration.collisionRule = rule; });
     handlers["--jobs"] = [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
         const double jobs = number(option, value, 1, 64);
         if (jobs != std::floor(jobs))
@@ -182,12 +178,11 @@ void addOutputHandlers(std::unordered_map<QByteArray, Handler>& handlers)
         const double quality = number(option, value, 0, 1);
         arguments.changes.emplace_back([quality](Settings& s) { s.exportSettings.quality = quality; });
     };
-    handlers["--profile"] = choice<OutputColorProfile>({{"srgb", OutputColorProfile::sRGB},
-                                                        {"p3", OutputColorProfile::displayP3},
-                                                        {"source", OutputColorProfile::preserveSource}},
-                                                       [](Settings& s, OutputColorProfile p) {
-                                                           s.recipe.outputColorProfile = p;
-                                                       });
+    handlers["--profile"] =
+        choice<OutputColorProfile>({{"srgb", OutputColorProfile::sRGB},
+                                    {"p3", OutputColorProfile::displayP3},
+                                    {"source", OutputColorProfile::preserveSource}},
+                                   [](Settings& s, OutputColorProfile p) { s.recipe.outputColorProfile = p; });
     handlers["--preset"] = [](Arguments& arguments, const QByteArray&, const QByteArray& value) {
         arguments.presetName = QString::fromUtf8(value);
     };
@@ -216,20 +211,17 @@ void addFrameHandlers(std::unordered_map<QByteArray, Handler>& handlers)
         const RGBAColor parsed = color(option, value);
         arguments.changes.emplace_back([parsed](Settings& s) { s.recipe.captionColor = parsed; });
     };
-    handlers["--caption-position"] = choice<CaptionPosition>(
-        positionWords(), [](Settings& s, CaptionPosition p) { s.recipe.captionPosition = p; });
+    handlers["--caption-position"] =
+        choice<CaptionPosition>(positionWords(), [](Settings& s, CaptionPosition p) { s.recipe.captionPosition = p; });
     handlers["--caption-font"] = choice<CaptionFont>({{"system", CaptionFont::system},
                                                       {"rounded", CaptionFont::rounded},
                                                       {"serif", CaptionFont::serif},
                                                       {"monospaced", CaptionFont::monospaced},
                                                       {"avenir-next", CaptionFont::avenirNext}},
                                                      [](Settings& s, CaptionFont f) { s.recipe.captionFont = f; });
-    handlers["--caption-align"] = choice<CaptionAlignment>({{"left", CaptionAlignment::left},
-                                                            {"center", CaptionAlignment::center},
-                                                            {"right", CaptionAlignment::right}},
-                                                           [](Settings& s, CaptionAlignment a) {
-                                                               s.recipe.captionAlignment = a;
-                                                           });
+    handlers["--caption-align"] = choice<CaptionAlignment>(
+        {{"left", CaptionAlignment::left}, {"center", CaptionAlignment::center}, {"right", CaptionAlignment::right}},
+        [](Settings& s, CaptionAlignment a) { s.recipe.captionAlignment = a; });
     handlers["--caption-size"] = recipeNumber(&RenderRecipe::captionFontSize, 1, 10'000);
     handlers["--caption-spacing"] = recipeNumber(&RenderRecipe::captionLineSpacing, 0, mostPixels);
     handlers["--caption-padding"] = recipeNumber(&RenderRecipe::captionPadding, 0, mostPixels);
@@ -297,8 +289,8 @@ bool applyFlag(Arguments& arguments, const QByteArray& option)
 void applyBeside(Arguments& arguments, Reader& reader, const std::optional<QByteArray>& attached)
 {
     std::optional<QByteArray> name = attached;
-    if (!name && !reader.atEnd() && !reader.peek().startsWith('-') && !reader.peek().contains('/')
-        && fileKind(FileUrl::fromPath(reader.peek())) == FileKind::missing)
+    if (!name && !reader.atEnd() && !reader.peek().startsWith('-') && !reader.peek().contains('/') &&
+        fileKind(FileUrl::fromPath(reader.peek())) == FileKind::missing)
         name = reader.take();
     if (name && !SafePathComponent::isValid(QString::fromUtf8(*name)))
         misuse("--beside", QStringLiteral("“%1” is not a folder name.").arg(QString::fromUtf8(*name)));
@@ -354,7 +346,7 @@ Arguments parseArguments(const std::vector<QByteArray>& words)
     if (arguments.mode == Arguments::Mode::help || arguments.mode == Arguments::Mode::version)
         return arguments;
     if (arguments.roots.empty())
-        throw UsageError {QStringLiteral("PATH: name at least one photo or folder.")};
+        throw UsageError{QStringLiteral("PATH: name at least one photo or folder.")};
     return arguments;
 }
 

@@ -36,11 +36,12 @@ PresetPayload findPreset(const Arguments& arguments)
 {
     const QByteArray option = arguments.presetFile ? "--preset-file" : "--preset";
     if (arguments.presetFile && fileKind(*arguments.presetFile) != FileKind::file)
-        throw UsageError {QStringLiteral("--preset-file: there is no file “%1”.").arg(arguments.presetFile->displayPath())};
+        throw UsageError{
+            QStringLiteral("--preset-file: there is no file “%1”.").arg(arguments.presetFile->displayPath())};
     const auto library = arguments.presetFile ? std::make_unique<PresetLibrary>(*arguments.presetFile)
                                               : std::make_unique<PresetLibrary>();
     if (library->loadErrorMessage())
-        throw UsageError {
+        throw UsageError{
             QStringLiteral("%1: %2").arg(QString::fromUtf8(option), onOneLine(*library->loadErrorMessage()))};
 
     std::vector<PresetPayload> matching;
@@ -49,13 +50,12 @@ PresetPayload findPreset(const Arguments& arguments)
             matching.push_back(preset.payload);
     if (matching.size() == 1)
         return matching.front();
-    const QString wanted = arguments.presetName ? QStringLiteral("“%1”").arg(*arguments.presetName)
-                                                : QStringLiteral("a preset");
-    throw UsageError {matching.empty()
-                          ? QStringLiteral("%1: %2 is not there.").arg(QString::fromUtf8(option), wanted)
-                          : QStringLiteral("%1: %2 fits %3 presets; it must fit one.")
-                                .arg(QString::fromUtf8(option), wanted)
-                                .arg(matching.size())};
+    const QString wanted =
+        arguments.presetName ? QStringLiteral("“%1”").arg(*arguments.presetName) : QStringLiteral("a preset");
+    throw UsageError{matching.empty() ? QStringLiteral("%1: %2 is not there.").arg(QString::fromUtf8(option), wanted)
+                                      : QStringLiteral("%1: %2 fits %3 presets; it must fit one.")
+                                            .arg(QString::fromUtf8(option), wanted)
+                                            .arg(matching.size())};
 }
 
 Settings resolvedSettings(const Arguments& arguments)
@@ -70,7 +70,7 @@ Settings resolvedSettings(const Arguments& arguments)
         change(settings);
     const BatchExportConfiguration& configuration = settings.configuration;
     if (configuration.destinationMode == ExportDestinationMode::chosenFolder && !configuration.chosenFolder)
-        throw UsageError {QStringLiteral("--output: name a folder for the framed copies, or use --beside.")};
+        throw UsageError{QStringLiteral("--output: name a folder for the framed copies, or use --beside.")};
     return settings;
 }
 
@@ -87,7 +87,7 @@ public:
             settings.recipe.logo = logo;
         }
         if (!arguments.logoChanges.empty() && !settings.recipe.logo)
-            throw UsageError {QStringLiteral("--logo: options about a logo need a logo.")};
+            throw UsageError{QStringLiteral("--logo: options about a logo need a logo.")};
         for (const auto& change : arguments.logoChanges)
             change(*settings.recipe.logo);
     }
@@ -100,7 +100,7 @@ private:
         try {
             return ManagedLogoStore::importAsset(file, managedFolder_);
         } catch (...) {
-            throw UsageError {
+            throw UsageError{
                 QStringLiteral("--logo: %1").arg(onOneLine(UserFacingError::message(std::current_exception())))};
         }
     }
@@ -117,7 +117,7 @@ void createOutputFolder(const Settings& settings)
     try {
         ExportPlanner().createDirectory(folder);
     } catch (const SystemError& error) {
-        throw UsageError {QStringLiteral("--output: %1").arg(error.description())};
+        throw UsageError{QStringLiteral("--output: %1").arg(error.description())};
     }
 }
 
@@ -146,7 +146,7 @@ ImportedBatch importBatch(const Arguments& arguments, ProgressLine& progress, co
             progress.show(QStringLiteral("Reading"), std::int64_t(done), std::int64_t(scan.candidates.size()), {});
         });
 
-    ImportedBatch batch {std::move(result.photos), std::move(result.failures)};
+    ImportedBatch batch{std::move(result.photos), std::move(result.failures)};
     for (const FileUrl& url : scan.unsupported)
         batch.failures.push_back(BatchImporter::unsupportedFailure(url));
     // Loads end in any order; the window's order is by file name, and names that compare equal keep the walk's.
@@ -159,8 +159,9 @@ ImportedBatch importBatch(const Arguments& arguments, ProgressLine& progress, co
                      [](const ImportedPhoto& left, const ImportedPhoto& right) {
                          return Localization::standardCompare(left.filename(), right.filename()) < 0;
                      });
-    std::sort(batch.failures.begin(), batch.failures.end(),
-              [](const BatchExportFailure& left, const BatchExportFailure& right) { return left.source < right.source; });
+    std::sort(
+        batch.failures.begin(), batch.failures.end(),
+        [](const BatchExportFailure& left, const BatchExportFailure& right) { return left.source < right.source; });
     std::stable_sort(batch.failures.begin(), batch.failures.end(),
                      [](const BatchExportFailure& left, const BatchExportFailure& right) {
                          return Localization::standardCompare(left.filename, right.filename) < 0;
@@ -171,11 +172,7 @@ ImportedBatch importBatch(const Arguments& arguments, ProgressLine& progress, co
 /// Tells the user, in lines or in JSON, what became of each photo.
 class Reporter {
 public:
-    Reporter(bool json, ProgressLine& progress)
-        : json_(json)
-        , progress_(progress)
-    {
-    }
+    Reporter(bool json, ProgressLine& progress) : json_(json), progress_(progress) {}
 
     void failed(const BatchExportFailure& failure, const std::optional<FileUrl>& destination = {})
     {
@@ -225,13 +222,12 @@ public:
         QJsonArray folders;
         for (const FileUrl& folder : report.outputFolders)
             folders.append(folder.displayPath());
-        printJson({{QStringLiteral("report"),
-                    QJsonObject {{QStringLiteral("total"), qint64(report.total)},
-                                 {QStringLiteral("exported"), qint64(report.exported)},
-                                 {QStringLiteral("skipped"), qint64(report.skipped)},
-                                 {QStringLiteral("cancelled"), qint64(report.cancelled)},
-                                 {QStringLiteral("failures"), qint64(report.failures.size())},
-                                 {QStringLiteral("outputFolders"), folders}}}});
+        printJson({{QStringLiteral("report"), QJsonObject{{QStringLiteral("total"), qint64(report.total)},
+                                                          {QStringLiteral("exported"), qint64(report.exported)},
+                                                          {QStringLiteral("skipped"), qint64(report.skipped)},
+                                                          {QStringLiteral("cancelled"), qint64(report.cancelled)},
+                                                          {QStringLiteral("failures"), qint64(report.failures.size())},
+                                                          {QStringLiteral("outputFolders"), folders}}}});
     }
 
 private:

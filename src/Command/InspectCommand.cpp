@@ -17,7 +17,7 @@ using Field = std::pair<QString, QString>;
 /// The metadata's texts under their names, absent ones left out.
 std::vector<Field> fields(const PhotoMetadata& metadata)
 {
-    std::vector<Field> present {{QStringLiteral("filename"), metadata.filename}};
+    std::vector<Field> present{{QStringLiteral("filename"), metadata.filename}};
     if (metadata.captureDate) {
         const QDateTime local = metadata.captureDate->toLocalTime();
         present.emplace_back(QStringLiteral("captureDate"),
@@ -60,7 +60,8 @@ void printPhotoJson(const ImportedPhoto& photo)
 void printPhoto(const ImportedPhoto& photo)
 {
     printLine(photo.url.displayPath());
-    printLine(QStringLiteral("  %1, %2, %3").arg(rawValue(photo.type), photo.pixelSize.formatted(), photo.colorProfileName));
+    printLine(
+        QStringLiteral("  %1, %2, %3").arg(rawValue(photo.type), photo.pixelSize.formatted(), photo.colorProfileName));
     for (const auto& [name, value] : fields(photo.metadata))
         if (name != QLatin1StringView("filename"))
             printLine(QStringLiteral("  %1: %2").arg(name, onOneLine(value)));

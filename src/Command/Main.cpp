@@ -15,8 +15,8 @@ namespace {
 
 using namespace ferrow;
 
-/// Turns Ctrl-C and its kin into a stop request. Built before any other thread, so that all of them leave the signals to
-/// this one; a second Ctrl-C changes nothing: what is half-written is being removed.
+/// Turns Ctrl-C and its kin into a stop request. Built before any other thread, so that all of them leave the signals
+/// to this one; a second Ctrl-C changes nothing: what is half-written is being removed.
 class StopOnSignal {
 public:
     StopOnSignal()
@@ -28,7 +28,7 @@ public:
         // Writing to a reader that went away must be an error of that write, not the end of the process.
         ::signal(SIGPIPE, SIG_IGN);
         waiter_ = std::jthread([this](const std::stop_token& ending) {
-            constexpr timespec interval {0, 100'000'000};
+            constexpr timespec interval{0, 100'000'000};
             while (!ending.stop_requested())
                 if (::sigtimedwait(&signals_, nullptr, &interval) > 0)
                     source_.request_stop();
@@ -38,7 +38,7 @@ public:
     [[nodiscard]] std::stop_token token() const { return source_.get_token(); }
 
 private:
-    sigset_t signals_ {};
+    sigset_t signals_{};
     std::stop_source source_;
     std::jthread waiter_;
 };

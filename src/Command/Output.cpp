@@ -33,7 +33,7 @@ void print(std::FILE* stream, const QByteArray& bytes)
 
 int terminalColumns()
 {
-    winsize size {};
+    winsize size{};
     return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
 }
 
@@ -41,7 +41,7 @@ int terminalColumns()
 
 QJsonObject pathObject(const FileUrl& url)
 {
-    QJsonObject object {{QStringLiteral("path"), ByteText::display(url.path())}};
+    QJsonObject object{{QStringLiteral("path"), ByteText::display(url.path())}};
     if (ByteText::display(url.path()).toUtf8() != url.path())
         object.insert(QStringLiteral("pathBytes"), QString::fromLatin1(url.path().toBase64()));
     return object;
@@ -67,10 +67,7 @@ QString onOneLine(const QString& message)
     return message.simplified();
 }
 
-ProgressLine::ProgressLine(bool enabled)
-    : enabled_(enabled && ::isatty(STDERR_FILENO) == 1)
-{
-}
+ProgressLine::ProgressLine(bool enabled) : enabled_(enabled && ::isatty(STDERR_FILENO) == 1) {}
 
 ProgressLine::~ProgressLine()
 {

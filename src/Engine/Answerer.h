@@ -16,7 +16,8 @@ public:
     virtual ~Answerer() = default;
 
     [[nodiscard]] virtual InspectAnswer inspect(const InspectRequest& request, const std::stop_token& stop) = 0;
-    /// On return the output file is complete, but not yet flushed to disk. A stop is honoured until the last row is composed.
+    /// On return the output file is complete, but not yet flushed to disk. A stop is honoured until the last row is
+    /// composed.
     virtual void frame(const FrameRequest& request, const std::stop_token& stop) = 0;
     /// 8-bit RGB or straight RGBA in the output's colour space.
     [[nodiscard]] virtual Bitmap composeRegion(const RegionRequest& request, const std::stop_token& stop) = 0;

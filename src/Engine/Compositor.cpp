@@ -131,8 +131,8 @@ Bitmap preparedOverlay(const Overlay& overlay, const ColorProfile& canvas)
 
 std::array<Byte, 4> backgroundPixel(const RGBAColor& color, const ColorProfile& canvas)
 {
-    const std::array<std::uint16_t, 3> in {component16(color.red), component16(color.green), component16(color.blue)};
-    std::array<Byte, 4> out {};
+    const std::array<std::uint16_t, 3> in{component16(color.red), component16(color.green), component16(color.blue)};
+    std::array<Byte, 4> out{};
     const ColorTransform transform(ColorProfile::sRGB(), {ColorModel::rgb, 16, Alpha::none}, canvas, rgb8);
     transform.apply(reinterpret_cast<const std::byte*>(in.data()), reinterpret_cast<std::byte*>(out.data()), 1);
     out[3] = alpha8(color);
@@ -170,13 +170,9 @@ void flattenOverWhite(const std::byte* in, std::byte* out, std::size_t pixels)
     }
 }
 
-Compositor::Compositor(const Composition& composition, RowSource* photo, const ColorProfile& canvasSpace,
-                       bool hasAlpha)
-    : size_(composition.canvasSize)
-    , format_(hasAlpha ? rgba8 : rgb8)
-    , photo_(photo)
-    , photoX_(composition.photoX)
-    , photoY_(composition.photoY)
+Compositor::Compositor(const Composition& composition, RowSource* photo, const ColorProfile& canvasSpace, bool hasAlpha)
+    : size_(composition.canvasSize), format_(hasAlpha ? rgba8 : rgb8), photo_(photo), photoX_(composition.photoX),
+      photoY_(composition.photoY)
 {
     const std::array<Byte, 4> background = backgroundPixel(composition.borderColor, canvasSpace);
     const auto pixelBytes = std::size_t(format_.bytesPerPixel());

@@ -12,12 +12,13 @@
 namespace ferrow::Engine {
 
 /// The one place where framed pixels are computed, for preview and export alike: band after band of canvas rows from a
-/// background colour, a photo rectangle and a few overlays. The bytes do not depend on how the rows are split into bands.
+/// background colour, a photo rectangle and a few overlays. The bytes do not depend on how the rows are split into
+/// bands.
 class Compositor {
 public:
     /// `photo` delivers rgb8 or straight rgba8 rows in `canvasSpace` and must outlive the compositor; without one the
-    /// canvas holds background and overlays alone. `hasAlpha` chooses straight rgba8 rows over rgb8 ones: needed when the border
-    /// colour or the photo can be transparent.
+    /// canvas holds background and overlays alone. `hasAlpha` chooses straight rgba8 rows over rgb8 ones: needed when
+    /// the border colour or the photo can be transparent.
     Compositor(const Composition& composition, RowSource* photo, const ColorProfile& canvasSpace, bool hasAlpha);
 
     [[nodiscard]] PixelSize size() const { return size_; }

@@ -43,7 +43,7 @@ OpenedPhoto openExpectedPhoto(const SourceFile& source, PixelSize expected)
 {
     OpenedPhoto photo = openPhoto(source, {.enoughDimension = 0, .tolerance = Tolerance::strict});
     if (photo.uprightSize() != expected)
-        throw ImagePipelineError(ImagePipelineError::FullResolutionMismatch {expected, photo.uprightSize()});
+        throw ImagePipelineError(ImagePipelineError::FullResolutionMismatch{expected, photo.uprightSize()});
     return photo;
 }
 
@@ -55,11 +55,10 @@ struct FramedPhoto {
     Compositor compositor;
 
     FramedPhoto(const SourceFile& source, PixelSize expected, const Composition& composition)
-        : photo(openExpectedPhoto(source, expected))
-        , canvas(outputColorSpace(photo.decoder->profile(), photo.decoder->format().model, composition.colorProfile))
-        , rows(photo, canvas)
-        , compositor(composition, &rows, canvas,
-                     rows.format().hasAlpha() || isTransparent(composition.borderColor))
+        : photo(openExpectedPhoto(source, expected)),
+          canvas(outputColorSpace(photo.decoder->profile(), photo.decoder->format().model, composition.colorProfile)),
+          rows(photo, canvas),
+          compositor(composition, &rows, canvas, rows.format().hasAlpha() || isTransparent(composition.borderColor))
     {
     }
 };
@@ -112,8 +111,8 @@ QByteArray logoExtension(const ByteSource& source, FileType& type)
 
 void validateLogoSize(PixelSize size)
 {
-    if (size.width < 1 || size.height < 1 || size.width > maximumLogoSide || size.height > maximumLogoSide
-        || size.width * size.height > maximumLogoPixels)
+    if (size.width < 1 || size.height < 1 || size.width > maximumLogoSide || size.height > maximumLogoSide ||
+        size.width * size.height > maximumLogoPixels)
         throw logoError(LogoAssetError::Case::unreasonableDimensions);
 }
 
@@ -140,8 +139,8 @@ Bitmap rasterPicture(const SourceFile& source, std::int64_t maximumDimension)
 {
     OpenedPhoto photo = openPhoto(source, {.enoughDimension = maximumDimension, .tolerance = Tolerance::strict});
     validateLogoSize(photo.decoder->storedSize());
-    const ColorProfile profile = outputColorSpace(photo.decoder->profile(), photo.decoder->format().model,
-                                               OutputColorProfile::preserveSource);
+    const ColorProfile profile =
+        outputColorSpace(photo.decoder->profile(), photo.decoder->format().model, OutputColorProfile::preserveSource);
     return premultiplied(reducedPicture(photo, maximumDimension, profile));
 }
 
@@ -150,8 +149,8 @@ Bitmap rasterPicture(const SourceFile& source, std::int64_t maximumDimension)
 InspectAnswer InProcessAnswerer::inspect(const InspectRequest& request, const std::stop_token& stop)
 {
     throwIfCancelled(stop);
-    OpenedPhoto photo
-        = openPhoto(request.source, {.enoughDimension = request.maximumDimension, .tolerance = Tolerance::tolerant});
+    OpenedPhoto photo =
+        openPhoto(request.source, {.enoughDimension = request.maximumDimension, .tolerance = Tolerance::tolerant});
     InspectAnswer answer;
     answer.type = photo.type;
     answer.storedSize = photo.decoder->storedSize();
@@ -160,7 +159,7 @@ InspectAnswer InProcessAnswerer::inspect(const InspectRequest& request, const st
     answer.colorProfileName = photo.decoder->profile().name();
     if (request.maximumDimension > 0) {
         const ColorProfile own = outputColorSpace(photo.decoder->profile(), photo.decoder->format().model,
-                                               OutputColorProfile::preserveSource);
+                                                  OutputColorProfile::preserveSource);
         answer.picture = reducedPicture(photo, request.maximumDimension, own);
     }
     return answer;
@@ -185,9 +184,9 @@ void InProcessAnswerer::frame(const FrameRequest& request, const std::stop_token
         framed.rows.finish();
         encoder->finish();
     } catch (const EncoderError&) {
-        throw ImagePipelineError(ImagePipelineError::EncodingFailed {formatName});
+        throw ImagePipelineError(ImagePipelineError::EncodingFailed{formatName});
     } catch (const InputOutputError&) {
-        throw ImagePipelineError(ImagePipelineError::EncodingFailed {formatName});
+        throw ImagePipelineError(ImagePipelineError::EncodingFailed{formatName});
     } catch (const std::bad_alloc&) {
         throw ImagePipelineError(ImagePipelineError::renderingFailed);
     }
@@ -226,7 +225,7 @@ LogoAnswer InProcessAnswerer::rasteriseLogo(const LogoRequest& request, const st
     throwIfCancelled(stop);
     try {
         const ByteSource source(request.source.descriptor, request.source.size);
-        FileType type {};
+        FileType type{};
         LogoAnswer answer;
         answer.fileExtension = logoExtension(source, type);
         answer.picture = type == FileType::pdf ? rasterisePdf(source, request.maximumDimension)

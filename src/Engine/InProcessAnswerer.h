@@ -5,7 +5,8 @@
 
 namespace ferrow::Engine {
 
-/// Answers in the calling thread of this process: for tests and benchmarks, and inside the process that confines itself.
+/// Answers in the calling thread of this process: for tests and benchmarks, and inside the process that confines
+/// itself.
 class InProcessAnswerer : public Answerer {
 public:
     [[nodiscard]] InspectAnswer inspect(const InspectRequest& request, const std::stop_token& stop) override;

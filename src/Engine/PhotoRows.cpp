@@ -21,7 +21,7 @@ enum class Stage { header, pixels };
 {
     switch (error.reason) {
     case CodecError::Reason::unsupported:
-        throw ImagePipelineError(ImagePipelineError::UnsupportedType {error.kind});
+        throw ImagePipelineError(ImagePipelineError::UnsupportedType{error.kind});
     case CodecError::Reason::unreadable:
         throw ImagePipelineError(ImagePipelineError::unreadableFile);
     case CodecError::Reason::tooLarge:
@@ -54,9 +54,9 @@ FileType supportedFileType(const ByteSource& source)
     if (!detected)
         throw ImagePipelineError(ImagePipelineError::malformedImage);
     if (!detected->type)
-        throw ImagePipelineError(ImagePipelineError::UnsupportedType {detected->description});
+        throw ImagePipelineError(ImagePipelineError::UnsupportedType{detected->description});
     if (*detected->type == FileType::pdf)
-        throw ImagePipelineError(ImagePipelineError::UnsupportedType {QStringLiteral("PDF document")});
+        throw ImagePipelineError(ImagePipelineError::UnsupportedType{QStringLiteral("PDF document")});
     return *detected->type;
 }
 
@@ -80,9 +80,9 @@ void validateStoredSize(PixelSize size)
 {
     if (size.width < 1 || size.height < 1)
         throw ImagePipelineError(ImagePipelineError::malformedImage);
-    if (size.width > maximumSourceSide || size.height > maximumSourceSide
-        || size.width * size.height > maximumSourcePixels)
-        throw ImagePipelineError(ImagePipelineError::UnreasonableDimensions {size.width, size.height});
+    if (size.width > maximumSourceSide || size.height > maximumSourceSide ||
+        size.width * size.height > maximumSourcePixels)
+        throw ImagePipelineError(ImagePipelineError::UnreasonableDimensions{size.width, size.height});
 }
 
 int orientationFrom(const ImageProperties& properties)
@@ -141,10 +141,9 @@ PixelFormat rowFormat(const ImageDecoder& decoder)
 class BlockAverage {
 public:
     BlockAverage(PixelSize size, PixelFormat format, int factor, const ColorProfile& profile)
-        : factor_(factor)
-        , sourceWidth_(size.width)
-        , result_({(size.width + factor - 1) / factor, (size.height + factor - 1) / factor}, format, profile)
-        , sums_(std::size_t(result_.size().width) * std::size_t(format.channels()))
+        : factor_(factor), sourceWidth_(size.width),
+          result_({(size.width + factor - 1) / factor, (size.height + factor - 1) / factor}, format, profile),
+          sums_(std::size_t(result_.size().width) * std::size_t(format.channels()))
     {
     }
 
@@ -238,9 +237,8 @@ Bitmap oriented(const Bitmap& picture, int orientation)
 }
 
 PhotoRows::PhotoRows(OpenedPhoto& photo, const ColorProfile& target)
-    : photo_(photo)
-    , format_(rowFormat(*photo.decoder))
-    , transform_(photo.decoder->profile(), photo.decoder->format(), target, format_)
+    : photo_(photo), format_(rowFormat(*photo.decoder)),
+      transform_(photo.decoder->profile(), photo.decoder->format(), target, format_)
 {
 }
 

@@ -46,7 +46,7 @@ struct InspectAnswer {
 
 /// A small picture laid over the canvas, already at its final size.
 struct Overlay {
-    Bitmap picture; ///< Premultiplied RGBA in any RGB profile.
+    Bitmap picture;     ///< Premultiplied RGBA in any RGB profile.
     std::int64_t x = 0; ///< Of its left edge on the canvas, origin at the top left; may lie outside.
     std::int64_t y = 0;
     double opacity = 1; ///< 0…1.
@@ -55,7 +55,7 @@ struct Overlay {
 /// A framed picture as values: a canvas filled with one colour, a photo at whole-pixel position, overlays in order.
 struct Composition {
     PixelSize canvasSize;
-    RGBAColor borderColor; ///< sRGB.
+    RGBAColor borderColor;   ///< sRGB.
     std::int64_t photoX = 0; ///< Of the photo's left edge, origin at the top left; the photo is drawn at its own size.
     std::int64_t photoY = 0;
     std::vector<Overlay> overlays;

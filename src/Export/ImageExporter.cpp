@@ -42,8 +42,8 @@ bool isSameFile(const FileUrl& left, const FileUrl& right)
 {
     struct stat leftState {};
     struct stat rightState {};
-    return ::stat(left.path().constData(), &leftState) == 0 && ::stat(right.path().constData(), &rightState) == 0
-           && leftState.st_dev == rightState.st_dev && leftState.st_ino == rightState.st_ino;
+    return ::stat(left.path().constData(), &leftState) == 0 && ::stat(right.path().constData(), &rightState) == 0 &&
+           leftState.st_dev == rightState.st_dev && leftState.st_ino == rightState.st_ino;
 }
 
 bool exists(const FileUrl& url)
@@ -55,7 +55,7 @@ bool exists(const FileUrl& url)
 void guardDestination(const FileUrl& source, const FileUrl& destination, bool replaceExisting)
 {
     if (!source.hasFileSystemRepresentation() || !destination.hasFileSystemRepresentation())
-        throw ImagePipelineError(ImagePipelineError::OutputWriteFailed {});
+        throw ImagePipelineError(ImagePipelineError::OutputWriteFailed{});
     if (resolved(source) == resolved(destination) || isSameFile(source, destination))
         throw ImagePipelineError(ImagePipelineError::destinationIsSource);
     if (!replaceExisting && exists(destination))
@@ -70,8 +70,8 @@ OutputMetadata outputMetadata(const PhotoMetadata& metadata)
     output.artist = metadata.artist;
     output.copyright = metadata.copyright;
     if (metadata.captureDate)
-        output.dateTimeOriginal
-            = QLocale::c().toString(metadata.captureDate->toLocalTime(), QStringLiteral("yyyy:MM:dd HH:mm:ss"));
+        output.dateTimeOriginal =
+            QLocale::c().toString(metadata.captureDate->toLocalTime(), QStringLiteral("yyyy:MM:dd HH:mm:ss"));
     return output;
 }
 
@@ -83,10 +83,9 @@ double usableQuality(double quality)
 StagedFile stage(const FileUrl& destination, const ExportSettings& settings)
 {
     try {
-        return StagedFile::create(destination.deletingLastPathComponent(),
-                                  filenameExtension(settings.format).toUtf8());
+        return StagedFile::create(destination.deletingLastPathComponent(), filenameExtension(settings.format).toUtf8());
     } catch (const SystemError&) {
-        throw ImagePipelineError(ImagePipelineError::EncodingFailed {rawValue(settings.format)});
+        throw ImagePipelineError(ImagePipelineError::EncodingFailed{rawValue(settings.format)});
     }
 }
 
@@ -95,7 +94,7 @@ void flush(StagedFile& staged, const ExportSettings& settings)
     try {
         staged.flushAndClose();
     } catch (const SystemError&) {
-        throw ImagePipelineError(ImagePipelineError::EncodingFailed {rawValue(settings.format)});
+        throw ImagePipelineError(ImagePipelineError::EncodingFailed{rawValue(settings.format)});
     }
 }
 
@@ -108,7 +107,7 @@ void placeOutput(const StagedFile& staged, const FileUrl& destination, bool repl
     case PlacementResult::destinationExists:
         throw ImagePipelineError(ImagePipelineError::destinationExists);
     case PlacementResult::failed:
-        throw ImagePipelineError(ImagePipelineError::OutputWriteFailed {rawValue(settings.format)});
+        throw ImagePipelineError(ImagePipelineError::OutputWriteFailed{rawValue(settings.format)});
     }
 }
 

@@ -12,7 +12,7 @@ OpenedFile openSource(const FileUrl& url)
     try {
         OpenedFile file = OpenedFile::open(url);
         if (file.size() > maximumFileSize)
-            throw ImagePipelineError(ImagePipelineError::FileTooLarge {file.size()});
+            throw ImagePipelineError(ImagePipelineError::FileTooLarge{file.size()});
         return file;
     } catch (const SystemError&) {
         throw ImagePipelineError(ImagePipelineError::unreadableFile);
@@ -44,8 +44,8 @@ ImportedPhoto load(const FileUrl& url, std::int64_t previewMaximumDimension)
     photo.url = url;
     photo.type = answer.type;
     photo.pixelSize = answer.uprightSize;
-    photo.metadata
-        = MetadataExtractor::extract(answer.properties.image, answer.properties.xmp, url.lastPathComponent());
+    photo.metadata =
+        MetadataExtractor::extract(answer.properties.image, answer.properties.xmp, url.lastPathComponent());
     photo.previewSource = std::move(answer.picture);
     photo.colorProfileName = std::move(answer.colorProfileName);
     return photo;

@@ -5,8 +5,8 @@
 #include "Platform/Base/FileUrl.h"
 #include "Platform/Files/FileAccess.h"
 
-/// The only way a source photo enters the program. The file is opened once, checked, read through that one descriptor and
-/// never changed. Everything here throws ImagePipelineError alone and is safe from several threads.
+/// The only way a source photo enters the program. The file is opened once, checked, read through that one descriptor
+/// and never changed. Everything here throws ImagePipelineError alone and is safe from several threads.
 namespace ferrow::ImageLoader {
 
 /// Largest source file, in bytes, that is still looked at.

@@ -109,7 +109,7 @@ TextStyle captionFont(CaptionFont font, double size)
     style.pixelSize = size;
     switch (font) {
     case CaptionFont::system:
-        style.families = QStringList {FontFamilies::system()} + FontFamilies::chainFor(QStringLiteral("Helvetica Neue"));
+        style.families = QStringList{FontFamilies::system()} + FontFamilies::chainFor(QStringLiteral("Helvetica Neue"));
         break;
     case CaptionFont::rounded:
         style.families = FontFamilies::chainFor(QStringLiteral("Arial Rounded MT Bold"));
@@ -151,9 +151,9 @@ std::vector<Engine::Overlay> drawCaption(const QString& text, const RenderLayout
     style.alignment = textAlignment(recipe.captionAlignment);
     style.lineSpacing = std::max(recipe.captionLineSpacing * scale, 0.0);
 
-    const QRectF area = captionArea(recipe.captionPosition, layout.imageRect, layout.canvasRect(),
-                                    std::max(recipe.captionPadding * scale, 0.0),
-                                    std::max(recipe.captionVerticalPadding * scale, 0.0));
+    const QRectF area =
+        captionArea(recipe.captionPosition, layout.imageRect, layout.canvasRect(),
+                    std::max(recipe.captionPadding * scale, 0.0), std::max(recipe.captionVerticalPadding * scale, 0.0));
     RGBAColor color = recipe.captionColor;
     color.alpha = std::clamp(recipe.captionOpacity, 0.0, 1.0);
     if (area.width() <= 0 || area.height() <= 0 || color.alpha <= 0)
@@ -215,8 +215,8 @@ Bitmap render(const Bitmap& source, PixelSize originalSize, const RenderRecipe& 
     try {
         Engine::Composition parts = composition(layout, recipe, metadata, logo, scale, stop);
         parts.overlays.insert(parts.overlays.begin(), photoOverlay(source, fromTop(layout.drawRect, layout)));
-        const ColorProfile space
-            = Engine::outputColorSpace(source.profile(), source.format().model, recipe.outputColorProfile);
+        const ColorProfile space =
+            Engine::outputColorSpace(source.profile(), source.format().model, recipe.outputColorProfile);
         const bool hasAlpha = source.format().hasAlpha() || Engine::isTransparent(recipe.borderColor);
         Engine::Compositor compositor(parts, nullptr, space, hasAlpha);
         Bitmap result(compositor.size(), compositor.format(), space);

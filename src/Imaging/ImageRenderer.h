@@ -11,8 +11,8 @@
 #include <stop_token>
 #include <vector>
 
-/// What is drawn in and on a frame, and in which order: background, photo, logo, caption. Preview and export share all of
-/// it; only the scale differs. No state; any thread, with a QGuiApplication for captions.
+/// What is drawn in and on a frame, and in which order: background, photo, logo, caption. Preview and export share all
+/// of it; only the scale differs. No state; any thread, with a QGuiApplication for captions.
 namespace ferrow::ImageRenderer {
 
 /// The logo as an overlay at its final size; none where there is no room for it. `logo` is premultiplied RGBA.
@@ -26,8 +26,8 @@ namespace ferrow::ImageRenderer {
 [[nodiscard]] std::vector<Engine::Overlay> drawCaption(const QString& text, const RenderLayout& layout,
                                                        const RenderRecipe& recipe, double scale);
 
-/// Everything an export or a preview draws, as values. `logo` may be null. The photo lies where the layout has it, rounded
-/// to whole pixels. Throws Cancelled.
+/// Everything an export or a preview draws, as values. `logo` may be null. The photo lies where the layout has it,
+/// rounded to whole pixels. Throws Cancelled.
 [[nodiscard]] Engine::Composition composition(const RenderLayout& layout, const RenderRecipe& recipe,
                                               const PhotoMetadata& metadata, const Bitmap& logo, double scale,
                                               const std::stop_token& stop);

@@ -77,13 +77,12 @@ QRectF scaledRect(const QRectF& rect, double scale)
 
 bool allFinite(const RenderRecipe& recipe)
 {
-    const std::array values {recipe.borderWidth,    recipe.captionFontSize,        recipe.captionLineSpacing,
-                             recipe.captionPadding, recipe.captionVerticalPadding, recipe.captionOpacity};
+    const std::array values{recipe.borderWidth,    recipe.captionFontSize,        recipe.captionLineSpacing,
+                            recipe.captionPadding, recipe.captionVerticalPadding, recipe.captionOpacity};
     if (!std::all_of(values.begin(), values.end(), [](double value) { return std::isfinite(value); }))
         return false;
-    return !recipe.logo
-           || (std::isfinite(recipe.logo->widthPercent) && std::isfinite(recipe.logo->horizontalPadding)
-               && std::isfinite(recipe.logo->verticalPadding) && std::isfinite(recipe.logo->opacity));
+    return !recipe.logo || (std::isfinite(recipe.logo->widthPercent) && std::isfinite(recipe.logo->horizontalPadding) &&
+                            std::isfinite(recipe.logo->verticalPadding) && std::isfinite(recipe.logo->opacity));
 }
 
 } // namespace
@@ -197,7 +196,7 @@ void validateRenderBounds(PixelSize originalSize, const RenderRecipe& recipe, do
     const auto fits = [](double side) { return std::isfinite(side) && side >= 1 && side <= maximumOutputSide; };
     if (!fits(width) || !fits(height) || width * height > maximumOutputPixels)
         throw ImagePipelineError(
-            ImagePipelineError::UnreasonableOutputDimensions {finiteInteger(width), finiteInteger(height)});
+            ImagePipelineError::UnreasonableOutputDimensions{finiteInteger(width), finiteInteger(height)});
 }
 
 std::int64_t finiteInteger(double value)

@@ -43,10 +43,7 @@ namespace ferrow::test {
 /// A folder that goes away with the test; its name holds a space, as users' folders do.
 class TemporaryFolder {
 public:
-    TemporaryFolder()
-        : directory_(QStringLiteral("/tmp/ferrow test XXXXXX"))
-    {
-    }
+    TemporaryFolder() : directory_(QStringLiteral("/tmp/ferrow test XXXXXX")) {}
     [[nodiscard]] FileUrl url() const { return FileUrl::fromPath(QFile::encodeName(directory_.path())); }
     [[nodiscard]] FileUrl file(const QByteArray& name) const { return url().appending(name); }
     FileUrl write(const QByteArray& name, const QByteArray& bytes) const
@@ -79,8 +76,7 @@ inline QByteArray readFile(const FileUrl& url)
 /// An unnamed file in memory holding `bytes`, for everything that works from a descriptor.
 class MemoryFile {
 public:
-    explicit MemoryFile(const QByteArray& bytes = {})
-        : descriptor_(::memfd_create("ferrow-test", MFD_CLOEXEC))
+    explicit MemoryFile(const QByteArray& bytes = {}) : descriptor_(::memfd_create("ferrow-test", MFD_CLOEXEC))
     {
         if (descriptor_ < 0 || ::pwrite(descriptor_, bytes.constData(), size_t(bytes.size()), 0) != bytes.size())
             throw std::runtime_error("cannot make a file in memory");

@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Engine/Compositor.h"
+
+#include "Engine/PhotoRows.h"
+#include "Support/Pictures.h"
+
+#include <cmath>
+
+namespace ferrow::Engine {
+
+namespace {
+
+using test::component;
+
+/// Rows of a bitmap, as a decoder would deliver them.
+class BitmapRows : public RowSource {
+public:
+    explicit BitmapRows(const Bitmap& picture) : picture_(picture) {}
+    [[nodiscard]] PixelSize size() const override { return picture_.size(); }
+    [[nodiscard]] PixelFormat format() const override { return picture_.format(); }
+    void readRows(std::int64_t count, std::byte* out, std::size_t stride) override
+    {
+        for (std::int64_t i = 0; i < count; ++i, out += stride)
+            std::memcpy(out, picture_.row(next_++),
+                        std::size_t(picture_.size().width) * std::size_t(picture_.format().bytesPerPixel()));
+    }
+
+private:
+    const Bitmap& picture_;
+    std::int64_t next_ = 0;
+};
+
+Composition framed(PixelSize photo, int border)
+{
+    Composition composition;
+    composition.canvasSize = {photo.width + 2 * border, photo.height + 2 * border};
+    composition.borderColor = {0.2, 0.4, 0.6, 1};
+    composition.photoX = border;
+    composition.photoY = border;
+    return composition;
+}
+
+Bitmap composed(const Composition& composition, const Bitmap& photo, bool hasAlpha, std::int64_t band)
+{
+    BitmapRows rows(photo);
+    Compositor compositor(composition, &rows, ColorProfile::sRGB(), hasAlpha);
+    Bitmap canvas(compositor.size(), compositor.format(), ColorProfile::sRGB());
+    for (std::int64_t y = 0; y < canvas.size().height; y += band)
+        compositor.compose(std::min(band, canvas.size().height - y), canvas.row(y), canvas.stride());
+    return canvas;
+}
+
+Bitmap premultipliedNoise(PixelSize size, unsigned seed)
+{
+    Bitmap picture = test::noise(size, rgba8Premultiplied, seed);
+    for (std::int64_t y = 0; y < size.height; ++y)
+        for (std::int64_t x = 0; x < size.width; ++x) {
+            auto* pixel = reinterpret_cast<std::uint8_t*>(picture.row(y)) + x * 4;
+            for (int c = 0; c < 3; ++c)
+                pixel[c] = std::uint8_t(pixel[c] * pixel[3] / 255);
+        }
+    return picture;
+}
+
+} // namespace
+
+TEST(Compositor, bytesDoNotDependOnTheBands)
+{
+    struct Row {
+        const char* name;
+        PixelFormat photo;
+        double borderAlpha;
+        bool hasAlpha;
+    };
+    for (const Row& row : {Row{"opaque", rgb8, 1, false}, Row{"transparent border", rgb8, 0.3, true},
+                           Row{"transparent photo", rgba8, 1, true}, Row{"both", rgba8, 0.5, true}}) {
+        SCOPED_TRACE(row.name);
+        const Bitmap photo = test::noise({37, 41}, row.photo);
+        Composition composition = framed(photo.size(), 9);
+        composition.borderColor.alpha = row.borderAlpha;
+        composition.overlays.push_back({premultipliedNoise({20, 15}, 2), -5, 30, 1});
+        composition.overlays.push_back({premultipliedNoise({30, 30}, 3), 40, 45, 0.4});
+        const Bitmap whole = composed(composition, photo, row.hasAlpha, 1000);
+        for (const int band : {1, 2, 7, 16})
+            EXPECT_TRUE(test::samePixels(whole, composed(composition, photo, row.hasAlpha, band)))
+                << "bands of " << band;
+    }
+}
+
+TEST(Compositor, movesAnOpaquePhotoAndBlendsUnderOverlaysAlone)
+{
+    const Bitmap photo = test::noise({20, 10}, rgb8);
+    Composition composition = framed(photo.size(), 3);
+    composition.overlays.push_back({test::flat({4, 2}, rgba8Premultiplied, {100, 0, 0, 128}), 5, 4, 1});
+    const Bitmap canvas = composed(composition, photo, false, 4);
+    const int border[] = {51, 102, 153};
+    for (std::int64_t y = 0; y < canvas.size().height; ++y)
+        for (std::int64_t x = 0; x < canvas.size().width; ++x)
+            for (int c = 0; c < 3; ++c) {
+                const bool onPhoto = x >= 3 && x < 23 && y >= 3 && y < 13;
+                const int below = onPhoto ? component(photo, x - 3, y - 3, c) : border[c];
+                const bool onOverlay = x >= 5 && x < 9 && y >= 4 && y < 6;
+                const double expected = onOverlay ? (c == 0 ? 100 : 0) + below * (255 - 128) / 255.0 : below;
+                ASSERT_NEAR(component(canvas, x, y, c), expected, onOverlay ? 0.51 : 0) << x << ' ' << y << ' ' << c;
+            }
+}
+
+TEST(Compositor, keepsStraightPixelsOverNothingExactly)
+{
+    // Going through premultiplied bytes would lose them: 3 × 10 ÷ 255 has no way back.
+    const Bitmap photo = test::noise({16, 16}, rgba8, 7);
+    Composition composition = framed(photo.size(), 2);
+    composition.borderColor.alpha = 0;
+    const Bitmap canvas = composed(composition, photo, true, 5);
+    for (std::int64_t y = 0; y < 16; ++y)
+        ASSERT_EQ(std::memcmp(canvas.row(y + 2) + 8, photo.row(y), 64), 0) << y;
+    EXPECT_EQ(component(canvas, 0, 0, 3), 0);
+}
+
+TEST(Compositor, laysTranslucentOverTranslucentAsTheFormulaSays)
+{
+    for (int sourceAlpha = 0; sourceAlpha <= 255; sourceAlpha += 15)
+        for (int borderAlpha = 0; borderAlpha <= 255; borderAlpha += 51) {
+            Composition composition = framed({1, 1}, 1);
+            composition.borderColor = {1, 0.4, 0, borderAlpha / 255.0};
+            const Bitmap canvas = composed(composition, test::flat({1, 1}, rgba8, {30, 200, 90, sourceAlpha}), true, 1);
+            const double above = sourceAlpha / 255.0;
+            const double below = borderAlpha / 255.0 * (1 - above);
+            ASSERT_NEAR(component(canvas, 1, 1, 3), 255 * (above + below), 1);
+            if (above + below > 0.1)
+                ASSERT_NEAR(component(canvas, 1, 1, 0), (30 * above + 255 * below) / (above + below), 3)
+                    << sourceAlpha << ' ' << borderAlpha;
+        }
+}
+
+TEST(Compositor, drawsOverlayColoursInTheCanvasSpace)
+{
+    // Display P3 shows the same red with less: (234, 51, 35) is sRGB's (255, 0, 0).
+    Composition composition = framed({1, 1}, 4);
+    composition.borderColor = {1, 0, 0, 1};
+    composition.overlays.push_back({test::flat({2, 2}, rgba8Premultiplied, {255, 0, 0, 255}), 0, 0, 1});
+    Compositor compositor(composition, nullptr, ColorProfile::displayP3(), false);
+    Bitmap canvas(compositor.size(), rgb8);
+    compositor.compose(canvas.size().height, canvas.row(0), canvas.stride());
+    const int expected[] = {234, 51, 35};
+    for (int c = 0; c < 3; ++c) {
+        EXPECT_NEAR(component(canvas, 0, 0, c), expected[c], 1) << "overlay " << c;
+        EXPECT_NEAR(component(canvas, 8, 8, c), expected[c], 1) << "border " << c;
+    }
+}
+
+TEST(Orientation, turnsAndMirrorsAsTheTagDefines)
+{
+    // A picture of 2 × 3 pixels numbered in reading order; what each value of the tag makes of it, worked out by hand.
+    const struct {
+        int orientation;
+        PixelSize size;
+        std::vector<int> pixels;
+    } rows[] = {{1, {2, 3}, {1, 2, 3, 4, 5, 6}}, {2, {2, 3}, {2, 1, 4, 3, 6, 5}}, {3, {2, 3}, {6, 5, 4, 3, 2, 1}},
+                {4, {2, 3}, {5, 6, 3, 4, 1, 2}}, {5, {3, 2}, {1, 3, 5, 2, 4, 6}}, {6, {3, 2}, {5, 3, 1, 6, 4, 2}},
+                {7, {3, 2}, {6, 4, 2, 5, 3, 1}}, {8, {3, 2}, {2, 4, 6, 1, 3, 5}}};
+    for (const PixelFormat format : {rgb8, rgba8}) {
+        Bitmap stored({2, 3}, format);
+        for (int i = 0; i < 6; ++i)
+            stored.row(i / 2)[(i % 2) * format.bytesPerPixel() + 1] = std::byte(i + 1);
+        for (const auto& row : rows) {
+            SCOPED_TRACE(row.orientation);
+            const Bitmap upright = oriented(stored, row.orientation);
+            ASSERT_EQ(upright.size(), row.size);
+            for (std::size_t i = 0; i < row.pixels.size(); ++i)
+                EXPECT_EQ(component(upright, std::int64_t(i) % row.size.width, std::int64_t(i) / row.size.width, 1),
+                          row.pixels[i]);
+        }
+    }
+}
+
+} // namespace ferrow::Engine

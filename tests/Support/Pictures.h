@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Platform/Codecs/ImageDecoder.h"
+#include "Platform/Codecs/ImageEncoder.h"
+#include "Platform/Pixels/Bitmap.h"
+#include "Support/TestSupport.h"
+
+#include <cstring>
+#include <random>
+
+/// Small pictures and files made of them.
+namespace ferrow::test {
+
+/// Every byte random but repeatable: no two places look alike, so that a misplaced pixel shows.
+inline Bitmap noise(PixelSize size, PixelFormat format, unsigned seed = 1)
+{
+    Bitmap picture(size, format, ColorProfile::sRGB());
+    std::mt19937 random(seed);
+    for (std::int64_t y = 0; y < size.height; ++y)
+        for (std::size_t i = 0; i < std::size_t(size.width) * std::size_t(format.bytesPerPixel()); ++i)
+            picture.row(y)[i] = std::byte(random() & 0xff);
+    return picture;
+}
+
+/// One colour all over: `components` as many as the format has channels.
+inline Bitmap flat(PixelSize size, PixelFormat format, std::initializer_list<int> components)
+{
+    Bitmap picture(size, format, ColorProfile::sRGB());
+    for (std::int64_t y = 0; y < size.height; ++y) {
+        std::byte* out = picture.row(y);
+        for (std::int64_t x = 0; x < size.width; ++x)
+            for (const int component : components)
+                *out++ = std::byte(component);
+    }
+    return picture;
+}
+
+inline QByteArray encoded(OutputType type, const Bitmap& picture, const OutputMetadata& metadata = {},
+                          double quality = 0.95)
+{
+    const MemoryFile file;
+    ByteSink sink(file.descriptor());
+    EncodeOptions options;
+    options.size = picture.size();
+    options.format = picture.format();
+    options.profile = picture.profile();
+    options.quality = quality;
+    options.metadata = metadata;
+    const auto encoder = openEncoder(type, sink, options);
+    encoder->writeRows(picture.size().height, picture.row(0), picture.stride());
+    encoder->finish();
+    return file.bytes();
+}
+
+/// The file's picture as its decoder delivers it: not oriented, in its own space.
+inline Bitmap decoded(const QByteArray& bytes)
+{
+    const MemoryFile file(bytes);
+    const ByteSource source(file.descriptor(), bytes.size());
+    const auto type = detectFileType(source);
+    if (!type || !type->type)
+        throw std::runtime_error("not a picture");
+    const auto decoder = openDecoder(*type->type, source, {});
+    Bitmap picture(decoder->size(), decoder->format(), decoder->profile());
+    decoder->readRows(picture.size().height, picture.row(0), picture.stride());
+    decoder->finish();
+    return picture;
+}
+
+/// A little-endian TIFF or Exif block with another orientation: tag 0x0112, type SHORT, count 1.
+inline QByteArray withOrientation(QByteArray bytes, int orientation)
+{
+    const qsizetype entry = bytes.indexOf(QByteArray("\x12\x01\x03\x00\x01\x00\x00\x00", 8));
+    if (entry < 0)
+        throw std::runtime_error("no orientation to change");
+    bytes[entry + 8] = char(orientation);
+    return bytes;
+}
+
+inline bool samePixels(const Bitmap& left, const Bitmap& right)
+{
+    if (left.size() != right.size() || left.format() != right.format())
+        return false;
+    for (std::int64_t y = 0; y < left.size().height; ++y)
+        if (std::memcmp(left.row(y), right.row(y),
+                        std::size_t(left.size().width) * std::size_t(left.format().bytesPerPixel())) != 0)
+            return false;
+    return true;
+}
+
+inline int component(const Bitmap& picture, std::int64_t x, std::int64_t y, int channel)
+{
+    return std::to_integer<int>(picture.row(y)[x * picture.format().bytesPerPixel() + channel]);
+}
+
+} // namespace ferrow::test
