@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <vector>
 
 #if defined(__SSE2__)
@@ -127,9 +126,9 @@ void addUpAcross(const std::vector<std::int16_t>& row, std::size_t width, const 
         for (std::size_t channel = 0; channel < channels; ++channel)
             out[channel] =
                 roundedLevel(dotProduct(planes[channel].data() + window.first, across.fixedWeights(x), count));
-        if constexpr (channels == 4) // The filter may overshoot in a colour more than in alpha.
-            for (std::size_t channel = 0; channel < 3; ++channel)
-                out[channel] = std::min(out[channel], out[3]);
+        if constexpr (channels % 2 == 0) // The filter may overshoot in a colour more than in alpha, which comes last.
+            for (std::size_t channel = 0; channel + 1 < channels; ++channel)
+                out[channel] = std::min(out[channel], out[channels - 1]);
     }
 }
 
@@ -157,6 +156,8 @@ void resampleFixed(const Bitmap& source, const FilterAxis& across, const FilterA
     switch (source.format().channels()) {
     case 1:
         return resample<1>(source, across, down, result);
+    case 2:
+        return resample<2>(source, across, down, result);
     case 3:
         return resample<3>(source, across, down, result);
     case 4:

@@ -2,8 +2,7 @@
 #include "Platform/Pixels/ResampledRows.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstring>
+#include <array>
 #include <vector>
 
 namespace ferrow {
@@ -11,38 +10,40 @@ namespace ferrow {
 namespace {
 
 /// A row of the source as numbers that can be added up: colour times alpha (up to 255²) where alpha is straight.
-void loadRow(const std::byte* pixels, PixelFormat format, std::vector<float>& row)
+template <std::size_t channels>
+void loadRow(const std::byte* pixels, Alpha alpha, std::vector<float>& row)
 {
-    const auto channels = static_cast<std::size_t>(format.channels());
-    const auto level = [&](std::size_t index) { return static_cast<float>(std::to_integer<int>(pixels[index])); };
-    for (std::size_t index = 0; index < row.size(); ++index)
-        row[index] = level(index);
-    if (format.alpha != Alpha::straight)
+    std::transform(pixels, pixels + row.size(), row.begin(),
+                   [](std::byte level) { return static_cast<float>(std::to_integer<int>(level)); });
+    if (alpha != Alpha::straight)
         return;
-    for (std::size_t index = 0; index < row.size(); ++index)
-        if (index % channels != channels - 1)
-            row[index] *= level(index - index % channels + channels - 1);
+    for (std::size_t pixel = 0; pixel < row.size(); pixel += channels)
+        for (std::size_t channel = 0; channel + 1 < channels; ++channel)
+            row[pixel + channel] *= row[pixel + channels - 1];
 }
 
-void filterAcross(const std::vector<float>& row, std::size_t channels, const FilterAxis& across, float* out)
+template <std::size_t channels>
+void filterAcross(const std::vector<float>& row, const FilterAxis& across, float* out)
 {
     for (std::size_t x = 0; x < across.size(); ++x, out += channels) {
         const FilterAxis::Window& window = across.window(x);
         const float* weights = across.weights(x);
-        std::fill_n(out, channels, 0.0F);
-        for (std::size_t tap = 0; tap < window.count; ++tap)
+        const float* pixel = row.data() + window.first * channels;
+        std::array<float, channels> sums{};
+        for (std::size_t tap = 0; tap < window.count; ++tap, pixel += channels)
             for (std::size_t channel = 0; channel < channels; ++channel)
-                out[channel] += weights[tap] * row[(window.first + tap) * channels + channel];
+                sums[channel] += weights[tap] * pixel[channel];
+        std::copy(sums.begin(), sums.end(), out);
     }
 }
 
 /// Rows of the source filtered across, kept while the filter down needs them.
+template <std::size_t channels>
 class FilteredRows {
 public:
     FilteredRows(const Bitmap& source, const FilterAxis& across, std::size_t kept)
-        : source_(source), across_(across), channels_(static_cast<std::size_t>(source.format().channels())),
-          kept_(kept, std::vector<float>(across.size() * channels_)),
-          loaded_(static_cast<std::size_t>(source.size().width) * channels_)
+        : source_(source), across_(across), kept_(kept, std::vector<float>(across.size() * channels)),
+          loaded_(static_cast<std::size_t>(source.size().width) * channels)
     {
     }
 
@@ -51,8 +52,8 @@ public:
     {
         for (; next_ <= y; ++next_)
             if (next_ + kept_.size() > y) {
-                loadRow(source_.row(static_cast<std::int64_t>(next_)), source_.format(), loaded_);
-                filterAcross(loaded_, channels_, across_, kept_[next_ % kept_.size()].data());
+                loadRow<channels>(source_.row(static_cast<std::int64_t>(next_)), source_.format().alpha, loaded_);
+                filterAcross<channels>(loaded_, across_, kept_[next_ % kept_.size()].data());
             }
         return kept_[y % kept_.size()];
     }
@@ -60,15 +61,14 @@ public:
 private:
     const Bitmap& source_;
     const FilterAxis& across_;
-    std::size_t channels_;
     std::vector<std::vector<float>> kept_;
     std::vector<float> loaded_;
     std::size_t next_ = 0;
 };
 
-std::byte rounded(float level, float most = 255)
+std::byte rounded(float level)
 {
-    return static_cast<std::byte>(std::lround(std::clamp(level, 0.0F, most)));
+    return static_cast<std::byte>(static_cast<int>(std::clamp(level, 0.0F, 255.0F) + 0.5F));
 }
 
 void storeOpaque(const std::vector<float>& row, std::byte* out)
@@ -108,12 +108,11 @@ void storeRow(const std::vector<float>& row, PixelFormat source, PixelFormat res
         storePremultiplied(row, channels, source.alpha == Alpha::straight ? 1.0F / 255 : 1.0F, out);
 }
 
-} // namespace
-
-void resampleFloating(const Bitmap& source, const FilterAxis& across, const FilterAxis& down, Bitmap& result)
+template <std::size_t channels>
+void resample(const Bitmap& source, const FilterAxis& across, const FilterAxis& down, Bitmap& result)
 {
-    FilteredRows rows(source, across, down.mostTaps());
-    std::vector<float> sums(across.size() * static_cast<std::size_t>(source.format().channels()));
+    FilteredRows<channels> rows(source, across, down.mostTaps());
+    std::vector<float> sums(across.size() * channels);
     for (std::size_t y = 0; y < down.size(); ++y) {
         std::ranges::fill(sums, 0.0F);
         const FilterAxis::Window& window = down.window(y);
@@ -124,6 +123,24 @@ void resampleFloating(const Bitmap& source, const FilterAxis& across, const Filt
                 sums[index] += weight * row[index];
         }
         storeRow(sums, source.format(), result.format(), result.row(static_cast<std::int64_t>(y)));
+    }
+}
+
+} // namespace
+
+void resampleFloating(const Bitmap& source, const FilterAxis& across, const FilterAxis& down, Bitmap& result)
+{
+    switch (source.format().channels()) {
+    case 1:
+        return resample<1>(source, across, down, result);
+    case 2:
+        return resample<2>(source, across, down, result);
+    case 3:
+        return resample<3>(source, across, down, result);
+    case 4:
+        return resample<4>(source, across, down, result);
+    default:
+        break;
     }
 }
 
