@@ -26,7 +26,7 @@ constexpr std::int64_t largestBox = 20'000'000;
 
 /// A 200-megapixel phone picture has about 800 items.
 constexpr std::size_t mostItems = 10'000;
-constexpr std::size_t mostReferences = 40'000;
+constexpr std::size_t mostReferences = 200'000;
 
 /// The library's own limit.
 constexpr std::uint32_t mostExtents = 32;
@@ -127,6 +127,13 @@ struct Extent {
     std::uint64_t length = 0; ///< 0 in an item's extent: up to the end of the file.
 };
 
+/// What matters here of a property that items share.
+struct Property {
+    std::uint32_t type = 0;
+    PixelSize size;      ///< Of a size property.
+    bool isTurn = false; ///< A rotation other than by nothing, or a crop.
+};
+
 struct Item {
     std::uint32_t type = 0;
     std::vector<std::uint32_t> sources;     ///< What it is derived from: tiles, or a picture that it turns or crops.
@@ -140,7 +147,7 @@ class HeifFile {
 public:
     explicit HeifFile(const ByteSource& source) : source_(source) {}
 
-    PixelSize check();
+    HeifPicture inspect();
 
 private:
     struct BoxPlace {
@@ -163,8 +170,7 @@ private:
     void checkCoding(std::uint32_t id) const;
     void checkDerivation(std::uint32_t id, int depth);
     const Item& itemAt(std::uint32_t id) const;
-    /// Absent sizes are 0.
-    PixelSize declaredSize(const Item& item) const;
+    void readProperties(const Item& item, HeifPicture& picture) const;
     struct Grid {
         std::int64_t tiles = 0;
         PixelSize output;
@@ -175,7 +181,8 @@ private:
     const ByteSource& source_;
     std::uint32_t primary_ = 0;
     std::map<std::uint32_t, Item> items_;
-    std::vector<std::pair<std::uint32_t, PixelSize>> properties_; ///< Type, and the size that a size property states.
+    std::map<std::uint32_t, std::uint32_t> thumbnailOf_;
+    std::vector<Property> properties_;
     Extent itemData_;
     std::int64_t visits_ = 0;
 };
@@ -296,8 +303,26 @@ void HeifFile::readReferences(Cursor content)
                 items_[from].sources.push_back(to);
             else if (reference.type == fourCharacters("auxl") && items_.contains(to))
                 items_[to].auxiliaries.push_back(from);
+            else if (reference.type == fourCharacters("thmb") && items_.contains(to))
+                thumbnailOf_.emplace(from, to);
         }
     }
+}
+
+Property propertyFrom(std::uint32_t type, Cursor content)
+{
+    Property property;
+    property.type = type;
+    if (type == fourCharacters("ispe")) {
+        content.versionAndFlags();
+        property.size.width = content.number32(4);
+        property.size.height = content.number32(4);
+    } else if (type == fourCharacters("irot")) {
+        property.isTurn = (content.number(1) & 3) != 0;
+    } else if (type == fourCharacters("clap")) {
+        property.isTurn = true;
+    }
+    return property;
 }
 
 void HeifFile::readProperties(Cursor content)
@@ -309,14 +334,8 @@ void HeifFile::readProperties(Cursor content)
         if (part.type != fourCharacters("ipco"))
             continue;
         while (!part.content.isAtEnd()) {
-            auto property = part.content.box();
-            PixelSize size;
-            if (property.type == fourCharacters("ispe")) {
-                property.content.versionAndFlags();
-                size.width = property.content.number32(4);
-                size.height = property.content.number32(4);
-            }
-            properties_.emplace_back(property.type, size);
+            auto [type, property] = part.content.box();
+            properties_.push_back(propertyFrom(type, property));
         }
     }
 }
@@ -448,16 +467,16 @@ void HeifFile::checkCoding(std::uint32_t id) const
     }
 }
 
-PixelSize HeifFile::declaredSize(const Item& item) const
+void HeifFile::readProperties(const Item& item, HeifPicture& picture) const
 {
     for (const std::uint16_t index : item.properties) {
         if (index < 1 || index > properties_.size())
             continue;
-        const auto& [type, size] = properties_[index - 1U];
-        if (type == fourCharacters("ispe"))
-            return size;
+        const Property& property = properties_[index - 1U];
+        if (property.type == fourCharacters("ispe"))
+            picture.declaredSize = property.size;
+        picture.isTurned = picture.isTurned || property.isTurn;
     }
-    return {};
 }
 
 std::vector<std::byte> HeifFile::dataOf(const Item& item, std::size_t length) const
@@ -492,25 +511,36 @@ HeifFile::Grid HeifFile::gridOf(const Item& item) const
     return grid;
 }
 
-PixelSize HeifFile::check()
+HeifPicture HeifFile::inspect()
 {
     readItemDescription(findItemDescription());
-    const Item& primary = itemAt(primary_);
-    checkDerivation(primary_, 0);
-    checkCoding(primary_);
+    HeifPicture picture;
+    picture.item = primary_;
+    if (const auto original = thumbnailOf_.find(primary_); original != thumbnailOf_.end())
+        picture.item = original->second;
+    checkDerivation(picture.item, 0);
+    checkCoding(picture.item);
+
+    const Item& item = itemAt(picture.item);
+    readProperties(item, picture);
     // A grid is decoded at the size in its own data, whatever its size property says; they differ in forged files only.
-    return primary.type == fourCharacters("grid") ? gridOf(primary).output : declaredSize(primary);
+    if (item.type == fourCharacters("grid")) {
+        const Grid grid = gridOf(item);
+        picture.declaredSize = grid.output;
+        picture.tiles = grid.tiles;
+    }
+    return picture;
 }
 
 } // namespace
 
-PixelSize checkHeifBoxes(const ByteSource& source)
+HeifPicture inspectHeifBoxes(const ByteSource& source)
 {
     try {
-        const PixelSize size = HeifFile(source).check();
-        if (size.width < 1 || size.height < 1)
+        const HeifPicture picture = HeifFile(source).inspect();
+        if (picture.declaredSize.shorterSide() < 1)
             refuse();
-        return size;
+        return picture;
     } catch (const InputOutputError&) {
         throw CodecError{CodecError::Reason::unreadable, {}};
     }

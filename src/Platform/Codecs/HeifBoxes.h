@@ -4,16 +4,24 @@
 #include "Platform/Base/ByteSource.h"
 #include "Platform/Base/PixelSize.h"
 
+#include <cstdint>
+
 namespace ferrow {
 
-/// Reads of a HEIF's boxes what tells whether its primary picture can be handed to the library: which follows
-/// references between pictures without end, and starts a task for every tile. Bounded in time and memory. Answers the
-/// primary picture's declared size before its rotation and crop: the full 32 bits of each side, which the library
-/// doesn't let through.
+/// What a HEIF's boxes say about the picture to be shown.
+struct HeifPicture {
+    std::uint32_t item = 0;
+    PixelSize declaredSize; ///< Before rotation and crop. Each side with its full 32 bits.
+    std::int64_t tiles = 1;
+    bool isTurned = false; ///< Turned or cropped, for which the library makes a copy.
+};
+
+/// Finds the primary picture (or the picture that the primary one is a thumbnail of), and tells whether it can be
+/// handed to the library, which follows references between pictures without end. Bounded in time and memory.
 ///
 /// Throws CodecError: malformed for a broken structure and for pictures derived from themselves or over too many
 /// steps; unsupported for codings other than HEVC, pure image sequences, and more tiles than a camera writes;
 /// unreadable where the system refused to read.
-[[nodiscard]] PixelSize checkHeifBoxes(const ByteSource& source);
+[[nodiscard]] HeifPicture inspectHeifBoxes(const ByteSource& source);
 
 } // namespace ferrow

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Codecs/HeifBoxes.h"
 #include "Platform/Codecs/HeifHandles.h"
+#include "Platform/Codecs/HeifRows.h"
 #include "Platform/Codecs/ImageDecoder.h"
 
 #include <QByteArray>
@@ -8,11 +9,8 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <new>
-#include <optional>
 #include <utility>
-#include <vector>
 
 namespace ferrow {
 namespace {
@@ -119,63 +117,43 @@ ColorProfile profileOf(const heif_image_handle* handle)
     return profileOfCodePoints(*heif::CodePoints(codePoints));
 }
 
-heif_chroma interleaving(const PixelFormat& format)
-{
-    if (format.bitsPerComponent == 8)
-        return format.hasAlpha() ? heif_chroma_interleaved_RGBA : heif_chroma_interleaved_RGB;
-    return format.hasAlpha() ? heif_chroma_interleaved_RRGGBBAA_LE : heif_chroma_interleaved_RRGGBB_LE;
-}
-
-/// Colour as it was before it was multiplied by alpha; both components have the same depth.
-std::uint32_t withoutAlpha(std::uint32_t color, std::uint32_t alpha, std::uint32_t most)
-{
-    return alpha == 0 ? 0 : std::min(most, (color * most + alpha / 2) / alpha);
-}
-
-/// One row of 8-bit components, in place.
-void unpremultiply8(std::byte* pixel, std::int64_t width)
-{
-    for (std::int64_t x = 0; x < width; ++x, pixel += 4) {
-        const auto alpha = std::to_integer<std::uint32_t>(pixel[3]);
-        for (int i = 0; i < 3; ++i)
-            pixel[i] = static_cast<std::byte>(withoutAlpha(std::to_integer<std::uint32_t>(pixel[i]), alpha, 255));
-    }
-}
-
-/// A picture that the library can't be asked for. Its size is for the caller, who has limits to hold it against.
-class OversizeDecoder final : public ImageDecoder {
+/// A picture that the library is never asked for. Its size is for the caller, who has limits to hold it against.
+class RefusedDecoder final : public ImageDecoder {
 public:
-    explicit OversizeDecoder(PixelSize size) : size_(size) {}
+    RefusedDecoder(PixelSize size, CodecError::Reason reason) : size_(size), reason_(reason) {}
 
     PixelSize storedSize() const override { return size_; }
     PixelSize size() const override { return size_; }
     PixelFormat format() const override { return rgb8; }
     ColorProfile profile() const override { return {}; }
     std::int64_t heldBytes() const override { return 0; }
-    void readRows(std::int64_t, std::byte*, std::size_t) override { fail(CodecError::Reason::tooLarge); }
-    void finish() override { fail(CodecError::Reason::tooLarge); }
+    void readRows(std::int64_t, std::byte*, std::size_t) override { fail(reason_); }
+    void finish() override { fail(reason_); }
 
 private:
     PixelSize size_;
+    CodecError::Reason reason_;
 };
 
 class HeifDecoder final : public ImageDecoder {
 public:
-    HeifDecoder(const ByteSource& source, const DecodeOptions& options);
+    HeifDecoder(const ByteSource& source, const HeifPicture& picture, const DecodeOptions& options);
+
+    /// Before rotation and crop, as the library reads it.
+    PixelSize codedSize() const;
 
     PixelSize storedSize() const override { return size_; }
     PixelSize size() const override { return size_; }
     PixelFormat format() const override { return format_; }
     ColorProfile profile() const override { return profile_; }
-    std::int64_t heldBytes() const override { return size_.width * size_.height * format_.bytesPerPixel(); }
+    std::int64_t heldBytes() const override;
     void readRows(std::int64_t count, std::byte* out, std::size_t stride) override;
-    void finish() override { image_.reset(); }
+    void finish() override;
 
 private:
     void decode();
-    void copyRow(std::int64_t y, std::byte* out) const;
-    void scaleRow(const std::byte* row, std::byte* out) const;
 
+    HeifPicture picture_;
     Tolerance tolerance_;
     Reader reader_;
     heif::Context context_;
@@ -185,15 +163,12 @@ private:
     ColorProfile profile_;
 
     heif::Image image_; ///< Empty before the first row.
-    const std::byte* pixels_ = nullptr;
-    std::size_t pixelStride_ = 0;
-    int bits_ = 8; ///< Of the decoded components, in the low end of 16 bits where there are more than 8.
-    bool isPremultiplied_ = false;
+    heif::Rows rows_;
     std::int64_t nextRow_ = 0;
 };
 
-HeifDecoder::HeifDecoder(const ByteSource& source, const DecodeOptions& options)
-    : tolerance_(options.tolerance), reader_{source}, context_(heif_context_alloc())
+HeifDecoder::HeifDecoder(const ByteSource& source, const HeifPicture& picture, const DecodeOptions& options)
+    : picture_(picture), tolerance_(options.tolerance), reader_{source}, context_(heif_context_alloc())
 {
     if (!context_)
         fail(CodecError::Reason::tooLarge);
@@ -202,18 +177,33 @@ HeifDecoder::HeifDecoder(const ByteSource& source, const DecodeOptions& options)
     check(heif_context_read_from_reader(context_.get(), &readerFunctions, &reader_, nullptr), reader_,
           CodecError::Reason::malformed);
     heif_image_handle* handle = nullptr;
-    check(heif_context_get_primary_image_handle(context_.get(), &handle), reader_, CodecError::Reason::malformed);
+    check(heif_context_get_image_handle(context_.get(), picture.item, &handle), reader_, CodecError::Reason::malformed);
     handle_.reset(handle);
 
     size_ = {heif_image_handle_get_width(handle), heif_image_handle_get_height(handle)};
     const int bits = heif_image_handle_get_luma_bits_per_pixel(handle);
-    if (size_.width < 1 || size_.height < 1 || bits < 1)
+    if (size_.shorterSide() < 1 || bits < 1)
         fail(CodecError::Reason::malformed);
     format_.bitsPerComponent = bits > 8 ? 16 : 8;
     format_.alpha = heif_image_handle_has_alpha_channel(handle) != 0 ? Alpha::straight : Alpha::none;
     profile_ = profileOf(handle);
 }
 
+PixelSize HeifDecoder::codedSize() const
+{
+    return {heif_image_handle_get_ispe_width(handle_.get()), heif_image_handle_get_ispe_height(handle_.get())};
+}
+
+/// Turning makes a copy, and a tile (or a picture that is one) is there in its coded colours besides, which take up to
+/// as much.
+std::int64_t HeifDecoder::heldBytes() const
+{
+    const std::int64_t planes = size_.width * size_.height * format_.bytesPerPixel();
+    const std::int64_t tilesAtOnce = std::min<std::int64_t>(picture_.tiles, decodingThreads);
+    return planes + (picture_.isTurned ? planes : planes / picture_.tiles * tilesAtOnce);
+}
+
+/// Into planes of red, green and blue, which is what the library decodes to anyway.
 void HeifDecoder::decode()
 {
     const heif::DecodingOptions options(heif_decoding_options_alloc());
@@ -222,22 +212,10 @@ void HeifDecoder::decode()
     options->strict_decoding = tolerance_ == Tolerance::strict ? 1 : 0;
     heif_image* image = nullptr;
     const heif_error error =
-        heif_decode_image(handle_.get(), &image, heif_colorspace_RGB, interleaving(format_), options.get());
+        heif_decode_image(handle_.get(), &image, heif_colorspace_RGB, heif_chroma_444, options.get());
     image_.reset(image);
     check(error, reader_, CodecError::Reason::damaged);
-
-    int stride = 0;
-    const std::uint8_t* pixels = heif_image_get_plane_readonly(image, heif_channel_interleaved, &stride);
-    bits_ = heif_image_get_bits_per_pixel_range(image, heif_channel_interleaved);
-    const PixelSize decoded{heif_image_get_width(image, heif_channel_interleaved),
-                            heif_image_get_height(image, heif_channel_interleaved)};
-    const bool isExpectedDepth = format_.bitsPerComponent == 8 ? bits_ == 8 : bits_ > 8 && bits_ <= 16;
-    // The library hands back whatever size the coded stream has.
-    if (!pixels || decoded != size_ || heif_image_get_chroma_format(image) != interleaving(format_) || !isExpectedDepth)
-        fail(CodecError::Reason::damaged);
-    pixels_ = reinterpret_cast<const std::byte*>(pixels);
-    pixelStride_ = static_cast<std::size_t>(stride);
-    isPremultiplied_ = format_.hasAlpha() && heif_image_is_premultiplied_alpha(image) != 0;
+    rows_ = heif::Rows(image, size_, format_);
     handle_.reset();
     context_.reset();
 }
@@ -245,54 +223,33 @@ void HeifDecoder::decode()
 void HeifDecoder::readRows(std::int64_t count, std::byte* out, std::size_t stride)
 {
     try {
-        if (!image_)
+        if (nextRow_ == 0)
             decode();
     } catch (const std::bad_alloc&) {
         fail(CodecError::Reason::tooLarge);
     }
     for (; count > 0; --count, out += stride)
-        copyRow(nextRow_++, out);
+        rows_.copy(nextRow_++, out);
 }
 
-void HeifDecoder::copyRow(std::int64_t y, std::byte* out) const
+void HeifDecoder::finish()
 {
-    const std::byte* row = pixels_ + static_cast<std::size_t>(y) * pixelStride_;
-    if (format_.bitsPerComponent == 16) {
-        scaleRow(row, out);
-        return;
-    }
-    std::memcpy(out, row, static_cast<std::size_t>(size_.width * format_.bytesPerPixel()));
-    if (isPremultiplied_)
-        unpremultiply8(out, size_.width);
-}
-
-void HeifDecoder::scaleRow(const std::byte* row, std::byte* out) const
-{
-    const std::uint32_t most = (1U << bits_) - 1;
-    const int channels = format_.channels();
-    const std::int64_t count = size_.width * channels;
-    const auto sample = [&](std::int64_t i) {
-        return std::min(most, std::to_integer<std::uint32_t>(row[2 * i]) |
-                                  std::to_integer<std::uint32_t>(row[2 * i + 1]) << 8);
-    };
-    for (std::int64_t i = 0; i < count; ++i) {
-        std::uint32_t value = sample(i);
-        if (isPremultiplied_ && i % channels != channels - 1)
-            value = withoutAlpha(value, sample(i - i % channels + channels - 1), most);
-        const auto scaled = static_cast<std::uint16_t>((value * 65'535 + most / 2) / most);
-        std::memcpy(out + 2 * i, &scaled, 2);
-    }
+    rows_ = {};
+    image_.reset();
 }
 
 } // namespace
 
 std::unique_ptr<ImageDecoder> openHeifDecoder(const ByteSource& source, const DecodeOptions& options)
 {
-    const PixelSize declared = checkHeifBoxes(source);
-    if (declared.longestSide() > largestSide)
-        return std::make_unique<OversizeDecoder>(declared);
+    const HeifPicture picture = inspectHeifBoxes(source);
+    if (picture.declaredSize.longestSide() > largestSide)
+        return std::make_unique<RefusedDecoder>(picture.declaredSize, CodecError::Reason::tooLarge);
     try {
-        return std::make_unique<HeifDecoder>(source, options);
+        auto decoder = std::make_unique<HeifDecoder>(source, picture, options);
+        if (decoder->codedSize() != picture.declaredSize)
+            return std::make_unique<RefusedDecoder>(picture.declaredSize, CodecError::Reason::damaged);
+        return decoder;
     } catch (const std::bad_alloc&) {
         fail(CodecError::Reason::tooLarge);
     }
