@@ -25,6 +25,20 @@ constexpr std::array<std::string_view, 8> warningsOfLoss{
     "Premature EOL",         "Line length mismatch",
 };
 
+/// Tags without which the picture would come out as another one: the library goes on with defaults, and turns a palette
+/// picture whose palette is missing into a grey one.
+constexpr std::array<std::uint16_t, 12> indispensableTags{
+    TIFFTAG_BITSPERSAMPLE,     TIFFTAG_PHOTOMETRIC, TIFFTAG_STRIPOFFSETS,     TIFFTAG_SAMPLESPERPIXEL,
+    TIFFTAG_COLORMAP,          TIFFTAG_TILEOFFSETS, TIFFTAG_EXTRASAMPLES,     TIFFTAG_SAMPLEFORMAT,
+    TIFFTAG_YCBCRCOEFFICIENTS, TIFFTAG_JPEGTABLES,  TIFFTAG_YCBCRSUBSAMPLING, TIFFTAG_REFERENCEBLACKWHITE,
+};
+
+bool isLost(const TiffEntry& entry)
+{
+    return entry.length == 0 &&
+           std::find(indispensableTags.begin(), indispensableTags.end(), entry.tag) != indispensableTags.end();
+}
+
 std::string messageText(const char* format, va_list arguments)
 {
     std::array<char, 512> text{};
@@ -130,12 +144,12 @@ void checkTiffDirectory(const ByteSource& source)
 {
     const auto structure = TiffStructure::open(source);
     const auto directory = structure ? structure->firstDirectory() : std::nullopt;
+    if (!directory || !directory->isComplete)
+        throw CodecError{CodecError::Reason::malformed, {}};
     std::int64_t allValues = 0;
-    if (directory) {
-        for (const TiffEntry& entry : directory->entries)
-            allValues += entry.length;
-    }
-    if (!directory || !directory->isComplete || allValues > source.size())
+    for (const TiffEntry& entry : directory->entries)
+        allValues += entry.length;
+    if (allValues > source.size() || std::any_of(directory->entries.begin(), directory->entries.end(), isLost))
         throw CodecError{CodecError::Reason::malformed, {}};
 }
 

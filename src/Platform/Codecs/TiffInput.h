@@ -52,8 +52,9 @@ private:
     TiffHandle tiff_;
 };
 
-/// The check before the library sees a file: the first directory is whole, has a bearable number of tags, and all
-/// values together are no longer than the file. Throws CodecError (malformed).
+/// The check before the library sees a file: the first directory is whole, has a bearable number of tags, the values
+/// that shape the picture are in the file, and all values together are no longer than it. Throws CodecError
+/// (malformed).
 void checkTiffDirectory(const ByteSource& source);
 
 } // namespace ferrow
