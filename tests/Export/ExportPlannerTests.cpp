@@ -119,40 +119,20 @@ TEST(ExportPlanner, givesNamesByRule)
         std::vector<QByteArray> expected; ///< With "! " before what replaces.
         std::int64_t skipped;
     };
+    const auto append = CollisionRule::appendNumber;
+    const auto skip = CollisionRule::skip;
     const FileUrl taken = place("/out/a_framed.jpg");
+    const FileUrl taken2 = place("/out/a_framed 2.jpg");
+    const std::vector<QByteArray> alike{"/x/a.jpg", "/y/a.png"};
+    const std::vector<QByteArray> numbered{"/out/a_framed.jpg", "/out/a_framed 2.jpg"};
+    const std::vector<QByteArray> replacing{"! /out/a_framed.jpg", "/out/a_framed 2.jpg"};
     const Row rows[] = {
-        {"no photos", {}, CollisionRule::appendNumber, {}, {}, 0},
-        {"one name from two folders, appending",
-         {"/x/a.jpg", "/y/a.png"},
-         CollisionRule::appendNumber,
-         {},
-         {"/out/a_framed.jpg", "/out/a_framed 2.jpg"},
-         0},
-        {"one name from two folders, skipping",
-         {"/x/a.jpg", "/y/a.png"},
-         CollisionRule::skip,
-         {},
-         {"/out/a_framed.jpg", "/out/a_framed 2.jpg"},
-         0},
-        {"one name from two folders, replacing",
-         {"/x/a.jpg", "/y/a.png"},
-         CollisionRule::replace,
-         {taken},
-         {"! /out/a_framed.jpg", "/out/a_framed 2.jpg"},
-         0},
-        {"both skipped", {"/x/a.jpg", "/y/a.png", "/y/b.png"}, CollisionRule::skip, {taken}, {"/out/b_framed.jpg"}, 2},
-        {"two taken",
-         {"/x/a.jpg"},
-         CollisionRule::appendNumber,
-         {taken, place("/out/a_framed 2.jpg")},
-         {"/out/a_framed 3.jpg"},
-         0},
-        {"a source that is called like a numbered one",
-         {"/x/a.jpg", "/y/a.jpg", "/x/a_framed 2.jpg"},
-         CollisionRule::appendNumber,
-         {},
-         {"/out/a_framed.jpg", "/out/a_framed 2.jpg", "/out/a_framed 2_framed.jpg"},
-         0},
+        {"no photos", {}, append, {}, {}, 0},
+        {"names alike, appending", alike, append, {}, numbered, 0},
+        {"names alike, skipping", alike, skip, {}, numbered, 0},
+        {"names alike, replacing", alike, CollisionRule::replace, {taken}, replacing, 0},
+        {"both skipped", {"/x/a.jpg", "/y/a.png", "/y/b.png"}, skip, {taken}, {"/out/b_framed.jpg"}, 2},
+        {"two taken", {"/x/a.jpg"}, append, {taken, taken2}, {"/out/a_framed 3.jpg"}, 0},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);

@@ -43,10 +43,8 @@ TEST(SafePathComponent, acceptsOneFolderName)
         {"plain", QStringLiteral("Ferrow Export"), true},
         {"empty", {}, false},
         {"white space of all kinds", QStringLiteral(" \t\n\u00A0\u2003\u2028"), false},
-        {"trimmed at the ends", QStringLiteral(" a\n"), true},
         {"one dot", QStringLiteral("."), false},
         {"two dots in spaces", QStringLiteral(" .. "), false},
-        {"three dots", QStringLiteral("..."), true},
         {"slash", QStringLiteral("a/b"), false},
         {"backslash", QStringLiteral("a\\b"), false},
         {"colon", QStringLiteral("a:b"), false},
@@ -81,7 +79,6 @@ TEST(FilenameTemplate, namesOutputs)
     };
     const Row rows[] = {
         {"default", BatchExportConfiguration{}.filenameTemplate, "IMG_0001.HEIC", 0, "IMG_0001_framed.jpg"},
-        {"last extension alone goes", named, "archive.tar.gz", 0, "archive.tar.jpg"},
         {"no placeholder", QStringLiteral("Output"), "a.png", 3, "Output.jpg"},
         {"count from one, unpadded", QStringLiteral("{index}-{index}"), "a.png", 9, "10-10.jpg"},
         {"placeholders are case-sensitive", QStringLiteral("{Filename}{INDEX}"), "a.png", 0, "{Filename}{INDEX}.jpg"},
@@ -89,20 +86,16 @@ TEST(FilenameTemplate, namesOutputs)
         {"a filename in the source's name does not", named, "{filename}.jpg", 0, "{filename}.jpg"},
         {"a placeholder put together", QStringLiteral("{in{filename}"), "dex}.jpg", 6, "7.jpg"},
         {"slash", QStringLiteral("{filename}/{index}"), "a.png", 4, "a-5.jpg"},
-        {"only a slash", QStringLiteral("/"), "a.png", 0, "-.jpg"},
         {"neighbours each get their hyphen", QStringLiteral("..\\/:x"), "a.png", 0, "..---x.jpg"},
         {"controls within a cluster", QStringLiteral("a\r\nb"), "a.png", 0, "a--b.jpg"},
         {"joined emoji come apart", QStringLiteral("\U0001F468\u200D\U0001F469"), "a.png", 0,
          "\U0001F468-\U0001F469.jpg"},
-        {"tag characters", QStringLiteral("x\U000E0067"), "a.png", 0, "x-.jpg"},
         {"trimmed", QStringLiteral("\u2003{filename} \u2028"), " a .png", 0, "a.jpg"},
         {"a tab is a hyphen before it is white space", QStringLiteral("\ta"), "a.png", 0, "-a.jpg"},
         {"only spaces", QStringLiteral("  "), "a.png", 0, "framed.jpg"},
-        {"empty", {}, "a.png", 0, "framed.jpg"},
         {"bytes that are no text", named, "caf\xE9 \xFF.png", 0, "caf\xE9 \xFF.jpg"},
         {"stray bytes that make a control together", QStringLiteral("{filename}{filename}"), "\x85\xC2.png", 0,
          "\x85-\xC2.jpg"},
-        {"180 bytes", named, repeated("a", 180) + ".png", 0, repeated("a", 180) + ".jpg"},
         {"cut at 180", named, repeated("a", 200) + ".png", 0, repeated("a", 180) + ".jpg"},
         {"cut between characters", named, "a" + repeated("\u20AC", 60) + ".png", 0,
          "a" + repeated("\u20AC", 59) + ".jpg"},
@@ -240,7 +233,7 @@ TEST(BatchCollisionResolver, givesEachJobTheFirstFreePlaceOfItsOwn)
 
 TEST(BatchCollisionResolver, asksForEachNumberOnce)
 {
-    std::set<FileUrl> existing {place("/out/a.jpg")};
+    std::set<FileUrl> existing{place("/out/a.jpg")};
     for (int number = 2; number <= 500; ++number)
         existing.insert(FileUrl::fromPath("/out/a " + QByteArray::number(number) + ".jpg"));
     int questions = 0;
