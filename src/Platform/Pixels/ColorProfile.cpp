@@ -42,24 +42,12 @@ void describe(const LittleCms::Context& context, cmsHPROFILE profile, const char
     }
 }
 
-/// The profile as bytes that are the same on every run: the library stamps the time of day into the header.
-QByteArray bytesOf(cmsHPROFILE profile)
-{
-    cmsUInt32Number size = 0;
-    cmsSaveProfileToMem(profile, nullptr, &size);
-    QByteArray bytes(static_cast<qsizetype>(size), '\0');
-    cmsSaveProfileToMem(profile, bytes.data(), &size);
-    constexpr std::array<char, 12> newYear2000{'\x07', '\xd0', 0, 1, 0, 1, 0, 0, 0, 0, 0, 0};
-    std::copy(newYear2000.begin(), newYear2000.end(), bytes.begin() + 24);
-    return bytes;
-}
-
 QByteArray rgbProfile(const RgbSpace& space)
 {
     const LittleCms::Context context;
     const LittleCms::Profile profile = virtualProfile(context, space);
     describe(context, profile.get(), space.name);
-    return bytesOf(profile.get());
+    return LittleCms::bytesOf(profile.get());
 }
 
 QByteArray grayProfile(Curve curve, const char* name)
@@ -68,7 +56,7 @@ QByteArray grayProfile(Curve curve, const char* name)
     const LittleCms::Profile profile(
         cmsCreateGrayProfileTHR(context.get(), cmsD50_xyY(), decodingCurve(context, curve).get()));
     describe(context, profile.get(), name);
-    return bytesOf(profile.get());
+    return LittleCms::bytesOf(profile.get());
 }
 
 QByteArray labProfile()
@@ -76,7 +64,7 @@ QByteArray labProfile()
     const LittleCms::Context context;
     const LittleCms::Profile profile(cmsCreateLab4ProfileTHR(context.get(), nullptr));
     describe(context, profile.get(), "Lab D50");
-    return bytesOf(profile.get());
+    return LittleCms::bytesOf(profile.get());
 }
 
 /// Whether what the profile is made for includes saying what a picture's numbers mean.

@@ -3,6 +3,8 @@
 
 #include <lcms2_plugin.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <new>
 
@@ -79,6 +81,18 @@ Curve sRGBCurve(const Context& context)
     // Exponent, scale, offset, slope of the straight part and where it ends (IEC 61966-2-1).
     const cmsFloat64Number parameters[]{2.4, 1 / 1.055, 0.055 / 1.055, 1 / 12.92, 0.04045};
     return Curve(cmsBuildParametricToneCurve(context.get(), 4, parameters));
+}
+
+QByteArray bytesOf(cmsHPROFILE profile)
+{
+    cmsUInt32Number size = 0;
+    cmsSaveProfileToMem(profile, nullptr, &size);
+    QByteArray bytes(static_cast<qsizetype>(size), '\0');
+    cmsSaveProfileToMem(profile, bytes.data(), &size);
+    // The library has stamped the time of day into the header.
+    constexpr std::array<char, 12> newYear2000{'\x07', '\xd0', 0, 1, 0, 1, 0, 0, 0, 0, 0, 0};
+    std::copy(newYear2000.begin(), newYear2000.end(), bytes.begin() + 24);
+    return bytes;
 }
 
 } // namespace ferrow::LittleCms

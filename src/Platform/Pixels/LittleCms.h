@@ -46,6 +46,9 @@ private:
 /// Null when the bytes are no profile.
 [[nodiscard]] Profile openProfile(const Context& context, const QByteArray& icc);
 
+/// A profile's bytes, the same on every run.
+[[nodiscard]] QByteArray bytesOf(cmsHPROFILE profile);
+
 /// Null when the library is out of memory.
 [[nodiscard]] Curve sRGBCurve(const Context& context);
 
