@@ -20,11 +20,17 @@ namespace {
 /// A device of 72 dots per inch: one point is one pixel there. Fonts take fractions only in points.
 constexpr int dotsPerMeter = 2835;
 
-/// Measured extents are sums of 1/64 pixels; a box that is short by less was meant to fit.
+/// Lines are broken at this size and drawn at their own. The engine rounds a glyph's overhang to whole pixels and
+/// counts it when it breaks lines, so that small texts would break earlier than large ones. Not larger, because widths
+/// are counted in 1/64 pixels of 32 bits.
+constexpr double breakingSize = 256;
+constexpr double widestLine = 16'000'000;
+
+/// Extents are sums of 1/64 pixels; a box that is short by less was meant to fit.
 constexpr double tolerance = 1.0 / 64;
 
 /// The range in which pixel sizes mean something to the font engine.
-constexpr double smallestSize = 0.1;
+constexpr double smallestSize = 1;
 constexpr double largestSize = 20'000;
 
 QImage makeDevice()
@@ -35,16 +41,25 @@ QImage makeDevice()
     return image;
 }
 
-QFont makeFont(const TextStyle& style, const QPaintDevice* device)
+QFont makeFont(const TextStyle& style, double pixelSize, const QPaintDevice* device)
 {
     QFont font;
     if (!style.families.isEmpty())
         font.setFamilies(style.families);
-    font.setPointSizeF(std::clamp(style.pixelSize, smallestSize, largestSize));
+    font.setPointSizeF(pixelSize);
     font.setBold(style.bold);
     font.setHintingPreference(QFont::PreferNoHinting);
     font.setStyleStrategy(QFont::StyleStrategy(QFont::PreferAntialias | QFont::NoSubpixelAntialias));
     return QFont(font, device);
+}
+
+/// White space at the end of a line is not seen, but the engine would align right-to-left lines by it.
+qsizetype trimmedLength(QStringView line)
+{
+    qsizetype length = line.size();
+    while (length > 0 && line[length - 1].isSpace())
+        --length;
+    return length;
 }
 
 /// One text a paragraph. Other control characters, which some fonts show as little boxes, are left out.
@@ -53,18 +68,22 @@ std::vector<EmojiText> paragraphsOf(QString text)
     text.replace(QLatin1StringView("\r\n"), QLatin1StringView("\n"));
     QString paragraph;
     std::vector<EmojiText> paragraphs;
+    const auto endParagraph = [&] {
+        paragraph.truncate(trimmedLength(paragraph));
+        paragraphs.push_back(findEmoji(paragraph));
+        paragraph.clear();
+    };
     for (const QChar character : text) {
         const bool breaks = character == u'\n' || character == u'\v' || character == u'\f' || character == u'\r' ||
                             character == QChar(0x85) || character == QChar::LineSeparator ||
                             character == QChar::ParagraphSeparator;
         if (breaks) {
-            paragraphs.push_back(findEmoji(paragraph));
-            paragraph.clear();
+            endParagraph();
         } else if (character == u'\t' || character.category() != QChar::Other_Control) {
             paragraph.append(character);
         }
     }
-    paragraphs.push_back(findEmoji(paragraph));
+    endParagraph();
     return paragraphs;
 }
 
@@ -81,16 +100,24 @@ Qt::Alignment qtAlignment(TextAlignment alignment)
     return Qt::AlignLeft;
 }
 
+/// A line's place in its paragraph, without white space at its end.
+struct LineRange {
+    std::size_t paragraph = 0;
+    int start = 0;
+    int length = 0;
+    bool operator==(const LineRange&) const = default;
+};
+using LineRanges = std::vector<LineRange>;
+
 /// Without these, a text font's own black sign is taken wherever it has one, and skin tones come apart.
-QList<QTextLayout::FormatRange> emojiFormats(const EmojiText& paragraph)
+QList<QTextLayout::FormatRange> emojiFormats(const QList<TextRange>& emoji)
 {
+    QTextCharFormat format;
+    format.setFontFamilies({QStringLiteral("Noto Color Emoji")});
+    format.setFontWeight(QFont::Normal);
     QList<QTextLayout::FormatRange> formats;
-    for (const TextRange& range : paragraph.emoji) {
-        QTextCharFormat format;
-        format.setFontFamilies({QStringLiteral("Noto Color Emoji")});
-        format.setFontWeight(QFont::Normal);
+    for (const TextRange& range : emoji)
         formats.append({range.start, range.length, format});
-    }
     return formats;
 }
 
@@ -113,19 +140,25 @@ void fade(Bitmap& bitmap, double alpha)
 struct TextFrame::Implementation {
     QImage device = makeDevice();
     std::vector<EmojiText> paragraphs;
+    double pixelSize;
+    double wholeSize; ///< Fonts made for screens round their size to whole pixels: drawn so, then scaled.
     QFont font;
-    TextAlignment alignment = TextAlignment::left;
+    QFont breakingFont;
+    TextAlignment alignment;
     double ascent = 0;
     double inkHeight = 0; ///< Ascent and descent of the font that was asked for, whatever fonts fill its gaps.
     double advance = 0;   ///< From one baseline to the next.
 
     Implementation(const QString& text, const TextStyle& style)
-        : paragraphs(paragraphsOf(text)), font(makeFont(style, &device)), alignment(style.alignment)
+        : paragraphs(paragraphsOf(text)), pixelSize(std::clamp(style.pixelSize, smallestSize, largestSize)),
+          wholeSize(std::round(pixelSize)), font(makeFont(style, wholeSize, &device)),
+          breakingFont(makeFont(style, breakingSize, &device)), alignment(style.alignment)
     {
-        const QFontMetricsF metrics(font, &device);
-        ascent = metrics.ascent();
-        inkHeight = metrics.ascent() + metrics.descent();
-        advance = inkHeight + std::max(metrics.leading(), 0.0) + std::max(style.lineSpacing, 0.0);
+        const QFontMetricsF metrics(breakingFont, &device);
+        const double scale = pixelSize / breakingSize;
+        ascent = metrics.ascent() * scale;
+        inkHeight = (metrics.ascent() + metrics.descent()) * scale;
+        advance = inkHeight + std::max(metrics.leading(), 0.0) * scale + std::max(style.lineSpacing, 0.0);
     }
 
     /// How many lines fit into `height`: at least one.
@@ -135,33 +168,86 @@ struct TextFrame::Implementation {
         return more >= 1 ? static_cast<std::size_t>(std::min(more, 1e6)) + 1 : 1;
     }
 
-    /// The first lines, at most `most`, of the text broken at `width`; `use(line, index)` sees each when it is laid
-    /// out.
-    template <typename Use>
-    void layOut(double width, std::size_t most, Use use) const
+    /// The first lines, at most `most`, of the text broken at `width`.
+    [[nodiscard]] LineRanges breakLines(double width, std::size_t most) const
     {
-        QTextOption option(qtAlignment(alignment));
-        option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-        option.setTabStopDistance(2 * font.pointSizeF());
-        std::size_t index = 0;
-        for (const EmojiText& paragraph : paragraphs) {
-            if (index >= most)
-                return;
-            QTextLayout layout(paragraph.text, font, &device);
-            layout.setTextOption(option);
-            layout.setFormats(emojiFormats(paragraph));
+        const double breakingWidth = std::clamp(width * breakingSize / pixelSize, 1.0, widestLine);
+        LineRanges lines;
+        for (std::size_t paragraph = 0; paragraph < paragraphs.size() && lines.size() < most; ++paragraph) {
+            const auto& [text, emoji] = paragraphs[paragraph];
+            QTextLayout layout(text, breakingFont, &device);
+            layout.setTextOption(option(QTextOption::WrapAtWordBoundaryOrAnywhere, breakingSize));
+            layout.setFormats(emojiFormats(emoji));
             layout.beginLayout();
-            for (std::size_t left = most - index; left > 0; --left) {
+            while (lines.size() < most) {
                 QTextLine line = layout.createLine();
                 if (!line.isValid())
                     break;
-                line.setLineWidth(std::max(width, 1.0));
-                line.setPosition(QPointF(0, 0));
+                line.setLineWidth(breakingWidth);
+                const QStringView shown = QStringView(text).mid(line.textStart(), line.textLength());
+                lines.push_back({paragraph, line.textStart(), static_cast<int>(trimmedLength(shown))});
+            }
+            layout.endLayout();
+        }
+        return lines;
+    }
+
+    /// What the lines that layOut() hands out are to be scaled by.
+    [[nodiscard]] double lineScale() const { return pixelSize / wholeSize; }
+
+    /// Lays `lines` out in a box `width` wide; `use(line, index)` sees each.
+    template <typename Use>
+    void layOut(const LineRanges& lines, double width, Use use) const
+    {
+        std::size_t index = 0;
+        for (auto first = lines.begin(); first != lines.end();) {
+            const auto end = std::find_if(first, lines.end(),
+                                          [&](const LineRange& line) { return line.paragraph != first->paragraph; });
+            const auto [text, emoji] = broken(first, end);
+            QTextLayout layout(text, font, &device);
+            layout.setTextOption(option(QTextOption::NoWrap, wholeSize));
+            layout.setFormats(emojiFormats(emoji));
+            layout.beginLayout();
+            for (auto range = first; range != end; ++range) {
+                QTextLine line = layout.createLine();
+                if (line.isValid())
+                    line.setLineWidth(std::min(width / lineScale(), widestLine));
             }
             layout.endLayout();
             for (int i = 0; i < layout.lineCount(); ++i)
-                use(layout.lineAt(i), index++);
+                use(layout.lineAt(i), index + static_cast<std::size_t>(i));
+            index += static_cast<std::size_t>(end - first);
+            first = end;
         }
+    }
+
+private:
+    [[nodiscard]] QTextOption option(QTextOption::WrapMode mode, double size) const
+    {
+        QTextOption option(qtAlignment(alignment));
+        option.setWrapMode(mode);
+        option.setTabStopDistance(2 * size);
+        return option;
+    }
+
+    /// Lines of one paragraph with a line separator between each two: it stays one paragraph, and so its direction.
+    [[nodiscard]] EmojiText broken(LineRanges::const_iterator first, LineRanges::const_iterator end) const
+    {
+        const EmojiText& paragraph = paragraphs[first->paragraph];
+        EmojiText result;
+        for (auto line = first; line != end; ++line) {
+            if (line != first)
+                result.text.append(QChar::LineSeparator);
+            const int shift = static_cast<int>(result.text.size()) - line->start;
+            for (const TextRange& emoji : paragraph.emoji) {
+                const int start = std::max(emoji.start, line->start);
+                const int stop = std::min(emoji.start + emoji.length, line->start + line->length);
+                if (start < stop)
+                    result.emoji.append({start + shift, stop - start});
+            }
+            result.text.append(QStringView(paragraph.text).mid(line->start, line->length));
+        }
+        return result;
     }
 };
 
@@ -177,14 +263,18 @@ TextFrame& TextFrame::operator=(TextFrame&&) noexcept = default;
 QSizeF TextFrame::suggestedSize(const QSizeF& constraint) const
 {
     const Implementation& self = *implementation_;
+    const std::size_t most = self.linesWithin(constraint.height());
+    const LineRanges lines = self.breakLines(constraint.width(), most);
     double width = 0;
-    std::size_t count = 0;
-    self.layOut(constraint.width(), self.linesWithin(constraint.height()),
-                [&](const QTextLine& line, std::size_t index) {
-                    width = std::max({width, line.naturalTextWidth(), line.horizontalAdvance()});
-                    count = index + 1;
-                });
-    return {width, self.inkHeight + self.advance * (static_cast<double>(count) - 1)};
+    self.layOut(lines, constraint.width(), [&](const QTextLine& line, std::size_t) {
+        width =
+            std::max({width, line.naturalTextWidth() * self.lineScale(), line.horizontalAdvance() * self.lineScale()});
+    });
+    // The engine asks more room for a word's overhang than the line it ends up in has. What breaks alike here and at
+    // the constraint breaks alike anywhere between.
+    while (width < constraint.width() && self.breakLines(width, most) != lines)
+        width += self.pixelSize / 50;
+    return {width, self.inkHeight + self.advance * (static_cast<double>(lines.size()) - 1)};
 }
 
 Bitmap TextFrame::drawn(const QSizeF& box, QPointF offset, int margin, double red, double green, double blue,
@@ -205,10 +295,13 @@ Bitmap TextFrame::drawn(const QSizeF& box, QPointF offset, int margin, double re
     painter.setPen(QColor::fromRgbF(static_cast<float>(std::clamp(red, 0.0, 1.0)),
                                     static_cast<float>(std::clamp(green, 0.0, 1.0)),
                                     static_cast<float>(std::clamp(blue, 0.0, 1.0))));
-    self.layOut(box.width(), self.linesWithin(box.height()), [&](const QTextLine& line, std::size_t index) {
+    painter.translate(margin + offset.x(), margin + offset.y());
+    painter.scale(self.lineScale(), self.lineScale());
+    const LineRanges lines = self.breakLines(box.width(), self.linesWithin(box.height()));
+    self.layOut(lines, box.width(), [&](const QTextLine& line, std::size_t index) {
         // A line hangs from the tallest font in it; from our own ascent, baselines lie evenly.
         const double baseline = self.ascent + self.advance * static_cast<double>(index);
-        line.draw(&painter, QPointF(margin + offset.x(), margin + offset.y() + baseline - line.ascent()));
+        line.draw(&painter, QPointF(0, baseline / self.lineScale() - line.ascent()));
     });
     painter.end();
     fade(bitmap, alpha);

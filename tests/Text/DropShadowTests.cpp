@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Text/TextTestSupport.h"
+
+namespace ferrow::test {
+namespace {
+
+Bitmap square(int side, int from, int to)
+{
+    Bitmap bitmap({side, side}, rgba8Premultiplied);
+    for (int y = from; y < to; ++y)
+        std::fill(bitmap.row(y) + from * 4, bitmap.row(y) + to * 4, std::byte{255});
+    return bitmap;
+}
+
+/// Share of a Gaussian below `x`.
+double share(double x, double sigma)
+{
+    return 0.5 * (1 + std::erf(x / sigma / std::sqrt(2.0)));
+}
+
+TEST(DropShadow, fallsOffAsAGaussianDoes)
+{
+    for (const double sigma : {0.7, 1.5, 4.0}) {
+        const Bitmap shadow = dropShadow(square(100, 30, 70), sigma, 0.55);
+        for (const auto& [x, y] : {std::pair(50, 50), {30, 50}, {29, 50}, {26, 40}, {70, 71}, {33, 33}, {28, 69}}) {
+            const auto along = [&](double at) { return share(at + 0.5 - 30, sigma) - share(at + 0.5 - 70, sigma); };
+            // Weights are taken at pixel centres, which shows in the narrowest only.
+            EXPECT_NEAR(pixel(shadow, x, y)[3], 255 * 0.55 * along(x) * along(y), sigma < 1 ? 4 : 1.2)
+                << sigma << " at " << x << ", " << y;
+            EXPECT_EQ(pixel(shadow, x, y)[0], 0);
+        }
+    }
+}
+
+TEST(DropShadow, keepsMassAndSymmetryAndTakesEdgesForEmpty)
+{
+    const Bitmap shadow = dropShadow(square(41, 16, 25), 2, 1);
+    double mass = 0;
+    for (int y = 0; y < 41; ++y) {
+        for (int x = 0; x < 41; ++x) {
+            mass += pixel(shadow, x, y)[3];
+            EXPECT_EQ(pixel(shadow, x, y), pixel(shadow, 40 - x, y));
+            EXPECT_EQ(pixel(shadow, x, y), pixel(shadow, y, x));
+        }
+    }
+    EXPECT_NEAR(mass, 81 * 255, 81 * 255 * 0.01);
+    EXPECT_EQ(pixel(shadow, 0, 0)[3], 0);
+    // A shape that fills its bitmap has a shadow fading at the edge, to a half of a half in the corner.
+    const Bitmap full = dropShadow(square(40, 0, 40), 3, 1);
+    EXPECT_NEAR(pixel(full, 0, 0)[3], 255 * std::pow(share(0.5, 3), 2), 1.2);
+}
+
+TEST(DropShadow, withoutBlurIsTheShapeInBlack)
+{
+    const Bitmap shadow = dropShadow(square(9, 3, 6), 0, 0.5);
+    EXPECT_EQ(pixel(shadow, 4, 4), (std::array{0, 0, 0, 128}));
+    EXPECT_EQ(pixel(shadow, 2, 4), (std::array{0, 0, 0, 0}));
+    EXPECT_TRUE(dropShadow(Bitmap(), 2, 1).isNull());
+}
+
+} // namespace
+} // namespace ferrow::test
