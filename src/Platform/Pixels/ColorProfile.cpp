@@ -4,6 +4,8 @@
 #include "Platform/Pixels/LittleCms.h"
 #include "Platform/Pixels/WellKnownSpaces.h"
 
+#include <QtEndian>
+
 #include <algorithm>
 #include <array>
 #include <memory>
@@ -67,6 +69,11 @@ QByteArray labProfile()
     return LittleCms::bytesOf(profile.get());
 }
 
+qsizetype declaredSize(const QByteArray& icc)
+{
+    return icc.size() < headerLength ? 0 : static_cast<qsizetype>(qFromBigEndian<quint32>(icc.constData()));
+}
+
 /// Whether what the profile is made for includes saying what a picture's numbers mean.
 bool describesPictures(cmsHPROFILE profile)
 {
@@ -81,67 +88,77 @@ bool describesPictures(cmsHPROFILE profile)
     }
 }
 
-/// Whether the tables are there and sound. Nothing is computed ahead, so that this costs no more than reading them.
-bool canBeConverted(const LittleCms::Context& context, cmsHPROFILE profile)
+/// Whether the tables for that way are there and sound. Nothing is computed ahead, so that this costs no more than
+/// reading them.
+bool leadsBetween(const LittleCms::Context& context, cmsHPROFILE from, cmsHPROFILE to)
 {
-    const LittleCms::Profile lab(cmsCreateLab4ProfileTHR(context.get(), nullptr));
-    const cmsUInt32Number channels = cmsChannelsOf(cmsGetColorSpace(profile));
-    const cmsUInt32Number format = COLORSPACE_SH(PT_ANY) | CHANNELS_SH(channels) | BYTES_SH(2);
-    return LittleCms::Transform(cmsCreateTransformTHR(context.get(), profile, format, lab.get(), TYPE_Lab_16,
-                                                      INTENT_RELATIVE_COLORIMETRIC,
-                                                      cmsFLAGS_NOOPTIMIZE | cmsFLAGS_NOCACHE)) != nullptr;
+    const auto format = [](cmsHPROFILE profile) {
+        return COLORSPACE_SH(PT_ANY) | CHANNELS_SH(cmsChannelsOf(cmsGetColorSpace(profile))) | BYTES_SH(2U);
+    };
+    const LittleCms::Transform transform(cmsCreateTransformTHR(context.get(), from, format(from), to, format(to),
+                                                               INTENT_RELATIVE_COLORIMETRIC,
+                                                               cmsFLAGS_NOOPTIMIZE | cmsFLAGS_NOCACHE));
+    return transform != nullptr;
 }
 
 } // namespace
 
-ColorProfile::ColorProfile(QByteArray icc, ColorModel model, WellKnown known)
-    : icc_(std::move(icc)), model_(model), known_(known)
+ColorProfile::ColorProfile(QByteArray icc, ColorModel model, WellKnown known, bool canBeTarget)
+    : icc_(std::move(icc)), model_(model), known_(known), canBeTarget_(canBeTarget)
 {
 }
 
 const ColorProfile& ColorProfile::sRGB()
 {
-    static const ColorProfile profile(rgbProfile(rgbSpace(WellKnown::sRGB)), ColorModel::rgb, WellKnown::sRGB);
+    static const ColorProfile profile(rgbProfile(rgbSpace(WellKnown::sRGB)), ColorModel::rgb, WellKnown::sRGB, true);
     return profile;
 }
 
 const ColorProfile& ColorProfile::displayP3()
 {
-    static const ColorProfile profile(rgbProfile(rgbSpace(WellKnown::displayP3)), ColorModel::rgb,
-                                      WellKnown::displayP3);
+    static const ColorProfile profile(rgbProfile(rgbSpace(WellKnown::displayP3)), ColorModel::rgb, WellKnown::displayP3,
+                                      true);
     return profile;
 }
 
 const ColorProfile& ColorProfile::rec2020()
 {
-    static const ColorProfile profile(rgbProfile(rgbSpace(WellKnown::rec2020)), ColorModel::rgb, WellKnown::rec2020);
+    static const ColorProfile profile(rgbProfile(rgbSpace(WellKnown::rec2020)), ColorModel::rgb, WellKnown::rec2020,
+                                      true);
     return profile;
 }
 
 const ColorProfile& ColorProfile::sGray()
 {
-    static const ColorProfile profile(grayProfile(Curve::sRGB, "sGray"), ColorModel::gray, WellKnown::sGray);
+    static const ColorProfile profile(grayProfile(Curve::sRGB, "sGray"), ColorModel::gray, WellKnown::sGray, false);
     return profile;
 }
 
 const ColorProfile& ColorProfile::lab()
 {
-    static const ColorProfile profile(labProfile(), ColorModel::lab, WellKnown::lab);
+    static const ColorProfile profile(labProfile(), ColorModel::lab, WellKnown::lab, false);
     return profile;
 }
 
-std::optional<ColorProfile> ColorProfile::fromIcc(const QByteArray& icc, ColorModel model)
+std::optional<ColorProfile> ColorProfile::fromIcc(const QByteArray& given, ColorModel model)
 {
-    if (icc.size() <= headerLength || icc.size() > largestProfile)
+    const qsizetype size = declaredSize(given);
+    if (size <= headerLength || size > largestProfile || size > given.size())
         return std::nullopt;
-    const LittleCms::Context context;
+    const QByteArray icc = given.first(size); // Padding that a container added is not part of it.
+    const LittleCms::Context context(size);
     const LittleCms::Profile profile = LittleCms::openProfile(context, icc);
     if (!profile || cmsGetColorSpace(profile.get()) != signatureOf(model) || !describesPictures(profile.get()))
         return std::nullopt;
     const WellKnown known = recognise(profile.get(), model);
-    if (known == WellKnown::none && !canBeConverted(context, profile.get()))
+    if (known != WellKnown::none)
+        return ColorProfile(icc, model, known, model == ColorModel::rgb);
+
+    const LittleCms::Profile lab(cmsCreateLab4ProfileTHR(context.get(), nullptr));
+    if (!leadsBetween(context, profile.get(), lab.get()))
         return std::nullopt;
-    return ColorProfile(icc, model, known);
+    const bool canBeTarget = model == ColorModel::rgb && leadsBetween(context, lab.get(), profile.get());
+    return ColorProfile(icc, model, known, canBeTarget);
 }
 
 QString ColorProfile::name() const

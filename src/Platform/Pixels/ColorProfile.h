@@ -48,6 +48,10 @@ public:
     [[nodiscard]] const QByteArray& icc() const { return icc_; }
     [[nodiscard]] ColorModel model() const { return model_; }
 
+    /// Whether colours can be converted to it: RGB, with a way back from the connection space. Profiles of cameras and
+    /// scanners may have none.
+    [[nodiscard]] bool canBeTarget() const { return canBeTarget_; }
+
     /// As shown to the user: a well-known space's name (recognised by primaries and curve: "sRGB IEC61966-2.1",
     /// "Display P3", "Adobe RGB (1998)", …), "Embedded profile" for any other, "sRGB (assumed)" for the empty one.
     [[nodiscard]] QString name() const;
@@ -59,11 +63,12 @@ public:
     bool operator==(const ColorProfile& other) const { return icc_ == other.icc_; }
 
 private:
-    ColorProfile(QByteArray icc, ColorModel model, WellKnown known);
+    ColorProfile(QByteArray icc, ColorModel model, WellKnown known, bool canBeTarget);
 
     QByteArray icc_;
     ColorModel model_ = ColorModel::rgb;
     WellKnown known_ = WellKnown::none;
+    bool canBeTarget_ = true;
 };
 
 } // namespace ferrow

@@ -109,13 +109,11 @@ private:
 };
 
 LittleCms::Transform makeTransform(const LittleCms::Context& context, cmsHPROFILE from, PixelFormat source,
-                                   cmsHPROFILE to, PixelFormat target)
+                                   cmsHPROFILE to, PixelFormat target, cmsUInt32Number further = 0)
 {
-    if (!from || !to)
-        return nullptr;
     const cmsUInt32Number alpha = source.hasAlpha() && target.hasAlpha() ? cmsFLAGS_COPY_ALPHA : 0;
     return LittleCms::Transform(cmsCreateTransformTHR(context.get(), from, libraryFormat(source), to,
-                                                      libraryFormat(target), intent, flags | alpha));
+                                                      libraryFormat(target), intent, flags | alpha | further));
 }
 
 std::unique_ptr<RowConverter> grayRows(const LittleCms::Context& context, cmsHPROFILE from, PixelFormat source,
@@ -123,7 +121,8 @@ std::unique_ptr<RowConverter> grayRows(const LittleCms::Context& context, cmsHPR
 {
     PixelFormat levels = source;
     levels.alpha = Alpha::none;
-    const LittleCms::Transform transform = makeTransform(context, from, levels, to, rgb8);
+    const LittleCms::Transform transform =
+        makeTransform(context, from, levels, to, rgb8, source.bitsPerComponent == 8 ? cmsFLAGS_NOOPTIMIZE : 0);
     if (!transform)
         return nullptr;
     return withPixelTypes(source, target, [&]<typename Source, typename Target>() -> std::unique_ptr<RowConverter> {
@@ -163,7 +162,7 @@ bool meansTheSame(const ColorProfile& from, ColorModel model, const ColorProfile
 std::unique_ptr<RowConverter> convertedRows(const ColorProfile& from, PixelFormat source, const ColorProfile& to,
                                             PixelFormat target)
 {
-    LittleCms::Context context;
+    LittleCms::Context context(from.icc().size() + to.icc().size());
     const LittleCms::Profile fromProfile =
         from.isEmpty() ? assumedProfile(context, source.model) : LittleCms::openProfile(context, from.icc());
     const LittleCms::Profile toProfile =

@@ -15,8 +15,9 @@ namespace ferrow {
 /// result is undefined (flatten first). Immutable after construction: one transform may serve several threads.
 class ColorTransform {
 public:
-    /// `from` is read as ColorProfile says when empty. `to` must be an RGB profile; `target` rgb8 or rgba8.
-    /// Never fails: a profile that the colour library rejects after all counts as empty.
+    /// `from` is read as ColorProfile says when empty. `to` must be a profile that canBeTarget(); `target`
+    /// rgb8 or rgba8. Never fails but for memory (std::bad_alloc): a profile that the colour library rejects after all
+    /// counts as empty.
     ColorTransform(const ColorProfile& from, PixelFormat source, const ColorProfile& to, PixelFormat target);
     ~ColorTransform();
     ColorTransform(ColorTransform&&) noexcept;

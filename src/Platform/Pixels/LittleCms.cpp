@@ -12,8 +12,10 @@ namespace ferrow::LittleCms {
 
 namespace {
 
-/// Ten times what a profile of the largest size that we accept takes, less what its tables may claim beyond it.
-constexpr std::size_t memoryBudget = std::size_t{160} << 20;
+/// What the library may take for its own tables, and for each byte of a profile: it keeps the profile, unpacks what is
+/// in it to twice the size or more, and copies that while it puts a transform together.
+constexpr std::size_t ownMemory = std::size_t{24} << 20;
+constexpr std::size_t memoryPerByte = 10;
 
 /// Whether `size` more bytes may be had. What is given back doesn't count: the bound is on a profile's whole life, so
 /// that neither many tables nor one that is asked for again and again costs much time. The context that the library
@@ -54,8 +56,8 @@ cmsPluginMemHandler boundedMemory{{cmsPluginMagicNumber, 2000, cmsPluginMemHandl
 
 } // namespace
 
-Context::Context()
-    : bytesLeft_(std::make_unique<std::size_t>(memoryBudget)),
+Context::Context(qsizetype profileBytes)
+    : bytesLeft_(std::make_unique<std::size_t>(ownMemory + memoryPerByte * static_cast<std::size_t>(profileBytes))),
       context_(cmsCreateContext(&boundedMemory, bytesLeft_.get()))
 {
     if (!context_)

@@ -26,12 +26,13 @@ using Profile = std::unique_ptr<void, ProfileDeleter>;
 using Transform = std::unique_ptr<void, TransformDeleter>;
 using Curve = std::unique_ptr<cmsToneCurve, CurveDeleter>;
 
-/// The library's state for some profiles and transforms. It prints nothing, and hands out a bounded amount of memory in
-/// its life, since a profile of a few hundred bytes may claim tables of half a gigabyte. Must outlive what is made in
-/// it.
+/// The library's state for some profiles and transforms. It prints nothing, and hands out memory
+/// in proportion to the profiles' size, since one of a few hundred bytes may claim tables of half a gigabyte. Must
+/// outlive what is made in it.
 class Context {
 public:
-    Context();
+    /// `profileBytes` is the size of the profiles from outside that will be opened in it.
+    explicit Context(qsizetype profileBytes = 0);
     [[nodiscard]] cmsContext get() const { return context_.get(); }
 
 private:

@@ -46,17 +46,60 @@ float within01(float value)
     return value > 0 ? std::min(value, 1.0F) : 0.0F; // Not a number becomes 0 as well.
 }
 
-template <typename Component>
-constexpr std::size_t decodingLength = sizeof(Component) == 1 ? 256 : 4096;
-
-/// 16 bits are looked up by their upper 12: a sixteenth of a level of the result.
-std::size_t decodingEntry(std::uint8_t value)
+float lightOf(const cmsToneCurve* curve, double level)
 {
-    return value;
+    return within01(cmsEvalToneCurveFloat(curve, static_cast<cmsFloat32Number>(level)));
 }
-std::size_t decodingEntry(std::uint16_t value)
+
+/// From one component of a pixel to what it adds to the light of the three of the result.
+template <typename Component>
+class Decoding;
+
+template <>
+class Decoding<std::uint8_t> {
+public:
+    Decoding(const cmsToneCurve* curve, Lanes column) : table_(256)
+    {
+        for (std::size_t level = 0; level < table_.size(); ++level)
+            table_[level].lanes = column * lightOf(curve, static_cast<double>(level) / 255);
+    }
+
+    [[nodiscard]] Lanes operator()(std::uint8_t level) const { return table_[level].lanes; }
+
+private:
+    struct Entry {
+        Lanes lanes;
+    };
+    std::vector<Entry> table_;
+};
+
+/// Between points of the curve, since a table of all levels would not stay near the processor.
+template <>
+class Decoding<std::uint16_t> {
+public:
+    Decoding(const cmsToneCurve* curve, Lanes column) : points_((65536 >> stepBits) + 1), column_(column)
+    {
+        for (std::size_t point = 0; point < points_.size(); ++point)
+            points_[point] = lightOf(curve, std::min(1.0, static_cast<double>(point << stepBits) / 65535));
+    }
+
+    [[nodiscard]] Lanes operator()(std::uint16_t level) const
+    {
+        const float* point = points_.data() + (level >> stepBits);
+        const float part = static_cast<float>(level & ((1 << stepBits) - 1)) / (1 << stepBits);
+        return column_ * (point[0] + (point[1] - point[0]) * part);
+    }
+
+private:
+    static constexpr int stepBits = 4;
+    std::vector<float> points_;
+    Lanes column_;
+};
+
+Lanes columnOf(const Matrix& matrix, std::size_t column)
 {
-    return value >> 4;
+    return Lanes{static_cast<float>(matrix[0][column]), static_cast<float>(matrix[1][column]),
+                 static_cast<float>(matrix[2][column]), 0};
 }
 
 template <typename Source, typename Target>
@@ -65,32 +108,27 @@ public:
     /// `matrix` leads from the source's linear RGB to the target's. `decoding` leads to light, `encoding` from it.
     MatrixShaper(const Matrix& matrix, const std::array<const cmsToneCurve*, 3>& decoding,
                  const std::array<const cmsToneCurve*, 3>& encoding)
+        : red_(decoding[0], columnOf(matrix, 0)), green_(decoding[1], columnOf(matrix, 1)),
+          blue_(decoding[2], columnOf(matrix, 2))
     {
-        for (std::size_t channel = 0; channel < 3; ++channel) {
-            contributions_[channel].resize(entries);
-            for (std::size_t entry = 0; entry < entries; ++entry)
-                contributions_[channel][entry] = contribution(matrix, channel, lightOf(decoding[channel], entry));
+        for (std::size_t channel = 0; channel < 3; ++channel)
             for (std::size_t entry = 0; entry < EncodingTable::length; ++entry)
-                levels_[channel][entry] = static_cast<std::uint8_t>(std::lround(
-                    within01(cmsEvalToneCurveFloat(encoding[channel], EncodingTable::lightOf(entry))) * 255));
-        }
+                levels_[channel][entry] = static_cast<std::uint8_t>(
+                    std::lround(lightOf(encoding[channel], EncodingTable::lightOf(entry)) * 255));
+        for (std::size_t channel = 1; channel < 3; ++channel)
+            tables_[channel] = levels_[channel] == levels_[0] ? 0 : channel;
     }
 
     void convert(const std::byte* in, std::byte* out, std::size_t pixels) const override
     {
-        // Equal tables are read as one, so that they stay in the processor's nearest memory.
-        const std::uint8_t* const red = levels_[0].data();
-        const std::uint8_t* const green = levels_[1] == levels_[0] ? red : levels_[1].data();
-        const std::uint8_t* const blue = levels_[2] == levels_[0] ? red : levels_[2].data();
-        const Contribution* const fromRed = contributions_[0].data();
-        const Contribution* const fromGreen = contributions_[1].data();
-        const Contribution* const fromBlue = contributions_[2].data();
+        const std::uint8_t* const red = levels_[tables_[0]].data();
+        const std::uint8_t* const green = levels_[tables_[1]].data();
+        const std::uint8_t* const blue = levels_[tables_[2]].data();
         const Lanes low = Lanes{} + EncodingTable::darkest;
         const Lanes high = Lanes{} + EncodingTable::brightest;
         for (; pixels > 0; --pixels, in += Source::bytes, out += Target::bytes) {
-            Lanes light = fromRed[decodingEntry(Source::component(in, 0))].lanes +
-                          fromGreen[decodingEntry(Source::component(in, 1))].lanes +
-                          fromBlue[decodingEntry(Source::component(in, 2))].lanes;
+            Lanes light =
+                red_(Source::component(in, 0)) + green_(Source::component(in, 1)) + blue_(Source::component(in, 2));
             light = light > low ? light : low;
             light = light < high ? light : high;
             const IntegerLanes entry =
@@ -103,29 +141,13 @@ public:
     }
 
 private:
-    using Component = typename Source::ComponentType;
-    static constexpr std::size_t entries = decodingLength<Component>;
-
-    /// What one component of a pixel adds to the light of the three of the result.
-    struct Contribution {
-        Lanes lanes;
-    };
-
-    static float lightOf(const cmsToneCurve* curve, std::size_t entry)
-    {
-        const double level =
-            entries == 256 ? static_cast<double>(entry) / 255 : (static_cast<double>(entry) * 16 + 7.5) / 65535;
-        return within01(cmsEvalToneCurveFloat(curve, static_cast<cmsFloat32Number>(level)));
-    }
-
-    static Contribution contribution(const Matrix& matrix, std::size_t channel, float light)
-    {
-        return {Lanes{static_cast<float>(matrix[0][channel]) * light, static_cast<float>(matrix[1][channel]) * light,
-                      static_cast<float>(matrix[2][channel]) * light, 0}};
-    }
-
-    std::array<std::vector<Contribution>, 3> contributions_;
+    Decoding<typename Source::ComponentType> red_;
+    Decoding<typename Source::ComponentType> green_;
+    Decoding<typename Source::ComponentType> blue_;
     std::array<EncodingTable::Table, 3> levels_;
+    /// Which of them each component uses: equal ones are read as one, so that it stays in the processor's nearest
+    /// memory.
+    std::array<std::size_t, 3> tables_{};
 };
 
 std::optional<std::array<const cmsToneCurve*, 3>> curvesOf(cmsHPROFILE profile)
