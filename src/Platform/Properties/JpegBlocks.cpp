@@ -86,35 +86,50 @@ private:
     int count_ = 0;
 };
 
-QByteArray bytesOf(const ByteSource& source, const Segment& segment, qsizetype after)
+QByteArray bytesAt(const ByteSource& source, std::int64_t offset, std::int64_t length)
 {
-    QByteArray bytes(std::max<qsizetype>(0, segment.length - after), Qt::Uninitialized);
+    QByteArray bytes(qsizetype(std::max<std::int64_t>(0, length)), Qt::Uninitialized);
     const std::span into(reinterpret_cast<std::byte*>(bytes.data()), std::size_t(bytes.size()));
-    bytes.truncate(qsizetype(source.readAt(segment.offset + after, into)));
+    bytes.truncate(qsizetype(source.readAt(offset, into)));
     return bytes;
 }
 
-/// Puts an extended packet together. It may come in any order; pieces of another packet than the first are not ours.
+QByteArray startOf(const ByteSource& source, const Segment& segment, qsizetype length)
+{
+    return bytesAt(source, segment.offset, std::min<std::int64_t>(segment.length, length));
+}
+
+/// The content behind its first `skipped` bytes.
+QByteArray bytesOf(const ByteSource& source, const Segment& segment, qsizetype skipped)
+{
+    return bytesAt(source, segment.offset + skipped, segment.length - skipped);
+}
+
+/// Puts an extended packet together. Its pieces may come in any order; those of another packet than the first are not
+/// ours. Large ones are depth maps, of which nothing is read.
 class ExtendedXmp {
 public:
-    /// `content` follows the segment's name: identifier, whole length, place of this piece, the piece.
-    void add(const QByteArray& content)
+    /// What stands between a segment's name and its piece: identifier, length of the packet, place of the piece.
+    static constexpr qsizetype headerLength = 40;
+
+    void add(const ByteSource& source, const Segment& segment, const QByteArray& header)
     {
         constexpr qsizetype identifierLength = 32;
-        constexpr qsizetype headerLength = identifierLength + 8;
-        if (content.size() <= headerLength)
+        const qsizetype pieceAt = extendedXmpName.size() + headerLength;
+        if (header.size() != headerLength || segment.length <= pieceAt)
             return;
-        const qint64 wholeLength = qFromBigEndian<quint32>(content.constData() + identifierLength);
-        const qint64 place = qFromBigEndian<quint32>(content.constData() + identifierLength + 4);
-        const qint64 length = content.size() - headerLength;
+        const qint64 wholeLength = qFromBigEndian<quint32>(header.constData() + identifierLength);
+        const qint64 place = qFromBigEndian<quint32>(header.constData() + identifierLength + 4);
+        const qint64 length = segment.length - pieceAt;
         if (identifier_.isEmpty() && wholeLength <= MetadataBlocks::maximumLength) {
-            identifier_ = content.left(identifierLength);
+            identifier_ = header.left(identifierLength);
             packet_.fill(' ', wholeLength);
         }
-        if (!content.startsWith(identifier_) || wholeLength != packet_.size() || place > wholeLength - length)
+        if (!header.startsWith(identifier_) || wholeLength != packet_.size() || place > wholeLength - length)
             return;
-        std::copy_n(content.constData() + headerLength, length, packet_.data() + place);
-        received_ += length;
+        const QByteArray piece = bytesOf(source, segment, pieceAt);
+        std::copy(piece.begin(), piece.end(), packet_.begin() + place);
+        received_ += piece.size();
     }
 
     /// Empty unless all of it came and the main packet names it.
@@ -148,9 +163,7 @@ MetadataBlocks jpegMetadataBlocks(const ByteSource& source)
     while (const auto segment = walk.next()) {
         if (segment->marker != app1 && segment->marker != app13)
             continue;
-        const QByteArray start = bytesOf(
-            source, {segment->marker, segment->offset, std::min<std::int64_t>(segment->length, extendedXmpName.size())},
-            0);
+        const QByteArray start = startOf(source, *segment, extendedXmpName.size() + ExtendedXmp::headerLength);
         if (segment->marker == app13) {
             // A block longer than a segment is spread over several.
             if (start.startsWith(photoshopName) && resources.size() < MetadataBlocks::maximumLength)
@@ -162,7 +175,7 @@ MetadataBlocks jpegMetadataBlocks(const ByteSource& source)
         } else if (start.startsWith(xmpName) && blocks.xmp.isEmpty()) {
             blocks.xmp = bytesOf(source, *segment, xmpName.size());
         } else if (start.startsWith(extendedXmpName)) {
-            extended.add(bytesOf(source, *segment, extendedXmpName.size()));
+            extended.add(source, *segment, start.mid(extendedXmpName.size()));
         }
     }
     blocks.iptc = iptcOfPhotoshopResources(resources);

@@ -44,7 +44,8 @@ ImageProperties decoded(const MetadataBlocks& blocks, PropertyMap exif)
     if (!iptc.isEmpty())
         properties.image.set(PropertyKey::iptc, {std::move(iptc)});
     properties.xmp = readXmpPacket(blocks.xmp);
-    for (const auto& [key, value] : readXmpPacket(blocks.extendedXmp).entries()) {
+    const PropertyMap extended = readXmpPacket(blocks.extendedXmp);
+    for (const auto& [key, value] : extended.entries()) {
         if (!properties.xmp.find(key))
             properties.xmp.set(key, value);
     }

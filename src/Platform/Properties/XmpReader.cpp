@@ -242,10 +242,13 @@ void onDocumentType(void* userData, const XML_Char*, const XML_Char*, const XML_
 QByteArray asUtf8(const QByteArray& packet)
 {
     const auto encoding = QStringConverter::encodingForData(packet, u'<');
-    if (!encoding || *encoding == QStringConverter::Utf8)
-        return ByteText::fromMetadata(packet).trimmed().toUtf8();
-    const QString text = QStringDecoder(*encoding).decode(packet);
-    return text.toUtf8();
+    if (encoding && *encoding != QStringConverter::Utf8) {
+        const QString text = QStringDecoder(*encoding).decode(packet);
+        return text.toUtf8();
+    }
+    const QByteArray text = packet.isValidUtf8() ? packet : ByteText::fromMetadata(packet).toUtf8();
+    const qsizetype end = text.indexOf('\0');
+    return (end < 0 ? text : text.left(end)).trimmed();
 }
 
 } // namespace
