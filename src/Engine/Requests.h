@@ -78,9 +78,9 @@ struct RegionRequest {
     SourceFile source;
     PixelSize expectedSize;
     Composition composition;
-    std::int64_t x = 0;
+    std::int64_t x = 0; ///< Of the region's left edge on the canvas, origin at the top left.
     std::int64_t y = 0;
-    PixelSize size;
+    PixelSize size; ///< What reaches beyond the canvas is cut off.
 };
 
 /// A logo at most `maximumDimension` long (PDF pages are drawn at exactly that).

@@ -5,9 +5,7 @@
 #include "Platform/Base/PixelSize.h"
 
 #include <QByteArray>
-#include <QFile>
 #include <QString>
-#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -15,6 +13,8 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <cstdlib>
+#include <filesystem>
 #include <ostream>
 #include <stdexcept>
 
@@ -43,8 +43,22 @@ namespace ferrow::test {
 /// A folder that goes away with the test; its name holds a space, as users' folders do.
 class TemporaryFolder {
 public:
-    TemporaryFolder() : directory_(QStringLiteral("/tmp/ferrow test XXXXXX")) {}
-    [[nodiscard]] FileUrl url() const { return FileUrl::fromPath(QFile::encodeName(directory_.path())); }
+    TemporaryFolder()
+    {
+        char name[] = "/tmp/ferrow test XXXXXX";
+        if (!::mkdtemp(name))
+            throw std::runtime_error("cannot make a test folder");
+        path_ = name;
+    }
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+    ~TemporaryFolder()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_.toStdString(), ignored);
+    }
+
+    [[nodiscard]] FileUrl url() const { return FileUrl::fromPath(path_); }
     [[nodiscard]] FileUrl file(const QByteArray& name) const { return url().appending(name); }
     FileUrl write(const QByteArray& name, const QByteArray& bytes) const
     {
@@ -57,7 +71,7 @@ public:
     }
 
 private:
-    QTemporaryDir directory_;
+    QByteArray path_;
 };
 
 inline QByteArray readFile(const FileUrl& url)
