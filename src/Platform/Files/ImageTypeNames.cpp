@@ -2,7 +2,10 @@
 #include "Platform/Files/ImageTypeNames.h"
 
 #include <QFile>
+#include <QHash>
 #include <QMimeDatabase>
+#include <QMutex>
+#include <QMutexLocker>
 #include <QStandardPaths>
 #include <QXmlStreamReader>
 
@@ -87,6 +90,11 @@ std::optional<QString> ownName(const QByteArray& lowerCaseExtension)
     return std::nullopt;
 }
 
+bool isImage(const QMimeType& type)
+{
+    return type.name().startsWith(QStringLiteral("image/"));
+}
+
 /// The MIME type the installed database gives the extension, images before others; invalid for none.
 QMimeType mimeType(const QByteArray& lowerCaseExtension)
 {
@@ -95,7 +103,7 @@ QMimeType mimeType(const QByteArray& lowerCaseExtension)
     const auto types =
         QMimeDatabase().mimeTypesForFileName(QStringLiteral("x.") + QString::fromUtf8(lowerCaseExtension));
     for (const QMimeType& type : types)
-        if (type.name().startsWith(QStringLiteral("image/")))
+        if (isImage(type))
             return type;
     return types.isEmpty() ? QMimeType() : types.first();
 }
@@ -118,12 +126,26 @@ std::optional<QString> englishComment(const QMimeType& type)
     return std::nullopt;
 }
 
+/// Remembered, since the database takes some 80 µs for what a folder full of sidecar files asks again and again.
+bool isImageInMimeDatabase(const QByteArray& lowerCaseExtension)
+{
+    constexpr qsizetype mostRemembered = 1'000;
+    static QMutex lock;
+    static QHash<QByteArray, bool> known;
+    const QMutexLocker locked(&lock);
+    if (const auto found = known.constFind(lowerCaseExtension); found != known.constEnd())
+        return *found;
+    if (known.size() >= mostRemembered)
+        known.clear();
+    return *known.insert(lowerCaseExtension, isImage(mimeType(lowerCaseExtension)));
+}
+
 } // namespace
 
 bool isImageExtension(const QByteArray& extension)
 {
     const QByteArray lower = extension.toLower();
-    return ownName(lower) || mimeType(lower).name().startsWith(QStringLiteral("image/"));
+    return ownName(lower) || isImageInMimeDatabase(lower);
 }
 
 std::optional<QString> description(const QByteArray& extension)
@@ -136,8 +158,7 @@ std::optional<QString> description(const QByteArray& extension)
         return std::nullopt;
     if (auto comment = englishComment(type))
         return comment;
-    const bool isImage = type.name().startsWith(QStringLiteral("image/"));
-    return QString::fromUtf8(lower.toUpper()) + (isImage ? QStringLiteral(" image") : QStringLiteral(" file"));
+    return QString::fromUtf8(lower.toUpper()) + (isImage(type) ? QStringLiteral(" image") : QStringLiteral(" file"));
 }
 
 } // namespace ferrow::ImageTypeNames

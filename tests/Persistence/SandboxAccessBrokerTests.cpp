@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Persistence/SandboxAccessBroker.h"
+
+#include "Support/TestSupport.h"
+
+#include <algorithm>
+
+namespace ferrow {
+
+namespace {
+
+using Outcome = SandboxAccessBroker::SourceAccessOutcome;
+
+FileUrl url(const char* path)
+{
+    return FileUrl::fromPath(QByteArray(path));
+}
+
+class SandboxAccessBrokerTest : public testing::Test {
+protected:
+    /// Every call by its path; paths that contain "denied" are not opened, and those with a dot are no folders.
+    SandboxAccessBroker broker{{
+        [this](const FileUrl& place) {
+            started += place.path();
+            return !place.path().contains("denied");
+        },
+        [this](const FileUrl& place) { stopped += place.path(); },
+        [](const FileUrl& place) { return !place.path().contains('.'); },
+    }};
+    QByteArrayList started;
+    QByteArrayList stopped;
+};
+
+} // namespace
+
+TEST_F(SandboxAccessBrokerTest, holdsEachPlaceOnce)
+{
+    broker.retainAccess({url("/a/folder"), url("/a/./folder/"), url("/denied"), url("/b/photo.jpg"), url("/a/folder")});
+    EXPECT_EQ(started, (QByteArrayList{"/a/folder", "/denied", "/b/photo.jpg"}));
+    EXPECT_EQ(broker.accessedRoots(), (std::vector{url("/a/folder"), url("/b/photo.jpg")}));
+    EXPECT_EQ(broker.writableSourceFolders(), std::vector{url("/a/folder")});
+
+    broker.retainDestination(url("/out"));
+    broker.retainDestination(url("/denied"));
+    EXPECT_EQ(stopped, QByteArrayList{"/out"});
+    EXPECT_EQ(broker.accessedDestination(), std::nullopt);
+
+    broker.retainDestination(url("/out2"));
+    broker.stopAllAccess();
+    EXPECT_EQ(stopped, (QByteArrayList{"/out", "/a/folder", "/b/photo.jpg", "/out2"}));
+    EXPECT_TRUE(broker.accessedRoots().empty() && broker.writableSourceFolders().empty());
+    EXPECT_EQ(broker.accessedDestination(), std::nullopt);
+}
+
+TEST_F(SandboxAccessBrokerTest, asksForSourceFoldersUntilAllAreWritable)
+{
+    const std::vector<FileUrl> photos{url("/p/b10/x.jpg"), url("/p/b2/x.jpg"), url("/held/sub/x.jpg"),
+                                      url("/p/b2/y.jpg")};
+    const struct {
+        const char* name;
+        QList<QByteArray> answers; ///< Empty: dismissed.
+        Outcome outcome;
+        QList<QByteArray> asked;
+    } rows[] = {
+        {"each folder itself", {"/p/b2", "/p/b10"}, {Outcome::Case::granted, {}}, {"/p/b2 0/2", "/p/b10 1/2"}},
+        {"a parent covers both", {"/p/"}, {Outcome::Case::granted, {}}, {"/p/b2 0/2"}},
+        {"dismissed", {""}, {Outcome::Case::cancelled, {}}, {"/p/b2 0/2"}},
+        {"second dismissed", {"/p/b2", ""}, {Outcome::Case::cancelled, {}}, {"/p/b2 0/2", "/p/b10 1/2"}},
+        {"a sibling", {"/p/b"}, {Outcome::Case::outsideScope, url("/p/b2")}, {"/p/b2 0/2"}},
+        {"the root contains nothing", {"/"}, {Outcome::Case::outsideScope, url("/p/b2")}, {"/p/b2 0/2"}},
+        {"another letter case", {"/P"}, {Outcome::Case::outsideScope, url("/p/b2")}, {"/p/b2 0/2"}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        broker.stopSourceAccess();
+        broker.retainAccess({url("/held"), url("/p/b2/x.jpg")});
+        QList<QByteArray> asked;
+        const Outcome outcome = broker.ensureSourceFolderAccess(
+            photos, [&](const FileUrl& folder, std::size_t index, std::size_t total) -> std::optional<FileUrl> {
+                asked += folder.path() + ' ' + QByteArray::number(index) + '/' + QByteArray::number(total);
+                const QByteArray answer = row.answers.value(asked.size() - 1);
+                return answer.isEmpty() ? std::nullopt : std::optional(FileUrl::fromPath(answer));
+            });
+        EXPECT_EQ(outcome, row.outcome);
+        EXPECT_EQ(asked, row.asked);
+    }
+    broker.stopSourceAccess();
+    const auto denied = broker.ensureSourceFolderAccess(
+        {url("/denied/sub/x.jpg")}, [](const FileUrl&, auto, auto) { return std::optional(url("/denied")); });
+    EXPECT_EQ(denied, (Outcome{Outcome::Case::accessDenied, url("/denied")}));
+    EXPECT_TRUE(broker.accessedRoots().empty());
+}
+
+} // namespace ferrow
