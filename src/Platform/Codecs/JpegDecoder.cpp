@@ -49,13 +49,13 @@ struct IccParts {
     std::size_t total = 0;
     bool broken = false;
 
-    /// Where the part's bytes go; null when the profile is of no use.
+    /// Where the part's bytes go; null for one that is of no use. Of a part that comes twice the first counts.
     JOCTET* place(j_common_ptr codec, int number, int count, std::size_t length)
     {
         const bool fits = number >= 1 && number <= count && (announced == 0 || announced == count) &&
-                          !parts[std::size_t(number)].bytes && total + length <= maximumIccBytes;
+                          total + length <= maximumIccBytes;
         broken = broken || !fits;
-        if (broken)
+        if (broken || parts[std::size_t(number)].bytes)
             return nullptr;
         announced = count;
         total += length;

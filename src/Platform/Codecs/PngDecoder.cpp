@@ -22,6 +22,15 @@ constexpr png_alloc_size_t maximumIccBytes = 16 * 1024 * 1024;
 /// inflate to a thousand times what it reads, and the library follows it to its end.
 constexpr std::int64_t allowedSurplus = 64 * 1024;
 
+/// The library asks for compressed bytes in pieces and leaves a piece that the file cannot fill: where the picture is
+/// shown as far as it goes, little shall be lost with the last one.
+constexpr std::size_t tolerantPiece = 512;
+
+png_const_bytep asBytes(const char* chunkName)
+{
+    return reinterpret_cast<png_const_bytep>(chunkName);
+}
+
 class PngDecoder final : public ImageDecoder {
 public:
     PngDecoder(const ByteSource& source, const DecodeOptions& options) : reader_(source), tolerance_(options.tolerance)
@@ -88,13 +97,17 @@ private:
         // Which sizes are too large is the caller's decision: the library shall parse them all.
         png_set_user_limits(handle_.png, longestSide, longestSide);
         png_set_chunk_malloc_max(handle_.png, maximumIccBytes);
-        png_set_compression_buffer_size(handle_.png, 65536);
+        png_set_compression_buffer_size(handle_.png, tolerance_ == Tolerance::strict ? 65536 : tolerantPiece);
         // Of the ancillary chunks only profiles are wanted. Texts above all shall be neither inflated nor given memory.
         png_set_keep_unknown_chunks(handle_.png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
-        png_set_keep_unknown_chunks(handle_.png, PNG_HANDLE_CHUNK_AS_DEFAULT,
-                                    reinterpret_cast<png_const_bytep>("iCCP\0sRGB\0"), 2);
+        png_set_keep_unknown_chunks(handle_.png, PNG_HANDLE_CHUNK_AS_DEFAULT, asBytes("iCCP"), 1);
+        // The library would drop a profile that comes beside an sRGB chunk, where the profile shall win.
+        png_set_keep_unknown_chunks(handle_.png, PNG_HANDLE_CHUNK_ALWAYS, asBytes("sRGB"), 1);
+        png_set_chunk_cache_max(handle_.png, 4);
         png_read_info(handle_.png, handle_.info);
         describe();
+        if (tolerance_ == Tolerance::tolerant)
+            png_set_crc_action(handle_.png, PNG_CRC_WARN_USE, PNG_CRC_WARN_DISCARD);
     }
 
     void describe()
@@ -120,7 +133,7 @@ private:
             profile_ =
                 ColorProfile::fromIcc(QByteArray(reinterpret_cast<const char*>(icc), qsizetype(length)), format_.model)
                     .value_or(ColorProfile());
-        else if (png_get_valid(handle_.png, handle_.info, PNG_INFO_sRGB) != 0)
+        else if (png_unknown_chunkp kept = nullptr; png_get_unknown_chunks(handle_.png, handle_.info, &kept) > 0)
             profile_ = format_.model == ColorModel::gray ? ColorProfile::sGray() : ColorProfile::sRGB();
     }
 
@@ -147,15 +160,14 @@ private:
     {
         const bool isLast = nextRow_ + 1 == size_.height;
         const bool whole = trap_.run([=, this] { readRowOfPass(row, isLast); });
-        if (whole && !lostPixels_)
+        if (tolerance_ == Tolerance::strict && (!whole || lostPixels_))
+            throw failure(Reason::damaged);
+        if (whole)
             return;
-        // The last row's pixels are there before its checksum turns out wrong.
-        const bool someRows = nextRow_ > 0 || (isLast && lostPixels_);
-        if (tolerance_ == Tolerance::strict || !someRows || reader_.refused())
+        if (nextRow_ == 0 || reader_.refused())
             throw failure(Reason::damaged);
         isBroken_ = true;
-        if (!whole)
-            fillGrey(row, size_.width);
+        fillGrey(row, size_.width);
     }
 
     void readRowOfPass(std::byte* row, bool isLast)
