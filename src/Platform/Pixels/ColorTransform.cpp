@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Pixels/ColorTransform.h"
 
+#include "Platform/Pixels/LabRows.h"
+#include "Platform/Pixels/LightEncoding.h"
 #include "Platform/Pixels/LittleCms.h"
 #include "Platform/Pixels/MatrixShaper.h"
 #include "Platform/Pixels/PixelRows.h"
 #include "Platform/Pixels/PressSpace.h"
 #include "Platform/Pixels/RowConverter.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <new>
@@ -85,7 +88,7 @@ private:
         std::vector<std::array<std::byte, 3>>(std::size_t{1} << (8 * sizeof(Component)));
 };
 
-/// Everything else: tables of many dimensions, through the colour library.
+/// Through tables of many dimensions, by the colour library.
 class LibraryRows final : public RowConverter {
 public:
     LibraryRows(LittleCms::Context context, LittleCms::Transform transform, PixelFormat source, PixelFormat target)
@@ -106,6 +109,36 @@ private:
     LittleCms::Context context_; // Before the transform, which must go first.
     LittleCms::Transform transform_;
     bool addsAlpha_;
+};
+
+/// By the colour library's tables to Lab, and from there by formula. The tables that the library makes are coarse: what
+/// they say is right where colours change slowly, as in Lab, but up to a tenth off at the edge of the target's gamut.
+class RowsThroughLab final : public RowConverter {
+public:
+    RowsThroughLab(std::unique_ptr<RowConverter> toLab, std::unique_ptr<RowConverter> fromLab, PixelFormat source,
+                   PixelFormat target)
+        : toLab_(std::move(toLab)), fromLab_(std::move(fromLab)),
+          sourceBytes_(static_cast<std::size_t>(source.bytesPerPixel())),
+          targetBytes_(static_cast<std::size_t>(target.bytesPerPixel()))
+    {
+    }
+
+    void convert(const std::byte* in, std::byte* out, std::size_t pixels) const override
+    {
+        constexpr std::size_t atOnce = 256;
+        std::array<std::byte, atOnce * 4 * sizeof(std::uint16_t)> between;
+        for (std::size_t done = 0; done < pixels; done += atOnce) {
+            const std::size_t count = std::min(atOnce, pixels - done);
+            toLab_->convert(in + done * sourceBytes_, between.data(), count);
+            fromLab_->convert(between.data(), out + done * targetBytes_, count);
+        }
+    }
+
+private:
+    std::unique_ptr<RowConverter> toLab_;
+    std::unique_ptr<RowConverter> fromLab_;
+    std::size_t sourceBytes_;
+    std::size_t targetBytes_;
 };
 
 LittleCms::Transform makeTransform(const LittleCms::Context& context, cmsHPROFILE from, PixelFormat source,
@@ -133,20 +166,50 @@ std::unique_ptr<RowConverter> grayRows(const LittleCms::Context& context, cmsHPR
     });
 }
 
-/// Null when the library can't lead from one to the other.
-std::unique_ptr<RowConverter> convertedRows(LittleCms::Context context, const LittleCms::Profile& from,
-                                            PixelFormat source, const LittleCms::Profile& to, PixelFormat target)
+std::unique_ptr<RowConverter> libraryRows(LittleCms::Context context, cmsHPROFILE from, PixelFormat source,
+                                          cmsHPROFILE to, PixelFormat target)
 {
-    if (!from || !to)
-        return nullptr;
-    if (auto shaped = shapedRows(from.get(), source, to.get(), target))
-        return shaped;
-    if (source.model == ColorModel::gray)
-        return grayRows(context, from.get(), source, to.get(), target);
-    LittleCms::Transform transform = makeTransform(context, from.get(), source, to.get(), target);
+    LittleCms::Transform transform = makeTransform(context, from, source, to, target);
     if (!transform)
         return nullptr;
     return std::make_unique<LibraryRows>(std::move(context), std::move(transform), source, target);
+}
+
+std::unique_ptr<RowConverter> rowsThroughLab(LittleCms::Context context, cmsHPROFILE from, PixelFormat source,
+                                             cmsHPROFILE to, PixelFormat target)
+{
+    const PixelFormat lab{ColorModel::lab, 16, source.alpha};
+    auto fromLab = labRows(lab, to, target);
+    if (!fromLab)
+        return nullptr;
+    const LittleCms::Profile labProfile = assumedProfile(context, ColorModel::lab);
+    auto toLab = libraryRows(std::move(context), from, source, labProfile.get(), lab);
+    if (!toLab)
+        return nullptr;
+    return std::make_unique<RowsThroughLab>(std::move(toLab), std::move(fromLab), source, target);
+}
+
+/// Null when there is no way from one to the other.
+std::unique_ptr<RowConverter> convertedRows(const ColorProfile& from, PixelFormat source, const ColorProfile& to,
+                                            PixelFormat target)
+{
+    LittleCms::Context context(from.icc().size() + to.icc().size());
+    const LittleCms::Profile fromProfile =
+        from.isEmpty() ? assumedProfile(context, source.model) : LittleCms::openProfile(context, from.icc());
+    const LittleCms::Profile toProfile =
+        to.isEmpty() ? assumedProfile(context, ColorModel::rgb) : LittleCms::openProfile(context, to.icc());
+    if (!fromProfile || !toProfile)
+        return nullptr;
+    if (auto shaped = shapedRows(fromProfile.get(), source, toProfile.get(), target))
+        return shaped;
+    if (source.model == ColorModel::gray)
+        return grayRows(context, fromProfile.get(), source, toProfile.get(), target);
+    if (source.model == ColorModel::lab && from.isEmpty())
+        if (auto rows = labRows(source, toProfile.get(), target))
+            return rows;
+    if (matrixProfileOf(toProfile.get(), Way::toPictures))
+        return rowsThroughLab(std::move(context), fromProfile.get(), source, toProfile.get(), target);
+    return libraryRows(std::move(context), fromProfile.get(), source, toProfile.get(), target);
 }
 
 /// Whether the numbers mean the same in both spaces: RGB in the same space, grey on the target's own curve.
@@ -157,17 +220,6 @@ bool meansTheSame(const ColorProfile& from, ColorModel model, const ColorProfile
     const bool hasCurveOfSRGB = from.isEmpty() || from.isEquivalentTo(ColorProfile::sGray());
     return model == ColorModel::gray && hasCurveOfSRGB &&
            (to.isEquivalentTo(ColorProfile::sRGB()) || to.isEquivalentTo(ColorProfile::displayP3()));
-}
-
-std::unique_ptr<RowConverter> convertedRows(const ColorProfile& from, PixelFormat source, const ColorProfile& to,
-                                            PixelFormat target)
-{
-    LittleCms::Context context(from.icc().size() + to.icc().size());
-    const LittleCms::Profile fromProfile =
-        from.isEmpty() ? assumedProfile(context, source.model) : LittleCms::openProfile(context, from.icc());
-    const LittleCms::Profile toProfile =
-        to.isEmpty() ? assumedProfile(context, ColorModel::rgb) : LittleCms::openProfile(context, to.icc());
-    return convertedRows(std::move(context), fromProfile, source, toProfile, target);
 }
 
 /// Leaves out what the library rejects: first the source's profile, then the target's.

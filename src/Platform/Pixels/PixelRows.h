@@ -11,7 +11,7 @@
 /// Pixel formats as types, so that the loops over pixels are compiled for each of them.
 namespace ferrow {
 
-/// A format of grey or RGB pixels.
+/// A format of grey, RGB or Lab pixels.
 template <typename Component, int colors, bool alpha>
 struct PixelType {
     using ComponentType = Component;
@@ -62,12 +62,13 @@ auto withAlphas(PixelFormat source, PixelFormat target, const Function& function
 
 } // namespace PixelTypes
 
-/// Calls function<Source, Target>() with the types of a grey or RGB source and of an RGB target of 8 bits.
+/// Calls function<Source, Target>() with the types of a source of one or three components and of an RGB target of 8
+/// bits.
 template <typename Function>
 auto withPixelTypes(PixelFormat source, PixelFormat target, const Function& function)
 {
     const bool deep = source.bitsPerComponent == 16;
-    if (source.model == ColorModel::gray)
+    if (source.colorChannels() == 1)
         return deep ? PixelTypes::withAlphas<std::uint16_t, 1>(source, target, function)
                     : PixelTypes::withAlphas<std::uint8_t, 1>(source, target, function);
     return deep ? PixelTypes::withAlphas<std::uint16_t, 3>(source, target, function)
