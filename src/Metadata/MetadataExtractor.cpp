@@ -93,6 +93,11 @@ std::optional<QString> formatted(const std::optional<double>& value, Format form
     return value ? std::optional<QString>(format(*value)) : std::nullopt;
 }
 
+bool fitsInteger(double value)
+{
+    return value > -0x1p63 && value < 0x1p63;
+}
+
 std::optional<QString> formatExposureTime(double seconds)
 {
     if (!(seconds > 0))
@@ -100,9 +105,8 @@ std::optional<QString> formatExposureTime(double seconds)
     if (seconds >= 1)
         return format(seconds, QLatin1StringView(" s"));
     const double reciprocal = std::round(1 / seconds);
-    // Beyond this no whole number holds it, and no shutter is that fast.
-    constexpr double largest = 9.2e18;
-    if (!(reciprocal < largest))
+    // No shutter is that fast, and a 64-bit number does not hold it.
+    if (!fitsInteger(reciprocal))
         return std::nullopt;
     return QStringLiteral("1/%1 s").arg(QString::number(qint64(reciprocal)));
 }
@@ -111,7 +115,7 @@ std::optional<QString> isoValue(const PropertyMap& exif)
 {
     const PropertyValue* value = exif.find(PropertyKey::exifISOSpeedRatings);
     const auto* numbers = value ? std::get_if<NumberList>(&value->value) : nullptr;
-    if (!numbers || numbers->empty() || !(std::abs(numbers->front()) < 9.2e18))
+    if (!numbers || numbers->empty() || !fitsInteger(numbers->front()))
         return std::nullopt;
     return QString::number(qint64(numbers->front()));
 }

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Metadata/MetadataTemplateExpander.h"
+
+#include "Support/TestSupport.h"
+
+namespace ferrow {
+
+namespace {
+
+QString operator""_s(const char16_t* characters, std::size_t length)
+{
+    return QString::fromUtf16(characters, qsizetype(length));
+}
+
+PhotoMetadata sparse()
+{
+    PhotoMetadata metadata;
+    metadata.filename = u"IMG_1.jpg"_s;
+    metadata.cameraMake = u"Canon"_s;
+    metadata.cameraModel = u"Canon EOS R5"_s;
+    metadata.iso = u"400"_s;
+    metadata.exposureCompensation = u"-1 EV"_s;
+    metadata.title = u"  Dune  "_s;
+    metadata.caption = u"{iso} on {lens}\r\nline two -"_s;
+    metadata.captureDate = QDateTime(QDate(2024, 12, 31), QTime(23, 30), Qt::UTC);
+    return metadata;
+}
+
+} // namespace
+
+TEST(MetadataTemplateExpander, replacesAndTidies)
+{
+    const std::vector<std::pair<QString, QString>> rows{
+        {u""_s, u""_s},
+        {u" \u00B7  | \u2014 \n - "_s, u""_s},
+        {u"{camera} \u00B7 {lens} \u00B7 {iso}"_s, u"Canon Canon EOS R5 \u00B7 \u00B7 400"_s},
+        {u"{cameraMake}\n{lens}"_s, u"Canon"_s},
+        {u"{lens}\n\n{iso}\n"_s, u"400"_s},
+        {u"{aperture} | {shutterSpeed} | {iso}"_s, u"400"_s},
+        {u"{iso} | {aperture}"_s, u"400"_s},
+        {u"{title}"_s, u"Dune"_s},
+        {u"by\t \t{title}by"_s, u"by Dune by"_s},
+        {u"a\u00A0\u00A0b"_s, u"a\u00A0\u00A0b"_s},
+        {u"a\rb\u2028c\u2029d\u0085e\ff"_s, u"a\nb\nc\nd\ne\nf"_s},
+        {u"{exposureCompensation}"_s, u"1 EV"_s},
+        {u"at {exposureCompensation}"_s, u"at -1 EV"_s},
+        {u"{iso}{iso}"_s, u"400400"_s},
+        {u"{Iso} {none} {iso"_s, u"{Iso} {none} {iso"_s},
+        {u"{{iso}"_s, u"{400"_s},
+        {u"{iso}}"_s, u"400}"_s},
+        {u"{}{"_s, u"{}{"_s},
+        {u"{caption}"_s, u"{iso} on {lens}\nline two"_s},
+    };
+    for (const auto& [captionTemplate, expected] : rows) {
+        SCOPED_TRACE(captionTemplate.toStdString());
+        EXPECT_EQ(MetadataTemplateExpander::expand(captionTemplate, sparse()), expected);
+    }
+}
+
+TEST(MetadataTemplateExpander, knowsEveryToken)
+{
+    PhotoMetadata metadata = sparse();
+    metadata.lens = u"XF23"_s;
+    metadata.focalLength = u"35 mm"_s;
+    metadata.aperture = u"f/2.8"_s;
+    metadata.shutterSpeed = u"1/250 s"_s;
+    metadata.artist = u"me"_s;
+    metadata.copyright = u"(c)"_s;
+    const QString tokens =
+        u"{filename};{captureDate};{camera};{cameraMake};{cameraModel};{lens};{focalLength};{aperture};"
+        "{shutterSpeed};{iso};{exposureCompensation};{artist};{copyright};{title};{year}"_s;
+    // New Year's Eve in UTC is New Year's Day where the tests run.
+    EXPECT_EQ(MetadataTemplateExpander::expand(tokens, metadata),
+              u"IMG_1.jpg;Jan 1, 2025;Canon Canon EOS R5;Canon;Canon EOS R5;XF23;35 mm;f/2.8;1/250 s;400;-1 EV;me;(c);"
+              " Dune ;2025"_s);
+
+    PhotoMetadata nothing;
+    for (const auto& [token, name] : CodedCases<MetadataToken>::table) {
+        SCOPED_TRACE(int(token));
+        const bool isKnown = MetadataTemplateExpander::tokenValue(token, nothing).has_value();
+        EXPECT_EQ(isKnown, token == MetadataToken::filename);
+    }
+}
+
+} // namespace ferrow
