@@ -9,7 +9,7 @@
 #include <optional>
 
 /// Texts and order as the user's desktop writes them. Numbers follow LC_NUMERIC, dates LC_TIME, order LC_COLLATE; C and
-/// POSIX count as en_US. Safe from any thread.
+/// POSIX count as en_US. Safe from any thread; each reads the environment's locale once.
 namespace ferrow::Localization {
 
 [[nodiscard]] QLocale numberLocale();

@@ -5,11 +5,11 @@
 #include <QDBusMessage>
 #include <QDBusVariant>
 #include <QFile>
+#include <QFileInfo>
 #include <QFontDatabase>
 #include <QFontInfo>
 
 #include <array>
-#include <optional>
 
 namespace ferrow::FontFamilies {
 
@@ -82,7 +82,8 @@ QString familyFromKde()
         return {};
     const QByteArray folder = qgetenv("XDG_CONFIG_HOME");
     QFile file(QFile::decodeName((folder.isEmpty() ? qgetenv("HOME") + "/.config" : folder) + "/kdeglobals"));
-    if (!file.open(QIODevice::ReadOnly))
+    // Opening something that is not a file, such as a pipe, might wait for ever.
+    if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly))
         return {};
     bool inGeneral = false;
     while (!file.atEnd()) {

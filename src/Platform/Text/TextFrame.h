@@ -17,21 +17,23 @@ enum class TextAlignment { left, center, right };
 struct TextStyle {
     QStringList families; ///< Tried in order; the first that is installed draws the text, the rest fill its gaps.
     bool bold = false;
-    double pixelSize = 48;
+    double pixelSize = 48;                         ///< 1 … 20,000.
     TextAlignment alignment = TextAlignment::left; ///< Literal, also in right-to-left text.
     double lineSpacing = 0;                        ///< Extra pixels between lines.
 };
 
 /// The families to ask for, in order, for each typeface choice: the named face, its stand-ins, then colour emoji.
 namespace FontFamilies {
-/// The desktop's user-interface font, else fontconfig's sans-serif.
+/// The desktop's user-interface font, else fontconfig's sans-serif. Asked for once; waits 200 ms at most.
 [[nodiscard]] QString system();
-/// `name` followed by its stand-ins on this platform ("New York" → "PT Serif", "Noto Serif" …).
+/// `name` followed by its stand-ins on this platform ("New York" → "PT Serif", "Noto Serif" …). Those of
+/// "Arial Rounded MT Bold" are bold only when TextStyle::bold is set.
 [[nodiscard]] QStringList chainFor(const QString& name);
 } // namespace FontFamilies
 
 /// A text broken into lines, measured and drawn. Needs a QGuiApplication (the offscreen platform will do); any thread.
-/// Fractional sizes and unhinted metrics, so that lines break alike at every scale.
+/// Fractional sizes and unhinted metrics, so that lines break alike at every scale. Line feeds of all kinds begin a new
+/// line; other control characters and white space at the end of a line are left out.
 class TextFrame {
 public:
     TextFrame(const QString& text, const TextStyle& style);
@@ -42,7 +44,7 @@ public:
     /// Extent of the lines, broken at `constraint.width()` pixels, that fit `constraint.height()`: at least the first.
     [[nodiscard]] QSizeF suggestedSize(const QSizeF& constraint) const;
 
-    /// The text laid out in a box of `box` pixels, drawn with its first line at the top and cut off at the box's edges.
+    /// The text laid out in a box of `box` pixels, drawn with its first line at the top.
     /// `red`, `green`, `blue`, `alpha` 0…1 in sRGB; colour glyphs keep their colours and take the alpha.
     /// Lines that do not fit whole into the box's height are left out, but never the first.
     /// The bitmap is premultiplied RGBA in sRGB, ceil(box) pixels plus `margin` on every side, in which glyphs may
