@@ -1,0 +1,235 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+/// Encodes photos as HEIC with every preset and thread setting of the encoder and prints time, size and fidelity: the
+/// figures behind docs/heic-encoder.md. Usage: HeifPresets photo...
+///
+/// Every encode runs in a process of its own, so that its memory peak is its own.
+
+#include "Platform/Codecs/FileType.h"
+#include "Platform/Codecs/ImageDecoder.h"
+
+#include <QString>
+
+#include <libheif/heif.h>
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace ferrow;
+
+struct Picture {
+    PixelSize size;
+    std::vector<std::byte> rgb;
+};
+
+struct Setting {
+    const char* preset;
+    int quality;
+    const char* chroma;
+    const char* pools;
+};
+
+/// Shared with the child that measures.
+struct Figures {
+    bool isValid = false;
+    double wallSeconds = 0;
+    double processorSeconds = 0;
+    double peakMegabytes = 0;
+    std::size_t bytes = 0;
+    double fidelity = 0; ///< PSNR over the three components, in dB.
+};
+
+Picture load(const char* path)
+{
+    const int descriptor = ::open(path, O_RDONLY | O_CLOEXEC);
+    struct stat status {};
+    if (descriptor < 0 || ::fstat(descriptor, &status) != 0)
+        throw std::string("cannot be opened");
+    const ByteSource source(descriptor, status.st_size);
+    const auto type = detectFileType(source);
+    if (!type || !type->type)
+        throw std::string("is of no known type");
+    const auto decoder = openDecoder(*type->type, source, {});
+    if (decoder->format() != rgb8)
+        throw std::string("is not plain RGB");
+    Picture picture{decoder->size(), {}};
+    const auto stride = static_cast<std::size_t>(picture.size.width * 3);
+    picture.rgb.resize(stride * static_cast<std::size_t>(picture.size.height));
+    decoder->readRows(picture.size.height, picture.rgb.data(), stride);
+    ::close(descriptor);
+    return picture;
+}
+
+void require(const heif_error& error)
+{
+    if (error.code != heif_error_Ok)
+        throw std::string(error.message);
+}
+
+heif_image* toImage(const Picture& picture)
+{
+    const auto width = static_cast<int>(picture.size.width);
+    const auto height = static_cast<int>(picture.size.height);
+    heif_image* image = nullptr;
+    require(heif_image_create(width, height, heif_colorspace_RGB, heif_chroma_interleaved_RGB, &image));
+    require(heif_image_add_plane(image, heif_channel_interleaved, width, height, 8));
+    int stride = 0;
+    std::uint8_t* pixels = heif_image_get_plane(image, heif_channel_interleaved, &stride);
+    for (int y = 0; y < height; ++y) {
+        const std::byte* row = picture.rgb.data() + std::size_t(y) * std::size_t(width) * 3;
+        std::copy_n(row, std::size_t(width) * 3,
+                    reinterpret_cast<std::byte*>(pixels) + std::size_t(y) * std::size_t(stride));
+    }
+    return image;
+}
+
+heif_error append(heif_context*, const void* data, std::size_t size, void* user)
+{
+    auto& bytes = *static_cast<std::vector<std::byte>*>(user);
+    bytes.assign(static_cast<const std::byte*>(data), static_cast<const std::byte*>(data) + size);
+    return {heif_error_Ok, heif_suberror_Unspecified, ""};
+}
+
+std::vector<std::byte> encode(const Picture& picture, const Setting& setting)
+{
+    heif_image* image = toImage(picture);
+    heif_context* context = heif_context_alloc();
+    heif_encoder* encoder = nullptr;
+    require(heif_context_get_encoder_for_format(context, heif_compression_HEVC, &encoder));
+    require(heif_encoder_set_lossy_quality(encoder, setting.quality));
+    require(heif_encoder_set_parameter_string(encoder, "preset", setting.preset));
+    require(heif_encoder_set_parameter_string(encoder, "chroma", setting.chroma));
+    require(heif_encoder_set_parameter_string(encoder, "x265:pools", setting.pools));
+    require(heif_context_encode_image(context, image, encoder, nullptr, nullptr));
+    heif_image_release(image);
+    std::vector<std::byte> bytes;
+    heif_writer writer{1, append};
+    require(heif_context_write(context, &writer, &bytes));
+    heif_encoder_release(encoder);
+    heif_context_free(context);
+    return bytes;
+}
+
+double fidelity(const Picture& picture, const std::vector<std::byte>& bytes)
+{
+    const int descriptor = ::memfd_create("heic", MFD_CLOEXEC);
+    if (::write(descriptor, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size()))
+        throw std::string("cannot be kept in memory");
+    const ByteSource source(descriptor, static_cast<std::int64_t>(bytes.size()));
+    const auto decoder = openHeifDecoder(source, {});
+    const auto rowBytes = static_cast<std::size_t>(picture.size.width * 3);
+    std::vector<std::byte> row(rowBytes);
+    double squares = 0;
+    for (std::int64_t y = 0; y < picture.size.height; ++y) {
+        decoder->readRows(1, row.data(), rowBytes);
+        const std::byte* original = picture.rgb.data() + std::size_t(y) * rowBytes;
+        for (std::size_t i = 0; i < rowBytes; ++i) {
+            const int difference = std::to_integer<int>(row[i]) - std::to_integer<int>(original[i]);
+            squares += difference * difference;
+        }
+    }
+    ::close(descriptor);
+    return 10 * std::log10(255.0 * 255.0 * double(picture.rgb.size()) / squares);
+}
+
+double seconds(const timeval& time)
+{
+    return double(time.tv_sec) + double(time.tv_usec) / 1e6;
+}
+
+void measure(const Picture& picture, const Setting& setting, Figures& figures)
+{
+    const auto start = std::chrono::steady_clock::now();
+    const std::vector<std::byte> bytes = encode(picture, setting);
+    figures.wallSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    rusage usage{};
+    ::getrusage(RUSAGE_SELF, &usage);
+    figures.processorSeconds = seconds(usage.ru_utime) + seconds(usage.ru_stime);
+    // The picture itself, which the child shares with its parent, is not the encoder's.
+    figures.peakMegabytes = (double(usage.ru_maxrss) * 1024 - double(picture.rgb.size())) / 1e6;
+    figures.bytes = bytes.size();
+    figures.fidelity = fidelity(picture, bytes);
+    figures.isValid = true;
+}
+
+Figures measureApart(const Picture& picture, const Setting& setting)
+{
+    void* memory = ::mmap(nullptr, sizeof(Figures), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED)
+        throw std::string("cannot be measured");
+    auto* shared = new (memory) Figures;
+    const pid_t child = ::fork();
+    if (child == 0) {
+        try {
+            measure(picture, setting, *shared);
+        } catch (...) {
+        }
+        std::_Exit(0);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    const Figures figures = *shared;
+    ::munmap(memory, sizeof(Figures));
+    return figures;
+}
+
+void print(const Picture& picture, const Setting& setting)
+{
+    const Figures figures = measureApart(picture, setting);
+    if (!figures.isValid) {
+        std::printf("%-10s %4d  %s  %-5s failed\n", setting.preset, setting.quality, setting.chroma, setting.pools);
+        return;
+    }
+    std::printf("%-10s %4d  %s  %-5s %8.2f %8.2f %9zu %7.2f %7.0f\n", setting.preset, setting.quality, setting.chroma,
+                setting.pools, figures.wallSeconds, figures.processorSeconds, figures.bytes, figures.fidelity,
+                figures.peakMegabytes);
+    std::fflush(stdout);
+}
+
+void compare(const char* path)
+{
+    const Picture picture = load(path);
+    const std::string name(path);
+    std::printf("\n%s: %lld x %lld\n", name.substr(name.rfind('/') + 1).c_str(),
+                static_cast<long long>(picture.size.width), static_cast<long long>(picture.size.height));
+    std::puts("preset   quality chroma pools  wall s    cpu s     bytes  psnr dB  peak MB");
+    for (const int quality : {50, 90}) {
+        for (const char* preset : {"ultrafast", "superfast", "veryfast", "faster", "fast", "medium", "slow"})
+            print(picture, {preset, quality, "420", "1"});
+    }
+    for (const char* pools : {"none", "1", "2", "*"})
+        print(picture, {"ultrafast", 90, "420", pools});
+    print(picture, {"ultrafast", 90, "444", "1"});
+}
+
+} // namespace
+
+int main(int argumentCount, char** arguments)
+{
+    for (int i = 1; i < argumentCount; ++i) {
+        try {
+            compare(arguments[i]);
+        } catch (const std::string& error) {
+            std::printf("%s %s\n", arguments[i], error.c_str());
+        } catch (const CodecError&) {
+            std::printf("%s cannot be decoded\n", arguments[i]);
+        } catch (const InputOutputError&) {
+            std::printf("%s cannot be read\n", arguments[i]);
+        }
+    }
+    return argumentCount > 1 ? 0 : 2;
+}
