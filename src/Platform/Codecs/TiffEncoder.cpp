@@ -17,7 +17,7 @@ constexpr std::int64_t stripBytes = 256 * 1024;
 /// From here on the plain format's 32-bit offsets could run out: the picture may not compress at all.
 constexpr std::int64_t bigTiffBytes = 3'500'000'000;
 /// Measured: docs/tiff-compression.md.
-constexpr int deflateLevel = 4;
+constexpr int deflateLevel = 1;
 
 /// What libtiff's procedures write to. No exception may pass through the library: failures are kept here.
 struct Output {
@@ -160,6 +160,10 @@ std::uint64_t TiffEncoder::writeExifDirectory(const QString& dateTimeOriginal)
     require(TIFFCreateEXIFDirectory(tiff) == 0);
     require(TIFFSetField(tiff, EXIFTAG_EXIFVERSION, "0232") == 1);
     require(TIFFSetField(tiff, EXIFTAG_DATETIMEORIGINAL, dateTimeOriginal.toUtf8().constData()) == 1);
+    // Exif requires these of every directory of its own.
+    const bool isSrgb = options_.profile.isEquivalentTo(ColorProfile::sRGB());
+    require(TIFFSetField(tiff, EXIFTAG_FLASHPIXVERSION, "0100") == 1);
+    require(TIFFSetField(tiff, EXIFTAG_COLORSPACE, isSrgb ? 1 : 0xffff) == 1);
     require(TIFFWriteCustomDirectory(tiff, &offset) == 1);
     TIFFFreeDirectory(tiff);
     require(TIFFCreateDirectory(tiff) == 0);
