@@ -86,10 +86,14 @@ BatchImportScan scan(const std::vector<FileUrl>& roots)
 BatchImportResult load(const std::vector<FileUrl>& urls, int maximumConcurrency, const Loader& loader,
                        const Progress& progress)
 {
+    if (maximumConcurrency < 0)
+        qFatal("A negative number of loads can't run at once.");
     BatchImportResult result;
+    if (maximumConcurrency == 0)
+        return result;
     std::size_t done = 0;
     runBounded<Outcome>(
-        urls.size(), std::size_t(std::max(maximumConcurrency, 0)),
+        urls.size(), std::size_t(maximumConcurrency),
         [&](std::size_t index) { return loadOne(urls[index], loader); },
         [&](std::size_t, Outcome outcome) {
             if (auto* photo = std::get_if<ImportedPhoto>(&outcome))

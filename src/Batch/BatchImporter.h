@@ -34,7 +34,7 @@ using Progress = std::function<void(std::size_t)>;
 /// then says so). Never fails.
 [[nodiscard]] BatchImportScan scan(const std::vector<FileUrl>& roots);
 
-/// Loads `urls`, at most `maximumConcurrency` (at least 1, else nothing is loaded) at once, and waits for all of them.
+/// Loads `urls`, at most `maximumConcurrency` (0 loads nothing) at once, and waits for all of them.
 /// Never fails as a whole and can't be stopped. The default loader reads thumbnails.
 [[nodiscard]] BatchImportResult load(const std::vector<FileUrl>& urls, int maximumConcurrency,
                                      const Loader& loader = {}, const Progress& progress = {});

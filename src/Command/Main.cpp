@@ -71,6 +71,11 @@ int run(const std::vector<QByteArray>& words, const std::stop_token& stop)
 int main(int argc, char** argv)
 {
     const StopOnSignal interruption;
+    // The toolkit's remarks on the desktop session are no concern of a script's standard error.
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
+        if (type == QtCriticalMsg || type == QtFatalMsg)
+            Command::printError(QStringLiteral("ferrow-batch: ") + text);
+    });
     // Captions are drawn by the text engine, which asks for a platform but needs no display. Our own words never
     // reach it: it has options of its own.
     qputenv("QT_QPA_PLATFORM", "offscreen");
