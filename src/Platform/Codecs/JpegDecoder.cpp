@@ -331,7 +331,9 @@ private:
         }
         if (codec.input_scan_number > maximumScans || visits_ > std::max(visitsAlwaysAllowed, maximumVisits * blocks()))
             stop(Stop::tooMuchWork);
-        followedUpTo_ = reader_.position() - std::int64_t(bytes_.bytes_in_buffer);
+        // A marker that the bit reader ran into is read already, yet not followed.
+        const std::int64_t marker = codec.unread_marker != 0 ? 2 : 0;
+        followedUpTo_ = reader_.position() - std::int64_t(bytes_.bytes_in_buffer) - marker;
     }
 
     [[nodiscard]] bool isIncomplete() const

@@ -22,6 +22,9 @@ constexpr png_alloc_size_t maximumIccBytes = 16 * 1024 * 1024;
 /// inflate to a thousand times what it reads, and the library follows it to its end.
 constexpr std::int64_t allowedSurplus = 64 * 1024;
 
+/// The library holds two rows; a row of any picture that is wanted is far shorter.
+constexpr std::int64_t longestRowBytes = 256 * 1024 * 1024;
+
 /// The library asks for compressed bytes in pieces and leaves a piece that the file cannot fill: where the picture is
 /// shown as far as it goes, little shall be lost with the last one.
 constexpr std::size_t tolerantPiece = 512;
@@ -139,7 +142,7 @@ private:
 
     void start()
     {
-        if (!trap_.run([this] { prepareRows(); }))
+        if (rowBytes() > longestRowBytes || !trap_.run([this] { prepareRows(); }))
             throw failure(Reason::tooLarge);
         if (isInterlaced_)
             readPasses();
