@@ -154,7 +154,7 @@ ColorProfile outputColorSpace(const ColorProfile& photo, ColorModel model, Outpu
     case OutputColorProfile::displayP3:
         return ColorProfile::displayP3();
     case OutputColorProfile::preserveSource:
-        return model == ColorModel::rgb && !photo.isEmpty() ? photo : ColorProfile::sRGB();
+        return model == ColorModel::rgb && !photo.isEmpty() && photo.canBeTarget() ? photo : ColorProfile::sRGB();
     }
     return ColorProfile::sRGB();
 }
