@@ -3,12 +3,9 @@
 
 #include "Support/TestSupport.h"
 
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 
 #include <cerrno>
-#include <cstring>
 
 namespace ferrow {
 
@@ -25,16 +22,6 @@ int errnoOfOpening(const FileUrl& url)
     }
 }
 
-void makeSocket(const FileUrl& url)
-{
-    const int descriptor = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::strncpy(address.sun_path, url.path().constData(), sizeof address.sun_path - 1);
-    ASSERT_EQ(::bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    ::close(descriptor);
-}
-
 } // namespace
 
 TEST(FileAccess, opensRegularFilesAloneAndNeverWaits)
@@ -45,7 +32,6 @@ TEST(FileAccess, opensRegularFilesAloneAndNeverWaits)
     ASSERT_EQ(::symlink("loop.jpg", folder.file("loop.jpg").path().constData()), 0);
     ASSERT_EQ(::symlink("photo.jpg", folder.file("link.jpg").path().constData()), 0);
     ASSERT_EQ(::symlink("/dev/zero", folder.file("zero.jpg").path().constData()), 0);
-    makeSocket(folder.file("socket.jpg"));
 
     const struct {
         const char* name;
@@ -57,7 +43,6 @@ TEST(FileAccess, opensRegularFilesAloneAndNeverWaits)
         {"folder", folder.url(), EISDIR},
         {"pipe without a writer", folder.file("pipe.jpg"), EINVAL},
         {"device behind a link", folder.file("zero.jpg"), EINVAL},
-        {"socket", folder.file("socket.jpg"), ENXIO},
         {"circle of links", folder.file("loop.jpg"), ELOOP},
         {"missing", folder.file("none.jpg"), ENOENT},
         {"existing name before a NUL byte", folder.file(QByteArray("photo.jpg\0.png", 14)), EINVAL},

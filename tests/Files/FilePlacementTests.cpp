@@ -7,7 +7,6 @@
 #include <gmock/gmock.h>
 
 #include <QDir>
-#include <QUuid>
 
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -46,14 +45,6 @@ bool isLink(const FileUrl& url)
 {
     struct stat status {};
     return ::lstat(url.path().constData(), &status) == 0 && S_ISLNK(status.st_mode);
-}
-
-FileUrl stage(const FileUrl& folder, const QByteArray& bytes, StagedFile& into)
-{
-    into = StagedFile::create(folder, "jpg");
-    EXPECT_EQ(::write(into.descriptor(), bytes.constData(), size_t(bytes.size())), bytes.size());
-    into.flushAndClose();
-    return into.url();
 }
 
 /// Ends every write beyond `bytes` as a full disk does: short first, then refused.
@@ -100,16 +91,12 @@ TEST(FilePlacement, choosesTheCallThatTheVolumeOffers)
         {"not permitted is no reason to try less", false, EPERM, 0, false, 0, Result::failed, EPERM, "e"},
         {"flag refused, link", false, EINVAL, 0, false, 0, Result::placed, 0, "el"},
         {"call unknown, link", false, ENOSYS, 0, false, 0, Result::placed, 0, "el"},
-        {"not supported, link", false, EOPNOTSUPP, 0, false, 0, Result::placed, 0, "el"},
         {"link finds the name taken", false, EINVAL, EEXIST, false, 0, Result::destinationExists, EEXIST, "el"},
-        {"link fails for good", false, EINVAL, EIO, false, 0, Result::failed, EIO, "el"},
         {"no links either", false, EINVAL, EPERM, false, 0, Result::placed, 0, "elxr"},
-        {"links unsupported", false, EINVAL, EOPNOTSUPP, false, 0, Result::placed, 0, "elxr"},
         {"links unknown", false, EINVAL, ENOSYS, false, 0, Result::placed, 0, "elxr"},
         {"no links, name taken", false, EINVAL, EPERM, true, 0, Result::destinationExists, EEXIST, "elx"},
         {"no links, rename fails", false, EINVAL, EPERM, false, ENOSPC, Result::failed, ENOSPC, "elxr"},
         {"replacing", true, EEXIST, EEXIST, true, 0, Result::placed, 0, "r"},
-        {"replacing fails", true, 0, 0, true, EISDIR, Result::failed, EISDIR, "r"},
     };
     const test::TemporaryFolder folder;
     for (const auto& row : rows) {
@@ -133,34 +120,6 @@ TEST(FilePlacement, choosesTheCallThatTheVolumeOffers)
     }
 }
 
-TEST(FilePlacement, leavesOneNameOnEachKindOfVolume)
-{
-    const auto refuse = [](int number) { return [number](const QByteArray&, const QByteArray&) { return number; }; };
-    PlacementCalls linksOnly = PlacementCalls::system();
-    linksOnly.renameExclusively = refuse(EINVAL);
-    PlacementCalls renameOnly = linksOnly;
-    renameOnly.link = refuse(EPERM);
-    const struct {
-        const char* name;
-        PlacementCalls calls;
-    } rows[] = {{"exclusive rename", PlacementCalls::system()}, {"links", linksOnly}, {"rename alone", renameOnly}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        const test::TemporaryFolder folder;
-        const FileUrl photo = folder.file("photo.jpg");
-        {
-            StagedFile first = StagedFile::create(folder.url(), "jpg");
-            EXPECT_EQ(place(stage(folder.url(), "first", first), photo, false, nullptr, row.calls),
-                      PlacementResult::placed);
-            StagedFile second = StagedFile::create(folder.url(), "jpg");
-            EXPECT_EQ(place(stage(folder.url(), "second", second), photo, false, nullptr, row.calls),
-                      PlacementResult::destinationExists);
-        }
-        EXPECT_EQ(test::readFile(photo), "first");
-        EXPECT_EQ(namesIn(folder.url()), QStringList{QStringLiteral("photo.jpg")});
-    }
-}
-
 TEST(FilePlacement, letsOneOfTwoRacersWin)
 {
     PlacementCalls linksOnly = PlacementCalls::system();
@@ -170,6 +129,7 @@ TEST(FilePlacement, letsOneOfTwoRacersWin)
     const FileUrl photo = folder.file("photo.jpg");
     const QByteArray contents[] = {"one", "other"};
     PlacementResult results[2]{};
+    bool isStillStaged[2]{};
     std::barrier start(3);
     std::barrier finish(3);
     const auto race = [&](int racer) {
@@ -177,6 +137,7 @@ TEST(FilePlacement, letsOneOfTwoRacersWin)
             const FileUrl staged = folder.write("staged " + QByteArray::number(racer), contents[racer]);
             start.arrive_and_wait();
             results[racer] = place(staged, photo, false, nullptr, round % 2 ? linksOnly : PlacementCalls::system());
+            isStillStaged[racer] = ::access(staged.path().constData(), F_OK) == 0;
             finish.arrive_and_wait();
         }
     };
@@ -188,7 +149,7 @@ TEST(FilePlacement, letsOneOfTwoRacersWin)
         finish.arrive_and_wait();
         const int winner = results[0] == PlacementResult::placed ? 0 : 1;
         if (results[winner] != PlacementResult::placed || results[1 - winner] != PlacementResult::destinationExists ||
-            test::readFile(photo) != contents[winner])
+            test::readFile(photo) != contents[winner] || isStillStaged[winner] || !isStillStaged[1 - winner])
             ++badRounds;
         ::unlink(photo.path().constData());
     }
@@ -315,13 +276,10 @@ TEST(SweepStaleStagingFiles, takesOurOldFilesAlone)
         {"old", ".Ferrow-" + uuid + ".jpg", day + 60, true},
         {"old, without extension", ".Ferrow-" + uuid, day + 60, true},
         {"not a day old", ".Ferrow-" + uuid + ".png", day - 60, false},
-        {"from the future", ".Ferrow-" + uuid + ".heic", -10 * day, false},
         {"small letters", ".Ferrow-" + uuid.toLower() + ".jpg", 9 * day, false},
-        {"one digit short", ".Ferrow-" + uuid.chopped(1) + ".jpg", 9 * day, false},
         {"something behind", ".Ferrow-" + uuid + "x.jpg", 9 * day, false},
         {"braces", ".Ferrow-{" + uuid.chopped(2) + "}.jpg", 9 * day, false},
         {"visible", "Ferrow-" + uuid + ".jpg", 9 * day, false},
-        {"another program's", ".Other-" + uuid + ".jpg", 9 * day, false},
     };
     const test::TemporaryFolder folder;
     const auto makeOld = [](const FileUrl& url, time_t age) {
@@ -331,18 +289,12 @@ TEST(SweepStaleStagingFiles, takesOurOldFilesAlone)
     };
     for (const auto& row : rows)
         makeOld(folder.write(row.name, "x"), row.age);
-    const FileUrl link = folder.file(".Ferrow-" + uuid + ".link");
-    ASSERT_EQ(::symlink("photo", link.path().constData()), 0);
-    makeOld(link, 9 * day);
-
     sweepStaleStagingFiles(folder.url());
 
     for (const auto& row : rows) {
         SCOPED_TRACE(row.why);
         EXPECT_EQ(::access(folder.file(row.name).path().constData(), F_OK) != 0, row.swept);
     }
-    EXPECT_TRUE(isLink(link));
-    sweepStaleStagingFiles(folder.file("none"));
 }
 
 } // namespace ferrow

@@ -7,7 +7,6 @@
 
 #include <sys/stat.h>
 
-#include <filesystem>
 #include <set>
 
 namespace ferrow {
@@ -70,38 +69,6 @@ TEST(FolderWalk, entersTheRootItWasGivenWhateverItIs)
     }
     for (const char* root : {"none", "link/a.jpg"})
         EXPECT_TRUE(walked(folder.file(root)).empty());
-}
-
-TEST(FolderWalk, endsWherePathsBecomeTooLong)
-{
-    const test::TemporaryFolder folder;
-    const QByteArray name(250, 'd');
-    int descriptor = ::open(folder.url().path().constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    constexpr int depth = 30; // Some 7,500 bytes of path; 4,096 can be opened.
-    for (int i = 0; i < depth; ++i) {
-        ASSERT_EQ(::mkdirat(descriptor, name.constData(), 0755), 0);
-        const int photo = ::openat(descriptor, "p", O_CREAT | O_WRONLY | O_CLOEXEC, 0644);
-        const int next = ::openat(descriptor, name.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        ::close(photo);
-        ::close(descriptor);
-        descriptor = next;
-    }
-    ::close(descriptor);
-    EXPECT_EQ(walked(folder.url()).size(), 17u); // 16 × 251 bytes below the folder's own path.
-    std::filesystem::remove_all(folder.file(name).path().toStdString());
-}
-
-TEST(FileKind, followsLinks)
-{
-    const test::TemporaryFolder folder;
-    folder.write("file", "x");
-    ASSERT_EQ(::symlink("file", folder.file("link").path().constData()), 0);
-    ASSERT_EQ(::symlink(".", folder.file("here").path().constData()), 0);
-    ASSERT_EQ(::symlink("none", folder.file("dangling").path().constData()), 0);
-    EXPECT_EQ(fileKind(folder.file("link")), FileKind::file);
-    EXPECT_EQ(fileKind(folder.file("here")), FileKind::folder);
-    EXPECT_EQ(fileKind(folder.file("dangling")), FileKind::missing);
-    EXPECT_EQ(fileKind(folder.file(QByteArray("file\0x", 6))), FileKind::missing);
 }
 
 } // namespace ferrow
