@@ -197,7 +197,7 @@ bool TiffStructure::readExactly(std::int64_t offset, std::span<std::byte> into) 
 {
     if (offset < 0 || std::int64_t(into.size()) > size_ || offset > size_ - std::int64_t(into.size()))
         return false;
-    return readAt_(offset, into) == into.size();
+    return into.empty() || readAt_(offset, into) == into.size();
 }
 
 std::uint64_t TiffStructure::unsignedAt(const std::byte* bytes, int width) const
