@@ -7,12 +7,8 @@
 
 namespace ferrow {
 
+using namespace Qt::StringLiterals;
 namespace {
-
-QString operator""_s(const char16_t* characters, std::size_t length)
-{
-    return QString::fromUtf16(characters, qsizetype(length));
-}
 
 using Text = std::optional<QString>;
 

@@ -11,14 +11,10 @@
 
 namespace ferrow {
 
+using namespace Qt::StringLiterals;
 using namespace test;
 
 namespace {
-
-QString operator""_s(const char16_t* characters, std::size_t length)
-{
-    return QString::fromUtf16(characters, qsizetype(length));
-}
 
 const QByteArray exifName("Exif\0\0", 6);
 const QByteArray xmpName("http://ns.adobe.com/xap/1.0/\0", 29);

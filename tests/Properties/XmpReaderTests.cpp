@@ -9,14 +9,10 @@
 
 namespace ferrow {
 
+using namespace Qt::StringLiterals;
 using namespace test;
 
 namespace {
-
-QString operator""_s(const char16_t* characters, std::size_t length)
-{
-    return QString::fromUtf16(characters, qsizetype(length));
-}
 
 const QByteArray plainTitle = "<dc:title>Dune</dc:title>";
 const PropertyMap plainTitleRead{{u"dc:title"_s, {u"Dune"_s}}};

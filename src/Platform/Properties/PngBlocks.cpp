@@ -151,14 +151,19 @@ public:
 
     void add(const Chunk& chunk)
     {
-        const bool isText = chunk.type == typeCode("tEXt") || chunk.type == typeCode("zTXt");
+        // Each text chunk costs a read, and files made to exhaust have them by the hundred thousand.
+        constexpr int maximumTexts = 1'000;
+        const bool isInternational = chunk.type == typeCode("iTXt");
+        const bool isText = isInternational || chunk.type == typeCode("tEXt") || chunk.type == typeCode("zTXt");
+        if (isText && ++texts_ > maximumTexts)
+            return;
         if (chunk.type == typeCode("eXIf") && !hasExif_) {
             hasExif_ = true;
             blocks_.exif = withoutExifPrefix(whole(chunk));
-        } else if (chunk.type == typeCode("iTXt") && !hasXmp_ && keywordOf(source_, chunk) == "XML:com.adobe.xmp") {
+        } else if (isInternational && !hasXmp_ && keywordOf(source_, chunk) == "XML:com.adobe.xmp") {
             hasXmp_ = true;
             blocks_.xmp = internationalText(whole(chunk).mid(sizeof "XML:com.adobe.xmp"));
-        } else if (isText) {
+        } else if (isText && !isInternational) {
             addRawProfile(chunk);
         }
     }
@@ -210,6 +215,7 @@ private:
     QByteArray rawXmp_;
     bool hasExif_ = false;
     bool hasXmp_ = false;
+    int texts_ = 0;
     int rawProfiles_ = 0;
 };
 
