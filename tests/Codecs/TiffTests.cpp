@@ -267,8 +267,8 @@ std::vector<Stored> sampleKinds()
         {"CIE Lab, 16-bit",
          PHOTOMETRIC_CIELAB,
          16,
-         {{65535, 0, 0x8000}, {1, 0x7fff, 0x0100}},
-         {{65535, 32896, 0}, {1, 65535, 33153}}},
+         {{65535, 0, 0x8000}, {1, 0x7fff, 0x0080}},
+         {{65535, 32896, 0}, {1, 65535, 33025}}},
         {"ICC Lab", PHOTOMETRIC_ICCLAB, 8, {{128, 0, 0xf6}}, {{128, 0, 0xf6}}},
         {"ICC Lab, 16-bit", PHOTOMETRIC_ICCLAB, 16, {{65280, 32768, 0}}, {{65535, 32896, 0}}},
         {"RGB and straight alpha",
@@ -480,6 +480,15 @@ TEST(TiffDecoder, keepsTheStripsAroundABrokenOneGrey)
         EXPECT_EQ(decoded.at(20, last + 1), (Components{0x80, 0x80, 0x80}));
         EXPECT_EQ(decoded.at(0, last * 2 + 2), stored.expected[std::size_t(6 * last + 6) % 2]);
     }
+}
+
+TEST(TiffDecoder, takesTheLibrarysWordForBrokenFax)
+{
+    // Its fax decoder complains and then delivers rows all the same.
+    QByteArray bytes = written({"", PHOTOMETRIC_MINISWHITE, 1, {{0}, {0}, {1}}, {}, {}, 0, "w", COMPRESSION_CCITTFAX4});
+    ASSERT_FALSE(decode(bytes).error.has_value());
+    bytes.replace(9, 2, QByteArray(2, '\0'));
+    expectRefusal(bytes, damaged);
 }
 
 TEST(TiffDecoder, refusesHostileDirectories)
