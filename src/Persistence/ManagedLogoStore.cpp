@@ -49,7 +49,7 @@ Engine::LogoAnswer rasterise(const OpenedFile& file, std::int64_t maximumDimensi
 /// Whether the name stays inside the managed folder.
 bool isPlainName(const QByteArray& name)
 {
-    return !name.isEmpty() && name != "." && name != ".." && !name.contains('/') && !name.contains('\0');
+    return !name.isEmpty() && name != "." && name != ".." && !name.contains('/');
 }
 
 } // namespace
