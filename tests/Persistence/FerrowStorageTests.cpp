@@ -4,7 +4,6 @@
 #include "Platform/Files/FilePlacement.h"
 #include "Support/TestSupport.h"
 
-
 namespace ferrow {
 
 TEST(FerrowStorage, takesOverTheFolderOfAnOlderName)
