@@ -398,7 +398,7 @@ Positions: image-top-left, image-top-center, image-top-right, image-center-left,
 
 Running
   --dry-run                print the plan, write nothing
-  --json                   JSON Lines: an object for each outcome, then the report
+  --json                   JSON Lines: an object per outcome, then the report
   --quiet                  no progress on the terminal
 
 inspect prints what is read of each photo.

@@ -81,6 +81,9 @@ public:
     {
         if (arguments.logoFile) {
             directory_ = std::make_unique<QTemporaryDir>(QDir::tempPath() + QStringLiteral("/ferrow-logo-XXXXXX"));
+            if (!directory_->isValid())
+                throw UsageError{
+                    QStringLiteral("--logo: no folder for its copy can be made in %1.").arg(QDir::tempPath())};
             managedFolder_ = FileUrl::fromPath(QFile::encodeName(directory_->path()));
             LogoConfiguration logo;
             logo.asset = importedAsset(*arguments.logoFile);
@@ -236,7 +239,7 @@ private:
         QJsonObject object = pathObject(source);
         object.insert(QStringLiteral("outcome"), QString::fromLatin1(name));
         if (destination)
-            object.insert(QStringLiteral("destination"), destination->displayPath());
+            insertPath(object, QStringLiteral("destination"), *destination);
         return object;
     }
     void jsonOutcome(const FileUrl& source, const char* name, const std::optional<FileUrl>& destination)

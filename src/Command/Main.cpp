@@ -23,7 +23,8 @@ public:
     {
         ::sigemptyset(&signals_);
         for (const int number : {SIGINT, SIGTERM, SIGHUP})
-            ::sigaddset(&signals_, number);
+            if (!isIgnored(number))
+                ::sigaddset(&signals_, number);
         ::pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
         // Writing to a reader that went away must be an error of that write, not the end of the process.
         ::signal(SIGPIPE, SIG_IGN);
@@ -38,6 +39,13 @@ public:
     [[nodiscard]] std::stop_token token() const { return source_.get_token(); }
 
 private:
+    /// By whoever started us, as nohup does. Waiting for such a signal would bring it back.
+    static bool isIgnored(int number)
+    {
+        struct sigaction inherited {};
+        return ::sigaction(number, nullptr, &inherited) == 0 && inherited.sa_handler == SIG_IGN;
+    }
+
     sigset_t signals_{};
     std::stop_source source_;
     std::jthread waiter_;

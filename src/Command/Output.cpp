@@ -39,11 +39,18 @@ int terminalColumns()
 
 } // namespace
 
+void insertPath(QJsonObject& object, const QString& key, const FileUrl& url)
+{
+    const QString text = ByteText::display(url.path());
+    object.insert(key, text);
+    if (text.toUtf8() != url.path())
+        object.insert(key + QStringLiteral("Bytes"), QString::fromLatin1(url.path().toBase64()));
+}
+
 QJsonObject pathObject(const FileUrl& url)
 {
-    QJsonObject object{{QStringLiteral("path"), ByteText::display(url.path())}};
-    if (ByteText::display(url.path()).toUtf8() != url.path())
-        object.insert(QStringLiteral("pathBytes"), QString::fromLatin1(url.path().toBase64()));
+    QJsonObject object;
+    insertPath(object, QStringLiteral("path"), url);
     return object;
 }
 

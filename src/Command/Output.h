@@ -11,7 +11,9 @@
 
 namespace ferrow::Command {
 
-/// "path" as text, with "pathBytes" (base64) beside it where the name is not UTF-8.
+/// Puts `url` into `object` as text under `key`, with its bytes in base64 under `key`Bytes where they are not UTF-8.
+void insertPath(QJsonObject& object, const QString& key, const FileUrl& url);
+/// An object with the "path" of `url`.
 [[nodiscard]] QJsonObject pathObject(const FileUrl& url);
 /// One object a line on standard output, flushed.
 void printJson(const QJsonObject& object);
