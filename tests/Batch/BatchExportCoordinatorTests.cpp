@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Batch/BatchExportCoordinator.h"
+
+#include "Models/ErrorTexts.h"
+#include "Platform/Base/Cancellation.h"
+#include "Support/TestSupport.h"
+
+#include <gmock/gmock.h>
+
+#include <sys/stat.h>
+
+#include <atomic>
+#include <ctime>
+#include <latch>
+
+namespace ferrow {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+std::vector<BatchExportJob> makeJobs(const FileUrl& folder, int count)
+{
+    std::vector<BatchExportJob> jobs(static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i) {
+        jobs[std::size_t(i)].photo.url = folder.appending(QByteArray::number(i) + ".jpg");
+        jobs[std::size_t(i)].destination = folder.appending("out").appending(QByteArray::number(i) + ".jpg");
+    }
+    return jobs;
+}
+
+int numberOf(const BatchExportJob& job)
+{
+    return job.photo.url.stem().toInt();
+}
+
+} // namespace
+
+TEST(BatchExportCoordinator, goesOnAfterFailuresAndNeverExceedsTheConcurrency)
+{
+    const test::TemporaryFolder folder;
+    const auto jobs = makeJobs(folder.url(), 50);
+    for (const std::int64_t concurrency : {-3, 0, 1, 3}) {
+        SCOPED_TRACE(concurrency);
+        std::atomic<int> running = 0;
+        std::atomic<bool> tooMany = false;
+        std::atomic<int> next = 0;
+        bool inOrder = true;
+        std::vector<BatchExportOutcome> told;
+        const auto outcomes = BatchExportCoordinator::run(
+            jobs, concurrency,
+            [&](const BatchExportJob& job, const std::stop_token&) {
+                tooMany = tooMany || ++running > std::max<std::int64_t>(concurrency, 1);
+                if (concurrency <= 1)
+                    inOrder = inOrder && numberOf(job) == next++;
+                --running;
+                if (numberOf(job) % 2 == 1)
+                    throw ImagePipelineError(ImagePipelineError::destinationExists);
+                if (numberOf(job) == 10)
+                    throw std::bad_alloc();
+            },
+            [&](const BatchExportOutcome& outcome) { told.push_back(outcome); }, {});
+        EXPECT_FALSE(tooMany);
+        EXPECT_TRUE(inOrder);
+        EXPECT_EQ(told.size(), jobs.size());
+        const auto report = BatchExportCoordinator::report({}, 50, outcomes);
+        EXPECT_EQ(report.exported, 24);
+        ASSERT_EQ(report.failures.size(), 26u);
+        EXPECT_EQ(report.failures[0].filename, report.failures[0].source.lastPathComponent());
+        EXPECT_FALSE(report.failures[0].message.isEmpty());
+    }
+}
+
+TEST(BatchExportCoordinator, letsRunningJobsEndAsTheyEndWhenCancelled)
+{
+    const test::TemporaryFolder folder;
+    const auto jobs = makeJobs(folder.url(), 10);
+    std::stop_source stop;
+    std::latch bothRun(2);
+    const auto outcomes = BatchExportCoordinator::run(
+        jobs, 2,
+        [&](const BatchExportJob& job, const std::stop_token& token) {
+            if (numberOf(job) < 3)
+                return;
+            bothRun.arrive_and_wait();
+            stop.request_stop();
+            if (numberOf(job) == 3)
+                throwIfCancelled(token);
+        },
+        {}, stop.get_token());
+    ASSERT_EQ(outcomes.size(), 5u);
+    for (const BatchExportOutcome& outcome : outcomes)
+        EXPECT_EQ(std::holds_alternative<BatchExportOutcome::Cancelled>(outcome.result), outcome.jobIndex == 3);
+
+    auto all = outcomes;
+    std::vector<QString> rest;
+    for (const auto& outcome : BatchExportCoordinator::neverStarted(jobs, outcomes)) {
+        rest.push_back(outcome.filename());
+        EXPECT_EQ(outcome.filename(), jobs[outcome.jobIndex].photo.filename());
+        all.push_back(outcome);
+    }
+    EXPECT_THAT(rest, ElementsAre(QStringLiteral("5.jpg"), QStringLiteral("6.jpg"), QStringLiteral("7.jpg"),
+                                  QStringLiteral("8.jpg"), QStringLiteral("9.jpg")));
+    BatchExportPlan plan;
+    plan.skipped = 2;
+    plan.failures.push_back({.filename = QStringLiteral("planned.jpg"), .message = {}, .source = {}});
+    plan.outputFolders.push_back(folder.url());
+    const BatchExportReport report = BatchExportCoordinator::report(plan, 13, all);
+    EXPECT_EQ(report.exported, 4);
+    EXPECT_EQ(report.cancelled, 6);
+    EXPECT_EQ(report.failures, plan.failures);
+    EXPECT_EQ(report.outputFolders, plan.outputFolders);
+    EXPECT_EQ(report.exported + report.cancelled + report.skipped + std::int64_t(report.failures.size()), report.total);
+
+    // Already stopped: nothing starts.
+    EXPECT_THAT(BatchExportCoordinator::run(
+                    jobs, 2, [](const auto&, const auto&) { ADD_FAILURE() << "started"; }, {}, stop.get_token()),
+                IsEmpty());
+}
+
+TEST(BatchExportCoordinator, sweepsOurOldLeftoversAlone)
+{
+    const test::TemporaryFolder folder;
+    ASSERT_EQ(::mkdir(folder.file("out").path().constData(), 0777), 0);
+    const QByteArray ours = ".Ferrow-0F1E2D3C-4B5A-6978-8796-A5B4C3D2E1F0.jpg";
+    const QByteArray fresh = ".Ferrow-1F1E2D3C-4B5A-6978-8796-A5B4C3D2E1F0.jpg";
+    for (const QByteArray& name : {ours, fresh, QByteArray(".Ferrow-notes.jpg"), QByteArray("old.jpg")}) {
+        const FileUrl file = folder.write("out/" + name, "x");
+        const timespec old[] = {{std::time(nullptr) - 200'000, 0}, {std::time(nullptr) - 200'000, 0}};
+        if (name != fresh) {
+            ASSERT_EQ(::utimensat(AT_FDCWD, file.path().constData(), old, 0), 0);
+        }
+    }
+    (void)BatchExportCoordinator::run(makeJobs(folder.url(), 1), 1, [](const auto&, const auto&) {}, {}, {});
+    EXPECT_TRUE(test::readFile(folder.file("out/" + ours)).isEmpty());
+    for (const QByteArray& kept : {fresh, QByteArray(".Ferrow-notes.jpg"), QByteArray("old.jpg")})
+        EXPECT_EQ(test::readFile(folder.file("out/" + kept)), "x");
+}
+
+} // namespace ferrow
