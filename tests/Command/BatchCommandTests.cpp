@@ -1,0 +1,279 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Command/RunProgram.h"
+
+#include "Persistence/PresetModels.h"
+#include "Platform/Base/ByteText.h"
+
+#include <gmock/gmock.h>
+
+#include <map>
+
+namespace ferrow {
+
+using test::everythingBelow;
+using test::Words;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+QString text(const QJsonObject& object, const char* key)
+{
+    return object.value(QLatin1StringView(key)).toString();
+}
+
+class BatchCommandTest : public testing::Test {
+protected:
+    BatchCommandTest()
+    {
+        ::mkdir(in.path().constData(), 0777);
+        OutputMetadata metadata;
+        metadata.make = QStringLiteral("Zoë");
+        photo = test::encoded(OutputType::jpeg, test::noise({60, 40}, rgb8), metadata);
+    }
+    [[nodiscard]] Words command(const Words& words) const
+    {
+        Words all{FERROW_BATCH_PROGRAM};
+        all.insert(all.end(), words.begin(), words.end());
+        return all;
+    }
+    [[nodiscard]] test::Ended run(const Words& words) const
+    {
+        return test::Program(command(words), environment).wait();
+    }
+    /// Frames `in` to `out` without captions, reporting in JSON.
+    [[nodiscard]] test::Ended frame(const Words& words = {}) const
+    {
+        Words all{"--json", "--no-caption", "--border=10px", "--output", out.path(), in.path()};
+        all.insert(all.begin(), words.begin(), words.end());
+        return run(all);
+    }
+    /// Outcomes by the photo's file name; the report must be last and its counts add up to the outcomes.
+    static std::map<QString, QString> outcomes(const test::Ended& ended)
+    {
+        std::map<QString, QString> found;
+        std::map<QString, int> counts;
+        std::vector<QJsonObject> lines = ended.lines();
+        const QJsonObject report = lines.back().value(QLatin1StringView("report")).toObject();
+        lines.pop_back();
+        for (const QJsonObject& line : lines) {
+            ++counts[text(line, "outcome")];
+            EXPECT_EQ(text(line, "message").isEmpty(), text(line, "outcome") != QLatin1StringView("failed"));
+            EXPECT_TRUE(found.emplace(text(line, "path").section(QLatin1Char('/'), -1), text(line, "outcome")).second);
+        }
+        EXPECT_EQ(report.value(QLatin1StringView("total")).toInt(-1), int(lines.size()));
+        EXPECT_EQ(report.value(QLatin1StringView("exported")).toInt(-1), counts[QStringLiteral("exported")]);
+        EXPECT_EQ(report.value(QLatin1StringView("skipped")).toInt(-1), counts[QStringLiteral("skipped")]);
+        EXPECT_EQ(report.value(QLatin1StringView("cancelled")).toInt(-1), counts[QStringLiteral("cancelled")]);
+        EXPECT_EQ(report.value(QLatin1StringView("failures")).toInt(-1), counts[QStringLiteral("failed")]);
+        return found;
+    }
+    void writePhotos(int count) const
+    {
+        for (int i = 0; i < count; ++i)
+            folder.write("in/" + QByteArray::number(i) + ".jpg", photo);
+    }
+
+    test::TemporaryFolder folder;
+    FileUrl in = folder.file("in");
+    FileUrl out = folder.file("new/out");
+    Words environment{"PATH=/usr/bin:/bin", "LC_ALL=en_US.UTF-8", "TZ=Europe/Berlin",
+                      "HOME=" + folder.file("home").path()};
+    QByteArray photo;
+};
+
+const QString exported = QStringLiteral("exported");
+const QString failed = QStringLiteral("failed");
+const QString skipped = QStringLiteral("skipped");
+
+} // namespace
+
+TEST_F(BatchCommandTest, tellsWhatBecameOfEachPhoto)
+{
+    folder.write("in/a.jpg", photo);
+    EXPECT_EQ(frame().status, 0);
+    folder.write("in/b.jpg", photo.left(photo.size() / 2));
+    folder.write("in/c.gif", "GIF89a");
+    folder.write("in/d.jpg", "");
+    folder.write("in/notes.txt", "");
+    const auto before = everythingBelow(in);
+    const test::Ended ended = frame({"--on-collision", "replace"});
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_THAT(outcomes(ended),
+                ElementsAre(std::pair(QStringLiteral("a.jpg"), exported), std::pair(QStringLiteral("b.jpg"), failed),
+                            std::pair(QStringLiteral("c.gif"), failed), std::pair(QStringLiteral("d.jpg"), failed)));
+    EXPECT_THAT(everythingBelow(out), ElementsAre("a_framed.jpg"));
+    EXPECT_EQ(test::decoded(test::readFile(out.appending("a_framed.jpg"))).size(), (PixelSize{80, 60}));
+    EXPECT_EQ(everythingBelow(in), before);
+    EXPECT_EQ(ended.errors, "");
+}
+
+TEST_F(BatchCommandTest, refusesWrongUseBeforeItWritesAnything)
+{
+    folder.write("in/a.jpg", photo);
+    folder.write("logo.gif", "GIF89a");
+    const auto before = everythingBelow(folder.url());
+    const std::pair<const char*, Words> rows[] = {
+        {"PATH", {}},
+        {"--wrong", {"--wrong", in.path()}},
+        {"--output", {in.path()}},
+        {"--output", {"--output", folder.file("in/a.jpg").path(), in.path()}},
+        {"--preset", {"--preset", "none", "--beside", "--", in.path()}},
+        {"--preset-file", {"--preset-file", folder.file("none").path(), "--beside", "--", in.path()}},
+        {"--preset-file", {"--preset-file", folder.file("in/a.jpg").path(), "--beside", "--", in.path()}},
+        {"--logo", {"--logo", folder.file("logo.gif").path(), "--output", out.path(), in.path()}},
+        {"--logo", {"--logo-width", "10", "--output", out.path(), in.path()}},
+    };
+    for (const auto& [option, words] : rows) {
+        SCOPED_TRACE(option);
+        const test::Ended ended = run(words);
+        EXPECT_EQ(ended.status, 2);
+        EXPECT_EQ(ended.output, "");
+        EXPECT_TRUE(ended.errors.startsWith(QByteArray("ferrow-batch: ") + option + ": ")) << ended.errors.constData();
+        EXPECT_EQ(everythingBelow(folder.url()), before);
+    }
+}
+
+TEST_F(BatchCommandTest, plansWithoutWriting)
+{
+    folder.write("in/a.jpg", photo);
+    folder.write("in/b.jpg", "");
+    const auto before = everythingBelow(folder.url());
+    const test::Ended besides = run({"--dry-run", "--beside=New", folder.file("in/a.jpg").path()});
+    EXPECT_EQ(besides.status, 0);
+    EXPECT_TRUE(besides.output.contains("in/New/a_framed.jpg")) << besides.output.constData();
+    const test::Ended ended = frame({"--dry-run"});
+    EXPECT_EQ(ended.status, 1);
+    const auto lines = ended.lines();
+    ASSERT_EQ(lines.size(), 3u);
+    EXPECT_EQ(text(lines[1], "outcome"), QStringLiteral("planned"));
+    EXPECT_EQ(text(lines[1], "destination"), out.appending("a_framed.jpg").displayPath());
+    EXPECT_EQ(everythingBelow(folder.url()), before);
+}
+
+TEST_F(BatchCommandTest, heedsTheCollisionRule)
+{
+    folder.write("in/a.jpg", photo);
+    EXPECT_EQ(frame().status, 0);
+    folder.write("new/out/a_framed.jpg", "mine");
+    EXPECT_THAT(outcomes(frame({"--on-collision", "skip"})), ElementsAre(std::pair(QStringLiteral("a.jpg"), skipped)));
+    EXPECT_THAT(outcomes(frame()), ElementsAre(std::pair(QStringLiteral("a.jpg"), exported)));
+    EXPECT_THAT(everythingBelow(out), testing::SizeIs(2));
+    EXPECT_EQ(test::readFile(out.appending("a_framed.jpg")), "mine");
+    EXPECT_EQ(frame({"--on-collision", "replace"}).status, 0);
+    EXPECT_THAT(everythingBelow(out), testing::SizeIs(2));
+    EXPECT_EQ(test::decoded(test::readFile(out.appending("a_framed.jpg"))).size(), (PixelSize{80, 60}));
+}
+
+TEST_F(BatchCommandTest, letsOptionsOverrideAPreset)
+{
+    folder.write("in/a.jpg", photo);
+    RenderRecipe recipe;
+    recipe.captionEnabled = false;
+    recipe.borderWidth = 20;
+    BatchExportConfiguration configuration;
+    configuration.destinationMode = ExportDestinationMode::sourceSubfolder;
+    configuration.sourceSubfolderName = QStringLiteral("Gerahmt");
+    configuration.filenameTemplate = QStringLiteral("{index}");
+    PresetDocument document;
+    const QDateTime then = QDateTime::fromSecsSinceEpoch(0, Qt::UTC);
+    for (const char* name : {"Wide", "Other"})
+        document.presets.push_back({QUuid::createUuid(), QString::fromLatin1(name),
+                                    PresetPayload::make(recipe, {.format = ExportFormat::tiff}, configuration), then,
+                                    then});
+    const QByteArray file = folder.write("presets.json", document.encode()).path();
+    const Words preset{"--quiet", "--preset-file", file, "--preset", "Wide"};
+    const auto withPreset = [&](Words words) {
+        words.insert(words.begin(), preset.begin(), preset.end());
+        words.push_back(folder.file("in/a.jpg").path());
+        return run(words).status;
+    };
+    EXPECT_EQ(withPreset({}), 0);
+    EXPECT_EQ(withPreset({"--format=png", "--border=5px"}), 0);
+    EXPECT_EQ(run({"--preset-file", file, in.path()}).status, 2); // Which of the two?
+    EXPECT_THAT(everythingBelow(in), ElementsAre("Gerahmt/", "Gerahmt/1.png", "Gerahmt/1.tiff", "a.jpg"));
+}
+
+TEST_F(BatchCommandTest, inspects)
+{
+    folder.write("in/a.jpg", photo);
+    folder.write("in/b.jpg", "");
+    const auto before = everythingBelow(folder.url());
+    const test::Ended ended = run({"inspect", "--json", in.path()});
+    EXPECT_EQ(ended.status, 1);
+    const auto lines = ended.lines();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(text(lines[0], "path"), folder.file("in/a.jpg").displayPath());
+    EXPECT_EQ(text(lines[0], "type"), QStringLiteral("JPEG"));
+    EXPECT_EQ(lines[0].value(QLatin1StringView("width")).toInt(), 60);
+    EXPECT_EQ(lines[0].value(QLatin1StringView("height")).toInt(), 40);
+    EXPECT_EQ(text(lines[0], "colorProfile"), QStringLiteral("sRGB IEC61966-2.1"));
+    EXPECT_EQ(text(lines[0].value(QLatin1StringView("metadata")).toObject(), "cameraMake"), QStringLiteral("Zoë"));
+    EXPECT_TRUE(lines[0].value(QLatin1StringView("ok")).toBool());
+    EXPECT_FALSE(lines[1].value(QLatin1StringView("ok")).toBool(true));
+    EXPECT_NE(text(lines[1], "message"), QString());
+    EXPECT_EQ(everythingBelow(folder.url()), before);
+}
+
+TEST_F(BatchCommandTest, needsNoDisplayHomeOrEnglish)
+{
+    folder.write("in/a.jpg", photo);
+    for (const Words& few : {Words{}, Words{"LC_ALL=de_DE.UTF-8", "LC_NUMERIC=de_DE.UTF-8"}}) {
+        environment = few;
+        const test::Ended ended = run({"--caption", "{cameraMake} 2,5", "--caption-size", "12.5", "--border", "12.5%",
+                                       "--quality=0.75", "--on-collision=replace", "--output", out.path(), in.path()});
+        EXPECT_EQ(ended.status, 0) << ended.errors.constData();
+        EXPECT_EQ(ended.errors, "");
+        EXPECT_EQ(test::decoded(test::readFile(out.appending("a_framed.jpg"))).size(), (PixelSize{70, 50}));
+    }
+    EXPECT_THAT(everythingBelow(folder.url()),
+                ElementsAre("in/", "in/a.jpg", "new/", "new/out/", "new/out/a_framed.jpg"));
+}
+
+TEST_F(BatchCommandTest, keepsTheBytesOfOddNames)
+{
+    folder.write("in/caf\xe9\n\x1b[1m.jpg", photo);
+    const test::Ended ended = frame();
+    EXPECT_EQ(ended.status, 0);
+    const QJsonObject line = ended.lines().front();
+    EXPECT_EQ(QByteArray::fromBase64(text(line, "pathBytes").toLatin1()),
+              folder.file("in/caf\xe9\n\x1b[1m.jpg").path());
+    const auto written = everythingBelow(out);
+    ASSERT_EQ(written.size(), 1);
+    EXPECT_TRUE(written[0].startsWith("caf\xe9")) << written[0].toPercentEncoding().constData();
+    EXPECT_EQ(QByteArray::fromBase64(text(line, "destinationBytes").toLatin1()), out.appending(written[0]).path());
+    // A terminal is told nothing that it would obey.
+    EXPECT_FALSE(run({"--dry-run", "--output", out.path(), in.path()}).output.contains('\x1b'));
+}
+
+TEST_F(BatchCommandTest, leavesOnlyWholeFilesWhenInterrupted)
+{
+    writePhotos(300);
+    test::Program program(command({"--json", "--no-caption", "--output", out.path(), in.path()}), environment);
+    ASSERT_TRUE(program.signalAfter("\"exported\"", SIGINT));
+    const test::Ended ended = program.wait();
+    EXPECT_EQ(ended.status, 130);
+    const auto found = outcomes(ended);
+    EXPECT_EQ(found.size(), 300u);
+    EXPECT_THAT(found, Contains(testing::Pair(testing::_, QStringLiteral("cancelled"))));
+    const auto written = everythingBelow(out);
+    EXPECT_EQ(std::count_if(found.begin(), found.end(), [](const auto& entry) { return entry.second == exported; }),
+              written.size());
+    for (const QByteArray& name : written) {
+        EXPECT_FALSE(name.startsWith('.'));
+        EXPECT_EQ(test::readFile(out.appending(name)), test::readFile(out.appending(written[0])));
+    }
+}
+
+TEST_F(BatchCommandTest, keepsIgnoringWhatItWasStartedToIgnore)
+{
+    writePhotos(20);
+    test::Program program(command({"--json", "--no-caption", "--output", out.path(), in.path()}), environment,
+                          [] { std::signal(SIGHUP, SIG_IGN); });
+    ASSERT_TRUE(program.signalAfter("\"exported\"", SIGHUP));
+    EXPECT_EQ(program.wait().status, 0);
+    EXPECT_THAT(everythingBelow(out), testing::SizeIs(20));
+}
+
+} // namespace ferrow
