@@ -357,7 +357,8 @@ Detection detectByFooter(const ByteSource& source)
 std::optional<DetectedType> detectFileType(const ByteSource& source)
 {
     const QByteArray head = bytesAt(source, 0, headLength);
-    if (head.startsWith("\xff\xd8\xff"))
+    // The start marker alone: some cameras leave stray bytes before the first segment.
+    if (head.startsWith("\xff\xd8"))
         return withCodec(FileType::jpeg);
     if (head.startsWith("\x89PNG\r\n\x1a\n"))
         return withCodec(FileType::png);

@@ -14,8 +14,8 @@ enum class FileType { jpeg, png, tiff, heif, pdf };
 
 /// What a file's first bytes say it is.
 struct DetectedType {
-    std::optional<FileType> type;  ///< Absent for a recognised type without a codec (GIF, camera raws, AVIF …).
-    QString description;           ///< English name for such a type ("GIF image", "Canon CR2 raw image"); else empty.
+    std::optional<FileType> type; ///< Absent for a recognised type without a codec (GIF, camera raws, AVIF …).
+    QString description;          ///< English name for such a type ("GIF image", "Canon CR2 raw image"); else empty.
 };
 
 /// Judges by content alone. Absent when the bytes are of no known type. TIFF-based raws (DNGVersion tag, CFA
