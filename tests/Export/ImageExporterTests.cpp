@@ -354,6 +354,8 @@ TEST_F(ImageExporterTest, writesTheSafeMetadataAndNothingElseInEveryFormat)
 TEST_F(ImageExporterTest, bringsTheQualityIntoItsRange)
 {
     const ImportedPhoto photo = ImageLoader::load(writeSource(photoBytes()), 0);
+    double asked = -1;
+    meddler->before = [&asked](const Engine::FrameRequest& request) { asked = request.quality; };
     const auto exported = [&](ExportFormat format, double quality) {
         frame(photo, destination, true, {.format = format, .quality = quality});
         return test::readFile(destination);
@@ -366,6 +368,7 @@ TEST_F(ImageExporterTest, bringsTheQualityIntoItsRange)
         EXPECT_EQ(exported(format, 1.7), best);
         EXPECT_EQ(exported(format, -0.2), worst);
         EXPECT_EQ(exported(format, std::numeric_limits<double>::quiet_NaN()), worst);
+        EXPECT_EQ(asked, 0);
     }
 }
 
