@@ -50,12 +50,12 @@ PresetPayload findPreset(const Arguments& arguments)
             matching.push_back(preset.payload);
     if (matching.size() == 1)
         return matching.front();
-    const QString wanted =
-        arguments.presetName ? QStringLiteral("“%1”").arg(*arguments.presetName) : QStringLiteral("a preset");
-    throw UsageError{matching.empty() ? QStringLiteral("%1: %2 is not there.").arg(QString::fromUtf8(option), wanted)
-                                      : QStringLiteral("%1: %2 fits %3 presets; it must fit one.")
-                                            .arg(QString::fromUtf8(option), wanted)
-                                            .arg(matching.size())};
+    const QString wanted = arguments.presetName ? QStringLiteral("“") + *arguments.presetName + QStringLiteral("”")
+                                                : QStringLiteral("a preset");
+    // The name comes last: it may hold what looks like a placeholder.
+    const QString reason = matching.empty() ? QStringLiteral("there is no such preset: ")
+                                            : QStringLiteral("%1 presets fit, it must be one: ").arg(matching.size());
+    throw UsageError{QString::fromUtf8(option) + QStringLiteral(": ") + reason + wanted};
 }
 
 Settings resolvedSettings(const Arguments& arguments)

@@ -2,6 +2,7 @@
 #include "Command/Arguments.h"
 #include "Command/Commands.h"
 #include "Command/Output.h"
+#include "Shared/UserFacingError.h"
 
 #include <QGuiApplication>
 
@@ -9,6 +10,7 @@
 
 #include <clocale>
 #include <ctime>
+#include <exception>
 #include <thread>
 
 namespace {
@@ -26,8 +28,10 @@ public:
             if (!isIgnored(number))
                 ::sigaddset(&signals_, number);
         ::pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
-        // Writing to a reader that went away must be an error of that write, not the end of the process.
+        // Writing to a reader that went away, or beyond a limit on file sizes, must be an error of that write, not the
+        // end of the process.
         ::signal(SIGPIPE, SIG_IGN);
+        ::signal(SIGXFSZ, SIG_IGN);
         waiter_ = std::jthread([this](const std::stop_token& ending) {
             constexpr timespec interval{0, 100'000'000};
             while (!ending.stop_requested())
@@ -70,8 +74,12 @@ int run(const std::vector<QByteArray>& words, const std::stop_token& stop)
     } catch (const Command::UsageError& error) {
         Command::printError(QStringLiteral("ferrow-batch: ") + error.message);
         Command::printError(QStringLiteral("Try “ferrow-batch --help”."));
+        return Command::wrongUsage;
+    } catch (...) {
+        Command::printError(QStringLiteral("ferrow-batch: ") +
+                            Command::onOneLine(UserFacingError::message(std::current_exception())));
     }
-    return Command::wrongUsage;
+    return Command::somePhotoFailed;
 }
 
 } // namespace
