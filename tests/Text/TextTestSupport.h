@@ -14,6 +14,8 @@
 
 namespace ferrow::test {
 
+using namespace Qt::StringLiterals;
+
 inline constexpr int margin = 30;
 
 inline std::array<int, 4> pixel(const Bitmap& bitmap, int x, int y)
@@ -23,15 +25,13 @@ inline std::array<int, 4> pixel(const Bitmap& bitmap, int x, int y)
 }
 
 /// Where something was drawn, in pixels of the box (without the margin).
-inline QRect inkBounds(const Bitmap& bitmap, int threshold = 64)
+inline QRect inkBounds(const Bitmap& bitmap)
 {
     QRect bounds;
-    for (int y = 0; y < bitmap.size().height; ++y) {
-        for (int x = 0; x < bitmap.size().width; ++x) {
-            if (pixel(bitmap, x, y)[3] >= threshold)
+    for (int y = 0; y < bitmap.size().height; ++y)
+        for (int x = 0; x < bitmap.size().width; ++x)
+            if (pixel(bitmap, x, y)[3] >= 64)
                 bounds |= QRect(x - margin, y - margin, 1, 1);
-        }
-    }
     return bounds;
 }
 
@@ -45,25 +45,17 @@ inline QByteArray allBytes(const Bitmap& bitmap)
 
 inline TextStyle styleFor(const char* family, double size = 40)
 {
-    TextStyle style;
-    style.families = FontFamilies::chainFor(QString::fromLatin1(family));
-    style.pixelSize = size;
-    return style;
+    return {.families = FontFamilies::chainFor(QString::fromLatin1(family)), .pixelSize = size};
 }
 
-inline Bitmap drawBlack(const QString& text, const TextStyle& style, QSizeF box, double alpha = 1)
+inline QSizeF sizeOf(const QString& text, const TextStyle& style, QSizeF constraint = {4'000, 4'000})
 {
-    return TextFrame(text, style).drawn(box, {}, margin, 0, 0, 0, alpha);
+    return TextFrame(text, style).suggestedSize(constraint);
 }
 
-inline Bitmap drawBlack(const QString& text, const TextStyle& style)
+inline Bitmap drawBlack(const QString& text, const TextStyle& style, QSizeF box)
 {
-    const QSizeF size = TextFrame(text, style).suggestedSize({4'000, 4'000});
-    return drawBlack(text, style, {std::ceil(size.width()), std::ceil(size.height())});
+    return TextFrame(text, style).drawn(box, {}, margin, 0, 0, 0, 1);
 }
 
 } // namespace ferrow::test
-
-#define SKIP_WITHOUT_FAMILY(name)                        \
-    if (!QFontDatabase::hasFamily(QStringLiteral(name))) \
-    GTEST_SKIP() << "the font " << name << " is not installed: nothing was proved"
