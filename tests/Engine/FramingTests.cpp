@@ -2,14 +2,15 @@
 #include "Engine/InProcessAnswerer.h"
 
 #include "Engine/PhotoRows.h"
-#include "Models/ErrorTexts.h"
 #include "Platform/Base/Cancellation.h"
 #include "Support/Pictures.h"
+#include "Support/PipelineErrors.h"
 
 namespace ferrow::Engine {
 
 namespace {
 
+using Error = ImagePipelineError;
 using test::component;
 using test::MemoryFile;
 
@@ -25,8 +26,7 @@ FrameRequest requestFor(const MemoryFile& source, const MemoryFile& output, Pixe
     request.outputDescriptor = output.descriptor();
     request.expectedSize = size;
     request.composition.canvasSize = {size.width + 2 * border, size.height + 2 * border};
-    request.composition.photoX = border;
-    request.composition.photoY = border;
+    request.composition.photoX = request.composition.photoY = border;
     request.composition.borderColor = RGBAColor::white;
     return request;
 }
@@ -43,32 +43,12 @@ QByteArray framedBytes(const QByteArray& source, PixelSize size, int border, Exp
     return out.bytes();
 }
 
-ImagePipelineError::Case failureOf(const QByteArray& source, PixelSize size)
+Error::Case failureOf(const QByteArray& source, PixelSize size)
 {
-    try {
-        framedBytes(source, size, 4, ExportFormat::png);
-    } catch (const ImagePipelineError& error) {
-        return error.value;
-    }
-    throw std::runtime_error("it did not fail");
+    return test::pipelineErrorOf([&] { return framedBytes(source, size, 4, ExportFormat::png); });
 }
 
 } // namespace
-
-TEST(Framing, losslessFormatsKeepEveryPixelOfThePhoto)
-{
-    const Bitmap photo = test::noise({61, 43}, rgb8);
-    for (const OutputType source : {OutputType::png, OutputType::tiff})
-        for (const ExportFormat format : {ExportFormat::png, ExportFormat::tiff}) {
-            SCOPED_TRACE(rawValue(format).toStdString());
-            const Bitmap framed = test::decoded(framedBytes(test::encoded(source, photo), photo.size(), 7, format));
-            ASSERT_EQ(framed.size(), (PixelSize{75, 57}));
-            ASSERT_EQ(framed.format(), rgb8);
-            EXPECT_EQ(component(framed, 0, 0, 0), 255);
-            for (std::int64_t y = 0; y < 43; ++y)
-                ASSERT_EQ(std::memcmp(framed.row(y + 7) + 21, photo.row(y), 61 * 3), 0) << y;
-        }
-}
 
 TEST(Framing, everyFormatReopensWithCanvasSizeAndProfile)
 {
@@ -79,7 +59,6 @@ TEST(Framing, everyFormatReopensWithCanvasSizeAndProfile)
         ASSERT_EQ(framed.size(), (PixelSize{80, 64}));
         EXPECT_TRUE(framed.profile().isEquivalentTo(ColorProfile::sRGB()));
         EXPECT_NEAR(component(framed, 40, 32, 0), 200, 4);
-        EXPECT_NEAR(component(framed, 40, 32, 1), 30, 4);
         EXPECT_NEAR(component(framed, 1, 1, 2), 255, 4);
     }
 }
@@ -89,43 +68,34 @@ TEST(Framing, alphaIsKeptWhereSomethingCanBeTransparentAndFlattenedForJpeg)
     const QByteArray opaque = test::encoded(OutputType::png, test::flat({16, 16}, rgb8, {10, 20, 30}));
     const QByteArray clear = test::encoded(OutputType::png, test::flat({16, 16}, rgba8, {200, 100, 0, 128}));
     const RGBAColor glass{1, 0, 0, 0.5};
-    const struct {
-        const char* name;
-        QByteArray source;
-        RGBAColor border;
-        bool hasAlpha;
-    } rows[] = {{"opaque", opaque, RGBAColor::white, false},
-                {"border", opaque, glass, true},
-                {"photo", clear, RGBAColor::white, true},
-                {"both", clear, glass, true}};
-    for (const auto& row : rows)
-        for (const ExportFormat format : {ExportFormat::png, ExportFormat::tiff, ExportFormat::heic}) {
-            SCOPED_TRACE(row.name + rawValue(format).toStdString());
-            EXPECT_EQ(test::decoded(framedBytes(row.source, {16, 16}, 4, format, row.border)).format().hasAlpha(),
-                      row.hasAlpha);
-        }
+    for (const ExportFormat format : {ExportFormat::png, ExportFormat::tiff, ExportFormat::heic}) {
+        SCOPED_TRACE(rawValue(format).toStdString());
+        const auto hasAlpha = [format](const QByteArray& source, const RGBAColor& border) {
+            return test::decoded(framedBytes(source, {16, 16}, 4, format, border)).format().hasAlpha();
+        };
+        EXPECT_FALSE(hasAlpha(opaque, RGBAColor::white));
+        EXPECT_TRUE(hasAlpha(opaque, glass));
+        EXPECT_TRUE(hasAlpha(clear, RGBAColor::white));
+    }
     const Bitmap flattened = test::decoded(framedBytes(clear, {16, 16}, 8, ExportFormat::jpeg, {1, 0, 0, 0}));
     EXPECT_NEAR(component(flattened, 1, 1, 1), 255, 3) << "a clear border over white";
     EXPECT_NEAR(component(flattened, 16, 16, 1), 177, 6) << "100 at half opacity over white";
 }
 
-TEST(Framing, allOrientationsComeOutUpright)
+TEST(Framing, allOrientationsComeOutUprightAndEveryPixelInPlace)
 {
     const Bitmap stored = test::noise({33, 20}, rgb8, 5);
     const QByteArray tiff = test::encoded(OutputType::tiff, stored);
-    for (int orientation = 1; orientation <= 8; ++orientation) {
-        SCOPED_TRACE(orientation);
-        const Bitmap upright = oriented(stored, orientation);
-        const QByteArray output =
-            framedBytes(test::withOrientation(tiff, orientation), upright.size(), 5, ExportFormat::png);
-        const Bitmap framed = test::decoded(output);
-        ASSERT_EQ(framed.size().width, upright.size().width + 10);
-        for (std::int64_t y = 0; y < upright.size().height; ++y)
-            ASSERT_EQ(std::memcmp(framed.row(y + 5) + 15, upright.row(y), std::size_t(upright.size().width) * 3), 0)
-                << y;
-        const MemoryFile file(output);
-        EXPECT_EQ(openPhoto(sourceOf(file), {}).orientation, 1) << "the output must not be turned again";
-    }
+    for (int orientation = 1; orientation <= 8; ++orientation)
+        for (const ExportFormat format : {ExportFormat::png, ExportFormat::tiff}) {
+            SCOPED_TRACE(orientation);
+            const Bitmap upright = oriented(stored, orientation);
+            const MemoryFile output(framedBytes(test::withOrientation(tiff, orientation), upright.size(), 5, format));
+            const Bitmap framed = test::decoded(output.bytes());
+            ASSERT_EQ(framed.size().width, upright.size().width + 10);
+            EXPECT_TRUE(test::holdsAt(framed, 5, 5, upright));
+            EXPECT_EQ(openPhoto(sourceOf(output), {}).orientation, 1) << "the output must not be turned again";
+        }
 }
 
 TEST(Framing, refusesWhatIsNotTheWholePhoto)
@@ -136,57 +106,45 @@ TEST(Framing, refusesWhatIsNotTheWholePhoto)
         for (const int percent : {40, 60, 80, 95}) {
             SCOPED_TRACE(percent);
             const auto failure = failureOf(whole.left(whole.size() * percent / 100), photo.size());
-            ASSERT_TRUE(std::holds_alternative<ImagePipelineError::Plain>(failure));
-            const auto plain = std::get<ImagePipelineError::Plain>(failure);
-            EXPECT_TRUE(plain == ImagePipelineError::decodingFailed || plain == ImagePipelineError::malformedImage);
+            EXPECT_TRUE(failure == Error(Error::decodingFailed).value || failure == Error(Error::malformedImage).value);
         }
     }
-    EXPECT_EQ(std::get<ImagePipelineError::FullResolutionMismatch>(
-                  failureOf(test::encoded(OutputType::png, photo), {80, 61})),
-              (ImagePipelineError::FullResolutionMismatch{{80, 61}, {80, 60}}));
-    EXPECT_EQ(std::get<ImagePipelineError::UnsupportedType>(failureOf("GIF89a\1\0\1\0\0\0\0;", {1, 1})).type,
+    EXPECT_EQ(failureOf(test::encoded(OutputType::png, photo), {80, 61}),
+              Error(Error::FullResolutionMismatch{{80, 61}, {80, 60}}).value);
+    EXPECT_EQ(std::get<Error::UnsupportedType>(failureOf("GIF89a\1\0\1\0\0\0\0;", {1, 1})).type,
               QStringLiteral("GIF image"));
 }
 
 TEST(Framing, heedsAStopAndReportsAFullDisk)
 {
     const MemoryFile source(test::encoded(OutputType::png, test::noise({50, 50}, rgb8)));
-    const MemoryFile output;
+    FrameRequest request = requestFor(source, MemoryFile(), {50, 50}, 5);
+    request.outputDescriptor = ::open("/dev/full", O_RDWR | O_CLOEXEC);
     std::stop_source stop;
     stop.request_stop();
-    EXPECT_THROW(InProcessAnswerer().frame(requestFor(source, output, {50, 50}, 5), stop.get_token()), Cancelled);
-
-    const int full = ::open("/dev/full", O_RDWR | O_CLOEXEC);
-    ASSERT_GE(full, 0);
+    EXPECT_THROW(InProcessAnswerer().frame(request, stop.get_token()), Cancelled);
     for (const ExportFormat format : allCases<ExportFormat>()) {
         SCOPED_TRACE(rawValue(format).toStdString());
-        FrameRequest request = requestFor(source, output, {50, 50}, 5);
-        request.outputDescriptor = full;
         request.format = format;
-        try {
-            InProcessAnswerer().frame(request, {});
-            ADD_FAILURE() << "a full disk was not noticed";
-        } catch (const ImagePipelineError& error) {
-            EXPECT_EQ(std::get<ImagePipelineError::EncodingFailed>(error.value).format, rawValue(format));
-        }
+        EXPECT_EQ(test::pipelineErrorOf([&] { InProcessAnswerer().frame(request, {}); }),
+                  Error(Error::EncodingFailed{rawValue(format)}).value);
     }
-    ::close(full);
+    ::close(request.outputDescriptor);
 }
 
 TEST(Region, equalsThatPartOfTheWholePicture)
 {
-    const MemoryFile source(test::encoded(OutputType::png, test::noise({40, 30}, rgb8)));
+    const Bitmap photo = test::noise({40, 30}, rgb8);
+    const MemoryFile source(test::encoded(OutputType::png, photo));
     const MemoryFile output;
     const FrameRequest whole = requestFor(source, output, {40, 30}, 6);
     const Bitmap framed = test::decoded(framedBytes(source.bytes(), {40, 30}, 6, ExportFormat::png));
-    RegionRequest request{.source = whole.source, .expectedSize = whole.expectedSize, .composition = whole.composition};
-    request.x = 3;
-    request.y = 25;
-    request.size = {20, 100}; // Reaches below the canvas: what is there is answered.
+    // Reaches below the canvas: what is there is answered.
+    const RegionRequest request{whole.source, whole.expectedSize, whole.composition, 3, 25, {20, 100}};
     const Bitmap region = InProcessAnswerer().composeRegion(request, {});
     ASSERT_EQ(region.size(), (PixelSize{20, 17}));
-    for (std::int64_t y = 0; y < 17; ++y)
-        EXPECT_EQ(std::memcmp(region.row(y), framed.row(y + 25) + 9, 60), 0) << y;
+    EXPECT_TRUE(test::holdsAt(framed, 3, 25, region));
+    EXPECT_TRUE(test::holdsAt(framed, 6, 6, photo));
 }
 
 TEST(Inspect, givesUprightSizeAndAReducedUprightPicture)

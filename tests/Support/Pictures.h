@@ -78,15 +78,22 @@ inline QByteArray withOrientation(QByteArray bytes, int orientation)
     return bytes;
 }
 
-inline bool samePixels(const Bitmap& left, const Bitmap& right)
+/// Whether `part` lies in `whole` with its top left pixel at (x, y), byte for byte.
+inline bool holdsAt(const Bitmap& whole, std::int64_t x, std::int64_t y, const Bitmap& part)
 {
-    if (left.size() != right.size() || left.format() != right.format())
+    if (x + part.size().width > whole.size().width || y + part.size().height > whole.size().height ||
+        whole.format() != part.format())
         return false;
-    for (std::int64_t y = 0; y < left.size().height; ++y)
-        if (std::memcmp(left.row(y), right.row(y),
-                        std::size_t(left.size().width) * std::size_t(left.format().bytesPerPixel())) != 0)
+    const std::int64_t bytes = part.format().bytesPerPixel();
+    for (std::int64_t row = 0; row < part.size().height; ++row)
+        if (std::memcmp(whole.row(y + row) + x * bytes, part.row(row), std::size_t(part.size().width * bytes)) != 0)
             return false;
     return true;
+}
+
+inline bool samePixels(const Bitmap& left, const Bitmap& right)
+{
+    return left.size() == right.size() && holdsAt(left, 0, 0, right);
 }
 
 inline int component(const Bitmap& picture, std::int64_t x, std::int64_t y, int channel)
