@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Imaging/RenderLayout.h"
 
-#include "Models/ErrorTexts.h"
+#include "Support/PipelineErrors.h"
 #include "Support/TestSupport.h"
 
 #include <cmath>
@@ -13,10 +13,7 @@ namespace {
 
 RenderRecipe bordered(BorderUnit unit, double width)
 {
-    RenderRecipe recipe;
-    recipe.borderUnit = unit;
-    recipe.borderWidth = width;
-    return recipe;
+    return {.borderUnit = unit, .borderWidth = width};
 }
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
@@ -31,9 +28,8 @@ TEST(RenderLayout, bordersRoundUpAndScaleAsOneWhole)
     EXPECT_EQ(RenderLayout::framedLayout({6000, 4000}, bordered(BorderUnit::percent, 2.01)).borderThickness, 81);
     EXPECT_EQ(RenderLayout::framedLayout({10, 10}, bordered(BorderUnit::pixels, -5)).canvasSize, (PixelSize{10, 10}));
 
-    const RenderLayout tenth = layout.scaled(0.1);
-    EXPECT_EQ(tenth.canvasSize, (PixelSize{616, 416}));
-    EXPECT_DOUBLE_EQ(tenth.imageRect.width(), 600);
+    EXPECT_EQ(layout.scaled(0.1).canvasSize, (PixelSize{616, 416}));
+    EXPECT_DOUBLE_EQ(layout.scaled(0.1).imageRect.width(), 600);
     EXPECT_EQ(layout.scaled(0.00001).canvasSize, (PixelSize{1, 1}));
     EXPECT_EQ(RenderLayout::calculate({6000, 4000}, bordered(BorderUnit::percent, 2), 1), layout);
 }
@@ -43,25 +39,15 @@ TEST(RenderLayout, captionsOfEachPositionLieWhereTheyAreNamed)
     // A canvas of 400 × 300 with a border of 50; y grows upwards. Paddings 10 and 8, a box of 40 × 20.
     const QRectF image(50, 50, 300, 200);
     const QRectF canvas(0, 0, 400, 300);
-    const struct {
-        CaptionPosition position;
-        double x;
-        double y;
-    } rows[] = {{CaptionPosition::imageTopLeft, 60, 222},     {CaptionPosition::imageTopCenter, 180, 222},
-                {CaptionPosition::imageTopRight, 300, 222},   {CaptionPosition::imageCenterLeft, 60, 140},
-                {CaptionPosition::imageCenter, 180, 140},     {CaptionPosition::imageCenterRight, 300, 140},
-                {CaptionPosition::imageBottomLeft, 60, 58},   {CaptionPosition::imageBottomCenter, 180, 58},
-                {CaptionPosition::imageBottomRight, 300, 58}, {CaptionPosition::borderTopLeft, 10, 272},
-                {CaptionPosition::borderTopCenter, 180, 272}, {CaptionPosition::borderTopRight, 350, 272},
-                {CaptionPosition::borderBottomLeft, 10, 8},   {CaptionPosition::borderBottomCenter, 180, 8},
-                {CaptionPosition::borderBottomRight, 350, 8}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(rawValue(row.position).toStdString());
-        const QRectF area = captionArea(row.position, image, canvas, 10, 8);
-        EXPECT_EQ(anchoredRect({40, 20}, area, row.position), QRectF(row.x, row.y, 40, 20));
-        if (isInBorder(row.position)) {
-            EXPECT_EQ(area.height(), 42) << "the padding is kept from the outer edge alone";
-        }
+    constexpr double rows[] = {222, 140, 58, 272, 8};
+    for (std::size_t i = 0; i < 15; ++i) {
+        const CaptionPosition position = allCases<CaptionPosition>()[i];
+        SCOPED_TRACE(rawValue(position).toStdString());
+        const QRectF area = captionArea(position, image, canvas, 10, 8);
+        const double x = isInBorder(position) ? 10 + 170.0 * double(i % 3) : 60 + 120.0 * double(i % 3);
+        EXPECT_EQ(anchoredRect({40, 20}, area, position), QRectF(x, rows[i / 3], 40, 20));
+        // In the border the padding is kept from the outer edge alone.
+        EXPECT_EQ(area.height(), isInBorder(position) ? 42 : 184);
     }
     EXPECT_EQ(captionArea(CaptionPosition::borderTopLeft, image, canvas, 0, 60).height(), 0);
     EXPECT_EQ(captionArea(CaptionPosition::borderBottomLeft, image, canvas, 300, 0).width(), 0);
@@ -91,33 +77,18 @@ TEST(RenderLayout, logosTakeAShareOfThePhotoAndShrinkToFit)
 
 TEST(RenderLayout, refusesWhatCannotBeDrawnSafely)
 {
-    const struct {
-        const char* name;
-        PixelSize size;
-        double border;
-        double scale;
-        bool fits;
-    } rows[] = {{"at the side limit", {49'000, 1}, 500, 1, true},
-                {"over the side limit", {49'000, 1}, 600, 1, false},
-                {"at the area limit", {20'000, 10'000}, 0, 1, true},
-                {"over the area limit", {20'000, 10'001}, 0, 1, false},
-                {"small again when scaled", {49'000, 1000}, 600, 0.1, true},
-                {"scaled to nothing", {10, 10}, 0, 0.01, false}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        const RenderRecipe recipe = bordered(BorderUnit::pixels, row.border);
-        if (row.fits) {
-            EXPECT_NO_THROW(validateRenderBounds(row.size, recipe, row.scale));
-        } else {
-            EXPECT_THROW(validateRenderBounds(row.size, recipe, row.scale), ImagePipelineError);
-        }
-    }
-    try {
-        validateRenderBounds({20'000, 10'001}, bordered(BorderUnit::pixels, 0.25), 1);
-        FAIL();
-    } catch (const ImagePipelineError& error) {
-        EXPECT_EQ(error, ImagePipelineError(ImagePipelineError::UnreasonableOutputDimensions{20'001, 10'002}));
-    }
+    const auto refusal = [](PixelSize size, double border) {
+        return test::pipelineErrorOf([&] { validateRenderBounds(size, bordered(BorderUnit::pixels, border), 1); });
+    };
+    using Error = ImagePipelineError;
+    using TooLarge = Error::UnreasonableOutputDimensions;
+    EXPECT_EQ(refusal({49'000, 1}, 600), Error(TooLarge{50'200, 1'201}).value);
+    EXPECT_EQ(refusal({20'000, 10'001}, 0.25), Error(TooLarge{20'001, 10'002}).value);
+    EXPECT_EQ(refusal({20'000, 10'001}, 0), Error(TooLarge{20'000, 10'001}).value);
+    EXPECT_ANY_THROW(validateRenderBounds({10, 10}, bordered(BorderUnit::pixels, 0), 0.01)) << "scaled to nothing";
+    EXPECT_NO_THROW(validateRenderBounds({49'000, 1}, bordered(BorderUnit::pixels, 500), 1));
+    EXPECT_NO_THROW(validateRenderBounds({20'000, 10'000}, bordered(BorderUnit::pixels, 0), 1));
+    EXPECT_NO_THROW(validateRenderBounds({49'000, 1000}, bordered(BorderUnit::pixels, 600), 0.1));
 }
 
 TEST(RenderLayout, refusesEveryValueThatIsNoNumber)
@@ -126,15 +97,13 @@ TEST(RenderLayout, refusesEveryValueThatIsNoNumber)
         &RenderRecipe::borderWidth,    &RenderRecipe::captionFontSize,        &RenderRecipe::captionLineSpacing,
         &RenderRecipe::captionPadding, &RenderRecipe::captionVerticalPadding, &RenderRecipe::captionOpacity};
     for (const double value : {infinity, -infinity, std::nan("")}) {
-        for (const auto member : members) {
-            RenderRecipe recipe;
-            recipe.*member = value;
+        std::vector<RenderRecipe> recipes(std::size(members) + 1);
+        for (std::size_t i = 0; i < std::size(members); ++i)
+            recipes[i].*members[i] = value;
+        recipes.back().logo = LogoConfiguration::placeholder();
+        recipes.back().logo->opacity = value;
+        for (const RenderRecipe& recipe : recipes)
             EXPECT_THROW(validateRenderBounds({10, 10}, recipe, 1), ImagePipelineError);
-        }
-        RenderRecipe recipe;
-        recipe.logo = LogoConfiguration::placeholder();
-        recipe.logo->opacity = value;
-        EXPECT_THROW(validateRenderBounds({10, 10}, recipe, 1), ImagePipelineError);
         EXPECT_THROW(validateRenderBounds({10, 10}, RenderRecipe(), value), ImagePipelineError);
     }
     EXPECT_THROW(validateRenderBounds({10, 10}, RenderRecipe(), 0), ImagePipelineError);
