@@ -28,7 +28,7 @@ int main()
 {
     const QByteArray srgb = ferrow::ColorProfile::sRGB().icc();
     measure("24 MP baseline to JPEG", {.icc = srgb}, "jpeg", "80 MB");
-    measure("200 MP baseline to JPEG", {.width = 16'200, .height = 11'900, .icc = srgb}, "jpeg", "80 MB");
+    measure("193 MP baseline to JPEG", {.width = 16'200, .height = 11'900, .icc = srgb}, "jpeg", "80 MB");
     measure("24 MP baseline to PNG", {.icc = srgb}, "png", "80 MB");
     measure("24 MP baseline to TIFF", {.icc = srgb}, "tiff", "80 MB");
     measure("24 MP turned to JPEG", {.orientation = 6, .icc = srgb}, "jpeg", "80 + 72 MB");

@@ -284,14 +284,8 @@ bool applyFlag(Arguments& arguments, const QByteArray& option)
     return true;
 }
 
-/// `--beside` takes a name only where the next word can't be a photo or folder to frame: one that names nothing that
-/// exists. `--beside=NAME` leaves no doubt.
-void applyBeside(Arguments& arguments, Reader& reader, const std::optional<QByteArray>& attached)
+void setBeside(Arguments& arguments, const std::optional<QByteArray>& name)
 {
-    std::optional<QByteArray> name = attached;
-    if (!name && !reader.atEnd() && !reader.peek().startsWith('-') && !reader.peek().contains('/') &&
-        fileKind(FileUrl::fromPath(reader.peek())) == FileKind::missing)
-        name = reader.take();
     if (name && !SafePathComponent::isValid(QString::fromUtf8(*name)))
         misuse("--beside", QStringLiteral("“%1” is not a folder name.").arg(QString::fromUtf8(*name)));
     arguments.changes.emplace_back([name](Settings& settings) {
@@ -301,17 +295,43 @@ void applyBeside(Arguments& arguments, Reader& reader, const std::optional<QByte
     });
 }
 
+/// The word behind `--beside` is its name unless it must be a photo or a folder to frame: a file, a path with a slash,
+/// or the one folder on the command line. Answers a folder's word, about which only the whole line can tell.
+/// `--beside=NAME` leaves no doubt.
+std::optional<QByteArray> applyBeside(Arguments& arguments, Reader& reader, const std::optional<QByteArray>& attached)
+{
+    std::optional<QByteArray> name = attached;
+    if (!name && !reader.atEnd() && !reader.peek().startsWith('-') && !reader.peek().contains('/')) {
+        const FileKind kind = fileKind(FileUrl::fromPath(reader.peek()));
+        if (kind == FileKind::folder)
+            return reader.take();
+        if (kind == FileKind::missing)
+            name = reader.take();
+    }
+    setBeside(arguments, name);
+    return std::nullopt;
+}
+
+void settleBeside(Arguments& arguments, const QByteArray& folder)
+{
+    if (arguments.roots.empty()) {
+        arguments.roots.push_back(FileUrl::fromPath(folder));
+        setBeside(arguments, std::nullopt);
+        return;
+    }
+    setBeside(arguments, folder);
+}
+
 void applyOption(Arguments& arguments, Reader& reader, const QByteArray& word)
 {
     const qsizetype equals = word.indexOf('=');
     const QByteArray option = equals < 0 ? word : word.left(equals);
     const std::optional<QByteArray> attached = equals < 0 ? std::nullopt : std::optional(word.mid(equals + 1));
+    Arguments ignored;
+    if (attached && applyFlag(ignored, option))
+        misuse(option, QStringLiteral("it takes no value."));
     if (!attached && applyFlag(arguments, option))
         return;
-    if (option == "--beside") {
-        applyBeside(arguments, reader, attached);
-        return;
-    }
     const auto handler = valueHandlers().find(option);
     if (handler == valueHandlers().end())
         misuse(option, QStringLiteral("there is no such option."));
@@ -332,6 +352,7 @@ Arguments parseArguments(const std::vector<QByteArray>& words)
     }
     const bool inspecting = arguments.mode == Arguments::Mode::inspect;
     bool onlyPaths = false;
+    std::optional<QByteArray> besideFolder;
     while (!reader.atEnd()) {
         const QByteArray word = reader.take();
         if (!onlyPaths && word == "--")
@@ -340,9 +361,14 @@ Arguments parseArguments(const std::vector<QByteArray>& words)
             arguments.roots.push_back(FileUrl::fromPath(word));
         else if (inspecting && word != "--json" && word != "--help" && word != "-h")
             misuse(word, QStringLiteral("inspect has no such option."));
+        else if (word == "--beside" || word.startsWith("--beside="))
+            besideFolder = applyBeside(arguments, reader,
+                                       word == "--beside" ? std::nullopt : std::optional(word.mid(sizeof "--beside")));
         else
             applyOption(arguments, reader, word);
     }
+    if (besideFolder)
+        settleBeside(arguments, *besideFolder);
     if (arguments.mode == Arguments::Mode::help || arguments.mode == Arguments::Mode::version)
         return arguments;
     if (arguments.roots.empty())
@@ -360,7 +386,7 @@ Frames photos: files, and folders recursively. Originals are never changed.
 Where the framed copies go
   --output DIR             one folder for all, made where it is missing
   --beside [NAME]          a folder beside each photo (default "Ferrow Export");
-                           write --beside=NAME where a file of that name exists
+                           --beside=NAME where NAME might be taken for a PATH
   --template TEXT          file names, with {filename} and {index}
   --on-collision RULE      number, skip or replace
   --jobs N                 photos worked on at once (default 2)

@@ -85,7 +85,8 @@ public:
                 throw UsageError{
                     QStringLiteral("--logo: no folder for its copy can be made in %1.").arg(QDir::tempPath())};
             managedFolder_ = FileUrl::fromPath(QFile::encodeName(directory_->path()));
-            LogoConfiguration logo;
+            LogoConfiguration logo = settings.recipe.logo.value_or(LogoConfiguration());
+            logo.isEnabled = true;
             logo.asset = importedAsset(*arguments.logoFile);
             settings.recipe.logo = logo;
         }
@@ -223,14 +224,22 @@ public:
             return;
         }
         QJsonArray folders;
-        for (const FileUrl& folder : report.outputFolders)
+        QJsonArray folderBytes;
+        bool allText = true;
+        for (const FileUrl& folder : report.outputFolders) {
             folders.append(folder.displayPath());
-        printJson({{QStringLiteral("report"), QJsonObject{{QStringLiteral("total"), qint64(report.total)},
-                                                          {QStringLiteral("exported"), qint64(report.exported)},
-                                                          {QStringLiteral("skipped"), qint64(report.skipped)},
-                                                          {QStringLiteral("cancelled"), qint64(report.cancelled)},
-                                                          {QStringLiteral("failures"), qint64(report.failures.size())},
-                                                          {QStringLiteral("outputFolders"), folders}}}});
+            folderBytes.append(QString::fromLatin1(folder.path().toBase64()));
+            allText = allText && folder.displayPath().toUtf8() == folder.path();
+        }
+        QJsonObject counts{{QStringLiteral("total"), qint64(report.total)},
+                           {QStringLiteral("exported"), qint64(report.exported)},
+                           {QStringLiteral("skipped"), qint64(report.skipped)},
+                           {QStringLiteral("cancelled"), qint64(report.cancelled)},
+                           {QStringLiteral("failures"), qint64(report.failures.size())},
+                           {QStringLiteral("outputFolders"), folders}};
+        if (!allText)
+            counts.insert(QStringLiteral("outputFoldersBytes"), folderBytes);
+        printJson({{QStringLiteral("report"), counts}});
     }
 
 private:
@@ -255,10 +264,8 @@ private:
 BatchExportPlan makePlan(const ImportedBatch& batch, const Settings& settings, bool dryRun)
 {
     ExportPlanner planner;
-    if (dryRun) {
+    if (dryRun)
         planner.createDirectory = [](const FileUrl&) {};
-        planner.checkWritable = [](const FileUrl&) {};
-    }
     return planner.plan(batch.photos, settings.configuration, settings.exportSettings, RecipeScope::batch,
                         settings.recipe, {});
 }

@@ -88,6 +88,8 @@ int runInspect(const Arguments& arguments, const std::stop_token& stop)
     for (const FileUrl& url : scan.candidates) {
         if (stop.stop_requested())
             return interrupted;
+        if (standardOutputFailed())
+            return somePhotoFailed;
         try {
             const ImportedPhoto photo = ImageLoader::load(url, 0);
             arguments.json ? printPhotoJson(photo) : printPhoto(photo);

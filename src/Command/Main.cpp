@@ -6,7 +6,9 @@
 
 #include <QGuiApplication>
 
+#include <fcntl.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include <clocale>
 #include <ctime>
@@ -55,13 +57,22 @@ private:
     std::jthread waiter_;
 };
 
+/// A caller may have closed them. The next file opened would then take such a number, and what is printed would go into
+/// it.
+void occupyStandardDescriptors()
+{
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (::fcntl(descriptor, F_GETFD) < 0)
+            (void)::open("/dev/null", O_RDWR); // Takes the lowest free number: this one.
+}
+
 int run(const std::vector<QByteArray>& words, const std::stop_token& stop)
 {
     try {
         const Command::Arguments arguments = Command::parseArguments(words);
         switch (arguments.mode) {
         case Command::Arguments::Mode::help:
-            std::fputs(Command::helpText().toUtf8().constData(), stdout);
+            Command::printText(Command::helpText());
             return Command::allDone;
         case Command::Arguments::Mode::version:
             Command::printLine(QStringLiteral("ferrow-batch " FERROW_VERSION));
@@ -86,6 +97,7 @@ int run(const std::vector<QByteArray>& words, const std::stop_token& stop)
 
 int main(int argc, char** argv)
 {
+    occupyStandardDescriptors();
     const StopOnSignal interruption;
     // The toolkit's remarks on the desktop session are no concern of a script's standard error.
     qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
@@ -99,5 +111,9 @@ int main(int argc, char** argv)
     char* applicationArgv[] = {argv[0], nullptr};
     const QGuiApplication application(applicationArgc, applicationArgv);
     std::setlocale(LC_NUMERIC, "C");
-    return run(std::vector<QByteArray>(argv + 1, argv + argc), interruption.token());
+    const int status = run(std::vector<QByteArray>(argv + 1, argv + argc), interruption.token());
+    if (!Command::standardOutputFailed())
+        return status;
+    Command::printError(QStringLiteral("ferrow-batch: not all of the output could be written."));
+    return status == Command::allDone ? Command::somePhotoFailed : status;
 }

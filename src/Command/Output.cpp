@@ -25,10 +25,14 @@ QString printable(const QString& text)
     return line;
 }
 
+bool outputFailed = false; ///< All printing happens on the main thread.
+
 void print(std::FILE* stream, const QByteArray& bytes)
 {
-    std::fwrite(bytes.constData(), 1, std::size_t(bytes.size()), stream);
-    std::fflush(stream);
+    const std::size_t written = std::fwrite(bytes.constData(), 1, std::size_t(bytes.size()), stream);
+    const bool flushed = std::fflush(stream) == 0;
+    if (stream == stdout && (written != std::size_t(bytes.size()) || !flushed))
+        outputFailed = true;
 }
 
 int terminalColumns()
@@ -57,6 +61,16 @@ QJsonObject pathObject(const FileUrl& url)
 void printJson(const QJsonObject& object)
 {
     print(stdout, QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
+}
+
+void printText(const QString& text)
+{
+    print(stdout, text.toUtf8());
+}
+
+bool standardOutputFailed()
+{
+    return outputFailed;
 }
 
 void printLine(const QString& text)
@@ -90,7 +104,8 @@ void ProgressLine::show(const QString& verb, std::int64_t completed, std::int64_
     QString line = counts;
     if (!remaining.isEmpty())
         line += QStringLiteral(" · ") + remaining;
-    line += QStringLiteral(" · ") + printable(currentFilename);
+    if (!currentFilename.isEmpty())
+        line += QStringLiteral(" · ") + printable(currentFilename);
     clear();
     print(stderr, line.left(terminalColumns() - 1).toUtf8());
     shown_ = true;

@@ -17,6 +17,10 @@ void insertPath(QJsonObject& object, const QString& key, const FileUrl& url);
 [[nodiscard]] QJsonObject pathObject(const FileUrl& url);
 /// One object a line on standard output, flushed.
 void printJson(const QJsonObject& object);
+/// Text of our own, as it is, on standard output.
+void printText(const QString& text);
+/// Whether anything meant for standard output was lost: a full disk, a reader that went away.
+[[nodiscard]] bool standardOutputFailed();
 /// One line on standard output or standard error; characters that would break the line or the terminal are replaced.
 void printLine(const QString& text);
 void printError(const QString& text);

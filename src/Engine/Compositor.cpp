@@ -23,12 +23,12 @@ constexpr Byte multiplied(unsigned a, unsigned b)
 
 std::uint16_t component16(double value)
 {
-    return std::uint16_t(std::lround(std::clamp(value, 0.0, 1.0) * 65535.0));
+    return std::isnan(value) ? std::uint16_t(0) : std::uint16_t(std::lround(std::clamp(value, 0.0, 1.0) * 65535.0));
 }
 
 Byte alpha8(const RGBAColor& color)
 {
-    // A colour that is not a number is refused before drawing; here it only must not trap.
+    // Nothing refuses a colour that is not a number, and rounding it must not trap: it counts as opaque.
     return std::isnan(color.alpha) ? Byte(255) : Byte(std::lround(std::clamp(color.alpha, 0.0, 1.0) * 255.0));
 }
 

@@ -144,6 +144,33 @@ Bitmap rasterPicture(const SourceFile& source, std::int64_t maximumDimension)
     return premultiplied(reducedPicture(photo, maximumDimension, profile));
 }
 
+Bitmap composedRegion(const RegionRequest& request, const std::stop_token& stop)
+{
+    FramedPhoto framed(request.source, request.expectedSize, request.composition);
+    const PixelSize canvas = framed.compositor.size();
+    const std::int64_t left = std::clamp<std::int64_t>(request.x, 0, canvas.width);
+    const std::int64_t top = std::clamp<std::int64_t>(request.y, 0, canvas.height);
+    const std::int64_t width = std::min(request.size.width, canvas.width - left);
+    const std::int64_t height = std::min(request.size.height, canvas.height - top);
+    Bitmap region({width, height}, framed.compositor.format(), framed.canvas);
+    if (region.isNull())
+        return region;
+
+    const auto pixelBytes = std::size_t(framed.compositor.format().bytesPerPixel());
+    const std::size_t stride = std::size_t(canvas.width) * pixelBytes;
+    const std::int64_t band = bandRows(stride, canvas.height);
+    std::vector<std::byte> rows(stride * std::size_t(band));
+    for (std::int64_t y = 0; y < top + height; y += band) {
+        throwIfCancelled(stop);
+        const std::int64_t count = std::min(band, top + height - y);
+        framed.compositor.compose(count, rows.data(), stride);
+        for (std::int64_t i = std::max<std::int64_t>(0, top - y); i < count; ++i)
+            std::memcpy(region.row(y + i - top), rows.data() + std::size_t(i) * stride + std::size_t(left) * pixelBytes,
+                        std::size_t(width) * pixelBytes);
+    }
+    return region;
+}
+
 } // namespace
 
 InspectAnswer InProcessAnswerer::inspect(const InspectRequest& request, const std::stop_token& stop)
@@ -195,29 +222,11 @@ void InProcessAnswerer::frame(const FrameRequest& request, const std::stop_token
 Bitmap InProcessAnswerer::composeRegion(const RegionRequest& request, const std::stop_token& stop)
 {
     throwIfCancelled(stop);
-    FramedPhoto framed(request.source, request.expectedSize, request.composition);
-    const PixelSize canvas = framed.compositor.size();
-    const std::int64_t left = std::clamp<std::int64_t>(request.x, 0, canvas.width);
-    const std::int64_t top = std::clamp<std::int64_t>(request.y, 0, canvas.height);
-    const std::int64_t width = std::min(request.size.width, canvas.width - left);
-    const std::int64_t height = std::min(request.size.height, canvas.height - top);
-    Bitmap region({width, height}, framed.compositor.format(), framed.canvas);
-    if (region.isNull())
-        return region;
-
-    const auto pixelBytes = std::size_t(framed.compositor.format().bytesPerPixel());
-    const std::size_t stride = std::size_t(canvas.width) * pixelBytes;
-    const std::int64_t band = bandRows(stride, canvas.height);
-    std::vector<std::byte> rows(stride * std::size_t(band));
-    for (std::int64_t y = 0; y < top + height; y += band) {
-        throwIfCancelled(stop);
-        const std::int64_t count = std::min(band, top + height - y);
-        framed.compositor.compose(count, rows.data(), stride);
-        for (std::int64_t i = std::max<std::int64_t>(0, top - y); i < count; ++i)
-            std::memcpy(region.row(y + i - top), rows.data() + std::size_t(i) * stride + std::size_t(left) * pixelBytes,
-                        std::size_t(width) * pixelBytes);
+    try {
+        return composedRegion(request, stop);
+    } catch (const std::bad_alloc&) {
+        throw ImagePipelineError(ImagePipelineError::renderingFailed);
     }
-    return region;
 }
 
 LogoAnswer InProcessAnswerer::rasteriseLogo(const LogoRequest& request, const std::stop_token& stop)

@@ -3,6 +3,7 @@
 
 #include "Platform/Base/Localization.h"
 #include "Platform/Base/SystemErrors.h"
+#include "Platform/Files/FilePlacement.h"
 #include "Shared/UserFacingError.h"
 
 #include <sys/stat.h>
@@ -111,6 +112,9 @@ BatchExportPlan ExportPlanner::plan(const std::vector<ImportedPhoto>& photos,
     ReservedDestinations reserved;
     std::unordered_set<FileUrl> folders;
     const QString extension = filenameExtension(settings.format);
+    std::unordered_set<FileUrl> sources;
+    for (const ImportedPhoto& photo : photos)
+        sources.insert(photo.url.standardized());
 
     for (std::size_t index = 0; index < photos.size(); ++index) {
         const ImportedPhoto& photo = photos[index];
@@ -129,8 +133,14 @@ BatchExportPlan ExportPlanner::plan(const std::vector<ImportedPhoto>& photos,
 
         const QByteArray name = FilenameTemplate::filename(configuration.filenameTemplate, photo.url,
                                                            static_cast<std::int64_t>(index), extension);
-        const auto resolution = BatchCollisionResolver::destination(folder.appending(name).standardized(),
-                                                                    configuration.collisionRule, reserved, fileExists);
+        const FileUrl proposed = folder.appending(name).standardized();
+        // Leave to replace never covers another original of the same batch. A photo's own is left to the exporter to
+        // refuse.
+        const bool isAnotherSource = sources.contains(proposed) && proposed != photo.url.standardized();
+        const CollisionRule rule = isAnotherSource && configuration.collisionRule == CollisionRule::replace
+                                       ? CollisionRule::appendNumber
+                                       : configuration.collisionRule;
+        const auto resolution = BatchCollisionResolver::destination(proposed, rule, reserved, fileExists);
         if (!resolution) {
             ++plan.skipped;
             plan.skippedPhotos.push_back(photo.url);
@@ -153,22 +163,22 @@ void ExportPlanner::createDirectories(const FileUrl& folder)
     // Looked at first, because mkdir on a volume that can't be written may refuse even a folder that exists.
     if (isFolder(folder))
         return;
-    int failure = ::mkdir(folder.path().constData(), 0777) == 0 ? 0 : errno;
-    if (failure == ENOENT && folder.deletingLastPathComponent() != folder) {
-        createDirectories(folder.deletingLastPathComponent());
-        failure = ::mkdir(folder.path().constData(), 0777) == 0 ? 0 : errno;
+    try {
+        createFolder(folder);
+    } catch (const SystemError& error) {
+        // That something of this name exists already would read as if nothing were wrong.
+        throw SystemError{error.errorNumber == EEXIST ? ENOTDIR : error.errorNumber, folder};
     }
-    // Another program may have been quicker, which is as good.
-    if (failure == 0 || (failure == EEXIST && isFolder(folder)))
-        return;
-    // That something of this name exists already would read as if nothing were wrong.
-    throw SystemError{failure == EEXIST ? ENOTDIR : failure, folder};
+    if (!isFolder(folder))
+        throw SystemError{ENOTDIR, folder};
 }
 
-bool ExportPlanner::existsFollowingLinks(const FileUrl& url)
+bool ExportPlanner::exists(const FileUrl& url)
 {
     struct stat status {};
-    return lookUp(url, status) == 0;
+    if (!url.hasFileSystemRepresentation() || ::lstat(url.path().constData(), &status) == 0)
+        return true;
+    return errno != ENOENT && errno != ENOTDIR;
 }
 
 void ExportPlanner::checkFolderWritable(const FileUrl& folder)

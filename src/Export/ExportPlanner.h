@@ -17,9 +17,8 @@ namespace ferrow {
 struct ExportPlanner {
     /// Creates a folder with its missing parents; one that exists is fine. Throws SystemError.
     std::function<void(const FileUrl&)> createDirectory = createDirectories;
-    /// Whether anything stands at a place. Follows links, so a dangling one counts as nothing: placing the output never
-    /// replaces it all the same.
-    std::function<bool(const FileUrl&)> fileExists = existsFollowingLinks;
+    /// Whether anything stands at a place, be it a link to nothing: placing the output would not replace that either.
+    std::function<bool(const FileUrl&)> fileExists = exists;
     /// Throws SystemError when a folder exists and takes no new files. A missing folder passes: the export itself says
     /// so.
     std::function<void(const FileUrl&)> checkWritable = checkFolderWritable;
@@ -32,7 +31,7 @@ struct ExportPlanner {
                                        const std::unordered_map<FileUrl, RenderRecipe>& perPhotoRecipes) const;
 
     static void createDirectories(const FileUrl& folder);
-    [[nodiscard]] static bool existsFollowingLinks(const FileUrl& url);
+    [[nodiscard]] static bool exists(const FileUrl& url);
     static void checkFolderWritable(const FileUrl& folder);
 };
 

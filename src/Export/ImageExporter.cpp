@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <new>
 
 namespace ferrow::ImageExporter {
 
@@ -127,7 +128,11 @@ void exportPhoto(const ImportedPhoto& photo, const RenderRecipe& recipe, const E
     Engine::FrameRequest request;
     request.source = {source.descriptor(), source.size()};
     request.expectedSize = photo.pixelSize;
-    request.composition = ImageRenderer::composition(layout, recipe, photo.metadata, logo, 1.0, stop);
+    try {
+        request.composition = ImageRenderer::composition(layout, recipe, photo.metadata, logo, 1.0, stop);
+    } catch (const std::bad_alloc&) {
+        throw ImagePipelineError(ImagePipelineError::renderingFailed);
+    }
     request.format = settings.format;
     request.quality = usableQuality(settings.quality);
     request.metadata = outputMetadata(photo.metadata);

@@ -66,6 +66,13 @@ Engine::Overlay textOverlay(const TextFrame& frame, const QRectF& box, int margi
     return overlay;
 }
 
+/// How far `outer` reaches beyond `inner` at most: glyphs that overhang by more are cut off anyway.
+double widestGap(const QRectF& inner, const QRectF& outer)
+{
+    return std::max({inner.left() - outer.left(), outer.right() - inner.right(), inner.top() - outer.top(),
+                     outer.bottom() - inner.bottom(), 1.0});
+}
+
 double wrappingWidth(CaptionPosition position, double areaWidth, double fontSize)
 {
     if (isInBorder(position))
@@ -167,7 +174,7 @@ std::vector<Engine::Overlay> drawCaption(const QString& text, const RenderLayout
     const QRectF box = fromTop(anchoredRect(boxSize, area, recipe.captionPosition), layout);
     const QRectF clip = fromTop(area, layout);
 
-    const int overhang = int(std::ceil(glyphOverhang * fontSize));
+    const int overhang = int(std::ceil(std::min(glyphOverhang * fontSize, widestGap(box, clip))));
     std::vector<Engine::Overlay> overlays;
     if (!isInBorder(recipe.captionPosition)) {
         const double sigma = shadowBlurRadius * scale / 2;

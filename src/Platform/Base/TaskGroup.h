@@ -8,6 +8,7 @@
 #include <memory>
 #include <mutex>
 #include <queue>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -71,8 +72,15 @@ void runBounded(std::size_t count, std::size_t maximumConcurrency, const std::fu
         return true;
     };
 
-    while (running < std::max<std::size_t>(maximumConcurrency, 1) && startNext())
-        threads.emplace_back(serve);
+    while (running < std::max<std::size_t>(maximumConcurrency, 1) && startNext()) {
+        try {
+            threads.emplace_back(serve);
+        } catch (const std::system_error&) {
+            if (threads.empty())
+                throw;
+            break; // The system allows no more threads: those that run serve what was queued for this one.
+        }
+    }
     while (running > 0) {
         std::unique_lock lock(mutex);
         resultReady.wait(lock, [&] { return !results.empty(); });
