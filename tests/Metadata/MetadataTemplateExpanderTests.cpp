@@ -26,31 +26,22 @@ PhotoMetadata sparse()
 
 TEST(MetadataTemplateExpander, replacesAndTidies)
 {
-    const std::vector<std::pair<QString, QString>> rows{
-        {u""_s, u""_s},
-        {u" \u00B7  | \u2014 \n - "_s, u""_s},
+    const std::pair<QString, QString> rows[] = {
+        {u" \u00B7  | \u2014 \n - "_s, {}},
         {u"{camera} \u00B7 {lens} \u00B7 {iso}"_s, u"Canon Canon EOS R5 \u00B7 \u00B7 400"_s},
-        {u"{cameraMake}\n{lens}"_s, u"Canon"_s},
         {u"{lens}\n\n{iso}\n"_s, u"400"_s},
-        {u"{aperture} | {shutterSpeed} | {iso}"_s, u"400"_s},
-        {u"{iso} | {aperture}"_s, u"400"_s},
-        {u"{title}"_s, u"Dune"_s},
+        {u"{aperture} | {shutterSpeed} | {iso} | {aperture}"_s, u"400"_s},
         {u"by\t \t{title}by"_s, u"by Dune by"_s},
         {u"a\u00A0\u00A0b"_s, u"a\u00A0\u00A0b"_s},
         {u"a\rb\u2028c\u2029d\u0085e\ff"_s, u"a\nb\nc\nd\ne\nf"_s},
         {u"{exposureCompensation}"_s, u"1 EV"_s},
         {u"at {exposureCompensation}"_s, u"at -1 EV"_s},
-        {u"{iso}{iso}"_s, u"400400"_s},
-        {u"{Iso} {none} {iso"_s, u"{Iso} {none} {iso"_s},
-        {u"{{iso}"_s, u"{400"_s},
-        {u"{iso}}"_s, u"400}"_s},
-        {u"{}{"_s, u"{}{"_s},
+        {u"{iso}{iso}{Iso} {none} {iso"_s, u"400400{Iso} {none} {iso"_s},
+        {u"{{iso}}{}{"_s, u"{400}{}{"_s},
         {u"{caption}"_s, u"{iso} on {lens}\nline two"_s},
     };
-    for (const auto& [captionTemplate, expected] : rows) {
-        SCOPED_TRACE(captionTemplate.toStdString());
+    for (const auto& [captionTemplate, expected] : rows)
         EXPECT_EQ(MetadataTemplateExpander::expand(captionTemplate, sparse()), expected);
-    }
 }
 
 TEST(MetadataTemplateExpander, knowsEveryToken)
@@ -69,13 +60,9 @@ TEST(MetadataTemplateExpander, knowsEveryToken)
     EXPECT_EQ(MetadataTemplateExpander::expand(tokens, metadata),
               u"IMG_1.jpg;Jan 1, 2025;Canon Canon EOS R5;Canon;Canon EOS R5;XF23;35 mm;f/2.8;1/250 s;400;-1 EV;me;(c);"
               " Dune ;2025"_s);
-
-    PhotoMetadata nothing;
-    for (const auto& [token, name] : CodedCases<MetadataToken>::table) {
-        SCOPED_TRACE(int(token));
-        const bool isKnown = MetadataTemplateExpander::tokenValue(token, nothing).has_value();
-        EXPECT_EQ(isKnown, token == MetadataToken::filename);
-    }
+    for (const auto& [token, name] : CodedCases<MetadataToken>::table)
+        EXPECT_EQ(MetadataTemplateExpander::tokenValue(token, {}).has_value(), token == MetadataToken::filename)
+            << int(token);
 }
 
 } // namespace ferrow
