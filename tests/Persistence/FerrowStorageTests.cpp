@@ -2,58 +2,49 @@
 #include "Persistence/FerrowStorage.h"
 
 #include "Platform/Files/FilePlacement.h"
-#include "Support/TestSupport.h"
+#include "Support/Files.h"
 
 namespace ferrow {
 
+using namespace test;
+using namespace Qt::StringLiterals;
+
 TEST(FerrowStorage, takesOverTheFolderOfAnOlderName)
 {
-    const struct {
-        const char* name;
-        QList<QByteArray> there;
-        QByteArray answer;
-        QList<QByteArray> thereAfter;
-        QByteArray cameFrom; ///< What the answered folder was called before.
-    } rows[] = {
-        {"nothing yet", {}, "Ferrow", {}, {}},
-        {"current", {"Ferrow"}, "Ferrow", {"Ferrow"}, "Ferrow"},
-        {"current beside an older one", {"Ferrow", "Quillmark"}, "Ferrow", {"Ferrow", "Quillmark"}, "Ferrow"},
-        {"older", {"Quillmark"}, "Ferrow", {"Ferrow"}, "Quillmark"},
-        {"oldest", {"Ambrelite"}, "Ferrow", {"Ferrow"}, "Ambrelite"},
-        {"both older", {"Ambrelite", "Quillmark"}, "Ferrow", {"Ambrelite", "Ferrow"}, "Quillmark"},
+    // The folders found, those left afterwards, and what the answered one was called before.
+    const std::tuple<QByteArrayList, QStringList, QByteArray> rows[] = {
+        {{}, {}, {}},
+        {{"Ferrow", "Quillmark"}, {u"Ferrow"_s, u"Quillmark"_s}, "Ferrow"},
+        {{"Quillmark"}, {u"Ferrow"_s}, "Quillmark"},
+        {{"Ambrelite"}, {u"Ferrow"_s}, "Ambrelite"},
+        {{"Ambrelite", "Quillmark"}, {u"Ambrelite"_s, u"Ferrow"_s}, "Quillmark"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        const test::TemporaryFolder base;
-        for (const QByteArray& name : row.there) {
+    for (const auto& [found, left, cameFrom] : rows) {
+        const TemporaryFolder base;
+        for (const QByteArray& name : found) {
             createFolder(base.file(name));
             base.write(name + "/presets.json", name);
         }
         FerrowStorage::Operations operations = FerrowStorage::Operations::system();
         operations.userDataFolder = [&] { return base.url(); };
-        EXPECT_EQ(FerrowStorage::applicationSupportDirectory(operations), base.file(row.answer));
-        for (const QByteArray name : {"Ferrow", "Quillmark", "Ambrelite"}) {
-            EXPECT_EQ(operations.exists(base.file(name)), row.thereAfter.contains(name)) << name.toStdString();
-        }
-        EXPECT_EQ(test::readFile(base.file("Ferrow/presets.json")), row.cameFrom);
+        EXPECT_EQ(FerrowStorage::applicationSupportDirectory(operations), base.file("Ferrow"));
+        EXPECT_EQ(namesIn(base.url()), left);
+        EXPECT_EQ(readFile(base.file("Ferrow/presets.json")), cameFrom);
     }
 }
 
 TEST(FerrowStorage, usesTheOlderFolderWhereItCannotBeMoved)
 {
-    const FileUrl base = FileUrl::fromPath(QByteArray("/base"));
     for (const bool isMadeMeanwhile : {false, true}) {
-        SCOPED_TRACE(isMadeMeanwhile);
-        int askedForCurrent = 0;
-        const FerrowStorage::Operations operations{[&] { return base; },
-                                                   [&](const FileUrl& url) {
-                                                       return url.stem() == "Ferrow"
-                                                                  ? askedForCurrent++ > 0 && isMadeMeanwhile
-                                                                  : url.stem() == "Ambrelite";
-                                                   },
+        bool isAskedAgain = false;
+        const auto exists = [&](const FileUrl& url) {
+            return url.stem() == "Ferrow" ? std::exchange(isAskedAgain, true) && isMadeMeanwhile
+                                          : url.stem() == "Ambrelite";
+        };
+        const FerrowStorage::Operations operations{[] { return FileUrl::fromPath(QByteArray("/base")); }, exists,
                                                    [](const FileUrl&, const FileUrl&) { return false; }};
-        EXPECT_EQ(FerrowStorage::applicationSupportDirectory(operations),
-                  base.appending(isMadeMeanwhile ? "Ferrow" : "Ambrelite"));
+        EXPECT_EQ(FerrowStorage::applicationSupportDirectory(operations).stem(),
+                  isMadeMeanwhile ? "Ferrow" : "Ambrelite");
     }
 }
 

@@ -4,14 +4,12 @@
 #include "Engine/Answerer.h"
 #include "Models/ErrorTexts.h"
 #include "Platform/Base/Cancellation.h"
-#include "Platform/Base/SystemErrors.h"
-#include "Support/TestSupport.h"
-
-#include <QDir>
-
-#include <sys/stat.h>
+#include "Support/Files.h"
 
 namespace ferrow {
+
+using namespace test;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -39,108 +37,85 @@ public:
 
 class ManagedLogoStoreTest : public testing::Test {
 protected:
-    ManagedLogoStoreTest()
+    ManagedLogoStoreTest() { Engine::setAnswerer(std::unique_ptr<Engine::Answerer>(answerer)); }
+
+    LogoAssetReference imported(const QByteArray& type)
     {
-        auto fake = std::make_unique<FakeAnswerer>();
-        answerer = fake.get();
-        Engine::setAnswerer(std::move(fake));
+        const LogoAssetReference asset =
+            ManagedLogoStore::importAsset(folder.write("My l\xf6go.v2.pdf", type), managed);
+        answerer->requested.clear();
+        return asset;
     }
-    [[nodiscard]] QStringList managedFiles() const
+    /// Why `steps` failed.
+    template <typename Steps>
+    static std::optional<LogoAssetError> refusal(const Steps& steps)
     {
-        return QDir(managed.displayPath()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+        try {
+            static_cast<void>(steps());
+        } catch (const LogoAssetError& error) {
+            return error;
+        }
+        return std::nullopt;
     }
 
-    test::TemporaryFolder folder;
+    TemporaryFolder folder;
     FileUrl managed = folder.file("support/Logos");
-    FakeAnswerer* answerer = nullptr;
+    FakeAnswerer* answerer = new FakeAnswerer;
 };
-
-FileUrl fileOfSize(const FileUrl& url, off_t size)
-{
-    EXPECT_EQ(::truncate(url.path().constData(), size), 0);
-    return url;
-}
 
 } // namespace
 
 TEST_F(ManagedLogoStoreTest, copiesALogoUnderAFreshNameOfItsOwnType)
 {
-    const FileUrl picked = folder.write("My l\xf6go.v2.pdf", "png");
-    const LogoAssetReference first = ManagedLogoStore::importAsset(picked, managed);
-    const LogoAssetReference second = ManagedLogoStore::importAsset(picked, managed);
-
-    EXPECT_EQ(first.displayName, QStringLiteral("My l\ufffdgo.v2"));
-    EXPECT_EQ(first.managedFilename, first.id.toString(QUuid::WithoutBraces).toUpper() + QStringLiteral(".png"));
-    EXPECT_NE(first.id, second.id);
-    EXPECT_EQ(test::readFile(managed.appending(first.managedFilename.toUtf8())), "png");
-    EXPECT_EQ(managedFiles().size(), 2);
-    EXPECT_EQ(answerer->requested, (std::vector<std::int64_t>{2'000, 2'000}));
-    EXPECT_EQ(::unlink(picked.path().constData()), 0);
+    const LogoAssetReference first = imported("png");
+    EXPECT_EQ(first.displayName, u"My l\ufffdgo.v2"_s);
+    EXPECT_EQ(first.managedFilename, first.id.toString(QUuid::WithoutBraces).toUpper() + u".png"_s);
+    EXPECT_NE(first.id, imported("png").id);
+    EXPECT_EQ(readFile(managed.appending(first.managedFilename.toUtf8())), "png");
+    EXPECT_EQ(namesIn(managed).size(), 2);
 }
 
 TEST_F(ManagedLogoStoreTest, refusesWithTheCauseAndLeavesNothingBehind)
 {
-    ASSERT_EQ(::mkfifo(folder.file("pipe.png").path().constData(), 0644), 0);
-    const struct {
-        const char* name;
-        FileUrl url;
-        LogoAssetError error;
-    } rows[] = {
-        {"folder", folder.url(), {Case::malformed}},
-        {"pipe", folder.file("pipe.png"), {Case::malformed}},
-        {"empty", folder.write("empty.png", ""), {Case::malformed}},
-        {"another type", folder.write("logo.png", "svg"), {Case::unsupportedType}},
-        {"a type that leads out of the folder", folder.write("evil.png", "../../png"), {Case::unsupportedType}},
-        {"dimensions", folder.write("huge.png", "huge"), {Case::unreasonableDimensions}},
-        {"a byte too large",
-         fileOfSize(folder.write("large.png", "png"), 100'000'001),
-         {Case::fileTooLarge, 100'000'001}},
+    makePipe(folder.file("pipe"));
+    ASSERT_EQ(::truncate(folder.write("large", "png").path().constData(), 100'000'001), 0);
+    const std::pair<FileUrl, LogoAssetError> rows[] = {
+        {folder.url(), {Case::malformed}},
+        {folder.file("pipe"), {Case::malformed}},
+        {folder.write("empty", ""), {Case::malformed}},
+        {folder.write("logo.png", "svg"), {Case::unsupportedType}},
+        {folder.write("evil", "../../png"), {Case::unsupportedType}},
+        {folder.write("huge", "huge"), {Case::unreasonableDimensions}},
+        {folder.file("large"), {Case::fileTooLarge, 100'000'001}},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        try {
-            static_cast<void>(ManagedLogoStore::importAsset(row.url, managed));
-            ADD_FAILURE() << "accepted";
-        } catch (const LogoAssetError& error) {
-            EXPECT_EQ(error, row.error);
-        }
-    }
-    EXPECT_THROW(static_cast<void>(ManagedLogoStore::importAsset(folder.file("none.png"), managed)), SystemError);
-    EXPECT_TRUE(managedFiles().isEmpty());
+    for (const auto& row : rows)
+        EXPECT_EQ(refusal([&] { return ManagedLogoStore::importAsset(row.first, managed); }), row.second)
+            << row.first.path().toStdString();
+    EXPECT_EQ(errnoOf([&] { return ManagedLogoStore::importAsset(folder.file("none"), managed); }), ENOENT);
+    EXPECT_TRUE(namesIn(managed).isEmpty());
 }
 
 TEST_F(ManagedLogoStoreTest, loadsByPlainNameAlone)
 {
+    const LogoAssetReference asset = imported("tiff");
     folder.write("secret.png", "png");
-    const LogoAssetReference asset = ManagedLogoStore::importAsset(folder.write("logo.png", "tiff"), managed);
     ASSERT_EQ(::mkdir(managed.appending("sub").path().constData(), 0755), 0);
-    ::link(folder.file("secret.png").path().constData(), managed.appending("sub/logo.png").path().constData());
-    answerer->requested.clear();
-    const QString names[] = {QStringLiteral("../../secret.png"),
-                             QStringLiteral("sub/logo.png"),
-                             folder.file("secret.png").displayPath(),
-                             asset.managedFilename + QChar(u'\0'),
-                             QStringLiteral(".."),
-                             QStringLiteral("."),
-                             QStringLiteral("none.png"),
-                             QString()};
-    for (const QString& name : names) {
-        SCOPED_TRACE(name.toStdString());
-        try {
-            static_cast<void>(ManagedLogoStore::load({asset.id, {}, name}, 100, managed));
-            ADD_FAILURE() << "loaded";
-        } catch (const LogoAssetError& error) {
-            EXPECT_EQ(error.value, Case::missingManagedAsset);
-        }
-    }
+    ASSERT_EQ(
+        ::link(folder.file("secret.png").path().constData(), managed.appending("sub/logo.png").path().constData()), 0);
+    for (const QString& name : {u"../../secret.png"_s, u"sub/logo.png"_s, folder.file("secret.png").displayPath(),
+                                asset.managedFilename + QChar(u'\0'), u".."_s, u"."_s, u"none.png"_s, QString()})
+        EXPECT_EQ(refusal([&] {
+                      return ManagedLogoStore::load({asset.id, {}, name}, 100, managed);
+                  }),
+                  LogoAssetError{Case::missingManagedAsset})
+            << name.toStdString();
     EXPECT_TRUE(answerer->requested.empty());
     EXPECT_FALSE(ManagedLogoStore::load(asset, 100, managed).isNull());
 }
 
 TEST_F(ManagedLogoStoreTest, clampsRemembersAndIsCancelled)
 {
-    const LogoAssetReference asset = ManagedLogoStore::importAsset(folder.write("logo.png", "pdf"), managed);
-    answerer->requested.clear();
+    const LogoAssetReference asset = imported("pdf");
     for (const std::int64_t dimension : {-5, 100'000, 100'000})
         static_cast<void>(ManagedLogoStore::load(asset, dimension, managed));
     EXPECT_EQ(answerer->requested, (std::vector<std::int64_t>{1, 20'000}));
@@ -154,16 +129,14 @@ TEST_F(ManagedLogoStoreTest, clampsRemembersAndIsCancelled)
 
 TEST_F(ManagedLogoStoreTest, asksNothingOfADisabledLogo)
 {
-    LogoConfiguration logo{ManagedLogoStore::importAsset(folder.write("logo.png", "png"), managed)};
-    answerer->requested.clear();
+    LogoConfiguration logo{imported("png")};
     EXPECT_TRUE(ManagedLogoStore::loadIfEnabled(logo, managed).has_value());
     EXPECT_EQ(answerer->requested, std::vector<std::int64_t>{4'000});
+    logo.asset.managedFilename = u"none.png"_s;
+    EXPECT_TRUE(refusal([&] { return ManagedLogoStore::loadIfEnabled(logo, managed); }));
     logo.isEnabled = false;
-    logo.asset.managedFilename = QStringLiteral("none.png");
     EXPECT_FALSE(ManagedLogoStore::loadIfEnabled(logo, managed).has_value());
     EXPECT_FALSE(ManagedLogoStore::loadIfEnabled(std::nullopt, managed).has_value());
-    logo.isEnabled = true;
-    EXPECT_THROW(static_cast<void>(ManagedLogoStore::loadIfEnabled(logo, managed)), LogoAssetError);
 }
 
 } // namespace ferrow

@@ -3,8 +3,6 @@
 
 #include "Support/TestSupport.h"
 
-#include <algorithm>
-
 namespace ferrow {
 
 namespace {
@@ -54,38 +52,36 @@ TEST_F(SandboxAccessBrokerTest, holdsEachPlaceOnce)
 
 TEST_F(SandboxAccessBrokerTest, asksForSourceFoldersUntilAllAreWritable)
 {
-    const std::vector<FileUrl> photos{url("/p/b10/x.jpg"), url("/p/b2/x.jpg"), url("/held/sub/x.jpg"),
-                                      url("/p/b2/y.jpg")};
+    const std::vector photos{url("/p/b10/x.jpg"), url("/p/b2/x.jpg"), url("/held/sub/x.jpg"), url("/p/b2/y.jpg")};
+    using Case = Outcome::Case;
     const struct {
-        const char* name;
-        QList<QByteArray> answers; ///< Empty: dismissed.
+        QByteArrayList answers; ///< Empty: dismissed.
         Outcome outcome;
-        QList<QByteArray> asked;
+        QByteArrayList asked;
     } rows[] = {
-        {"each folder itself", {"/p/b2", "/p/b10"}, {Outcome::Case::granted, {}}, {"/p/b2 0/2", "/p/b10 1/2"}},
-        {"a parent covers both", {"/p/"}, {Outcome::Case::granted, {}}, {"/p/b2 0/2"}},
-        {"dismissed", {""}, {Outcome::Case::cancelled, {}}, {"/p/b2 0/2"}},
-        {"a sibling", {"/p/b"}, {Outcome::Case::outsideScope, url("/p/b2")}, {"/p/b2 0/2"}},
-        {"the root contains nothing", {"/"}, {Outcome::Case::outsideScope, url("/p/b2")}, {"/p/b2 0/2"}},
+        {{"/p/b2", "/p/b10"}, {Case::granted, {}}, {"/p/b2 0/2", "/p/b10 1/2"}},
+        {{"/p/"}, {Case::granted, {}}, {"/p/b2 0/2"}}, // A parent covers both.
+        {{""}, {Case::cancelled, {}}, {"/p/b2 0/2"}},
+        {{"/p/b"}, {Case::outsideScope, url("/p/b2")}, {"/p/b2 0/2"}},
+        {{"/"}, {Case::outsideScope, url("/p/b2")}, {"/p/b2 0/2"}},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
+        SCOPED_TRACE(row.answers.join(' ').toStdString());
         broker.stopSourceAccess();
         broker.retainAccess({url("/held"), url("/p/b2/x.jpg")});
-        QList<QByteArray> asked;
-        const Outcome outcome = broker.ensureSourceFolderAccess(
-            photos, [&](const FileUrl& folder, std::size_t index, std::size_t total) -> std::optional<FileUrl> {
-                asked += folder.path() + ' ' + QByteArray::number(index) + '/' + QByteArray::number(total);
-                const QByteArray answer = row.answers.value(asked.size() - 1);
-                return answer.isEmpty() ? std::nullopt : std::optional(FileUrl::fromPath(answer));
-            });
-        EXPECT_EQ(outcome, row.outcome);
+        QByteArrayList asked;
+        const auto ask = [&](const FileUrl& folder, std::size_t index, std::size_t total) -> std::optional<FileUrl> {
+            asked += folder.path() + ' ' + QByteArray::number(index) + '/' + QByteArray::number(total);
+            const QByteArray answer = row.answers.value(asked.size() - 1);
+            return answer.isEmpty() ? std::nullopt : std::optional(FileUrl::fromPath(answer));
+        };
+        EXPECT_EQ(broker.ensureSourceFolderAccess(photos, ask), row.outcome);
         EXPECT_EQ(asked, row.asked);
     }
     broker.stopSourceAccess();
     const auto denied = broker.ensureSourceFolderAccess(
         {url("/denied/sub/x.jpg")}, [](const FileUrl&, auto, auto) { return std::optional(url("/denied")); });
-    EXPECT_EQ(denied, (Outcome{Outcome::Case::accessDenied, url("/denied")}));
+    EXPECT_EQ(denied, (Outcome{Case::accessDenied, url("/denied")}));
     EXPECT_TRUE(broker.accessedRoots().empty());
 }
 
