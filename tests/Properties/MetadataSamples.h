@@ -10,29 +10,13 @@
 #include <ostream>
 
 namespace ferrow {
-inline void PrintTo(const PropertyMap& map, std::ostream* out);
-inline void PrintTo(const PropertyValue& value, std::ostream* out)
-{
-    if (const auto* number = std::get_if<double>(&value.value))
-        *out << *number;
-    else if (const auto* text = std::get_if<QString>(&value.value))
-        *out << '"' << text->left(100).toStdString() << '"';
-    else if (const auto* numbers = std::get_if<NumberList>(&value.value))
-        *out << testing::PrintToString(*numbers);
-    else if (const auto* texts = std::get_if<TextList>(&value.value))
-        *out << testing::PrintToString(*texts);
-    else
-        PrintTo(std::get<PropertyMap>(value.value), out);
-}
 inline void PrintTo(const PropertyMap& map, std::ostream* out)
 {
-    *out << "{ ";
     for (const auto& [key, value] : map.entries()) {
         *out << key.toStdString() << ": ";
-        PrintTo(value, out);
-        *out << "; ";
+        std::visit([out](const auto& held) { *out << testing::PrintToString(held).substr(0, 200) << "; "; },
+                   value.value);
     }
-    *out << '}';
 }
 } // namespace ferrow
 
