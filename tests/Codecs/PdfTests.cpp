@@ -1,53 +1,42 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Codecs/PdfPage.h"
 
-#include "Support/TestSupport.h"
+#include "Support/Pictures.h"
 
-#include <array>
 #include <thread>
-#include <vector>
 
 namespace ferrow {
+
 namespace {
 
-using test::MemoryFile;
-
-struct Page {
-    QByteArray boxes = "/MediaBox [0 0 200 100]";
-    QByteArray content = {};
-    QByteArray annotation = {}; ///< The content of its appearance, over the whole page; none where empty.
-};
+using namespace test;
 
 QByteArray stream(const QByteArray& dictionary, const QByteArray& content)
 {
-    return "<<" + dictionary + " /Length " + QByteArray::number(content.size()) + ">>\nstream\n" + content +
-           "\nendstream";
+    const QByteArray length = QByteArray::number(content.size());
+    return "<<" + dictionary + " /Length " + length + ">>\nstream\n" + content + "\nendstream";
 }
 
-QByteArray makePdf(const Page& page)
+const QByteArray redHalf = "1 0 0 rg 0 0 100 100 re f";
+const QByteArray wide = "/MediaBox [0 0 200 100]";
+
+/// One page with a stamp, whose appearance lies over all of it.
+QByteArray makePdf(const QByteArray& boxes, const QByteArray& content = redHalf, const QByteArray& stamp = {})
 {
     const QByteArray state = "/Resources << /ExtGState << /Half << /ca 0.5 >> >> >>";
-    std::vector<QByteArray> objects = {
-        "<< /Type /Catalog /Pages 2 0 R >>",
-        "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
-        "<< /Type /Page /Parent 2 0 R " + page.boxes + state + " /Contents 4 0 R" +
-            (page.annotation.isEmpty() ? QByteArray() : QByteArray(" /Annots [5 0 R]")) + " >>",
-        stream({}, page.content),
-    };
-    if (!page.annotation.isEmpty()) {
-        objects.push_back("<< /Type /Annot /Subtype /Stamp /Rect [0 0 200 100] /F 4 /AP << /N 6 0 R >> >>");
-        objects.push_back(stream("/Type /XObject /Subtype /Form /BBox [0 0 200 100]", page.annotation));
-    }
     QByteArray file = "%PDF-1.4\n";
     QByteArray table;
-    for (std::size_t i = 0; i < objects.size(); ++i) {
+    int number = 0;
+    for (const QByteArray& object :
+         {QByteArray("<< /Type /Catalog /Pages 2 0 R >>"), QByteArray("<< /Type /Pages /Kids [3 0 R] /Count 1 >>"),
+          "<< /Type /Page /Parent 2 0 R /Annots [5 0 R] /Contents 4 0 R " + boxes + state + " >>", stream({}, content),
+          QByteArray("<< /Type /Annot /Subtype /Stamp /Rect [0 0 200 100] /F 4 /AP << /N 6 0 R >> >>"),
+          stream("/Type /XObject /Subtype /Form /BBox [0 0 200 100]", stamp)}) {
         table += QByteArray::number(file.size()).rightJustified(10, '0') + " 00000 n \n";
-        file += QByteArray::number(qlonglong(i + 1)) + " 0 obj\n" + objects[i] + "\nendobj\n";
+        file += QByteArray::number(++number) + " 0 obj\n" + object + "\nendobj\n";
     }
-    const QByteArray count = QByteArray::number(qlonglong(objects.size() + 1));
-    const QByteArray start = QByteArray::number(file.size());
-    return file + "xref\n0 " + count + "\n0000000000 65535 f \n" + table + "trailer << /Size " + count +
-           " /Root 1 0 R >>\nstartxref\n" + start + "\n%%EOF\n";
+    return file + "xref\n0 7\n0000000000 65535 f \n" + table + "trailer << /Size 7 /Root 1 0 R >>\nstartxref\n" +
+           QByteArray::number(file.lastIndexOf("\nendobj\n") + 8) + "\n%%EOF\n";
 }
 
 Bitmap rasterise(const QByteArray& bytes, std::int64_t dimension)
@@ -56,130 +45,75 @@ Bitmap rasterise(const QByteArray& bytes, std::int64_t dimension)
     return rasterisePdf(ByteSource(file.descriptor(), file.size()), dimension);
 }
 
-using Pixel = std::array<int, 4>;
-
-Pixel pixelAt(const Bitmap& bitmap, std::int64_t x, std::int64_t y)
+/// Red, green, blue and alpha as hexadecimal digits.
+QByteArray colourAt(const Bitmap& bitmap, std::int64_t x, std::int64_t y)
 {
-    Pixel pixel{};
-    for (std::size_t i = 0; i < 4; ++i)
-        pixel[i] = std::to_integer<int>(bitmap.row(y)[std::size_t(x) * 4 + i]);
-    return pixel;
+    return QByteArray(reinterpret_cast<const char*>(bitmap.row(y) + x * 4), 4).toHex();
 }
 
-constexpr Pixel nothing{0, 0, 0, 0};
-constexpr Pixel red{255, 0, 0, 255};
-constexpr Pixel blue{0, 0, 255, 255};
+} // namespace
 
-TEST(PdfPage, drawsOnNothingWithPremultipliedAlpha)
+TEST(PdfPage, drawsOnNothingWithPremultipliedAlphaAndNoAnnotations)
 {
-    const Bitmap bitmap =
-        rasterise(makePdf({.content = "1 0 0 rg 0 0 100 100 re f /Half gs 0 0 1 rg 100 50 100 50 re f"}), 400);
+    const QByteArray stamp = "0 0 1 rg 0 0 200 100 re f";
+    const Bitmap bitmap = rasterise(makePdf(wide, redHalf + " /Half gs 0 0 1 rg 100 50 100 50 re f", stamp), 400);
     ASSERT_EQ(bitmap.size(), (PixelSize{400, 200}));
     EXPECT_EQ(bitmap.format(), rgba8Premultiplied);
-    EXPECT_EQ(pixelAt(bitmap, 50, 150), red);
-    EXPECT_EQ(pixelAt(bitmap, 300, 150), nothing);
-    const Pixel half = pixelAt(bitmap, 300, 50);
-    EXPECT_EQ(half[0], 0);
-    EXPECT_NEAR(half[3], 128, 1);
-    EXPECT_EQ(half[2], half[3]);
+    EXPECT_EQ(colourAt(bitmap, 50, 150), "ff0000ff");
+    EXPECT_EQ(colourAt(bitmap, 300, 150), "00000000");
+    EXPECT_EQ(component(bitmap, 300, 50, 0), 0);
+    EXPECT_EQ(component(bitmap, 300, 50, 2), component(bitmap, 300, 50, 3));
+    EXPECT_NEAR(component(bitmap, 300, 50, 3), 128, 1);
 }
 
 TEST(PdfPage, fillsTheAskedSizeExactly)
 {
-    const struct {
-        const char* name;
-        const char* box;
-        std::int64_t dimension;
-        PixelSize size;
-    } rows[] = {
-        {"wide", "/MediaBox [0 0 300 200]", 1000, {1000, 667}},
-        {"tall", "/MediaBox [0 0 200 300]", 100, {67, 100}},
-        {"larger than its points", "/MediaBox [0 0 10 10]", 4000, {4000, 4000}},
-        {"a line", "/MediaBox [0 0 10000 1]", 50, {50, 1}},
-        {"one pixel", "/MediaBox [0 0 300 200]", 1, {1, 1}},
-        {"turned by its own rotation", "/MediaBox [0 0 300 200] /Rotate 90", 900, {600, 900}},
-        {"cropped", "/MediaBox [0 0 300 200] /CropBox [100 100 200 150]", 100, {100, 50}},
-        {"huge page", "/MediaBox [0 0 1000000000 500000000]", 100, {100, 50}},
+    const auto sizeOf = [](const QByteArray& boxes, int dimension) {
+        return rasterise(makePdf(boxes), dimension).size();
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(rasterise(makePdf({.boxes = row.box}), row.dimension).size(), row.size);
-    }
-}
+    EXPECT_EQ(sizeOf("/MediaBox [0 0 300 200]", 1000), (PixelSize{1000, 667}));
+    EXPECT_EQ(sizeOf("/MediaBox [0 0 200 300]", 100), (PixelSize{67, 100}));
+    EXPECT_EQ(sizeOf("/MediaBox [0 0 10 10]", 4000), (PixelSize{4000, 4000}));
+    EXPECT_EQ(sizeOf("/MediaBox [0 0 10000 1]", 50), (PixelSize{50, 1}));
+    EXPECT_EQ(sizeOf("/MediaBox [0 0 1000000000 500000000]", 100), (PixelSize{100, 50}));
 
-TEST(PdfPage, showsTheCropBoxTurnedAsThePageSays)
-{
     // The left half of the crop box is red, its right half blue; a clockwise quarter turn puts red on top.
     const QByteArray boxes = "/MediaBox [0 0 400 400] /CropBox [100 100 300 200] /Rotate 90";
-    const Bitmap bitmap =
-        rasterise(makePdf({.boxes = boxes, .content = "1 0 0 rg 0 0 200 400 re f 0 0 1 rg 200 0 200 400 re f"}), 200);
+    const Bitmap bitmap = rasterise(makePdf(boxes, "1 0 0 rg 0 0 200 400 re f 0 0 1 rg 200 0 200 400 re f"), 200);
     ASSERT_EQ(bitmap.size(), (PixelSize{100, 200}));
-    EXPECT_EQ(pixelAt(bitmap, 0, 0), red);
-    EXPECT_EQ(pixelAt(bitmap, 99, 98), red);
-    EXPECT_EQ(pixelAt(bitmap, 0, 101), blue);
-    EXPECT_EQ(pixelAt(bitmap, 99, 199), blue);
+    EXPECT_EQ(colourAt(bitmap, 0, 0), "ff0000ff");
+    EXPECT_EQ(colourAt(bitmap, 99, 98), "ff0000ff");
+    EXPECT_EQ(colourAt(bitmap, 0, 101), "0000ffff");
+    EXPECT_EQ(colourAt(bitmap, 99, 199), "0000ffff");
 }
 
-TEST(PdfPage, leavesAnnotationsOut)
+TEST(PdfPage, refusesWhatHasNoPageAndSurvivesEveryCut)
 {
-    const Bitmap bitmap =
-        rasterise(makePdf({.content = "1 0 0 rg 0 0 100 100 re f", .annotation = "0 0 1 rg 0 0 200 100 re f"}), 200);
-    EXPECT_EQ(pixelAt(bitmap, 50, 50), red);
-    EXPECT_EQ(pixelAt(bitmap, 150, 50), nothing);
-}
-
-TEST(PdfPage, refusesWhatHasNoPage)
-{
-    const QByteArray good = makePdf({});
-    const struct {
-        const char* name;
-        QByteArray bytes;
-    } rows[] = {
-        {"empty", {}},
-        {"only a signature", "%PDF-1.4\n"},
-        {"another type", "\x89PNG\r\n\x1a\n"},
-        {"no pages", QByteArray(good).replace("/Kids [3 0 R] /Count 1", "/Kids []      /Count 0")},
-        {"pages in a circle", QByteArray(good).replace("/Kids [3 0 R] /Count 1", "/Kids [2 0 R] /Count 1")},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
+    const QByteArray good = makePdf(wide);
+    const QByteArray kids = "/Kids [3 0 R] /Count 1";
+    const auto errorOf = [](const QByteArray& bytes) -> std::optional<CodecError::Reason> {
         try {
-            rasterise(row.bytes, 100);
-            ADD_FAILURE() << "accepted";
+            EXPECT_EQ(rasterise(bytes, 20).size().longestSide(), 20);
+            return {};
         } catch (const CodecError& error) {
-            EXPECT_EQ(error.reason, CodecError::Reason::malformed);
+            return error.reason;
         }
-    }
-}
-
-TEST(PdfPage, survivesEveryCut)
-{
-    const QByteArray good = makePdf({.content = "1 0 0 rg 0 0 100 100 re f"});
-    for (qsizetype length = 0; length < good.size(); length += 7) {
-        SCOPED_TRACE(length);
-        try {
-            EXPECT_EQ(rasterise(good.left(length), 20).size().longestSide(), 20);
-        } catch (const CodecError&) {
-        }
-    }
+    };
+    EXPECT_EQ(errorOf({}), CodecError::Reason::malformed);
+    EXPECT_EQ(errorOf("%PDF-1.4\n"), CodecError::Reason::malformed);
+    EXPECT_EQ(errorOf(QByteArray(good).replace(kids, "/Kids []      /Count 0")), CodecError::Reason::malformed);
+    EXPECT_EQ(errorOf(QByteArray(good).replace(kids, "/Kids [2 0 R] /Count 1")), CodecError::Reason::malformed);
+    EXPECT_EQ(errorOf(good), std::nullopt);
+    for (qsizetype length = 0; length < good.size(); length += 7)
+        EXPECT_NO_THROW(errorOf(good.left(length))) << length;
 }
 
 TEST(PdfPage, drawsInSeveralThreadsAtOnce)
 {
-    const QByteArray good = makePdf({.content = "1 0 0 rg 0 0 100 100 re f"});
-    std::array<Pixel, 4> pixels{};
-    std::vector<std::thread> threads;
-    for (Pixel& pixel : pixels) {
-        threads.emplace_back([&good, &pixel] {
-            for (int i = 0; i < 10; ++i)
-                pixel = pixelAt(rasterise(good, 200), 50, 50);
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
-    for (const Pixel& pixel : pixels)
-        EXPECT_EQ(pixel, red);
+    const QByteArray good = makePdf(wide);
+    std::vector<std::jthread> threads;
+    for (int i = 0; i < 40; ++i)
+        threads.emplace_back([&] { EXPECT_EQ(colourAt(rasterise(good, 200), 50, 50), "ff0000ff"); });
 }
 
-} // namespace
 } // namespace ferrow

@@ -5,7 +5,6 @@
 #include <QtEndian>
 
 #include <cstdint>
-#include <utility>
 #include <vector>
 
 namespace ferrow::test {
@@ -40,21 +39,18 @@ inline TiffTag textTag(std::uint16_t tag, const QByteArray& text)
 }
 
 /// A directory as it stands at `offset`, with the longer values behind it.
-inline QByteArray tiffDirectory(const std::vector<TiffTag>& tags, std::uint32_t offset, std::uint32_t next = 0)
+inline QByteArray tiffDirectory(const std::vector<TiffTag>& tags, std::uint32_t offset)
 {
     QByteArray table = littleEndian(std::uint16_t(tags.size()));
     QByteArray values;
-    const auto valuesAt = std::uint32_t(offset + 2 + tags.size() * 12 + 4);
     for (const TiffTag& tag : tags) {
+        const auto place = std::uint32_t(offset + 2 + tags.size() * 12 + 4 + std::size_t(values.size()));
+        const bool isLong = tag.values.size() > 4;
         table += littleEndian(tag.tag) + littleEndian(tag.type) + littleEndian(tag.count);
-        if (tag.values.size() > 4) {
-            table += littleEndian(std::uint32_t(valuesAt + values.size()));
-            values += tag.values;
-        } else {
-            table += tag.values.leftJustified(4, '\0');
-        }
+        table += isLong ? littleEndian(place) : tag.values.leftJustified(4, '\0');
+        values += isLong ? tag.values : QByteArray();
     }
-    return table + littleEndian(next) + values;
+    return table + littleEndian(0) + values;
 }
 
 /// A whole little-endian file whose only directory comes right behind the header, with `rest` behind that.
@@ -63,12 +59,17 @@ inline QByteArray tiffFile(const std::vector<TiffTag>& tags, const QByteArray& r
     return QByteArray("II*\0\x08\0\0\0", 8) + tiffDirectory(tags, 8) + rest;
 }
 
-/// The tags of an uncompressed 8-bit grey picture whose only strip follows the directory directly, `more` among them.
-inline std::vector<TiffTag> grayTags(std::uint16_t width, std::uint16_t height, const std::vector<TiffTag>& more = {})
+/// The tags of an uncompressed picture, 8-bit grey unless said otherwise, whose only strip follows the directory
+/// directly, with `more` behind them.
+inline std::vector<TiffTag> pictureTags(std::uint16_t width, std::uint16_t height,
+                                        const std::vector<TiffTag>& more = {}, std::uint16_t photometric = 1,
+                                        std::uint16_t bits = 8, std::uint16_t samples = 1)
 {
-    std::vector<TiffTag> tags{shortTag(256, width), shortTag(257, height), shortTag(258, 8),
-                              shortTag(259, 1),     shortTag(262, 1),      longTag(273, 0),
-                              shortTag(277, 1),     shortTag(278, height), longTag(279, std::uint32_t(width) * height)};
+    const auto bytes = std::uint32_t((width * samples * bits + 7) / 8 * height);
+    std::vector<TiffTag> tags{shortTag(256, width), shortTag(257, height)};
+    tags.push_back({258, 3, samples, littleEndian(bits).repeated(samples)});
+    tags.insert(tags.end(), {shortTag(259, 1), shortTag(262, photometric), longTag(273, 0)});
+    tags.insert(tags.end(), {shortTag(277, samples), shortTag(278, height), longTag(279, bytes)});
     tags.insert(tags.end(), more.begin(), more.end());
     tags[5] = longTag(273, std::uint32_t(8 + tiffDirectory(tags, 8).size()));
     return tags;
