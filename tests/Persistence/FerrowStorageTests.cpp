@@ -7,30 +7,27 @@
 namespace ferrow {
 
 using namespace test;
-using namespace Qt::StringLiterals;
 
 TEST(FerrowStorage, takesOverTheFolderOfAnOlderName)
 {
-    // The folders found, those left afterwards, and what the answered one was called before.
-    const std::tuple<QByteArrayList, QStringList, QByteArray> rows[] = {
-        {{}, {}, {}},
-        {{"Ferrow", "Quillmark"}, {u"Ferrow"_s, u"Quillmark"_s}, "Ferrow"},
-        {{"Quillmark"}, {u"Ferrow"_s}, "Quillmark"},
-        {{"Ambrelite"}, {u"Ferrow"_s}, "Ambrelite"},
-        {{"Ambrelite", "Quillmark"}, {u"Ambrelite"_s, u"Ferrow"_s}, "Quillmark"},
-    };
-    for (const auto& [found, left, cameFrom] : rows) {
+    FerrowStorage::Operations operations = FerrowStorage::Operations::system();
+    // The folders that are left, and what the current one was called before.
+    const auto takenOver = [&](const QByteArrayList& found) {
         const TemporaryFolder base;
         for (const QByteArray& name : found) {
             createFolder(base.file(name));
             base.write(name + "/presets.json", name);
         }
-        FerrowStorage::Operations operations = FerrowStorage::Operations::system();
         operations.userDataFolder = [&] { return base.url(); };
         EXPECT_EQ(FerrowStorage::applicationSupportDirectory(operations), base.file("Ferrow"));
-        EXPECT_EQ(namesIn(base.url()), left);
-        EXPECT_EQ(readFile(base.file("Ferrow/presets.json")), cameFrom);
-    }
+        return namesIn(base.url()).join(u' ').toStdString() + ": " +
+               readFile(base.file("Ferrow/presets.json")).toStdString();
+    };
+    EXPECT_EQ(takenOver({}), ": ");
+    EXPECT_EQ(takenOver({"Ferrow", "Quillmark"}), "Ferrow Quillmark: Ferrow");
+    EXPECT_EQ(takenOver({"Quillmark"}), "Ferrow: Quillmark");
+    EXPECT_EQ(takenOver({"Ambrelite"}), "Ferrow: Ambrelite");
+    EXPECT_EQ(takenOver({"Ambrelite", "Quillmark"}), "Ambrelite Ferrow: Quillmark");
 }
 
 TEST(FerrowStorage, usesTheOlderFolderWhereItCannotBeMoved)
@@ -50,18 +47,13 @@ TEST(FerrowStorage, usesTheOlderFolderWhereItCannotBeMoved)
 
 TEST(FerrowStorage, followsTheBaseDirectoryConvention)
 {
-    const QByteArray home = qgetenv("HOME");
-    const QByteArray data = qgetenv("XDG_DATA_HOME");
-    const auto folder = [] { return FerrowStorage::Operations::system().userDataFolder().path(); };
-    qputenv("HOME", "/h");
-    qputenv("XDG_DATA_HOME", "/d\xff");
-    EXPECT_EQ(folder(), "/d\xff");
-    qputenv("XDG_DATA_HOME", "relative");
-    EXPECT_EQ(folder(), "/h/.local/share");
-    qunsetenv("HOME");
-    EXPECT_TRUE(folder().startsWith('/'));
-    qputenv("HOME", home);
-    data.isNull() ? qunsetenv("XDG_DATA_HOME") : qputenv("XDG_DATA_HOME", data);
+    const auto folder = [](const char* data) {
+        qputenv("XDG_DATA_HOME", data);
+        return FerrowStorage::Operations::system().userDataFolder().path();
+    };
+    EXPECT_EQ(folder("/d\xff"), "/d\xff");
+    EXPECT_EQ(folder("relative"), QFile::encodeName(QDir::homePath()) + "/.local/share");
+    qunsetenv("XDG_DATA_HOME");
 }
 
 } // namespace ferrow

@@ -4,6 +4,7 @@
 #include "Engine/Answerer.h"
 #include "Models/ErrorTexts.h"
 #include "Platform/Base/Cancellation.h"
+#include "Platform/Files/FilePlacement.h"
 #include "Support/Files.h"
 
 namespace ferrow {
@@ -46,16 +47,9 @@ protected:
         answerer->requested.clear();
         return asset;
     }
-    /// Why `steps` failed.
-    template <typename Steps>
-    static std::optional<LogoAssetError> refusal(const Steps& steps)
+    std::optional<LogoAssetError> refusalOf(const FileUrl& picked)
     {
-        try {
-            static_cast<void>(steps());
-        } catch (const LogoAssetError& error) {
-            return error;
-        }
-        return std::nullopt;
+        return errorOf<LogoAssetError>([&] { return ManagedLogoStore::importAsset(picked, managed); });
     }
 
     TemporaryFolder folder;
@@ -79,18 +73,13 @@ TEST_F(ManagedLogoStoreTest, refusesWithTheCauseAndLeavesNothingBehind)
 {
     makePipe(folder.file("pipe"));
     ASSERT_EQ(::truncate(folder.write("large", "png").path().constData(), 100'000'001), 0);
-    const std::pair<FileUrl, LogoAssetError> rows[] = {
-        {folder.url(), {Case::malformed}},
-        {folder.file("pipe"), {Case::malformed}},
-        {folder.write("empty", ""), {Case::malformed}},
-        {folder.write("logo.png", "svg"), {Case::unsupportedType}},
-        {folder.write("evil", "../../png"), {Case::unsupportedType}},
-        {folder.write("huge", "huge"), {Case::unreasonableDimensions}},
-        {folder.file("large"), {Case::fileTooLarge, 100'000'001}},
-    };
-    for (const auto& row : rows)
-        EXPECT_EQ(refusal([&] { return ManagedLogoStore::importAsset(row.first, managed); }), row.second)
-            << row.first.path().toStdString();
+    EXPECT_EQ(refusalOf(folder.url()), LogoAssetError{Case::malformed});
+    EXPECT_EQ(refusalOf(folder.file("pipe")), LogoAssetError{Case::malformed});
+    EXPECT_EQ(refusalOf(folder.write("empty", "")), LogoAssetError{Case::malformed});
+    EXPECT_EQ(refusalOf(folder.write("logo.png", "svg")), LogoAssetError{Case::unsupportedType});
+    EXPECT_EQ(refusalOf(folder.write("evil", "../../png")), LogoAssetError{Case::unsupportedType});
+    EXPECT_EQ(refusalOf(folder.write("huge", "huge")), LogoAssetError{Case::unreasonableDimensions});
+    EXPECT_EQ(refusalOf(folder.file("large")), (LogoAssetError{Case::fileTooLarge, 100'000'001}));
     EXPECT_EQ(errnoOf([&] { return ManagedLogoStore::importAsset(folder.file("none"), managed); }), ENOENT);
     EXPECT_TRUE(namesIn(managed).isEmpty());
 }
@@ -99,16 +88,13 @@ TEST_F(ManagedLogoStoreTest, loadsByPlainNameAlone)
 {
     const LogoAssetReference asset = imported("tiff");
     folder.write("secret.png", "png");
-    ASSERT_EQ(::mkdir(managed.appending("sub").path().constData(), 0755), 0);
-    ASSERT_EQ(
-        ::link(folder.file("secret.png").path().constData(), managed.appending("sub/logo.png").path().constData()), 0);
+    createFolder(managed.appending("sub"));
+    makeLink(managed.appending("sub/logo.png"), folder.file("secret.png").path());
     for (const QString& name : {u"../../secret.png"_s, u"sub/logo.png"_s, folder.file("secret.png").displayPath(),
-                                asset.managedFilename + QChar(u'\0'), u".."_s, u"."_s, u"none.png"_s, QString()})
-        EXPECT_EQ(refusal([&] {
-                      return ManagedLogoStore::load({asset.id, {}, name}, 100, managed);
-                  }),
-                  LogoAssetError{Case::missingManagedAsset})
-            << name.toStdString();
+                                asset.managedFilename + QChar(u'\0'), u".."_s, u"."_s, u"none.png"_s, QString()}) {
+        const auto loading = [&] { return ManagedLogoStore::load({asset.id, {}, name}, 100, managed); };
+        EXPECT_EQ(errorOf<LogoAssetError>(loading), LogoAssetError{Case::missingManagedAsset}) << name.toStdString();
+    }
     EXPECT_TRUE(answerer->requested.empty());
     EXPECT_FALSE(ManagedLogoStore::load(asset, 100, managed).isNull());
 }
@@ -133,7 +119,7 @@ TEST_F(ManagedLogoStoreTest, asksNothingOfADisabledLogo)
     EXPECT_TRUE(ManagedLogoStore::loadIfEnabled(logo, managed).has_value());
     EXPECT_EQ(answerer->requested, std::vector<std::int64_t>{4'000});
     logo.asset.managedFilename = u"none.png"_s;
-    EXPECT_TRUE(refusal([&] { return ManagedLogoStore::loadIfEnabled(logo, managed); }));
+    EXPECT_THROW(static_cast<void>(ManagedLogoStore::loadIfEnabled(logo, managed)), LogoAssetError);
     logo.isEnabled = false;
     EXPECT_FALSE(ManagedLogoStore::loadIfEnabled(logo, managed).has_value());
     EXPECT_FALSE(ManagedLogoStore::loadIfEnabled(std::nullopt, managed).has_value());

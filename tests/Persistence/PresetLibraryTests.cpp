@@ -33,28 +33,20 @@ protected:
 
 } // namespace
 
-TEST_F(PresetLibraryTest, startsEmptyAndMakesItsFolderAtTheFirstSave)
+TEST_F(PresetLibraryTest, startsEmptyAndSortsWhatIsSavedLikeAFileBrowser)
 {
     const FileUrl deep = folder.file("data/Ferrow/presets.json");
     PresetLibrary library(deep, clock);
     EXPECT_TRUE(library.presets().empty());
     EXPECT_EQ(library.loadErrorMessage(), std::nullopt);
-
-    const PhotoPreset saved = library.save(u" \u2028Travel\t"_s, payload);
-    EXPECT_EQ(saved.name, u"Travel"_s);
-    EXPECT_EQ(saved.createdAt, now);
-    EXPECT_EQ(saved.modifiedAt, now);
-    EXPECT_EQ(PresetLibrary(deep).presets(), std::vector{saved});
-}
-
-TEST_F(PresetLibraryTest, sortsLikeAFileBrowserAndKeepsEqualNamesInOrder)
-{
-    PresetLibrary library(file, clock);
-    const QUuid first = library.save(u"Same"_s, payload).id;
+    const PhotoPreset first = library.save(u" \u2028Same\t"_s, payload);
+    EXPECT_EQ(first.createdAt, now);
+    EXPECT_EQ(first.modifiedAt, now);
     for (const QString& name : {u"Border 10"_s, u"border 2"_s, u"Border 1"_s, u"Same"_s})
         library.save(name, payload);
     EXPECT_EQ(names(library), u"Border 1,border 2,Border 10,Same,Same"_s);
-    EXPECT_EQ(library.presets()[3].id, first);
+    EXPECT_EQ(library.presets()[3], first); // Equal names stay in their order.
+    EXPECT_EQ(PresetLibrary(deep).presets(), library.presets());
 }
 
 TEST_F(PresetLibraryTest, renamesDuplicatesAndRemoves)
@@ -64,11 +56,8 @@ TEST_F(PresetLibraryTest, renamesDuplicatesAndRemoves)
     now = now.addSecs(60);
     EXPECT_EQ(library.duplicate(travel.id)->name, u"Travel Copy"_s);
     const PhotoPreset second = *library.duplicate(travel.id);
-    EXPECT_EQ(second.name, u"Travel Copy 2"_s);
-    EXPECT_EQ(second.createdAt, now);
     EXPECT_NE(second.id, travel.id);
-    EXPECT_EQ(second.payload, payload);
-
+    EXPECT_EQ(second, (PhotoPreset{second.id, u"Travel Copy 2"_s, payload, now, now}));
     library.rename(travel.id, u" Travel Copy "_s);
     EXPECT_EQ(names(library), u"Travel Copy,Travel Copy,Travel Copy 2"_s);
     EXPECT_THROW(library.rename(travel.id, u"\u00a0\n"_s), PresetPersistenceError);
@@ -95,15 +84,12 @@ TEST_F(PresetLibraryTest, tellsOfChangesAlone)
     library.rename(preset.id, u"One"_s); // At the same time: nothing differs.
     library.remove(QUuid::createUuid());
     EXPECT_EQ(changes, 1);
-    library.remove(preset.id);
-    EXPECT_EQ(changes, 2);
 }
 
 TEST_F(PresetLibraryTest, keepsTheBytesOfAFileItCouldNotLoad)
 {
     const std::pair<QByteArray, QString> rows[] = {
         {R"({"presets": [], "schemaVersion": 4294967298})", u"format (version 4294967298).\n\nUpdate Ferrow"_s},
-        {"{", u"damaged"_s},
         {"", u"damaged"_s},
         {QByteArray(32'000'001, ' '), u"too large"_s},
     };
@@ -112,7 +98,6 @@ TEST_F(PresetLibraryTest, keepsTheBytesOfAFileItCouldNotLoad)
         folder.write("presets.json", bytes);
         folder.write(kept.lastPathComponentBytes(), "someone's");
         PresetLibrary library(file, clock);
-        EXPECT_TRUE(library.presets().empty());
         EXPECT_TRUE(library.loadErrorMessage().value_or(QString()).contains(message)) << message.toStdString();
         EXPECT_EQ(readFile(file), bytes);
 

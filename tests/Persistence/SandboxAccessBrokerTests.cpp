@@ -54,30 +54,25 @@ TEST_F(SandboxAccessBrokerTest, asksForSourceFoldersUntilAllAreWritable)
 {
     const std::vector photos{url("/p/b10/x.jpg"), url("/p/b2/x.jpg"), url("/held/sub/x.jpg"), url("/p/b2/y.jpg")};
     using Case = Outcome::Case;
-    const struct {
-        QByteArrayList answers; ///< Empty: dismissed.
-        Outcome outcome;
-        QByteArrayList asked;
-    } rows[] = {
-        {{"/p/b2", "/p/b10"}, {Case::granted, {}}, {"/p/b2 0/2", "/p/b10 1/2"}},
-        {{"/p/"}, {Case::granted, {}}, {"/p/b2 0/2"}}, // A parent covers both.
-        {{""}, {Case::cancelled, {}}, {"/p/b2 0/2"}},
-        {{"/p/b"}, {Case::outsideScope, url("/p/b2")}, {"/p/b2 0/2"}},
-        {{"/"}, {Case::outsideScope, url("/p/b2")}, {"/p/b2 0/2"}},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.answers.join(' ').toStdString());
+    // What comes of it, and the folders asked for, when the user answers so; an empty answer is a dismissal.
+    const auto asking = [&](const QByteArrayList& answers, const QByteArrayList& expected) {
         broker.stopSourceAccess();
         broker.retainAccess({url("/held"), url("/p/b2/x.jpg")});
         QByteArrayList asked;
         const auto ask = [&](const FileUrl& folder, std::size_t index, std::size_t total) -> std::optional<FileUrl> {
             asked += folder.path() + ' ' + QByteArray::number(index) + '/' + QByteArray::number(total);
-            const QByteArray answer = row.answers.value(asked.size() - 1);
+            const QByteArray answer = answers.value(asked.size() - 1);
             return answer.isEmpty() ? std::nullopt : std::optional(FileUrl::fromPath(answer));
         };
-        EXPECT_EQ(broker.ensureSourceFolderAccess(photos, ask), row.outcome);
-        EXPECT_EQ(asked, row.asked);
-    }
+        const Outcome outcome = broker.ensureSourceFolderAccess(photos, ask);
+        EXPECT_EQ(asked, expected);
+        return outcome;
+    };
+    EXPECT_EQ(asking({"/p/b2", "/p/b10"}, {"/p/b2 0/2", "/p/b10 1/2"}), (Outcome{Case::granted, {}}));
+    EXPECT_EQ(asking({"/p/"}, {"/p/b2 0/2"}), (Outcome{Case::granted, {}})); // A parent covers both.
+    EXPECT_EQ(asking({""}, {"/p/b2 0/2"}), (Outcome{Case::cancelled, {}}));
+    for (const char* elsewhere : {"/p/b", "/"})
+        EXPECT_EQ(asking({elsewhere}, {"/p/b2 0/2"}), (Outcome{Case::outsideScope, url("/p/b2")}));
     broker.stopSourceAccess();
     const auto denied = broker.ensureSourceFolderAccess(
         {url("/denied/sub/x.jpg")}, [](const FileUrl&, auto, auto) { return std::optional(url("/denied")); });

@@ -11,22 +11,33 @@
 #include <sys/stat.h>
 
 #include <csignal>
+#include <optional>
 
 /// What tests that work on the file system do over and over.
 namespace ferrow::test {
+
+/// The error of that kind with which `steps` failed, if they did.
+template <typename Error, typename Steps>
+std::optional<Error> errorOf(const Steps& steps)
+{
+    try {
+        static_cast<void>(steps());
+    } catch (const Error& error) {
+        return error;
+    }
+    return std::nullopt;
+}
 
 /// The system's number for why `steps` failed; 0 if they did not.
 template <typename Steps>
 int errnoOf(const Steps& steps)
 {
-    try {
-        static_cast<void>(steps());
-    } catch (const SystemError& error) {
-        return error.errorNumber;
-    } catch (const InputOutputError& error) {
-        return error.errorNumber;
-    }
-    return 0;
+    int number = 0;
+    const auto read = errorOf<InputOutputError>([&] {
+        if (const auto error = errorOf<SystemError>(steps))
+            number = error->errorNumber;
+    });
+    return read ? read->errorNumber : number;
 }
 
 inline void makeLink(const FileUrl& place, const QByteArray& target)
