@@ -4,22 +4,18 @@
 #include "Engine/InProcessAnswerer.h"
 #include "Files/OrdinaryUser.h"
 #include "Imaging/ImageLoader.h"
-#include "Models/ErrorTexts.h"
 #include "Persistence/ManagedLogoStore.h"
 #include "Platform/Base/Cancellation.h"
 #include "Platform/Files/FileAccess.h"
+#include "Support/Files.h"
 #include "Support/Pictures.h"
-
-#include <gmock/gmock.h>
-
-#include <QDir>
+#include "Support/PipelineErrors.h"
 
 #include <exiv2/exiv2.hpp>
-#include <sys/resource.h>
-#include <sys/stat.h>
+#include <gmock/gmock.h>
 
-#include <csignal>
-#include <limits>
+#include <cmath>
+#include <map>
 
 namespace ferrow {
 
@@ -55,24 +51,13 @@ QByteArray photoBytes(PixelSize size = {60, 40})
 }
 
 /// What must not change about a source.
-struct FileState {
-    QByteArray bytes;
-    mode_t mode = 0;
-    timespec modified{};
-
-    explicit FileState(const FileUrl& url) : bytes(test::readFile(url))
-    {
-        struct stat status {};
-        EXPECT_EQ(::lstat(url.path().constData(), &status), 0);
-        mode = status.st_mode;
-        modified = status.st_mtim;
-    }
-    bool operator==(const FileState& other) const
-    {
-        return bytes == other.bytes && mode == other.mode && modified.tv_sec == other.modified.tv_sec &&
-               modified.tv_nsec == other.modified.tv_nsec;
-    }
-};
+QByteArray stateOf(const FileUrl& url)
+{
+    struct stat status {};
+    EXPECT_EQ(::lstat(url.path().constData(), &status), 0);
+    return test::readFile(url) + QByteArray::number(status.st_mode) + ' ' +
+           QByteArray::number(qint64(status.st_mtime)) + ' ' + QByteArray::number(qint64(status.st_mtim.tv_nsec));
+}
 
 class ImageExporterTest : public testing::Test {
 protected:
@@ -87,26 +72,15 @@ protected:
     ~ImageExporterTest() override { Engine::setAnswerer(std::make_unique<Engine::InProcessAnswerer>()); }
 
     FileUrl writeSource(const QByteArray& bytes) const { return folder.write("sources/photo.jpg", bytes); }
-    [[nodiscard]] QStringList namesInOutput() const
-    {
-        return QDir(output.displayPath())
-            .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-    }
     void frame(const ImportedPhoto& photo, const FileUrl& place, bool replace = false,
                const ExportSettings& settings = {}) const
     {
         ImageExporter::exportPhoto(photo, plainRecipe(), settings, place, replace, stop.get_token());
     }
-    /// The error of framing `photo` to `destination`.
     [[nodiscard]] Error::Case failure(const ImportedPhoto& photo, const FileUrl& place, bool replace = false,
                                       const ExportSettings& settings = {}) const
     {
-        try {
-            frame(photo, place, replace, settings);
-        } catch (const Error& error) {
-            return error.value;
-        }
-        throw std::runtime_error("it was exported");
+        return test::pipelineErrorOf([&] { frame(photo, place, replace, settings); });
     }
 
     test::TemporaryFolder folder;
@@ -124,17 +98,14 @@ TEST_F(ImageExporterTest, refusesTheSourceUnderAnySpelling)
 {
     const FileUrl source = writeSource(photoBytes());
     const ImportedPhoto photo = ImageLoader::load(source, 0);
-    const auto link = [&](const QByteArray& target, const QByteArray& name) {
-        EXPECT_EQ(::symlink(target.constData(), folder.file(name).path().constData()), 0);
-    };
     ::mkdir(folder.file("sources/deep").path().constData(), 0777);
-    link("../sources/photo.jpg", "out/link.jpg");
-    link("link.jpg", "out/linkToLink.jpg");
-    link("sources", "folderLink");
-    link("sources/deep", "deepLink");
+    test::makeLink(folder.file("out/link.jpg"), "../sources/photo.jpg");
+    test::makeLink(folder.file("out/linkToLink.jpg"), "link.jpg");
+    test::makeLink(folder.file("folderLink"), "sources");
+    test::makeLink(folder.file("deepLink"), "sources/deep");
     ASSERT_EQ(::link(source.path().constData(), folder.file("out/hard.jpg").path().constData()), 0);
-    const FileState before(source);
-    const QStringList names = namesInOutput();
+    const QByteArray before = stateOf(source);
+    const QStringList names = test::namesIn(output);
     for (const char* name :
          {"sources/photo.jpg", "sources//./photo.jpg", "sources/../sources/photo.jpg", "none/../sources/photo.jpg",
           "out/link.jpg", "out/linkToLink.jpg", "folderLink/photo.jpg", "deepLink/../photo.jpg", "out/hard.jpg"})
@@ -142,8 +113,8 @@ TEST_F(ImageExporterTest, refusesTheSourceUnderAnySpelling)
             SCOPED_TRACE(std::string(name) + (replace ? ", replacing" : ""));
             EXPECT_EQ(failure(photo, folder.file(name), replace), Error(Error::destinationIsSource).value);
         }
-    EXPECT_EQ(FileState(source), before);
-    EXPECT_EQ(namesInOutput(), names);
+    EXPECT_EQ(stateOf(source), before);
+    EXPECT_EQ(test::namesIn(output), names);
 }
 
 TEST_F(ImageExporterTest, leavesAnExistingFileAloneAlsoOneThatAppearsMeanwhile)
@@ -153,21 +124,21 @@ TEST_F(ImageExporterTest, leavesAnExistingFileAloneAlsoOneThatAppearsMeanwhile)
     EXPECT_EQ(failure(photo, destination), Error(Error::destinationExists).value);
     EXPECT_EQ(test::readFile(destination), "mine");
 
-    ASSERT_EQ(::symlink("nowhere", output.appending("dangling.jpg").path().constData()), 0);
+    test::makeLink(output.appending("dangling.jpg"), "nowhere");
     EXPECT_EQ(failure(photo, output.appending("dangling.jpg")), Error(Error::destinationExists).value);
 
     meddler->before = [this](const auto&) { folder.write("out/late.jpg", "theirs"); };
     EXPECT_EQ(failure(photo, output.appending("late.jpg")), Error(Error::destinationExists).value);
     EXPECT_EQ(test::readFile(output.appending("late.jpg")), "theirs");
-    EXPECT_EQ(namesInOutput(),
+    EXPECT_EQ(test::namesIn(output),
               (QStringList{QStringLiteral("dangling.jpg"), QStringLiteral("framed.jpg"), QStringLiteral("late.jpg")}));
 }
 
 TEST_F(ImageExporterTest, replacesAsAWholeAndLeavesTheSourceAsItWas)
 {
     const FileUrl source = writeSource(photoBytes());
-    ASSERT_EQ(::chmod(source.path().constData(), 0440), 0);
-    const FileState before(source);
+    test::setMode(source, 0440);
+    const QByteArray before = stateOf(source);
     folder.write("out/framed.jpg", "old");
     const OpenedFile reader = OpenedFile::open(destination);
     frame(ImageLoader::load(source, 0), destination, true);
@@ -177,8 +148,8 @@ TEST_F(ImageExporterTest, replacesAsAWholeAndLeavesTheSourceAsItWas)
     EXPECT_EQ(reader.source().readAt(0, old), 3u);
     EXPECT_EQ(std::memcmp(old, "old", 3), 0);
     EXPECT_EQ(test::decoded(test::readFile(destination)).size(), (PixelSize{80, 60}));
-    EXPECT_EQ(FileState(source), before);
-    EXPECT_EQ(namesInOutput(), QStringList{QStringLiteral("framed.jpg")});
+    EXPECT_EQ(stateOf(source), before);
+    EXPECT_EQ(test::namesIn(output), QStringList{QStringLiteral("framed.jpg")});
 }
 
 TEST_F(ImageExporterTest, leavesNothingBehindWhenItFails)
@@ -211,34 +182,27 @@ TEST_F(ImageExporterTest, leavesNothingBehindWhenItFails)
     ASSERT_EQ(::mkdir(output.appending("folder.jpg").path().constData(), 0777), 0);
     EXPECT_EQ(failure(photo, output.appending("folder.jpg"), true),
               Error(Error::OutputWriteFailed{QStringLiteral("JPEG")}).value);
-    EXPECT_EQ(namesInOutput(), QStringList{QStringLiteral("folder.jpg")});
+    EXPECT_EQ(test::namesIn(output), QStringList{QStringLiteral("folder.jpg")});
 }
 
 TEST_F(ImageExporterTest, saysThatAFullDiskOrClosedFolderFailedTheEncodingOfEachFormat)
 {
     const ImportedPhoto photo = ImageLoader::load(writeSource(photoBytes({300, 200})), 0);
-    const FileState before(photo.url);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit unlimited{};
-    ::getrlimit(RLIMIT_FSIZE, &unlimited);
+    const QByteArray before = stateOf(photo.url);
     for (const ExportFormat format : allFormats) {
-        SCOPED_TRACE(rawValue(format).toStdString());
-        const rlimit limit{1'500, unlimited.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-        const Error::Case full = failure(photo, destination, false, {.format = format});
-        ::setrlimit(RLIMIT_FSIZE, &unlimited);
-        EXPECT_EQ(full, Error(Error::EncodingFailed{rawValue(format)}).value);
-    }
-    std::signal(SIGXFSZ, handler);
-
-    ::chmod(output.path().constData(), 0555);
-    {
+        const Error::Case encodingFailed = Error::EncodingFailed{rawValue(format)};
+        test::setMode(output, 0777);
+        {
+            const test::FileSizeLimit limit(1'500);
+            EXPECT_EQ(failure(photo, destination, false, {.format = format}), encodingFailed);
+        }
+        test::setMode(output, 0555);
         const test::OrdinaryUser user(folder.url());
-        EXPECT_EQ(failure(photo, destination), Error(Error::EncodingFailed{QStringLiteral("JPEG")}).value);
+        EXPECT_EQ(failure(photo, destination, false, {.format = format}), encodingFailed);
     }
-    ::chmod(output.path().constData(), 0755);
-    EXPECT_EQ(FileState(photo.url), before);
-    EXPECT_TRUE(namesInOutput().isEmpty());
+    test::setMode(output, 0777);
+    EXPECT_EQ(stateOf(photo.url), before);
+    EXPECT_TRUE(test::namesIn(output).isEmpty());
 }
 
 TEST_F(ImageExporterTest, failsOnASourceThatChangesAndHeedsAStopUntilTheLastRow)
@@ -256,98 +220,66 @@ TEST_F(ImageExporterTest, failsOnASourceThatChangesAndHeedsAStopUntilTheLastRow)
         stop.request_stop();
     };
     EXPECT_THROW(frame(photo, destination), Cancelled);
-    EXPECT_TRUE(namesInOutput().isEmpty());
+    EXPECT_TRUE(test::namesIn(output).isEmpty());
 
     stop = {};
     meddler->before = [](const auto&) {};
     meddler->after = [this] { stop.request_stop(); };
     frame(photo, destination);
-    EXPECT_EQ(namesInOutput(), QStringList{QStringLiteral("framed.jpg")});
+    EXPECT_EQ(test::namesIn(output), QStringList{QStringLiteral("framed.jpg")});
 }
-
-namespace {
-
-/// The Exif block inside an output of any format: each holds it as it is.
-Exiv2::ExifData exifOf(const QByteArray& file)
-{
-    const qsizetype little = file.indexOf(QByteArray("II*\0", 4));
-    const qsizetype big = file.indexOf(QByteArray("MM\0*", 4));
-    const qsizetype start = little < 0 ? big : big < 0 ? little : std::min(little, big);
-    Exiv2::ExifData data;
-    if (start >= 0)
-        Exiv2::ExifParser::decode(data, reinterpret_cast<const Exiv2::byte*>(file.constData()) + start,
-                                  std::uint32_t(file.size() - start));
-    return data;
-}
-
-std::string valueOf(const Exiv2::ExifData& data, const char* key)
-{
-    const auto found = data.findKey(Exiv2::ExifKey(key));
-    return found == data.end() ? "absent" : found->toString();
-}
-
-} // namespace
 
 TEST_F(ImageExporterTest, writesTheSafeMetadataAndNothingElseInEveryFormat)
 {
+    using Values = std::map<std::string, std::string>;
+    const Values safe{{"Exif.Image.Make", "Café"},
+                      {"Exif.Image.Model", "Модель 5"},
+                      {"Exif.Image.Artist", "Jón Ærø 山"},
+                      {"Exif.Image.Copyright", "© 2024 Zoë"},
+                      {"Exif.Photo.DateTimeOriginal", "2024:07:01 12:34:56"}};
     const FileUrl source = writeSource(photoBytes());
-    {
-        const auto image = Exiv2::ImageFactory::open(source.path().toStdString());
-        Exiv2::ExifData exif;
-        exif["Exif.Image.Make"] = "Café";
-        exif["Exif.Image.Model"] = "Модель 5";
-        exif["Exif.Image.Artist"] = "Jón Ærø 山";
-        exif["Exif.Image.Copyright"] = "© 2024 Zoë";
-        exif["Exif.Photo.DateTimeOriginal"] = "2024:07:01 12:34:56";
-        exif["Exif.Photo.BodySerialNumber"] = "SECRET1";
-        exif["Exif.Photo.UserComment"] = "charset=Ascii SECRET2";
-        exif["Exif.Image.Software"] = "SECRET3";
-        exif["Exif.GPSInfo.GPSLatitudeRef"] = "N";
-        exif["Exif.GPSInfo.GPSLatitude"] = "52/1 31/1 0/1";
-        exif["Exif.GPSInfo.GPSMapDatum"] = "SECRET4";
-        image->setExifData(exif);
-        Exiv2::IptcData iptc;
-        iptc["Iptc.Application2.Keywords"] = "SECRET5";
-        image->setIptcData(iptc);
-        Exiv2::XmpData xmp;
-        xmp["Xmp.dc.subject"] = "SECRET6";
-        image->setXmpData(xmp);
-        image->writeMetadata();
-    }
-    ASSERT_TRUE(test::readFile(source).contains("SECRET4"));
+    const auto image = Exiv2::ImageFactory::open(source.path().toStdString());
+    for (const auto& [key, value] : safe)
+        image->exifData()[key] = value;
+    image->exifData()["Exif.Photo.BodySerialNumber"] = "SECRET1";
+    image->exifData()["Exif.Photo.UserComment"] = "charset=Ascii SECRET2";
+    image->exifData()["Exif.Image.Software"] = "SECRET3";
+    image->exifData()["Exif.GPSInfo.GPSLatitude"] = "52/1 31/1 0/1";
+    image->exifData()["Exif.GPSInfo.GPSMapDatum"] = "SECRET4";
+    image->iptcData()["Iptc.Application2.Keywords"] = "SECRET5";
+    image->xmpData()["Xmp.dc.subject"] = "SECRET6";
+    image->writeMetadata();
+    for (const char number : {'1', '2', '3', '4', '5', '6'})
+        ASSERT_TRUE(test::readFile(source).contains(QByteArray("SECRET") + number));
     const ImportedPhoto photo = ImageLoader::load(source, 0);
     ImportedPhoto bare = photo;
     bare.metadata = {};
+
+    // Every format holds the Exif block as it is.
+    const auto written = [&](const ImportedPhoto& from, ExportFormat format) {
+        frame(from, destination, true, {.format = format});
+        const QByteArray file = test::readFile(destination);
+        EXPECT_FALSE(file.contains("SECRET"));
+        const std::size_t little = std::size_t(file.indexOf(QByteArray("II*\0", 4)));
+        const std::size_t big = std::size_t(file.indexOf(QByteArray("MM\0*", 4)));
+        const std::size_t start = std::min(little, big);
+        Exiv2::ExifData exif;
+        Exiv2::ExifParser::decode(exif, reinterpret_cast<const Exiv2::byte*>(file.constData()) + start,
+                                  std::uint32_t(std::size_t(file.size()) - start));
+        EXPECT_EQ(exif["Exif.Image.Orientation"].toString(), "1");
+        Values texts;
+        for (const auto& datum : exif) {
+            EXPECT_THAT(datum.groupName(), testing::AnyOf("Image", "Photo"));
+            EXPECT_NE(datum.key(), "Exif.Image.GPSTag");
+            if (datum.typeId() == Exiv2::asciiString)
+                texts[datum.key()] = datum.toString();
+        }
+        return texts;
+    };
     for (const ExportFormat format : allFormats) {
         SCOPED_TRACE(rawValue(format).toStdString());
-        frame(photo, destination, true, {.format = format});
-        const QByteArray file = test::readFile(destination);
-        const Exiv2::ExifData exif = exifOf(file);
-        EXPECT_EQ(valueOf(exif, "Exif.Image.Make"), "Café");
-        EXPECT_EQ(valueOf(exif, "Exif.Image.Model"), "Модель 5");
-        EXPECT_EQ(valueOf(exif, "Exif.Image.Artist"), "Jón Ærø 山");
-        EXPECT_EQ(valueOf(exif, "Exif.Image.Copyright"), "© 2024 Zoë");
-        EXPECT_EQ(valueOf(exif, "Exif.Photo.DateTimeOriginal"), "2024:07:01 12:34:56");
-        EXPECT_EQ(valueOf(exif, "Exif.Image.Orientation"), "1");
-        EXPECT_EQ(valueOf(exif, "Exif.Image.GPSTag"), "absent");
-        EXPECT_FALSE(file.contains("SECRET"));
-        std::vector<std::string> exifTags;
-        for (const auto& datum : exif) {
-            EXPECT_NE(datum.groupName(), "GPSInfo");
-            EXPECT_NE(datum.groupName(), "Thumbnail");
-            if (datum.groupName() == "Photo")
-                exifTags.push_back(datum.tagName());
-        }
-        EXPECT_THAT(exifTags,
-                    testing::IsSubsetOf({"ExifVersion", "DateTimeOriginal", "ComponentsConfiguration",
-                                         "FlashpixVersion", "ColorSpace", "PixelXDimension", "PixelYDimension"}));
-
-        frame(bare, destination, true, {.format = format});
-        const Exiv2::ExifData none = exifOf(test::readFile(destination));
-        EXPECT_EQ(valueOf(none, "Exif.Image.Orientation"), "1");
-        for (const char* key : {"Exif.Image.Make", "Exif.Image.Model", "Exif.Image.Artist", "Exif.Image.Copyright",
-                                "Exif.Photo.DateTimeOriginal"})
-            EXPECT_EQ(valueOf(none, key), "absent");
+        EXPECT_EQ(written(photo, format), safe);
+        EXPECT_THAT(written(bare, format), testing::IsEmpty());
     }
 }
 
@@ -356,18 +288,16 @@ TEST_F(ImageExporterTest, bringsTheQualityIntoItsRange)
     const ImportedPhoto photo = ImageLoader::load(writeSource(photoBytes()), 0);
     double asked = -1;
     meddler->before = [&asked](const Engine::FrameRequest& request) { asked = request.quality; };
-    const auto exported = [&](ExportFormat format, double quality) {
-        frame(photo, destination, true, {.format = format, .quality = quality});
-        return test::readFile(destination);
-    };
     for (const ExportFormat format : allFormats) {
         SCOPED_TRACE(rawValue(format).toStdString());
-        const QByteArray best = exported(format, 1);
-        const QByteArray worst = exported(format, 0);
-        EXPECT_EQ(best != worst, supportsQuality(format));
-        EXPECT_EQ(exported(format, 1.7), best);
-        EXPECT_EQ(exported(format, -0.2), worst);
-        EXPECT_EQ(exported(format, std::numeric_limits<double>::quiet_NaN()), worst);
+        const auto exported = [&](double quality) {
+            frame(photo, destination, true, {.format = format, .quality = quality});
+            return test::readFile(destination);
+        };
+        EXPECT_EQ(exported(1) != exported(0), supportsQuality(format));
+        EXPECT_EQ(exported(1.7), exported(1));
+        EXPECT_EQ(exported(-0.2), exported(0));
+        (void)exported(std::nan(""));
         EXPECT_EQ(asked, 0);
     }
 }
