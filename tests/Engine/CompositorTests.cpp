@@ -80,7 +80,7 @@ TEST(Compositor, movesAnOpaquePhotoAndBlendsUnderOverlaysAlone)
 TEST(Compositor, keepsStraightPixelsOverNothingExactly)
 {
     // Going through premultiplied bytes would lose them: 3 × 10 ÷ 255 has no way back.
-    const Bitmap photo = test::noise({16, 16}, rgba8, 7);
+    const Bitmap photo = test::noise({60, 60}, rgba8, 7);
     Composition composition = framed(photo.size(), 2);
     composition.borderColor.alpha = 0;
     const Bitmap canvas = composed(composition, photo, true, 5);
