@@ -42,12 +42,15 @@ inline Tag text(quint16 tag, const QByteArray& bytes, quint16 type = 2)
 {
     return {tag, type, quint32(bytes.size()), 1, bytes};
 }
-inline Tag shorts(quint16 tag, const QList<quint16>& values)
+/// A text as it stands in most files, ended by a NUL.
+inline Tag ended(quint16 tag, const QByteArray& bytes)
 {
-    QByteArray parts;
-    for (const quint16 value : values)
-        parts += bigEndian(value);
-    return {tag, 3, quint32(values.size()), 2, parts};
+    return text(tag, bytes + '\0');
+}
+template <typename... Values>
+Tag shorts(quint16 tag, Values... values)
+{
+    return {tag, 3, sizeof...(values), 2, (bigEndian(quint16(values)) + ...)};
 }
 inline Tag number(quint16 tag, quint32 value)
 {

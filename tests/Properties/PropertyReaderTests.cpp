@@ -29,49 +29,41 @@ ImageProperties read(FileType type, const QByteArray& file)
 /// A camera's block with all that is listed, a position, and a maker note.
 QByteArray cameraBlock(ByteOrder order)
 {
-    const QList<Tag> exif{rational(0x829A, 1, 250),
-                          rational(0x829D, 28, 10),
-                          shorts(0x8827, {400, 800}),
-                          text(0x9003, QByteArray("2024:03:05 14:07:09\0", 20)),
-                          text(0x9004, QByteArray("2024:03:05 14:07:10\0", 20)),
-                          rational(0x9204, -1, 3, 10),
-                          rational(0x920A, 50, 0),
-                          text(0x927C, QByteArray(200, '\x49'), 7),
-                          text(0xA434, QByteArray("XF23mmF2\0", 9))};
-    const QList<Tag> position{text(1, QByteArray("N\0", 2)), rational(2, 48, 1)};
-    const QList<Tag> first{text(0x010E, QByteArray("D\xC3\xBCne\0", 6)),
-                           text(0x010F, QByteArray("Ko\0", 3)),
-                           text(0x0110, QByteArray("K-1 with a long name\0", 21)),
-                           shorts(0x0112, {6}),
-                           text(0x0132, QByteArray("2024:04:01 00:00:00\0", 20)),
-                           text(0x013B, QByteArray("Ren\xE9\0", 5)),
-                           text(0x8298, QByteArray("me\0editor\0", 10))};
+    const QList<Tag> exif({rational(0x829A, 1, 250), rational(0x829D, 28, 10), shorts(0x8827, 400, 800),
+                           ended(0x9003, "2024:03:05 14:07:09"), ended(0x9004, "2024:03:05 14:07:10"),
+                           rational(0x9204, -1, 3, 10), rational(0x920A, 50, 0),
+                           text(0x927C, QByteArray(200, '\x49'), 7), ended(0xA434, "XF23mmF2")});
+    const QList<Tag> position{ended(1, "N"), rational(2, 48, 1)};
+    const QList<Tag> first({ended(0x010E, "D\xC3\xBCne"), ended(0x010F, "Ko"), ended(0x0110, "K-1 with a long name"),
+                            shorts(0x0112, 6), ended(0x0132, "2024:04:01 00:00:00"), ended(0x013B, "Ren\xE9"),
+                            ended(0x8298, QByteArray("me\0editor", 9))});
     return tiffStructure(order, first, {{0x8769, exif}, {0x8825, position}});
 }
 
-/// What it holds, without its orientation.
-const PropertyMap cameraProperties{
-    {PropertyKey::tiff,
-     {PropertyMap{{u"Make"_s, {u"Ko"_s}},
-                  {u"Model"_s, {u"K-1 with a long name"_s}},
-                  {u"Artist"_s, {u"Ren\u00E9"_s}},
-                  {u"Copyright"_s, {u"me"_s}},
-                  {u"ImageDescription"_s, {u"D\u00FCne"_s}},
-                  {u"DateTime"_s, {u"2024:04:01 00:00:00"_s}}}}},
-    {PropertyKey::exif,
-     {PropertyMap{{u"LensModel"_s, {u"XF23mmF2"_s}},
-                  {u"DateTimeOriginal"_s, {u"2024:03:05 14:07:09"_s}},
-                  {u"DateTimeDigitized"_s, {u"2024:03:05 14:07:10"_s}},
-                  {u"FNumber"_s, {2.8}},
-                  {u"ExposureTime"_s, {0.004}},
-                  {u"ExposureBiasValue"_s, {-1.0 / 3}},
-                  {u"ISOSpeedRatings"_s, {NumberList{400, 800}}}}}},
-};
-PropertyMap rotatedProperties()
+/// A map of texts, as "key=text|key=text".
+PropertyMap texts(const QString& entries)
 {
-    PropertyMap properties{{PropertyKey::orientation, {6.0}}};
-    for (const auto& [key, value] : cameraProperties.entries())
-        properties.set(key, value);
+    PropertyMap map;
+    for (const QString& entry : entries.split(u'|'))
+        map.set(entry.section(u'=', 0, 0), {entry.section(u'=', 1)});
+    return map;
+}
+
+/// What the block holds, with its orientation where the format has no other.
+PropertyMap cameraProperties(bool rotated = true)
+{
+    PropertyMap exif =
+        texts(u"LensModel=XF23mmF2|DateTimeOriginal=2024:03:05 14:07:09|DateTimeDigitized=2024:03:05 14:07:10"_s);
+    exif.set(u"FNumber"_s, {2.8});
+    exif.set(u"ExposureTime"_s, {0.004});
+    exif.set(u"ExposureBiasValue"_s, {-1.0 / 3});
+    exif.set(u"ISOSpeedRatings"_s, {NumberList{400, 800}});
+    const PropertyMap tiff =
+        texts(u"Make=Ko|Model=K-1 with a long name|Artist=Ren\u00E9|Copyright=me|ImageDescription=D\u00FCne|"
+              "DateTime=2024:04:01 00:00:00"_s);
+    PropertyMap properties = rotated ? PropertyMap{{PropertyKey::orientation, {6.0}}} : PropertyMap();
+    properties.set(PropertyKey::tiff, {tiff});
+    properties.set(PropertyKey::exif, {exif});
     return properties;
 }
 
@@ -83,12 +75,7 @@ PropertyMap subMap(const ImageProperties& properties, const QString& key)
 }
 
 const QByteArray packet = xmpPacket("<dc:title>Dune</dc:title>");
-const PropertyMap title{{u"dc:title"_s, {u"Dune"_s}}};
-
-PropertyMap objectName(const QString& name)
-{
-    return {{u"ObjectName"_s, {name}}};
-}
+const PropertyMap title = texts(u"dc:title=Dune"_s);
 
 } // namespace
 
@@ -96,10 +83,10 @@ TEST(PropertyReader, readsTheListedTagsAndNothingElse)
 {
     for (const ByteOrder order : {ByteOrder::little, ByteOrder::big}) {
         const QByteArray block = cameraBlock(order);
-        const ImageProperties expected{rotatedProperties(), {}};
-        EXPECT_EQ(read(FileType::jpeg, jpegWith(segment(0xE1, exifName + block))), expected);
-        EXPECT_EQ(read(FileType::png, pngWith(chunk("eXIf", block))), expected);
-        EXPECT_EQ(read(FileType::tiff, block), expected);
+        const PropertyMap expected = cameraProperties();
+        EXPECT_EQ(read(FileType::jpeg, jpegWith(segment(0xE1, exifName + block))).image, expected);
+        EXPECT_EQ(read(FileType::png, pngWith(chunk("eXIf", block))).image, expected);
+        EXPECT_EQ(read(FileType::tiff, block).image, expected);
     }
 }
 
@@ -114,7 +101,7 @@ TEST(PropertyReader, takesTextsAsOldCamerasWriteThem)
     EXPECT_EQ(description(text(0x010E, "no NUL")), u"no NUL"_s);
     EXPECT_EQ(description(text(0x010E, "bytes", 1)), u"bytes"_s);
     EXPECT_EQ(description(text(0x010E, QByteArray(8, '\0'))), QString());
-    EXPECT_EQ(description(shorts(0x010E, {0x4141, 0x4141, 0x4141})), QString());
+    EXPECT_EQ(description(shorts(0x010E, 0x4141, 0x4141, 0x4141)), QString());
     // A cut in the middle of a character would turn all of it into Windows-1252.
     EXPECT_EQ(description(text(0x010E, "a" + QByteArray("\xC3\xA9").repeated(100'000))),
               u'a' + QString(32 * 1024 - 1, u'\u00E9'));
@@ -123,7 +110,7 @@ TEST(PropertyReader, takesTextsAsOldCamerasWriteThem)
 TEST(PropertyReader, passesOddOrientationsOn)
 {
     for (const quint16 orientation : {0, 1, 9, 65535})
-        EXPECT_EQ(read(FileType::tiff, tiffStructure(ByteOrder::big, {shorts(0x0112, {orientation})})).image,
+        EXPECT_EQ(read(FileType::tiff, tiffStructure(ByteOrder::big, {shorts(0x0112, orientation)})).image,
                   (PropertyMap{{PropertyKey::orientation, {double(orientation)}}}));
 }
 
@@ -135,12 +122,12 @@ TEST(PropertyReader, findsJpegBlocksWhateverStandsBetween)
         {"broken profile in front",
          segment(0xE2, QByteArray("ICC_PROFILE\0\1\xFF", 14) + QByteArray(500, '\xFF')) + exif},
         {"junk and fill bytes between segments", QByteArray("\0junk\xFF\0\xFF\xFF\xFF", 10) + exif.mid(1)},
-        {"a second block", exif + segment(0xE1, exifName + tiffStructure(ByteOrder::big, {shorts(0x0112, {1})}))},
+        {"a second block", exif + segment(0xE1, exifName + tiffStructure(ByteOrder::big, {shorts(0x0112, 1)}))},
         {"over two segments", segment(0xE1, exifName + block.left(150)) + segment(0xE1, exifName + block.mid(150))},
         {"a broken segment behind", exif + QByteArray("\xFF\xE1\0\1", 4)},
     };
     for (const auto& [name, segments] : rows)
-        EXPECT_EQ(read(FileType::jpeg, jpegWith(segments)).image, rotatedProperties()) << name;
+        EXPECT_EQ(read(FileType::jpeg, jpegWith(segments)).image, cameraProperties()) << name;
     EXPECT_TRUE(read(FileType::jpeg, jpegWith(QByteArray(100'000, 'x') + exif)).image.isEmpty()) << "unbounded junk";
 }
 
@@ -160,7 +147,7 @@ TEST(PropertyReader, readsExtendedXmpThatTheMainPacketNames)
         return read(FileType::jpeg, jpegWith(segment(0xE1, xmpName + xmpPacket(main)) + pieces)).xmp;
     };
     const QByteArray own = "<dc:title>Dune</dc:title>";
-    const PropertyMap both{{u"dc:title"_s, {u"Dune"_s}}, {u"aux:Lens"_s, {u"XF23"_s}}};
+    const PropertyMap both = texts(u"dc:title=Dune|aux:Lens=XF23"_s);
     EXPECT_EQ(xmp(own + note, piece(100, whole, whole) + piece(0, 100, whole)), both);
     EXPECT_EQ(xmp(own, piece(0, whole, whole)), title) << "not named";
     EXPECT_EQ(xmp(own + note, piece(0, 100, whole)), title) << "incomplete";
@@ -178,16 +165,16 @@ TEST(PropertyReader, readsIptcByItsCharacterSet)
     };
     const QByteArray utf8 = dataset(1, 90, "\x1B%G");
     const QByteArray latin1 = dataset(1, 90, "\x1B.A");
-    EXPECT_EQ(iptc(utf8 + dataset(2, 5, "D\xC3\xBCne")), objectName(u"D\u00FCne"_s));
-    EXPECT_EQ(iptc(latin1 + dataset(2, 5, "\xC3\xBC")), objectName(u"\u00C3\u00BC"_s));
-    EXPECT_EQ(iptc(dataset(2, 5, "D\xC3\xBCne")), objectName(u"D\u00FCne"_s));
-    EXPECT_EQ(iptc(dataset(2, 5, "D\xFCne\x85")), objectName(u"D\u00FCne\u2026"_s));
-    EXPECT_EQ(iptc(QByteArray("\x1C\x02\x05\x80\x03\0\0\x04", 8) + "Dune"), objectName(u"Dune"_s)) << "extended length";
+    EXPECT_EQ(iptc(utf8 + dataset(2, 5, "D\xC3\xBCne")), texts(u"ObjectName=D\u00FCne"_s));
+    EXPECT_EQ(iptc(latin1 + dataset(2, 5, "\xC3\xBC")), texts(u"ObjectName=\u00C3\u00BC"_s));
+    EXPECT_EQ(iptc(dataset(2, 5, "D\xC3\xBCne")), texts(u"ObjectName=D\u00FCne"_s));
+    EXPECT_EQ(iptc(dataset(2, 5, "D\xFCne\x85")), texts(u"ObjectName=D\u00FCne\u2026"_s));
+    EXPECT_EQ(iptc(QByteArray("\x1C\x02\x05\x80\x03\0\0\x04", 8) + "Dune"), texts(u"ObjectName=Dune"_s))
+        << "extended length";
     EXPECT_EQ(iptc(dataset(2, 5, "Dune") + QByteArray("\x1C\x02\x78\x80\x04\xFF\xFF\xFF\xFF", 9)),
-              objectName(u"Dune"_s));
-    const PropertyMap others{{u"Byline"_s, {TextList{u"A"_s, u"B"_s}}},
-                             {u"CopyrightNotice"_s, {u"(c)"_s}},
-                             {u"Caption/Abstract"_s, {u"Caption"_s}}};
+              texts(u"ObjectName=Dune"_s));
+    PropertyMap others{{u"Byline"_s, {TextList{u"A"_s, u"B"_s}}}, {u"CopyrightNotice"_s, {u"(c)"_s}}};
+    others.set(u"Caption/Abstract"_s, {u"Caption"_s});
     EXPECT_EQ(iptc(dataset(2, 80, "A") + dataset(2, 101, "France") + dataset(2, 116, "(c)") +
                    dataset(2, 120, "Caption") + dataset(2, 80, "B")),
               others);
@@ -216,8 +203,8 @@ TEST(PropertyReader, readsPngTextChunks)
                                     rawProfile("xmp", packet, false) +
                                     rawProfile("iptc", resource(0x0404, dataset(2, 5, "Sand")), true)));
     EXPECT_EQ(old.xmp, title);
-    EXPECT_EQ(old.image.find(PropertyKey::tiff)->value, cameraProperties.find(PropertyKey::tiff)->value);
-    EXPECT_EQ(subMap(old, PropertyKey::iptc), objectName(u"Sand"_s));
+    EXPECT_EQ(old.image.find(PropertyKey::tiff)->value, cameraProperties().find(PropertyKey::tiff)->value);
+    EXPECT_EQ(subMap(old, PropertyKey::iptc), texts(u"ObjectName=Sand"_s));
 }
 
 TEST(PropertyReader, readsTheBlocksInTiffTags)
@@ -225,10 +212,10 @@ TEST(PropertyReader, readsTheBlocksInTiffTags)
     QList<Tag> tags{text(700, packet, 1), text(34377, resource(0x0404, dataset(2, 5, "of resources")), 1)};
     const ImageProperties nested = read(FileType::tiff, tiffStructure(ByteOrder::little, tags));
     EXPECT_EQ(nested.xmp, title);
-    EXPECT_EQ(subMap(nested, PropertyKey::iptc), objectName(u"of resources"_s));
+    EXPECT_EQ(subMap(nested, PropertyKey::iptc), texts(u"ObjectName=of resources"_s));
     tags.insert(1, text(33723, dataset(2, 5, "direct"), 7));
     const ImageProperties direct = read(FileType::tiff, tiffStructure(ByteOrder::little, tags));
-    EXPECT_EQ(subMap(direct, PropertyKey::iptc), objectName(u"direct"_s));
+    EXPECT_EQ(subMap(direct, PropertyKey::iptc), texts(u"ObjectName=direct"_s));
 }
 
 TEST(PropertyReader, readsHeifItemsWithoutTheirOrientation)
@@ -254,7 +241,7 @@ TEST(PropertyReader, readsHeifItemsWithoutTheirOrientation)
     heif_image_handle_release(handle);
     heif_image_release(image);
     heif_encoder_release(encoder);
-    EXPECT_EQ(read(FileType::heif, file), (ImageProperties{cameraProperties, title}));
+    EXPECT_EQ(read(FileType::heif, file), (ImageProperties{cameraProperties(false), title}));
 }
 
 TEST(PropertyReader, survivesCutsAndFlips)
@@ -270,7 +257,7 @@ TEST(PropertyReader, survivesCutsAndFlips)
         for (qsizetype at = 0; at < file.size(); ++at) {
             const PropertyMap cut = subMap(read(type, file.left(at)), PropertyKey::tiff);
             for (const auto& [key, value] : cut.entries())
-                ASSERT_EQ(value, *subMap({cameraProperties, {}}, PropertyKey::tiff).find(key)) << "cut at " << at;
+                ASSERT_EQ(value, *subMap({cameraProperties(), {}}, PropertyKey::tiff).find(key)) << "cut at " << at;
             // Under the sanitizers, that nothing outside is touched.
             for (const char byte : {'\0', '\x7F', '\xFF'})
                 (void)read(type, QByteArray(file).replace(at, 1, &byte, 1));
