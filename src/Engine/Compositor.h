@@ -49,8 +49,8 @@ private:
     std::int64_t nextRow_ = 0;
 };
 
-/// The space a framed picture is drawn in: the policy's, or the photo's own where it is to be preserved, is RGB and can be
-/// converted to.
+/// The space a framed picture is drawn in: the policy's, or the photo's own where it is to be preserved, is RGB and can
+/// be converted to.
 [[nodiscard]] ColorProfile outputColorSpace(const ColorProfile& photo, ColorModel model, OutputColorProfile policy);
 
 /// Whether a colour lets anything through once stored in 8 bits.

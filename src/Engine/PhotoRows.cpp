@@ -218,6 +218,8 @@ OpenedPhoto openPhoto(const SourceFile& source, const DecodeOptions& options)
         photo.type = supportedType(type);
         photo.decoder = openDecoder(type, *photo.source, options);
         validateStoredSize(photo.decoder->storedSize());
+        if (photo.decoder->heldBytes() > maximumHeldBytes(photo.decoder->storedSize()))
+            throw CodecError{CodecError::Reason::tooLarge, {}};
         photo.properties = readProperties(type, *photo.source);
         photo.orientation = orientationFrom(photo.properties);
         return photo;

@@ -23,6 +23,13 @@ inline constexpr std::int64_t maximumSourcePixels = 200'000'000;
 inline constexpr std::int64_t maximumLogoSide = 20'000;
 inline constexpr std::int64_t maximumLogoPixels = 100'000'000;
 
+/// Most memory that a codec may hold for a picture: what the largest ones need, for any layout, but nothing that a few
+/// bytes of a small picture's header could ask for (tiles far larger than the picture).
+[[nodiscard]] constexpr std::int64_t maximumHeldBytes(PixelSize size)
+{
+    return 256'000'000 + size.width * size.height * 16;
+}
+
 /// An open, regular file, borrowed until the request is answered. `size` as seen at open.
 struct SourceFile {
     int descriptor = -1;

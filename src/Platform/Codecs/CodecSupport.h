@@ -55,7 +55,7 @@ public:
         std::size_t count = 0;
         try {
             count = source_.readAt(position_, std::span(buffer_).first(wanted));
-        } catch (const InputOutputError&) {
+        } catch (...) { // Nothing may cross the library that called.
             refused_ = true;
         }
         position_ += std::int64_t(count);
@@ -83,7 +83,7 @@ private:
         sink.write(bytes);
     } catch (const InputOutputError& error) {
         return error.errorNumber;
-    } catch (const std::bad_alloc&) {
+    } catch (...) { // Nothing may cross the library that called.
         return ENOMEM;
     }
     return 0;

@@ -345,9 +345,11 @@ Detection detectText(QByteArrayView head)
 /// Targa has no signature at its start, and an optional one at its end.
 Detection detectByFooter(const ByteSource& source)
 {
-    constexpr std::int64_t footerLength = 18;
-    if (source.size() >= 26 + 18 &&
-        bytesAt(source, source.size() - footerLength, footerLength) == QByteArrayView("TRUEVISION-XFILE.\0", 18))
+    constexpr std::int64_t headerLength = 18;
+    constexpr std::int64_t footerLength = 26;
+    constexpr std::int64_t signatureLength = 18; // The footer ends with it.
+    if (source.size() >= headerLength + footerLength &&
+        bytesAt(source, source.size() - signatureLength, signatureLength) == QByteArrayView("TRUEVISION-XFILE.\0", 18))
         return withoutCodec(QLatin1StringView("TGA image"));
     return std::nullopt;
 }

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <span>
 #include <utility>
 #include <vector>
@@ -19,6 +20,7 @@ namespace {
 
 /// Boxes at the top of a file that are looked through for the one that describes its items.
 constexpr int mostTopLevelBoxes = 1'000;
+constexpr int mostDescriptionBoxes = 100;
 
 /// Largest description box that is read into memory, in bytes. The property box is the largest in practice: it holds
 /// the colour profile, of which 16 MB are taken.
@@ -33,6 +35,9 @@ constexpr std::uint32_t mostExtents = 32;
 
 /// The largest ordinary grid is that of a 200-megapixel picture of 512-pixel tiles: 768.
 constexpr std::int64_t mostTiles = 4'096;
+
+/// Of all metadata items together. Phones write some kilobytes.
+constexpr std::uint64_t mostMetadataBytes = 64'000'000;
 
 /// Pictures visited from the primary one down: its tiles and those of a transparency, depth or gain picture.
 constexpr std::int64_t mostVisits = 4 * mostTiles;
@@ -172,10 +177,13 @@ private:
     const Item& itemAt(std::uint32_t id) const;
     void readProperties(const Item& item, HeifPicture& picture) const;
     struct Grid {
+        std::int64_t columns = 0;
+        std::int64_t rows = 0;
         std::int64_t tiles = 0;
         PixelSize output;
     };
     Grid gridOf(const Item& item) const;
+    std::optional<PixelSize> tileSizeOf(const Item& grid) const;
     std::vector<std::byte> dataOf(const Item& item, std::size_t length) const;
 
     const ByteSource& source_;
@@ -241,11 +249,12 @@ HeifFile::BoxPlace HeifFile::findItemDescription() const
 void HeifFile::readItemDescription(const BoxPlace& place)
 {
     std::map<std::uint32_t, BoxPlace> boxes;
+    int count = 0;
     for (std::uint64_t offset = place.content + 4; offset < place.end;) {
         const BoxPlace inner = boxAt(offset, place.end);
         boxes.emplace(inner.type, inner);
         offset = inner.end;
-        if (boxes.size() > 100)
+        if (++count > mostDescriptionBoxes)
             refuse();
     }
     const auto read = [&](std::uint32_t type, void (HeifFile::*reader)(Cursor)) {
@@ -367,6 +376,8 @@ void HeifFile::readLocations(Cursor content)
     const std::uint32_t indexWidth = version == 0 ? 0 : widths & 15;
     if (version > 2 || std::max({offsetWidth, lengthWidth, baseWidth, indexWidth}) > 8)
         refuse();
+    const auto fileSize = static_cast<std::uint64_t>(source_.size());
+    std::uint64_t metadataBytes = 0;
     for (std::uint32_t left = content.number32(version == 2 ? 4 : 2); left > 0; --left) {
         const std::uint32_t id = content.number32(version == 2 ? 4 : 2);
         const std::uint32_t method = version == 0 ? 0 : content.number32(2) & 15;
@@ -378,15 +389,24 @@ void HeifFile::readLocations(Cursor content)
         const auto item = items_.find(id);
         const bool isKept = item != items_.end() && item->second.type == fourCharacters("grid") && method <= 1 &&
                             item->second.extents.empty();
+        std::uint64_t itemBytes = 0;
         for (std::uint32_t i = 0; i < count; ++i) {
             content.take(indexWidth);
             const std::uint64_t offset = base + content.number(offsetWidth);
             const std::uint64_t length = content.number(lengthWidth);
+            itemBytes += std::min(length, fileSize); // At most 32 times 2 GB: no overflow.
             if (isKept)
                 item->second.extents.push_back({offset, length});
         }
         if (isKept)
             item->second.isInItemDataBox = method == 1;
+        // The library loads an item whole, and every metadata item while it opens the file: extents that lie over one
+        // another would make it load the same bytes again and again.
+        const bool isMetadata = item != items_.end() && (item->second.type == fourCharacters("Exif") ||
+                                                         item->second.type == fourCharacters("mime"));
+        metadataBytes += isMetadata ? itemBytes : 0;
+        if (itemBytes > fileSize || metadataBytes > mostMetadataBytes)
+            refuse();
     }
 }
 
@@ -427,6 +447,21 @@ const Item& HeifFile::itemAt(std::uint32_t id) const
     return found->second;
 }
 
+/// The first tile's declared size; all tiles of a grid must have the same. Absent where it declares none.
+std::optional<PixelSize> HeifFile::tileSizeOf(const Item& grid) const
+{
+    HeifPicture tile;
+    readProperties(itemAt(grid.sources.front()), tile);
+    return tile.declaredSize.shorterSide() > 0 ? std::optional(tile.declaredSize) : std::nullopt;
+}
+
+/// Tiles cover the grid's output and are cut at its right and lower edge alone. Otherwise a small output could stand
+/// for tiles of any size, all of which get decoded.
+bool covers(std::int64_t tiles, std::int64_t tileSide, std::int64_t outputSide)
+{
+    return tiles * tileSide >= outputSide && tiles * tileSide - outputSide < tileSide;
+}
+
 /// Every step counts, so that pictures which share their sources over several levels can't multiply, and pictures
 /// derived from themselves end at the depth limit.
 void HeifFile::checkDerivation(std::uint32_t id, int depth)
@@ -441,6 +476,10 @@ void HeifFile::checkDerivation(std::uint32_t id, int depth)
         if (grid.tiles > mostTiles)
             refuseKind(QStringLiteral("HEIF image of more than 4,096 tiles"));
         if (grid.tiles != static_cast<std::int64_t>(item.sources.size()))
+            refuse();
+        const std::optional<PixelSize> tile = tileSizeOf(item);
+        if (tile && (!covers(grid.columns, tile->width, grid.output.width) ||
+                     !covers(grid.rows, tile->height, grid.output.height)))
             refuse();
     }
     if (isDerived(item.type)) {
@@ -504,8 +543,9 @@ HeifFile::Grid HeifFile::gridOf(const Item& item) const
     cursor.take(1); // Version.
     const std::uint64_t sideWidth = (cursor.number(1) & 1) != 0 ? 4 : 2;
     Grid grid;
-    grid.tiles = static_cast<std::int64_t>((cursor.number(1) + 1));
-    grid.tiles *= static_cast<std::int64_t>((cursor.number(1) + 1));
+    grid.rows = static_cast<std::int64_t>(cursor.number(1) + 1);
+    grid.columns = static_cast<std::int64_t>(cursor.number(1) + 1);
+    grid.tiles = grid.rows * grid.columns;
     grid.output.width = static_cast<std::int64_t>(cursor.number(sideWidth));
     grid.output.height = static_cast<std::int64_t>(cursor.number(sideWidth));
     return grid;

@@ -19,7 +19,7 @@ namespace {
 constexpr const char* preset = "ultrafast";
 
 /// Pictures thinner than this, in pixels, are given coding blocks of this size. The library's own choice of smaller
-/// ones isn't allowed by the standard, and refused by the encoder, where the other side is longer than some 4,000
+/// ones is not what HEVC allows, and refused by the encoder, where the other side is longer than some 4,000
 /// pixels.
 constexpr std::int64_t thinnestSide = 32;
 

@@ -402,10 +402,20 @@ public:
         for (std::int64_t y = 0; y < count; ++y) {
             auto* row = reinterpret_cast<std::uint8_t*>(out + std::size_t(y) * stride);
             if (y >= delivered)
-                std::memset(row, 0x80, rowBytes);
+                fillGrey(row, rowBytes);
             else if (inkInverted_)
                 std::transform(row, row + rowBytes, row, [](std::uint8_t ink) { return std::uint8_t(255 - ink); });
         }
+    }
+
+    /// Half of every ink would be nearly black: grey is half of the black one alone.
+    void fillGrey(std::uint8_t* row, std::size_t bytes) const
+    {
+        std::memset(row, 0x80, bytes);
+        if (format().model != ColorModel::cmyk)
+            return;
+        for (std::size_t i = 0; i < bytes; ++i)
+            row[i] = i % 4 == 3 ? 0x80 : 0;
     }
 
     /// Behind the last row lie an end marker that cameras forget, junk, and further pictures: none of it is ours.

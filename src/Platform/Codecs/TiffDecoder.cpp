@@ -27,7 +27,7 @@ ColorProfile readProfile(const ByteSource& source, ColorModel model)
     return ColorProfile::fromIcc(structure->bytes(*entry, longestProfile), model).value_or(ColorProfile());
 }
 
-/// As most other decoders, so that what a strip holds is not counted where it is but some rows.
+/// 0 for what is no more than some rows: all decoders hold those, and none counts them.
 std::int64_t beyondSomeRows(std::int64_t bytes, const TiffLayout& layout)
 {
     constexpr std::int64_t someRows = 64;

@@ -39,11 +39,13 @@ bool isLost(const TiffEntry& entry)
            std::find(indispensableTags.begin(), indispensableTags.end(), entry.tag) != indispensableTags.end();
 }
 
-std::string messageText(const char* format, va_list arguments)
+/// On the stack: the library calls us with these, and an exception must not cross it.
+using MessageBuffer = std::array<char, 512>;
+
+std::string_view messageText(MessageBuffer& buffer, const char* format, va_list arguments)
 {
-    std::array<char, 512> text{};
-    std::vsnprintf(text.data(), text.size(), format, arguments);
-    return text.data();
+    std::vsnprintf(buffer.data(), buffer.size(), format, arguments);
+    return buffer.data();
 }
 
 int closeNothing(thandle_t)
@@ -123,20 +125,23 @@ toff_t TiffInput::size(thandle_t handle)
 int TiffInput::noteError(TIFF*, void* input, const char*, const char* format, va_list arguments)
 {
     auto& self = *static_cast<TiffInput*>(input);
-    const std::string text = messageText(format, arguments);
+    MessageBuffer buffer{};
+    const std::string_view text = messageText(buffer, format, arguments);
     self.lostData_ = true;
-    self.tooLarge_ = self.tooLarge_ || text.find("defined in open options") != std::string::npos;
-    self.mixedDepths_ = self.mixedDepths_ || text.find("different values per sample") != std::string::npos;
+    self.tooLarge_ = self.tooLarge_ || text.find("defined in open options") != std::string_view::npos;
+    self.mixedDepths_ = self.mixedDepths_ || text.find("different values per sample") != std::string_view::npos;
     return 1;
 }
 
 int TiffInput::noteWarning(TIFF*, void* input, const char*, const char* format, va_list arguments)
 {
     auto& self = *static_cast<TiffInput*>(input);
-    const std::string text = messageText(format, arguments);
-    self.lostData_ = self.lostData_ ||
-                     std::any_of(warningsOfLoss.begin(), warningsOfLoss.end(),
-                                 [&](std::string_view warning) { return text.find(warning) != std::string::npos; });
+    MessageBuffer buffer{};
+    const std::string_view text = messageText(buffer, format, arguments);
+    self.lostData_ =
+        self.lostData_ || std::any_of(warningsOfLoss.begin(), warningsOfLoss.end(), [&](std::string_view warning) {
+            return text.find(warning) != std::string_view::npos;
+        });
     return 1;
 }
 

@@ -4,6 +4,7 @@
 #include "Platform/Codecs/ImageDecoder.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace ferrow {
 
@@ -168,7 +169,9 @@ void readYCbCr(const TiffInput& input, TiffLayout& layout)
     float* reference = nullptr;
     TIFFGetFieldDefaulted(input.get(), TIFFTAG_YCBCRCOEFFICIENTS, &weights);
     TIFFGetFieldDefaulted(input.get(), TIFFTAG_REFERENCEBLACKWHITE, &reference);
-    if (!weights || !reference || !(weights[1] > 0))
+    const auto isFinite = [](float value) { return std::isfinite(value); };
+    if (!weights || !reference || !(weights[1] > 0) || !std::all_of(weights, weights + 3, isFinite) ||
+        !std::all_of(reference, reference + 6, isFinite))
         refuseAsMalformed();
     std::copy_n(weights, 3, layout.yCbCrWeights.begin());
     std::copy_n(reference, 6, layout.yCbCrReference.begin());

@@ -230,8 +230,8 @@ void TiffSamples::assemble(std::int64_t pixels, std::byte* out) const
             }
         }
         if (layout_.alphaSample)
-            put(layout_.color == TiffColor::palette && layout_.bits < 8 ? alpha * 255 / ((1u << layout_.bits) - 1)
-                                                                        : alpha);
+            put(layout_.color == TiffColor::palette && layout_.bits != 8 ? alpha * 255 / ((1u << layout_.bits) - 1)
+                                                                         : alpha);
     }
 }
 

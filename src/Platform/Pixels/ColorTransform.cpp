@@ -166,7 +166,8 @@ std::unique_ptr<RowConverter> grayRows(const LittleCms::Context& context, cmsHPR
     });
 }
 
-std::unique_ptr<RowConverter> libraryRows(LittleCms::Context context, cmsHPROFILE from, PixelFormat source,
+/// Takes the context over only when it succeeds: what was made in it must go first.
+std::unique_ptr<RowConverter> libraryRows(LittleCms::Context& context, cmsHPROFILE from, PixelFormat source,
                                           cmsHPROFILE to, PixelFormat target)
 {
     LittleCms::Transform transform = makeTransform(context, from, source, to, target);
@@ -175,7 +176,7 @@ std::unique_ptr<RowConverter> libraryRows(LittleCms::Context context, cmsHPROFIL
     return std::make_unique<LibraryRows>(std::move(context), std::move(transform), source, target);
 }
 
-std::unique_ptr<RowConverter> rowsThroughLab(LittleCms::Context context, cmsHPROFILE from, PixelFormat source,
+std::unique_ptr<RowConverter> rowsThroughLab(LittleCms::Context& context, cmsHPROFILE from, PixelFormat source,
                                              cmsHPROFILE to, PixelFormat target)
 {
     const PixelFormat lab{ColorModel::lab, 16, source.alpha};
@@ -183,7 +184,7 @@ std::unique_ptr<RowConverter> rowsThroughLab(LittleCms::Context context, cmsHPRO
     if (!fromLab)
         return nullptr;
     const LittleCms::Profile labProfile = assumedProfile(context, ColorModel::lab);
-    auto toLab = libraryRows(std::move(context), from, source, labProfile.get(), lab);
+    auto toLab = libraryRows(context, from, source, labProfile.get(), lab);
     if (!toLab)
         return nullptr;
     return std::make_unique<RowsThroughLab>(std::move(toLab), std::move(fromLab), source, target);
@@ -208,8 +209,8 @@ std::unique_ptr<RowConverter> convertedRows(const ColorProfile& from, PixelForma
         if (auto rows = labRows(source, toProfile.get(), target))
             return rows;
     if (matrixProfileOf(toProfile.get(), Way::toPictures))
-        return rowsThroughLab(std::move(context), fromProfile.get(), source, toProfile.get(), target);
-    return libraryRows(std::move(context), fromProfile.get(), source, toProfile.get(), target);
+        return rowsThroughLab(context, fromProfile.get(), source, toProfile.get(), target);
+    return libraryRows(context, fromProfile.get(), source, toProfile.get(), target);
 }
 
 /// Whether the numbers mean the same in both spaces: RGB in the same space, grey on the target's own curve.

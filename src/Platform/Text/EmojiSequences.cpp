@@ -74,7 +74,7 @@ private:
         const bool selected = second == emojiSelector && is(first, UCHAR_EMOJI);
         const bool byDefault = second != textSelector && is(first, UCHAR_EMOJI_PRESENTATION);
         const bool toned = is(first, UCHAR_EMOJI_MODIFIER_BASE) && is(second, UCHAR_EMOJI_MODIFIER);
-        if (first < 0x80 ? peek(2) != keycap : !selected && !byDefault && !toned)
+        if (first < 0x80 ? !selected || peek(2) != keycap : !selected && !byDefault && !toned)
             return false;
         skip();
         while (peek() == emojiSelector || peek() == keycap || is(peek(), UCHAR_EMOJI_MODIFIER) || isTag(peek()))

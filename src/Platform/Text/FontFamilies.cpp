@@ -10,6 +10,10 @@
 #include <QFontInfo>
 
 #include <array>
+#include <chrono>
+#include <future>
+#include <memory>
+#include <thread>
 
 namespace ferrow::FontFamilies {
 
@@ -37,8 +41,8 @@ constexpr std::array<StandIns, 5> standIns{{
      {QLatin1StringView("Quicksand"), QLatin1StringView("Dosis"), QLatin1StringView("Comfortaa")}},
 }};
 
-/// How long the desktop may take to answer before its font is done without, in milliseconds.
-constexpr int desktopPatience = 200;
+/// How long the desktop may take to answer before its font is done without.
+constexpr std::chrono::milliseconds desktopPatience{200};
 
 /// The family in a description such as "Cantarell Bold 11" or "Noto Sans, 10": installed names decide where it ends.
 QString familyOfDescription(const QString& description)
@@ -52,10 +56,8 @@ QString familyOfDescription(const QString& description)
 }
 
 /// What GNOME and the desktops that follow it publish. A session without a running portal is not asked to start one.
-QString familyFromPortal()
+QString fontNameFromPortal()
 {
-    if (qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))
-        return {};
     const QString connectionName = QStringLiteral("ferrow-font");
     QVariant answer;
     {
@@ -65,14 +67,29 @@ QString familyFromPortal()
             QStringLiteral("org.freedesktop.portal.Settings"), QStringLiteral("Read"));
         question << QStringLiteral("org.gnome.desktop.interface") << QStringLiteral("font-name");
         question.setAutoStartService(false);
-        const QDBusMessage reply = bus.isConnected() ? bus.call(question, QDBus::Block, desktopPatience) : question;
+        const QDBusMessage reply =
+            bus.isConnected() ? bus.call(question, QDBus::Block, int(desktopPatience.count())) : question;
         if (reply.type() == QDBusMessage::ReplyMessage)
             answer = reply.arguments().value(0);
     }
     QDBusConnection::disconnectFromBus(connectionName);
     while (answer.canConvert<QDBusVariant>())
         answer = answer.value<QDBusVariant>().variant();
-    return familyOfDescription(answer.toString());
+    return answer.toString();
+}
+
+/// Connecting to a bus that accepts and then stays silent has no limit of its own, so that it is waited for from here.
+/// A thread that never gets its answer is left to the end of the process.
+QString familyFromPortal()
+{
+    if (qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))
+        return {};
+    const auto answer = std::make_shared<std::promise<QString>>();
+    std::future<QString> description = answer->get_future();
+    std::thread([answer] { answer->set_value(fontNameFromPortal()); }).detach();
+    if (description.wait_for(desktopPatience) != std::future_status::ready)
+        return {};
+    return familyOfDescription(description.get());
 }
 
 /// KDE keeps its font in a settings file: "font=Noto Sans,10,-1,…" in the group General.
