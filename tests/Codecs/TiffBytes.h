@@ -25,9 +25,9 @@ QByteArray littleEndian(Number value)
     return bytes;
 }
 
-inline TiffTag shortTag(std::uint16_t tag, std::uint16_t value)
+inline TiffTag shortTag(std::uint16_t tag, int value)
 {
-    return {tag, 3, 1, littleEndian(value)};
+    return {tag, 3, 1, littleEndian(std::uint16_t(value))};
 }
 inline TiffTag longTag(std::uint16_t tag, std::uint32_t value)
 {
@@ -67,7 +67,7 @@ inline std::vector<TiffTag> pictureTags(std::uint16_t width, std::uint16_t heigh
 {
     const auto bytes = std::uint32_t((width * samples * bits + 7) / 8 * height);
     std::vector<TiffTag> tags{shortTag(256, width), shortTag(257, height)};
-    tags.push_back({258, 3, samples, littleEndian(bits).repeated(samples)});
+    tags.push_back({258, 3, std::uint32_t(samples), littleEndian(std::uint16_t(bits)).repeated(samples)});
     tags.insert(tags.end(), {shortTag(259, 1), shortTag(262, photometric), longTag(273, 0)});
     tags.insert(tags.end(), {shortTag(277, samples), shortTag(278, height), longTag(279, bytes)});
     tags.insert(tags.end(), more.begin(), more.end());
