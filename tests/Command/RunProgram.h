@@ -1,16 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Support/Files.h"
 #include "Support/Pictures.h"
 
-#include <QDir>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QProcess>
 
-#include <sys/stat.h>
-#include <sys/wait.h>
-
-#include <csignal>
 #include <functional>
 #include <vector>
 
@@ -41,56 +38,38 @@ public:
     Program(
         const Words& words, const Words& environment, const std::function<void()>& prepare = [] {})
     {
-        Words variables = environment;
+        QStringList all{QStringLiteral("-i")};
         for (const char* kept : {"ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS"})
             if (qEnvironmentVariableIsSet(kept))
-                variables.insert(variables.begin(), QByteArray(kept) + '=' + qgetenv(kept));
-        const auto pointers = [](const Words& list) {
-            std::vector<char*> result;
+                all << QString::fromLatin1(kept) + QLatin1Char('=') + qEnvironmentVariable(kept);
+        for (const Words& list : {environment, words})
             for (const QByteArray& word : list)
-                result.push_back(const_cast<char*>(word.constData()));
-            result.push_back(nullptr);
-            return result;
-        };
-        const std::vector<char*> arguments = pointers(words);
-        const std::vector<char*> exported = pointers(variables);
-        process_ = ::fork();
-        if (process_ != 0)
-            return;
-        ::dup2(output_.descriptor(), STDOUT_FILENO);
-        ::dup2(errors_.descriptor(), STDERR_FILENO);
-        for (const int number : {SIGINT, SIGTERM, SIGHUP})
-            ::signal(number, SIG_DFL); // Test runners in the background ignore some.
-        prepare();
-        ::execve(arguments[0], arguments.data(), exported.data());
-        ::_exit(127);
+                all << QString::fromUtf8(word);
+        process_.setChildProcessModifier([prepare] {
+            for (const int number : {SIGINT, SIGTERM, SIGHUP})
+                ::signal(number, SIG_DFL); // Test runners in the background ignore some.
+            prepare();
+        });
+        process_.start(QStringLiteral("/usr/bin/env"), all);
     }
-    Program(const Program&) = delete;
-    Program& operator=(const Program&) = delete;
 
     /// Sends `number` once `text` was printed; false when the program ended before.
     bool signalAfter(const QByteArray& text, int number)
     {
-        siginfo_t ended{};
-        while (!output_.bytes().contains(text)) {
-            ::waitid(P_PID, id_t(process_), &ended, WEXITED | WNOHANG | WNOWAIT);
-            if (ended.si_pid != 0)
+        while (!process_.peek(process_.bytesAvailable()).contains(text))
+            if (!process_.waitForReadyRead(-1))
                 return false;
-            ::usleep(1'000);
-        }
-        return ::kill(process_, number) == 0;
+        return ::kill(pid_t(process_.processId()), number) == 0;
     }
     Ended wait()
     {
-        int status = 0;
-        ::waitpid(process_, &status, 0);
-        return {WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status), output_.bytes(), errors_.bytes()};
+        process_.waitForFinished(-1);
+        const int signalled = process_.exitStatus() == QProcess::CrashExit ? 128 : 0;
+        return {signalled + process_.exitCode(), process_.readAllStandardOutput(), process_.readAllStandardError()};
     }
 
 private:
-    MemoryFile output_;
-    MemoryFile errors_;
-    pid_t process_ = -1;
+    QProcess process_;
 };
 
 /// Paths below `folder`, hidden ones too, in byte order; folders end in a slash.
