@@ -5,6 +5,8 @@
 #include "Persistence/Presets.h"
 #include "Support/Files.h"
 
+#include <ranges>
+
 namespace ferrow {
 
 using namespace test;
@@ -42,10 +44,13 @@ TEST_F(PresetLibraryTest, startsEmptyAndSortsWhatIsSavedLikeAFileBrowser)
     const PhotoPreset first = library.save(u" \u2028Same\t"_s, payload);
     EXPECT_EQ(first.createdAt, now);
     EXPECT_EQ(first.modifiedAt, now);
-    for (const QString& name : {u"Border 10"_s, u"border 2"_s, u"Border 1"_s, u"Same"_s})
+    for (const QString& name : {u"Border 10"_s, u"border 2"_s, u"Border 1"_s})
         library.save(name, payload);
-    EXPECT_EQ(names(library), u"Border 1,border 2,Border 10,Same,Same"_s);
-    EXPECT_EQ(library.presets()[3], first); // Equal names stay in their order.
+    EXPECT_EQ(names(library), u"Border 1,border 2,Border 10,Same"_s);
+    std::vector equals{first}; // More than sorting in place leaves in their order by chance.
+    while (equals.size() < 40)
+        equals.push_back(library.save(u"Same"_s, payload));
+    EXPECT_TRUE(std::ranges::equal(library.presets() | std::views::drop(3), equals));
     EXPECT_EQ(PresetLibrary(deep).presets(), library.presets());
 }
 
