@@ -148,6 +148,12 @@ inline QByteArray bigEndian(quint64 value, int width = 4)
     return bytes;
 }
 
+/// As HEIF is made of.
+inline QByteArray box(const QByteArray& type, const QByteArray& content)
+{
+    return bigEndian(quint64(content.size() + 8)) + type + content;
+}
+
 inline QByteArray withByte(QByteArray file, qsizetype at, int value)
 {
     file[at] = char(value);

@@ -22,11 +22,6 @@ QByteArray detected(const QByteArray& bytes)
     return found->type ? QByteArray(names[int(*found->type)]) : found->description.toUtf8();
 }
 
-QByteArray box(const QByteArray& type, const QByteArray& content)
-{
-    return bigEndian(quint64(8 + content.size())) + type + content;
-}
-
 QByteArray brands(const QByteArray& major, const QByteArray& compatible)
 {
     return box("ftyp", major + QByteArray(4, '\0') + compatible);

@@ -13,11 +13,6 @@ const auto decode = [](const QByteArray& bytes) { return decodeAs(FileType::heif
 
 // Boxes written by hand, for structures that no encoder would write.
 
-QByteArray box(const QByteArray& type, const QByteArray& content)
-{
-    return bigEndian(quint64(content.size() + 8)) + type + content;
-}
-
 QByteArray fullBox(const QByteArray& type, const QByteArray& content, quint32 versionAndFlags = 0)
 {
     return box(type, bigEndian(versionAndFlags) + content);

@@ -65,10 +65,7 @@ qsizetype markerAt(const QByteArray& file, int code)
 TEST(JpegDecoder, equalsAnotherReaderAndGivesNoHalfPictures)
 {
     static const jpeg_scan_info apart[] = {{1, {0}, 0, 63, 0, 0}, {1, {1}, 0, 63, 0, 0}, {1, {2}, 0, 63, 0, 0}};
-    const struct {
-        const char* name;
-        Adjust adjust;
-    } rows[]{
+    const std::pair<const char*, Adjust> rows[]{
         {"baseline", baseline},
         {"odd sampling", [](auto& c) { c.comp_info[0].h_samp_factor = 1, c.comp_info[0].v_samp_factor = 4; }},
         {"restart markers", [](auto& c) { c.restart_interval = 3; }},
@@ -77,9 +74,9 @@ TEST(JpegDecoder, equalsAnotherReaderAndGivesNoHalfPictures)
         {"progressive arithmetic", [](auto& c) { c.arith_code = TRUE, jpeg_simple_progression(&c); }},
         {"a scan for each component", [](auto& c) { c.scan_info = apart, c.num_scans = 3; }},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        const QByteArray file = colourFile(row.adjust);
+    for (const auto& [name, adjust] : rows) {
+        SCOPED_TRACE(name);
+        const QByteArray file = colourFile(adjust);
         const Decoded decoded = decode(file);
         EXPECT_EQ(decoded.format, rgb8);
         expectWhatQtReads(decoded, file);

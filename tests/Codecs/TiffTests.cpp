@@ -130,8 +130,9 @@ TEST(TiffDecoder, readsEveryKindOfSample)
     };
     const QByteArray floats =
         littleEndian(0.5F) + littleEndian(2.0F) + littleEndian(std::numeric_limits<float>::quiet_NaN());
-    const QByteArray ramp = wide({0x1234, 0x8080}) + wide({0}).repeated(254);
-    const TiffTag palette{TIFFTAG_COLORMAP, 3, 3 * 256, ramp + wide({0xffff}).repeated(256) + ramp};
+    const QByteArray ramp = wide({0x1234, 0x8080}) + wide({0}).repeated(14);
+    const TiffTag palette{TIFFTAG_COLORMAP, 3, 3 * 16, ramp + wide({0xffff}).repeated(16) + ramp};
+    const TiffTag straight = shortTag(TIFFTAG_EXTRASAMPLES, EXTRASAMPLE_UNASSALPHA);
     const TiffTag times = shortTag(TIFFTAG_EXTRASAMPLES, EXTRASAMPLE_ASSOCALPHA);
     const TiffTag both{TIFFTAG_EXTRASAMPLES, 3, 2, wide({EXTRASAMPLE_UNSPECIFIED, EXTRASAMPLE_UNASSALPHA})};
     expect("bilevel", white, 1, 1, "\x7e", {255, 0, 0, 0, 0, 0, 0, 255});
@@ -142,7 +143,8 @@ TEST(TiffDecoder, readsEveryKindOfSample)
     expect("half", black, 16, 1, wide({0x3800, 0x3c00, 0xbc00}), {32768, 65535, 0}, {isFloat});
     expect("float", black, 32, 1, floats, {32768, 65535, 0}, {isFloat});
     expect("double", black, 64, 1, littleEndian(0.5), {32768}, {isFloat});
-    expect("palette", PHOTOMETRIC_PALETTE, 8, 1, "\1", {128, 255, 128}, {palette});
+    expect("palette", PHOTOMETRIC_PALETTE, 4, 2, "\x03\x1f", {18, 255, 18, 51, 128, 255, 128, 255},
+           {palette, straight});
     expect("CMYK", PHOTOMETRIC_SEPARATED, 8, 4, "abcd", {'a', 'b', 'c', 'd'});
     // 8 bits: a and b are signed. 16 bits: L as it is, a and b 256 a unit, against 257 around 128 delivered.
     expect("CIE Lab", PHOTOMETRIC_CIELAB, 8, 3, "\x80\1\xf6", {128, 129, 118});
