@@ -62,7 +62,7 @@ struct Decoded {
 inline Decoded decodeAs(FileType type, const QByteArray& bytes, Tolerance tolerance = Tolerance::strict,
                         std::int64_t enough = 0)
 {
-    constexpr std::size_t gap = 5;
+    constexpr std::size_t gap = 6; // Even, as 16-bit components want it.
     constexpr std::int64_t band = 7;
     const MemoryFile file(bytes);
     const ByteSource source(file.descriptor(), file.size());
