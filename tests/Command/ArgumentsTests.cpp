@@ -122,6 +122,7 @@ TEST(Arguments, tellsPathsFromOptionsAndNames)
     const test::TemporaryFolder folder;
     ASSERT_EQ(::chdir(folder.url().path().constData()), 0);
     folder.write("photo.jpg", "");
+    ASSERT_EQ(::mkdir("Shoot", 0777), 0);
     const struct {
         Words words;
         Words roots;
@@ -132,6 +133,9 @@ TEST(Arguments, tellsPathsFromOptionsAndNames)
         {{"a.jpg", "inspect"}, {"a.jpg", "inspect"}, nullptr},
         {{"--beside", "Framed", "photo.jpg"}, {"photo.jpg"}, "Framed"},
         {{"--beside", "photo.jpg"}, {"photo.jpg"}, "Ferrow Export"}, // It exists.
+        {{"--beside", "Shoot"}, {"Shoot"}, "Ferrow Export"},         // Nothing else could be framed.
+        {{"--beside", "Shoot", "photo.jpg"}, {"photo.jpg"}, "Shoot"},
+        {{"photo.jpg", "--beside", "Shoot"}, {"photo.jpg"}, "Shoot"},
         {{"--beside", "./none.jpg"}, {"none.jpg"}, "Ferrow Export"},
         {{"--beside", "--json", "x.jpg"}, {"x.jpg"}, "Ferrow Export"},
         {{"--beside=photo.jpg", "photo.jpg"}, {"photo.jpg"}, "photo.jpg"},

@@ -252,4 +252,27 @@ TEST_F(BatchCommandTest, keepsIgnoringWhatItWasStartedToIgnore)
     EXPECT_THAT(everythingBelow(out), testing::SizeIs(20));
 }
 
+TEST_F(BatchCommandTest, printsIntoNoOutputWhereStandardDescriptorsWereClosed)
+{
+    for (int i = 0; i < 8; ++i) {
+        folder.write("in/whole" + QByteArray::number(i) + ".jpg", photo);
+        folder.write("in/cut" + QByteArray::number(i) + ".jpg", photo.left(photo.size() / 2));
+    }
+    (void)test::Program(command({"--no-caption", "--jobs=8", "--output", out.path(), in.path()}), environment, [] {
+        for (const int descriptor : {0, 1, 2})
+            ::close(descriptor);
+    }).wait();
+    const QList<QByteArray> outputs = everythingBelow(out);
+    EXPECT_EQ(outputs.size(), 8);
+    for (const QByteArray& name : outputs)
+        EXPECT_FALSE(test::readFile(out.appending(name)).contains("could not be")) << name.constData();
+}
+
+TEST_F(BatchCommandTest, saysWhenItsOutputWasLost)
+{
+    folder.write("in/a.jpg", photo);
+    const auto toFullDisk = [] { ::dup2(::open("/dev/full", O_WRONLY), 1); };
+    EXPECT_EQ(test::Program(command({"inspect", "--json", in.path()}), environment, toFullDisk).wait().status, 1);
+}
+
 } // namespace ferrow

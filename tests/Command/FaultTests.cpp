@@ -130,11 +130,15 @@ TEST_F(FaultTest, everyCallThatWritesMayFailOrBeTheLast)
     if (!mayTrace())
         GTEST_SKIP() << "NOT TESTED: faults at system calls need a working strace.";
     makePhotos({150, 100});
-    const std::map<QByteArray, Words> errors{{"write", {"EIO"}},
-                                             {"pwrite64", {"ENOSPC", "EIO"}},
-                                             {"fsync,fdatasync", {"EIO", "ENOSPC"}},
-                                             {"?rename,renameat2", {"ENOSPC", "EXDEV", "EEXIST"}},
-                                             {"?unlink,unlinkat", {}}};
+    const std::map<QByteArray, Words> errors{
+#ifndef __SANITIZE_ADDRESS__ // The sanitizer's own runtime writes through a pipe and ends with status 0 when that
+                             // fails.
+        {"write", {"EIO"}},
+#endif
+        {"pwrite64", {"ENOSPC", "EIO"}},
+        {"fsync,fdatasync", {"EIO", "ENOSPC"}},
+        {"?rename,renameat2", {"ENOSPC", "EXDEV", "EEXIST"}},
+        {"?unlink,unlinkat", {}}};
     for (const bool isReplacing : {false, true}) {
         SCOPED_TRACE(isReplacing ? "replacing" : "beside");
         replaces = isReplacing;

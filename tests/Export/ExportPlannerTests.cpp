@@ -118,6 +118,16 @@ TEST(ExportPlanner, givesNamesByRule)
     }
 }
 
+TEST(ExportPlanner, leaveToReplaceNeverCoversAnotherOriginal)
+{
+    FakeDisk disk{.existing = {place("/p/a.heic"), place("/p/a.jpg")}};
+    BatchExportConfiguration configuration = into("/p", CollisionRule::replace);
+    configuration.filenameTemplate = QStringLiteral("{filename}");
+    // Its own name is left to the exporter, which refuses it with the sentence for that.
+    EXPECT_THAT(destinations(disk.plan({"/p/a.heic", "/p/a.jpg"}, configuration)),
+                ElementsAre("/p/a 2.jpg", "! /p/a.jpg"));
+}
+
 TEST(ExportPlanner, numbersByThePlaceInTheListAndResolvesEachPhotosRecipe)
 {
     FakeDisk disk{.existing = {place("/out/2.heic")}};
