@@ -62,7 +62,8 @@ public:
     /// whole picture (progressive, interlaced, HEIF, a single compressed strip) otherwise.
     [[nodiscard]] virtual std::int64_t heldBytes() const = 0;
 
-    /// The next `count` rows (the caller never asks for more than are left) to `out`, `stride` bytes apart.
+    /// The next `count` rows (the caller never asks for more than are left) to `out`, `stride` bytes apart (both
+    /// even where components have 16 bits).
     /// Throws CodecError.
     virtual void readRows(std::int64_t count, std::byte* out, std::size_t stride) = 0;
     /// Call after the last row: throws CodecError (damaged) when the codec learns only now that data was lost.
