@@ -93,8 +93,7 @@ BatchImportResult load(const std::vector<FileUrl>& urls, int maximumConcurrency,
         return result;
     std::size_t done = 0;
     runBounded<Outcome>(
-        urls.size(), std::size_t(maximumConcurrency),
-        [&](std::size_t index) { return loadOne(urls[index], loader); },
+        urls.size(), std::size_t(maximumConcurrency), [&](std::size_t index) { return loadOne(urls[index], loader); },
         [&](std::size_t, Outcome outcome) {
             if (auto* photo = std::get_if<ImportedPhoto>(&outcome))
                 result.photos.push_back(std::move(*photo));

@@ -6,14 +6,13 @@
 namespace ferrow {
 
 /// Thrown out of work whose stop token was asked to stop. An outcome, not an error: it has no text and is never shown.
-struct Cancelled {
-};
+struct Cancelled {};
 
 /// Throws Cancelled once a stop was requested. Long work asks between bands of rows and between items.
 inline void throwIfCancelled(const std::stop_token& stop)
 {
     if (stop.stop_requested())
-        throw Cancelled {};
+        throw Cancelled{};
 }
 
 } // namespace ferrow

@@ -43,9 +43,9 @@ struct DecodeOptions {
     Tolerance tolerance = Tolerance::strict;
 };
 
-/// Decodes the first (for HEIF: the primary) picture of one file, row by row from the top, as stored: an orientation tag
-/// is not applied, but HEIF's own rotation, mirror and crop boxes are. Opening reads only the header: no pixel memory
-/// is asked for before the first readRows(). Use from one thread.
+/// Decodes the first (for HEIF: the primary) picture of one file, row by row from the top, as stored: an orientation
+/// tag is not applied, but HEIF's own rotation, mirror and crop boxes are. Opening reads only the header: no pixel
+/// memory is asked for before the first readRows(). Use from one thread.
 class ImageDecoder {
 public:
     virtual ~ImageDecoder() = default;
