@@ -16,9 +16,6 @@ namespace ferrow::Engine {
 
 namespace {
 
-/// Bands of about a megabyte: small enough for the cache, large enough that per-band costs vanish.
-constexpr std::int64_t bandBytes = 1 << 20;
-
 std::int64_t bandRows(std::size_t rowBytes, std::int64_t height)
 {
     return std::clamp<std::int64_t>(bandBytes / std::int64_t(rowBytes), 16, std::max<std::int64_t>(height, 16));

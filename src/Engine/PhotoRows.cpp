@@ -199,8 +199,6 @@ private:
     std::int64_t nextRow_ = 0;
 };
 
-constexpr std::int64_t bandBytes = 1 << 20;
-
 } // namespace
 
 PixelSize OpenedPhoto::uprightSize() const

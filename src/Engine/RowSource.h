@@ -9,6 +9,10 @@
 
 namespace ferrow::Engine {
 
+/// Pictures are worked on in bands of rows of about this size: small enough for the cache, large enough that what a
+/// band costs by itself vanishes.
+inline constexpr std::int64_t bandBytes = 1 << 20;
+
 /// A picture handed out row by row from the top. Each row is read at most once.
 class RowSource {
 public:
