@@ -10,12 +10,15 @@ namespace ferrow::MetadataTemplateExpander {
 
 namespace {
 
+/// In UTF-16 units, far more than any picture shows. A stored template can repeat a long description by the thousand.
+constexpr qsizetype longestCaption = 100'000;
+
 /// Every token replaced by its value. Values are not looked through again: a title may hold braces.
 QString replacedTokens(const QString& captionTemplate, const PhotoMetadata& metadata)
 {
     QString text;
     qsizetype position = 0;
-    while (position < captionTemplate.size()) {
+    while (position < captionTemplate.size() && text.size() < longestCaption) {
         const qsizetype brace = captionTemplate.indexOf(u'{', position);
         if (brace < 0)
             break;
@@ -35,7 +38,7 @@ QString replacedTokens(const QString& captionTemplate, const PhotoMetadata& meta
         position = brace + templateValue(token->value).size();
     }
     text += QStringView(captionTemplate).mid(position);
-    return text;
+    return text.left(longestCaption);
 }
 
 bool isTrimmed(QChar character)

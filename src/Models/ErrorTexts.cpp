@@ -11,6 +11,8 @@ template <typename... Visitors>
 struct Overloaded : Visitors... {
     using Visitors::operator()...;
 };
+template <typename... Visitors>
+Overloaded(Visitors...) -> Overloaded<Visitors...>;
 
 /// Plain decimals without grouping, unlike a size that is shown on its own.
 QString dimensions(std::int64_t width, std::int64_t height)

@@ -202,18 +202,13 @@ TEST(JpegDecoder, boundsTheNumberOfScans)
     EXPECT_EQ(decode(QByteArray(once).insert(scanAt, scan.repeated(600))).error, malformed);
 }
 
-TEST(JpegEncoder, writesSamplingAndTablesByQuality)
+TEST(JpegEncoder, keepsChromaWholeFromNineTenthsOn)
 {
-    for (const auto& [quality, sampling, setting] :
-         {std::tuple(1.0, 0x11, 100), {0.9, 0x11, 90}, {0.899, 0x22, 90}, {0.5, 0x22, 50}, {0.0, 0x22, 0}}) {
-        SCOPED_TRACE(quality);
+    for (const auto& [quality, sampling] : {std::pair(1.0, 0x11), {0.9, 0x11}, {0.899, 0x22}, {0.0, 0x22}}) {
         EncodeOptions options = optionsFor(testSize);
         options.quality = quality;
         const QByteArray file = encode(OutputType::jpeg, options, picture(testSize, 3));
-        EXPECT_EQ(quint8(file[markerAt(file, 0xc0) + 11]), sampling);
-        const QByteArray reference =
-            colourFile([level = setting](auto& codec) { jpeg_set_quality(&codec, level, TRUE); });
-        EXPECT_EQ(file.mid(markerAt(file, 0xdb), 69), reference.mid(markerAt(reference, 0xdb), 69));
+        EXPECT_EQ(quint8(file[markerAt(file, 0xc0) + 11]), sampling) << quality;
     }
 }
 

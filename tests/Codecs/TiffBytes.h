@@ -5,6 +5,7 @@
 #include <QtEndian>
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace ferrow::test {
@@ -57,6 +58,22 @@ inline QByteArray tiffDirectory(const std::vector<TiffTag>& tags, std::uint32_t 
 inline QByteArray tiffFile(const std::vector<TiffTag>& tags, const QByteArray& rest = {})
 {
     return QByteArray("II*\0\x08\0\0\0", 8) + tiffDirectory(tags, 8) + rest;
+}
+
+/// A file whose first directory ends with tags that point to the directories behind it, each with such a tag's number.
+inline QByteArray tiffFile(std::vector<TiffTag> tags,
+                           const std::vector<std::pair<std::uint16_t, std::vector<TiffTag>>>& children)
+{
+    for (const auto& [pointer, child] : children)
+        tags.push_back(longTag(pointer, 0));
+    auto offset = std::uint32_t(8 + tiffDirectory(tags, 8).size());
+    QByteArray below;
+    for (std::size_t i = 0; i < children.size(); ++i) {
+        tags[tags.size() - children.size() + i] = longTag(children[i].first, offset);
+        below += tiffDirectory(children[i].second, offset);
+        offset = std::uint32_t(8 + tiffDirectory(tags, 8).size() + below.size());
+    }
+    return tiffFile(tags, below);
 }
 
 /// The tags of an uncompressed picture, 8-bit grey unless said otherwise, whose only strip follows the directory

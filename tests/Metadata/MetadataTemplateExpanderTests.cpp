@@ -65,4 +65,11 @@ TEST(MetadataTemplateExpander, knowsEveryToken)
             << int(token);
 }
 
+TEST(MetadataTemplateExpander, boundsWhatARepeatedTokenGrowsTo)
+{
+    PhotoMetadata metadata = sparse();
+    metadata.title = QString(30'000, u'x');
+    EXPECT_EQ(MetadataTemplateExpander::expand(u"{title}"_s.repeated(100'000), metadata).size(), 100'000);
+}
+
 } // namespace ferrow

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Properties/XmpReader.h"
 
-#include "Support/TestSupport.h"
-
 #include "MetadataSamples.h"
 
 #include <QStringEncoder>
@@ -104,16 +102,6 @@ TEST(XmpReader, refusesWhatIsMadeToExhaust)
         EXPECT_EQ(readXmpPacket(packet), PropertyMap()) << name;
     // Not so long that an honest program could not have written it.
     EXPECT_EQ(readXmpPacket(xmpPacket(QByteArray(900 * 1024, ' ') + plainTitle)), title({u"Dune"_s}));
-}
-
-TEST(XmpReader, boundsListsAndTexts)
-{
-    EXPECT_EQ(readProperties("<dc:title>" + QByteArray("\xC3\xA9").repeated(200'000) + "</dc:title>"),
-              title({QString(32 * 1024, u'\u00E9')}));
-    const PropertyMap list =
-        readProperties("<dc:title><rdf:Bag>" + QByteArray("<li>a</li>").repeated(20'000) + "</rdf:Bag></dc:title>");
-    ASSERT_FALSE(list.isEmpty());
-    EXPECT_LE(std::get<TextList>(list.find(u"dc:title")->value).size(), 1'000U);
 }
 
 } // namespace ferrow

@@ -14,6 +14,9 @@ struct HeifPicture {
     PixelSize declaredSize; ///< Before rotation and crop. Each side with its full 32 bits.
     std::int64_t tiles = 1;
     bool isTurned = false; ///< Turned or cropped, for which the library makes a copy.
+    /// A part is coded, or put together, in another size than it declares, or is far larger than the whole: decoding
+    /// would cost what no header owns up to.
+    bool contradictsItself = false;
 };
 
 /// Finds the primary picture (or the picture that the primary one is a thumbnail of), and tells whether it can be

@@ -27,45 +27,6 @@ constexpr int decodingThreads = 2;
     throw CodecError{reason, {}};
 }
 
-/// What the library reads from: a position in the source, and whether the system refused to read.
-struct Reader {
-    const ByteSource& source;
-    std::int64_t position = 0;
-    bool hasFailed = false;
-};
-
-std::int64_t positionOf(void* reader)
-{
-    return static_cast<Reader*>(reader)->position;
-}
-
-int read(void* into, std::size_t size, void* user)
-{
-    auto& reader = *static_cast<Reader*>(user);
-    try {
-        const std::size_t count = reader.source.readAt(reader.position, {static_cast<std::byte*>(into), size});
-        reader.position += static_cast<std::int64_t>(count);
-        return count == size ? 0 : 1;
-    } catch (...) {
-        reader.hasFailed = true;
-        return 1;
-    }
-}
-
-int seek(std::int64_t position, void* user)
-{
-    static_cast<Reader*>(user)->position = position;
-    return 0;
-}
-
-heif_reader_grow_status waitForSize(std::int64_t size, void* user)
-{
-    return size <= static_cast<Reader*>(user)->source.size() ? heif_reader_grow_status_size_reached
-                                                             : heif_reader_grow_status_size_beyond_eof;
-}
-
-constexpr heif_reader readerFunctions{1, positionOf, read, seek, waitForSize};
-
 CodecError::Reason reasonFor(const heif_error& error, CodecError::Reason otherwise)
 {
     if (error.code == heif_error_Memory_allocation_error)
@@ -75,7 +36,7 @@ CodecError::Reason reasonFor(const heif_error& error, CodecError::Reason otherwi
     return otherwise;
 }
 
-void check(const heif_error& error, const Reader& reader, CodecError::Reason otherwise)
+void check(const heif_error& error, const heif::Reader& reader, CodecError::Reason otherwise)
 {
     if (error.code == heif_error_Ok)
         return;
@@ -155,7 +116,7 @@ private:
 
     HeifPicture picture_;
     Tolerance tolerance_;
-    Reader reader_;
+    heif::Reader reader_;
     heif::Context context_;
     heif::Handle handle_;
     PixelSize size_;
@@ -174,8 +135,7 @@ HeifDecoder::HeifDecoder(const ByteSource& source, const HeifPicture& picture, c
         fail(CodecError::Reason::tooLarge);
     heif_context_set_maximum_image_size_limit(context_.get(), largestSide);
     heif_context_set_max_decoding_threads(context_.get(), decodingThreads);
-    check(heif_context_read_from_reader(context_.get(), &readerFunctions, &reader_, nullptr), reader_,
-          CodecError::Reason::malformed);
+    check(heif::open(context_.get(), reader_), reader_, CodecError::Reason::malformed);
     heif_image_handle* handle = nullptr;
     check(heif_context_get_image_handle(context_.get(), picture.item, &handle), reader_, CodecError::Reason::malformed);
     handle_.reset(handle);
@@ -245,6 +205,8 @@ std::unique_ptr<ImageDecoder> openHeifDecoder(const ByteSource& source, const De
     const HeifPicture picture = inspectHeifBoxes(source);
     if (picture.declaredSize.longestSide() > largestSide)
         return std::make_unique<RefusedDecoder>(picture.declaredSize, CodecError::Reason::tooLarge);
+    if (picture.contradictsItself)
+        return std::make_unique<RefusedDecoder>(picture.declaredSize, CodecError::Reason::damaged);
     try {
         auto decoder = std::make_unique<HeifDecoder>(source, picture, options);
         if (decoder->codedSize() != picture.declaredSize)

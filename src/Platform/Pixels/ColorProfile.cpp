@@ -128,6 +128,33 @@ const ColorProfile& ColorProfile::rec2020()
     return profile;
 }
 
+ColorProfile ColorProfile::of(WellKnown space)
+{
+    switch (space) {
+    case WellKnown::sRGB:
+        return sRGB();
+    case WellKnown::displayP3:
+        return displayP3();
+    case WellKnown::rec2020:
+        return rec2020();
+    case WellKnown::adobeRGB: {
+        static const ColorProfile profile(rgbProfile(rgbSpace(space)), ColorModel::rgb, space, true);
+        return profile;
+    }
+    case WellKnown::proPhoto: {
+        static const ColorProfile profile(rgbProfile(rgbSpace(space)), ColorModel::rgb, space, true);
+        return profile;
+    }
+    case WellKnown::none:
+    case WellKnown::grayGamma22:
+    case WellKnown::sGray:
+    case WellKnown::dotGain20:
+    case WellKnown::lab:
+        break;
+    }
+    return {};
+}
+
 const ColorProfile& ColorProfile::sGray()
 {
     static const ColorProfile profile(grayProfile(Curve::sRGB, "sGray"), ColorModel::gray, WellKnown::sGray, false);

@@ -36,6 +36,8 @@ public:
     [[nodiscard]] static const ColorProfile& displayP3();
     /// BT.2020 primaries with its own curve, for HEIC pictures that say so by code points.
     [[nodiscard]] static const ColorProfile& rec2020();
+    /// One of the RGB spaces above or Adobe's or ProPhoto's; the empty profile for any other.
+    [[nodiscard]] static ColorProfile of(WellKnown space);
     /// Grey with the sRGB curve, and the D50 Lab connection space.
     [[nodiscard]] static const ColorProfile& sGray();
     [[nodiscard]] static const ColorProfile& lab();
@@ -47,6 +49,9 @@ public:
     [[nodiscard]] bool isEmpty() const { return icc_.isEmpty(); }
     [[nodiscard]] const QByteArray& icc() const { return icc_; }
     [[nodiscard]] ColorModel model() const { return model_; }
+
+    /// The space that it was recognised as.
+    [[nodiscard]] WellKnown wellKnown() const { return known_; }
 
     /// Whether colours can be converted to it: RGB, with a way back from the connection space. Profiles of cameras and
     /// scanners may have none.

@@ -249,7 +249,7 @@ ColorTransform::ColorTransform(const ColorProfile& from, PixelFormat source, con
 {
     const ColorProfile usable = from.model() == source.model ? from : ColorProfile();
     const bool isIdentity = source == target && meansTheSame(usable, source.model, to);
-    implementation_ = std::make_unique<Implementation>(rowsFor(usable, source, to, target), isIdentity);
+    implementation_ = std::make_unique<Implementation>(Implementation{rowsFor(usable, source, to, target), isIdentity});
 }
 
 ColorTransform::~ColorTransform() = default;

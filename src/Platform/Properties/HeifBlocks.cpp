@@ -10,51 +10,11 @@
 
 #include <array>
 #include <cerrno>
-#include <exception>
 #include <span>
 
 namespace ferrow {
 
 namespace {
-
-/// The source as the library reads it. What the system refuses is kept for later: the callbacks are called from C.
-struct LibraryInput {
-    const ByteSource& source;
-    std::int64_t position = 0;
-    std::exception_ptr failure;
-};
-
-std::int64_t positionOf(void* userData)
-{
-    return static_cast<LibraryInput*>(userData)->position;
-}
-
-int readInto(void* data, std::size_t size, void* userData)
-{
-    auto& input = *static_cast<LibraryInput*>(userData);
-    try {
-        const std::size_t got = input.source.readAt(input.position, {static_cast<std::byte*>(data), size});
-        input.position += std::int64_t(got);
-        return got == size ? 0 : 1;
-    } catch (...) {
-        input.failure = std::current_exception();
-        return 1;
-    }
-}
-
-int seekTo(std::int64_t position, void* userData)
-{
-    static_cast<LibraryInput*>(userData)->position = position;
-    return 0;
-}
-
-heif_reader_grow_status waitForSize(std::int64_t size, void* userData)
-{
-    const bool isThere = size <= static_cast<LibraryInput*>(userData)->source.size();
-    return isThere ? heif_reader_grow_status_size_reached : heif_reader_grow_status_size_beyond_eof;
-}
-
-constexpr heif_reader libraryReader{1, positionOf, readInto, seekTo, waitForSize};
 
 /// The picture that is shown; absent where the library must not see the file, or could not show it.
 std::optional<heif_item_id> shownPicture(const ByteSource& source)
@@ -99,10 +59,10 @@ MetadataBlocks heifMetadataBlocks(const ByteSource& source)
     if (!picture)
         return blocks;
     const heif::Context context(heif_context_alloc());
-    LibraryInput input{source, 0, nullptr};
-    const heif_error error = heif_context_read_from_reader(context.get(), &libraryReader, &input, nullptr);
-    if (input.failure)
-        std::rethrow_exception(input.failure);
+    heif::Reader reader{source};
+    const heif_error error = heif::open(context.get(), reader);
+    if (reader.hasFailed)
+        throw InputOutputError{EIO};
     heif_image_handle* raw = nullptr;
     if (error.code != heif_error_Ok ||
         heif_context_get_image_handle(context.get(), *picture, &raw).code != heif_error_Ok)

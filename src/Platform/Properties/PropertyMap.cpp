@@ -41,6 +41,15 @@ const std::vector<PropertyMap::Entry>& PropertyMap::entries() const
     return entries_;
 }
 
-bool PropertyMap::operator==(const PropertyMap&) const = default;
+// Written out: a comparison that is defaulted through the cycle of the two types ends clang 14.
+bool PropertyMap::operator==(const PropertyMap& other) const
+{
+    return entries_ == other.entries_;
+}
+
+bool PropertyValue::operator==(const PropertyValue& other) const
+{
+    return value == other.value;
+}
 
 } // namespace ferrow

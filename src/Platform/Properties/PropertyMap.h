@@ -33,7 +33,7 @@ public:
     void set(const QString& key, PropertyValue value);
     [[nodiscard]] const std::vector<Entry>& entries() const;
 
-    bool operator==(const PropertyMap&) const;
+    bool operator==(const PropertyMap& other) const;
 
 private:
     std::vector<Entry> entries_;
@@ -46,7 +46,7 @@ using NumberList = std::vector<double>;
 struct PropertyValue {
     std::variant<double, QString, NumberList, TextList, PropertyMap> value;
 
-    bool operator==(const PropertyValue&) const = default;
+    bool operator==(const PropertyValue& other) const;
 };
 
 /// Keys of the sub-maps and of what they hold: only these are ever read, so position data cannot get in.
