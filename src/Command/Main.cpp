@@ -3,6 +3,7 @@
 #include "Command/Commands.h"
 #include "Command/Output.h"
 #include "Shared/UserFacingError.h"
+#include "WorkerPool/WorkerPool.h"
 
 #include <QGuiApplication>
 
@@ -70,12 +71,14 @@ int run(const std::vector<QByteArray>& words, const std::stop_token& stop)
 {
     try {
         const Command::Arguments arguments = Command::parseArguments(words);
+        const WorkerPool::Installation workers = WorkerPool::installWorkers();
         switch (arguments.mode) {
         case Command::Arguments::Mode::help:
             Command::printText(Command::helpText());
             return Command::allDone;
         case Command::Arguments::Mode::version:
             Command::printLine(QStringLiteral("ferrow-batch " FERROW_VERSION));
+            Command::printLine(workers.confinementInForce());
             return Command::allDone;
         case Command::Arguments::Mode::inspect:
             return Command::runInspect(arguments, stop);

@@ -159,6 +159,12 @@ ColorProfile outputColorSpace(const ColorProfile& photo, ColorModel model, Outpu
     return ColorProfile::sRGB();
 }
 
+ColorProfile viewingColorSpace(const ColorProfile& photo, ColorModel model)
+{
+    const ColorProfile own = outputColorSpace(photo, model, OutputColorProfile::preserveSource);
+    return own.wellKnown() == WellKnown::none ? ColorProfile::displayP3() : own;
+}
+
 void flattenOverWhite(const std::byte* in, std::byte* out, std::size_t pixels)
 {
     const auto* source = reinterpret_cast<const Byte*>(in);

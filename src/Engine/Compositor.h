@@ -53,6 +53,10 @@ private:
 /// be converted to.
 [[nodiscard]] ColorProfile outputColorSpace(const ColorProfile& photo, ColorModel model, OutputColorProfile policy);
 
+/// The space that a picture is handed on and shown in: the photo's own where that is well known, else one that holds
+/// the colours of nearly all screens. Nobody but who answers a request ever has to read a profile out of a file.
+[[nodiscard]] ColorProfile viewingColorSpace(const ColorProfile& photo, ColorModel model);
+
 /// Whether a colour lets anything through once stored in 8 bits.
 [[nodiscard]] bool isTransparent(const RGBAColor& color);
 

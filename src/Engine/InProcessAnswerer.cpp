@@ -2,6 +2,7 @@
 #include "Engine/InProcessAnswerer.h"
 
 #include "Engine/Compositor.h"
+#include "Engine/MemoryNeed.h"
 #include "Engine/PhotoRows.h"
 #include "Models/ErrorTexts.h"
 #include "Platform/Base/Cancellation.h"
@@ -36,6 +37,12 @@ OutputType outputType(ExportFormat format)
     return OutputType::heif;
 }
 
+JobSize jobSize(const OpenedPhoto& photo, std::int64_t bytes)
+{
+    const PixelSize size = photo.decoder->storedSize();
+    return {size.width * size.height, photo.type == SupportedImageType::heic, bytes};
+}
+
 OpenedPhoto openExpectedPhoto(const SourceFile& source, PixelSize expected)
 {
     OpenedPhoto photo = openPhoto(source, {.enoughDimension = 0, .tolerance = Tolerance::strict});
@@ -60,7 +67,8 @@ struct FramedPhoto {
     }
 };
 
-void writeBands(FramedPhoto& framed, ImageEncoder& encoder, PixelFormat outputFormat, const std::stop_token& stop)
+void writeBands(FramedPhoto& framed, ImageEncoder& encoder, PixelFormat outputFormat, const std::stop_token& stop,
+                JobObserver& observer)
 {
     const PixelSize size = framed.compositor.size();
     const bool flatten = framed.compositor.format().hasAlpha() && !outputFormat.hasAlpha();
@@ -69,8 +77,11 @@ void writeBands(FramedPhoto& framed, ImageEncoder& encoder, PixelFormat outputFo
     std::vector<std::byte> rows(stride * std::size_t(band));
     for (std::int64_t y = 0; y < size.height; y += band) {
         throwIfCancelled(stop);
+        observer.beforeBand();
         const std::int64_t count = std::min(band, size.height - y);
         framed.compositor.compose(count, rows.data(), stride);
+        if (y + count == size.height)
+            observer.lastRowComposed();
         if (flatten)
             for (std::int64_t i = 0; i < count; ++i)
                 flattenOverWhite(rows.data() + std::size_t(i) * stride, rows.data() + std::size_t(i) * stride,
@@ -132,18 +143,32 @@ Bitmap premultiplied(const Bitmap& picture)
     return result;
 }
 
-Bitmap rasterPicture(const SourceFile& source, std::int64_t maximumDimension)
+Bitmap rasterPicture(const SourceFile& source, std::int64_t maximumDimension, JobObserver& observer)
 {
     OpenedPhoto photo = openPhoto(source, {.enoughDimension = maximumDimension, .tolerance = Tolerance::strict});
     validateLogoSize(photo.decoder->storedSize());
-    const ColorProfile profile =
-        outputColorSpace(photo.decoder->profile(), photo.decoder->format().model, OutputColorProfile::preserveSource);
+    observer.headerRead(jobSize(photo, MemoryNeed::ofReducedPicture(photo, maximumDimension)));
+    const ColorProfile profile = viewingColorSpace(photo.decoder->profile(), photo.decoder->format().model);
     return premultiplied(reducedPicture(photo, maximumDimension, profile));
 }
 
-Bitmap composedRegion(const RegionRequest& request, const std::stop_token& stop)
+/// In a space that whoever shows it knows.
+Bitmap viewable(const Bitmap& picture)
+{
+    const ColorProfile space = viewingColorSpace(picture.profile(), ColorModel::rgb);
+    if (picture.isNull() || space.isEquivalentTo(picture.profile()))
+        return picture;
+    Bitmap result(picture.size(), picture.format(), space);
+    const ColorTransform transform(picture.profile(), picture.format(), space, picture.format());
+    for (std::int64_t y = 0; y < picture.size().height; ++y)
+        transform.apply(picture.row(y), result.row(y), std::size_t(picture.size().width));
+    return result;
+}
+
+Bitmap composedRegion(const RegionRequest& request, const std::stop_token& stop, JobObserver& observer)
 {
     FramedPhoto framed(request.source, request.expectedSize, request.composition);
+    observer.headerRead(jobSize(framed.photo, MemoryNeed::ofRows(framed.photo)));
     const PixelSize canvas = framed.compositor.size();
     const std::int64_t left = std::clamp<std::int64_t>(request.x, 0, canvas.width);
     const std::int64_t top = std::clamp<std::int64_t>(request.y, 0, canvas.height);
@@ -159,13 +184,14 @@ Bitmap composedRegion(const RegionRequest& request, const std::stop_token& stop)
     std::vector<std::byte> rows(stride * std::size_t(band));
     for (std::int64_t y = 0; y < top + height; y += band) {
         throwIfCancelled(stop);
+        observer.beforeBand();
         const std::int64_t count = std::min(band, top + height - y);
         framed.compositor.compose(count, rows.data(), stride);
         for (std::int64_t i = std::max<std::int64_t>(0, top - y); i < count; ++i)
             std::memcpy(region.row(y + i - top), rows.data() + std::size_t(i) * stride + std::size_t(left) * pixelBytes,
                         std::size_t(width) * pixelBytes);
     }
-    return region;
+    return viewable(region);
 }
 
 } // namespace
@@ -182,9 +208,9 @@ InspectAnswer InProcessAnswerer::inspect(const InspectRequest& request, const st
     answer.properties = photo.properties;
     answer.colorProfileName = photo.decoder->profile().name();
     if (request.maximumDimension > 0) {
-        const ColorProfile own = outputColorSpace(photo.decoder->profile(), photo.decoder->format().model,
-                                                  OutputColorProfile::preserveSource);
-        answer.picture = reducedPicture(photo, request.maximumDimension, own);
+        observer_->headerRead(jobSize(photo, MemoryNeed::ofReducedPicture(photo, request.maximumDimension)));
+        answer.picture = reducedPicture(photo, request.maximumDimension,
+                                        viewingColorSpace(photo.decoder->profile(), photo.decoder->format().model));
     }
     return answer;
 }
@@ -195,6 +221,9 @@ void InProcessAnswerer::frame(const FrameRequest& request, const std::stop_token
     const QString formatName = rawValue(request.format);
     try {
         FramedPhoto framed(request.source, request.expectedSize, request.composition);
+        observer_->headerRead(
+            jobSize(framed.photo, MemoryNeed::ofRows(framed.photo) +
+                                      MemoryNeed::ofEncoder(request.format, request.composition.canvasSize)));
         const bool keepsAlpha = framed.compositor.format().hasAlpha() && request.format != ExportFormat::jpeg;
         ByteSink sink(request.outputDescriptor);
         EncodeOptions options;
@@ -204,7 +233,7 @@ void InProcessAnswerer::frame(const FrameRequest& request, const std::stop_token
         options.quality = request.quality;
         options.metadata = request.metadata;
         const std::unique_ptr<ImageEncoder> encoder = openEncoder(outputType(request.format), sink, options);
-        writeBands(framed, *encoder, options.format, stop);
+        writeBands(framed, *encoder, options.format, stop, *observer_);
         framed.rows.finish();
         encoder->finish();
     } catch (const EncoderError&) {
@@ -220,7 +249,7 @@ Bitmap InProcessAnswerer::composeRegion(const RegionRequest& request, const std:
 {
     throwIfCancelled(stop);
     try {
-        return composedRegion(request, stop);
+        return composedRegion(request, stop, *observer_);
     } catch (const std::bad_alloc&) {
         throw ImagePipelineError(ImagePipelineError::renderingFailed);
     }
@@ -234,8 +263,12 @@ LogoAnswer InProcessAnswerer::rasteriseLogo(const LogoRequest& request, const st
         FileType type{};
         LogoAnswer answer;
         answer.fileExtension = logoExtension(source, type);
-        answer.picture = type == FileType::pdf ? rasterisePdf(source, request.maximumDimension)
-                                               : rasterPicture(request.source, request.maximumDimension);
+        if (type == FileType::pdf) {
+            observer_->headerRead({.bytes = MemoryNeed::ofPage(request.maximumDimension)});
+            answer.picture = rasterisePdf(source, request.maximumDimension);
+        } else {
+            answer.picture = rasterPicture(request.source, request.maximumDimension, *observer_);
+        }
         return answer;
     } catch (const ImagePipelineError& error) {
         const bool tooLarge = std::holds_alternative<ImagePipelineError::UnreasonableDimensions>(error.value);

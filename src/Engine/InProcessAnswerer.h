@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Engine/Answerer.h"
+#include "Engine/JobObserver.h"
 
 namespace ferrow::Engine {
 
@@ -9,10 +10,20 @@ namespace ferrow::Engine {
 /// itself.
 class InProcessAnswerer : public Answerer {
 public:
+    InProcessAnswerer() = default;
+    /// `observer` must outlive the answerer, and looks on at one job at a time.
+    explicit InProcessAnswerer(JobObserver& observer) : observer_(&observer) {}
+    InProcessAnswerer(const InProcessAnswerer&) = delete;
+    InProcessAnswerer& operator=(const InProcessAnswerer&) = delete;
+
     [[nodiscard]] InspectAnswer inspect(const InspectRequest& request, const std::stop_token& stop) override;
     void frame(const FrameRequest& request, const std::stop_token& stop) override;
     [[nodiscard]] Bitmap composeRegion(const RegionRequest& request, const std::stop_token& stop) override;
     [[nodiscard]] LogoAnswer rasteriseLogo(const LogoRequest& request, const std::stop_token& stop) override;
+
+private:
+    JobObserver ignorant_;
+    JobObserver* observer_ = &ignorant_;
 };
 
 } // namespace ferrow::Engine

@@ -296,8 +296,7 @@ Bitmap reducedPicture(OpenedPhoto& photo, std::int64_t maximumDimension, const C
         const auto rowBytes = std::size_t(size.width) * std::size_t(format.bytesPerPixel());
         const std::int64_t band = std::clamp<std::int64_t>(bandBytes / std::int64_t(decodedBytes), 1, 64);
 
-        // Blocks are averaged down to no less than twice the target; the fine filter does the rest.
-        const auto factor = int(std::clamp<std::int64_t>(size.longestSide() / (2 * maximumDimension), 1, 256));
+        const auto factor = int(blockFactor(size, maximumDimension));
         std::optional<BlockAverage> average;
         Bitmap picture;
         if (factor > 1)

@@ -7,6 +7,7 @@
 #include "Platform/Pixels/Bitmap.h"
 #include "Platform/Pixels/ColorTransform.h"
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -35,6 +36,13 @@ struct OpenedPhoto {
 
 /// `picture` turned and mirrored upright.
 [[nodiscard]] Bitmap oriented(const Bitmap& picture, int orientation);
+
+/// How many pixels a side are averaged into one before the fine filter does the rest: down to no less than twice
+/// `maximumDimension`.
+[[nodiscard]] inline std::int64_t blockFactor(PixelSize size, std::int64_t maximumDimension)
+{
+    return std::clamp<std::int64_t>(size.longestSide() / (2 * maximumDimension), 1, 256);
+}
 
 /// Upright rows of a photo, 8-bit RGB or straight RGBA in a given RGB space. Streams where the decoder streams and the
 /// picture need not be turned; else holds one whole bitmap, 3 or 4 bytes a pixel. Throws ImagePipelineError.

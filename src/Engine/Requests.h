@@ -48,7 +48,8 @@ struct InspectAnswer {
     PixelSize uprightSize;
     ImageProperties properties;
     QString colorProfileName;
-    Bitmap picture; ///< 8-bit RGB, alpha none or straight, in its own RGB profile (sRGB for other models); or null.
+    Bitmap picture; ///< 8-bit RGB, alpha none or straight, in its own RGB space where well known (see
+                    ///< viewingColorSpace()); or null.
 };
 
 /// A small picture laid over the canvas, already at its final size.
@@ -98,7 +99,7 @@ struct LogoRequest {
 
 struct LogoAnswer {
     QByteArray fileExtension; ///< By content: "png", "tiff" or "pdf".
-    Bitmap picture;           ///< Upright, premultiplied RGBA in its own RGB profile.
+    Bitmap picture;           ///< Upright, premultiplied RGBA, in a space as above.
 };
 
 } // namespace ferrow::Engine

@@ -4,7 +4,6 @@
 #include "Engine/Answerer.h"
 #include "Imaging/ImageLoader.h"
 #include "Imaging/ImageRenderer.h"
-#include "Imaging/RenderLayout.h"
 #include "Models/ErrorTexts.h"
 #include "Persistence/ManagedLogoStore.h"
 #include "Platform/Base/Cancellation.h"
@@ -17,7 +16,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <new>
 
 namespace ferrow::ImageExporter {
 
@@ -123,16 +121,10 @@ void exportPhoto(const ImportedPhoto& photo, const RenderRecipe& recipe, const E
     const OpenedFile source = ImageLoader::openSource(photo.url);
     const Bitmap logo = ManagedLogoStore::loadIfEnabled(recipe.logo, managedLogoDirectory, stop).value_or(Bitmap());
 
-    validateRenderBounds(photo.pixelSize, recipe, 1.0);
-    const RenderLayout layout = RenderLayout::calculate(photo.pixelSize, recipe, 1.0);
     Engine::FrameRequest request;
     request.source = {source.descriptor(), source.size()};
     request.expectedSize = photo.pixelSize;
-    try {
-        request.composition = ImageRenderer::composition(layout, recipe, photo.metadata, logo, 1.0, stop);
-    } catch (const std::bad_alloc&) {
-        throw ImagePipelineError(ImagePipelineError::renderingFailed);
-    }
+    request.composition = ImageRenderer::exportComposition(photo.pixelSize, recipe, photo.metadata, logo, stop);
     request.format = settings.format;
     request.quality = usableQuality(settings.quality);
     request.metadata = outputMetadata(photo.metadata);

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Engine/MemoryNeed.h"
+
+#include "Platform/Pixels/Resampler.h"
+
+#include <algorithm>
+
+namespace ferrow::Engine::MemoryNeed {
+
+namespace {
+
+/// Measured for the encoder in use: docs/heic-encoder.md.
+constexpr std::int64_t heifEncoderBytesPerPixel = 17;
+
+constexpr std::int64_t area(PixelSize size)
+{
+    return size.width * size.height;
+}
+
+std::int64_t deliveredPixelBytes(const OpenedPhoto& photo)
+{
+    return photo.decoder->format().hasAlpha() ? 4 : 3;
+}
+
+} // namespace
+
+std::int64_t ofRows(const OpenedPhoto& photo)
+{
+    const std::int64_t turned = photo.orientation == 1 ? 0 : area(photo.decoder->size()) * deliveredPixelBytes(photo);
+    return photo.decoder->heldBytes() + turned;
+}
+
+std::int64_t ofReducedPicture(const OpenedPhoto& photo, std::int64_t maximumDimension)
+{
+    const PixelSize size = photo.decoder->size();
+    const std::int64_t factor = blockFactor(size, maximumDimension);
+    const std::int64_t averaged = (size.width / factor + 1) * (size.height / factor + 1);
+    // Averaged, scaled and turned: never more than two of the three at once, and the first is the largest.
+    return photo.decoder->heldBytes() + 2 * averaged * deliveredPixelBytes(photo);
+}
+
+std::int64_t ofEncoder(ExportFormat format, PixelSize canvas)
+{
+    return format == ExportFormat::heic ? heifEncoderBytesPerPixel * area(canvas) : 0;
+}
+
+std::int64_t ofPage(std::int64_t maximumDimension)
+{
+    // The page, and a transparent group as large.
+    return 2 * 4 * maximumDimension * maximumDimension;
+}
+
+} // namespace ferrow::Engine::MemoryNeed

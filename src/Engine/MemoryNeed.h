@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Engine/PhotoRows.h"
+#include "Models/RenderRecipe.h"
+#include "Platform/Base/PixelSize.h"
+
+#include <cstdint>
+
+/// How many bytes a job will hold at once, from the header alone and before any of them is asked for. A few megabytes
+/// for rows under way are left out.
+namespace ferrow::Engine::MemoryNeed {
+
+/// To hand out all rows upright.
+[[nodiscard]] std::int64_t ofRows(const OpenedPhoto& photo);
+/// To make the picture of reducedPicture().
+[[nodiscard]] std::int64_t ofReducedPicture(const OpenedPhoto& photo, std::int64_t maximumDimension);
+[[nodiscard]] std::int64_t ofEncoder(ExportFormat format, PixelSize canvas);
+/// A PDF page drawn at that length.
+[[nodiscard]] std::int64_t ofPage(std::int64_t maximumDimension);
+
+} // namespace ferrow::Engine::MemoryNeed

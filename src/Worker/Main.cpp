@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Worker/Confinement.h"
+#include "Worker/Server.h"
+#include "Worker/StartingConventions.h"
+#include "Worker/WarmUp.h"
+
+#include <malloc.h>
+#include <sys/prctl.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+using namespace ferrow::Worker;
+
+constexpr int startedWrongly = 2;
+
+/// Each thread's own pool would reserve tens of megabytes of the address space that a job may take.
+constexpr int memoryPools = 2;
+
+/// The connection decides when this process ends, not who presses Ctrl-C in the terminal of the one that started it.
+void ignoreSignals()
+{
+    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXFSZ})
+        std::signal(number, SIG_IGN);
+}
+
+std::optional<Setup> awaitSetup(Channel& channel)
+{
+    Received received;
+    if (channel.receive(received, {}) != Channel::Outcome::done)
+        return std::nullopt;
+    const auto request = parseRequest(received.bytes, {});
+    const auto* setup = request ? std::get_if<Setup>(&request->content) : nullptr;
+    return setup ? std::optional(*setup) : std::nullopt;
+}
+
+/// Loads what will be needed; answers the folders that stay readable.
+std::vector<std::string> prepare(bool drawsText, const Setup& setup)
+{
+    if (!drawsText) {
+        warmUpCodecs();
+        return {};
+    }
+    for (const std::string& variable : setup.environment)
+        ::putenv(const_cast<char*>(variable.c_str()));
+    std::vector<std::string> folders = warmUpText();
+    ::clearenv();
+    return folders;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    ignoreSignals();
+    ::mallopt(M_ARENA_MAX, memoryPools);
+    // Where the kernel forgets about this when the thread that started us ends, the closed connection remains.
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL, 0, 0, 0);
+    Channel channel(Descriptor(workerSocket), Channel::Descriptors::taken);
+    const auto setup = awaitSetup(channel);
+    if (!setup) {
+        std::fputs("ferrow-worker is started by Ferrow and ferrow-batch, not by hand.\n", stderr);
+        return startedWrongly;
+    }
+    const bool drawsText = argc > 1 && std::strcmp(argv[1], argumentForLogos) == 0;
+    const std::vector<std::string> readableFolders = prepare(drawsText, *setup);
+    if (channel.send(encode(Answer{0, confine(readableFolders)}), {}) == Channel::Outcome::done)
+        serve(channel);
+    // Nothing is left to be written, and much memory needs no tidying.
+    std::_Exit(0);
+}

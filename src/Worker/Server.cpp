@@ -1,0 +1,197 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Worker/Server.h"
+
+#include "Engine/InProcessAnswerer.h"
+#include "Platform/Base/Cancellation.h"
+#include "Worker/MessageParts.h"
+
+#include <malloc.h>
+
+#include <type_traits>
+
+namespace ferrow::Worker {
+
+namespace {
+
+/// Below these a job is not worth a message of its own: it is over in some tens of milliseconds.
+constexpr std::int64_t unannouncedPixels = 2'000'000;
+constexpr std::int64_t unannouncedBytes = 16 << 20;
+
+/// The other side is gone, and with it whoever wanted an answer.
+struct ConnectionLost {};
+
+AnsweredPicture answeredPicture(const Bitmap& picture, int memory)
+{
+    AnsweredPicture answered{picture.size(), picture.format(), picture.profile().wellKnown(), {}};
+    if (picture.isNull())
+        return {};
+    if (byteCount(picture.size(), picture.format()) <= inlinePictureBytes)
+        answered.pixels = picture;
+    else if (!writePicture(memory, picture, 0))
+        throw std::bad_alloc();
+    return answered;
+}
+
+class Server : private Engine::JobObserver {
+public:
+    explicit Server(Channel& channel) : channel_(channel), engine_(*this) {}
+
+    void run();
+
+private:
+    void headerRead(const Engine::JobSize& size) override;
+    void beforeBand() override;
+    void lastRowComposed() override;
+
+    [[nodiscard]] std::optional<Request> next(const Channel::Patience& patience);
+    void answer(const Request& request);
+    void send(decltype(Answer::content) content);
+    void giveBackMemory();
+
+    [[nodiscard]] decltype(Answer::content) work(const Engine::InspectRequest& request, int memory);
+    [[nodiscard]] decltype(Answer::content) work(const Engine::FrameRequest& request, int memory);
+    [[nodiscard]] decltype(Answer::content) work(const Engine::RegionRequest& request, int memory);
+    [[nodiscard]] decltype(Answer::content) work(const Engine::LogoRequest& request, int memory);
+
+    Channel& channel_;
+    Engine::InProcessAnswerer engine_;
+    Received received_;
+    std::uint32_t job_ = 0;
+    std::int64_t bytesHeld_ = 0;
+};
+
+/// Absent when none came in time.
+std::optional<Request> Server::next(const Channel::Patience& patience)
+{
+    Received received;
+    switch (channel_.receive(received, patience)) {
+    case Channel::Outcome::done:
+        break;
+    case Channel::Outcome::timedOut:
+    case Channel::Outcome::woken:
+        return std::nullopt;
+    case Channel::Outcome::closed:
+        throw ConnectionLost{};
+    }
+    std::vector<int> descriptors;
+    for (const Descriptor& descriptor : received.descriptors)
+        descriptors.push_back(descriptor.get());
+    auto request = parseRequest(received.bytes, descriptors);
+    if (!request)
+        throw ConnectionLost{};
+    if (!received.descriptors.empty())
+        received_ = std::move(received); // They stay open as long as the job takes.
+    return request;
+}
+
+void Server::send(decltype(Answer::content) content)
+{
+    if (channel_.send(encode(Answer{job_, std::move(content)}), {}) != Channel::Outcome::done)
+        throw ConnectionLost{};
+}
+
+void Server::headerRead(const Engine::JobSize& size)
+{
+    bytesHeld_ = size.bytes;
+    const bool waits = size.bytes > unannouncedBytes;
+    if (!waits && size.pixels <= unannouncedPixels)
+        return;
+    send(HeaderRead{size.pixels, size.isHeif, size.bytes, waits});
+    while (waits) {
+        const auto request = next({});
+        if (request->job != job_)
+            continue; // A stop that came too late for the job before.
+        if (std::holds_alternative<Proceed>(request->content))
+            return;
+        throw Cancelled{};
+    }
+}
+
+void Server::beforeBand()
+{
+    const auto request = next({.timeout = std::chrono::milliseconds(0)});
+    if (request && request->job == job_ && std::holds_alternative<Stop>(request->content))
+        throw Cancelled{};
+}
+
+void Server::lastRowComposed()
+{
+    send(LastRowComposed{});
+}
+
+decltype(Answer::content) Server::work(const Engine::InspectRequest& request, int memory)
+{
+    Inspected inspected{engine_.inspect(request, {}), {}};
+    inspected.picture = answeredPicture(inspected.answer.picture, memory);
+    return inspected;
+}
+
+decltype(Answer::content) Server::work(const Engine::FrameRequest& request, int)
+{
+    engine_.frame(request, {});
+    return Framed{};
+}
+
+decltype(Answer::content) Server::work(const Engine::RegionRequest& request, int memory)
+{
+    return RegionComposed{answeredPicture(engine_.composeRegion(request, {}), memory)};
+}
+
+decltype(Answer::content) Server::work(const Engine::LogoRequest& request, int memory)
+{
+    const Engine::LogoAnswer logo = engine_.rasteriseLogo(request, {});
+    return LogoRasterised{logo.fileExtension, answeredPicture(logo.picture, memory)};
+}
+
+void Server::answer(const Request& request)
+{
+    job_ = request.job;
+    bytesHeld_ = 0;
+    decltype(Answer::content) content = WasCancelled{};
+    try {
+        std::visit(
+            [&]<typename Wanted>(const Wanted& wanted) {
+                if constexpr (!std::is_empty_v<Wanted> && !std::is_same_v<Wanted, Setup>)
+                    content = work(wanted, request.pictureMemory);
+            },
+            request.content);
+    } catch (const Cancelled&) {
+    } catch (const ImagePipelineError& error) {
+        content = PhotoRefused{error};
+    } catch (const LogoAssetError& error) {
+        content = LogoRefused{error.value};
+    } catch (const std::bad_alloc&) {
+        content = PhotoRefused{ImagePipelineError::renderingFailed};
+    }
+    send(std::move(content));
+}
+
+/// What a large photo needed would otherwise stay with this process for as long as it lives.
+void Server::giveBackMemory()
+{
+    received_ = {};
+    if (bytesHeld_ > unannouncedBytes)
+        ::malloc_trim(0);
+}
+
+void Server::run()
+{
+    while (true) {
+        const auto request = next({});
+        // A stop may cross the answer that it no longer concerns.
+        if (std::holds_alternative<Stop>(request->content) || std::holds_alternative<Proceed>(request->content))
+            continue;
+        answer(*request);
+        giveBackMemory();
+    }
+}
+
+} // namespace
+
+void serve(Channel& channel)
+try {
+    Server(channel).run();
+} catch (const ConnectionLost&) {
+}
+
+} // namespace ferrow::Worker

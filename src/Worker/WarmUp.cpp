@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Worker/WarmUp.h"
+
+#include "Platform/Codecs/ImageDecoder.h"
+#include "Platform/Codecs/ImageEncoder.h"
+#include "Platform/Codecs/PdfPage.h"
+#include "Worker/SharedMemory.h"
+
+#include <sys/mman.h>
+
+#include <fontconfig/fontconfig.h>
+
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <set>
+#include <system_error>
+
+namespace ferrow::Worker {
+
+namespace {
+
+constexpr std::int64_t side = 16;
+
+/// A page of one line in a font that is not part of it.
+constexpr const char page[] = R"(%PDF-1.4
+1 0 obj <</Type/Catalog/Pages 2 0 R>> endobj
+2 0 obj <</Type/Pages/Kids[3 0 R]/Count 1>> endobj
+3 0 obj <</Type/Page/Parent 2 0 R/MediaBox[0 0 16 16]/Resources<</Font<</F 4 0 R>>>>/Contents 5 0 R>> endobj
+4 0 obj <</Type/Font/Subtype/Type1/BaseFont/Helvetica>> endobj
+5 0 obj <</Length 29>> stream
+BT /F 8 Tf 1 4 Td (Aa) Tj ET
+endstream endobj
+trailer <</Root 1 0 R>>
+)";
+
+struct ListEnd {
+    void operator()(FcStrList* list) const { FcStrListDone(list); }
+};
+
+/// Font folders, caches and the files that say where they are. The list may be null.
+void collectFolders(std::set<std::string>& folders, FcStrList* given, bool areFiles)
+{
+    const std::unique_ptr<FcStrList, ListEnd> list(given);
+    while (const FcChar8* path = list ? FcStrListNext(list.get()) : nullptr) {
+        const std::filesystem::path place(reinterpret_cast<const char*>(path));
+        folders.insert((areFiles ? place.parent_path() : place).string());
+    }
+}
+
+/// Where the fonts themselves lie, which the folders may only link to.
+void collectFontPlaces(std::set<std::string>& folders)
+{
+    const FcFontSet* fonts = FcConfigGetFonts(nullptr, FcSetSystem);
+    for (int i = 0; fonts && i < fonts->nfont; ++i) {
+        FcChar8* path = nullptr;
+        if (FcPatternGetString(fonts->fonts[i], FC_FILE, 0, &path) != FcResultMatch)
+            continue;
+        std::error_code error;
+        const auto place = std::filesystem::canonical(reinterpret_cast<const char*>(path), error);
+        if (!error)
+            folders.insert(place.parent_path().string());
+    }
+}
+
+} // namespace
+
+void warmUpCodecs()
+{
+    const Descriptor file(::memfd_create("ferrow-warm-up", MFD_CLOEXEC));
+    if (!file.isOpen())
+        return;
+    ByteSink sink(file.get());
+    const std::vector<std::byte> rows(side * side * 3);
+    EncodeOptions options;
+    options.size = {side, side};
+    options.profile = ColorProfile::sRGB();
+    try {
+        const auto encoder = openEncoder(OutputType::heif, sink, options);
+        encoder->writeRows(side, rows.data(), side * 3);
+        encoder->finish();
+    } catch (const EncoderError&) {
+        // Then photos will be refused, each with its reason.
+    }
+}
+
+std::vector<std::string> warmUpText()
+{
+    const Descriptor file(::memfd_create("ferrow-warm-up", MFD_CLOEXEC));
+    try {
+        ByteSink sink(file.get());
+        sink.write(std::as_bytes(std::span(page, sizeof page - 1)));
+        sink.flush();
+        static_cast<void>(rasterisePdf(ByteSource(file.get(), sizeof page - 1), side));
+    } catch (const InputOutputError&) {
+    } catch (const CodecError&) {
+    }
+    // Character sets of fonts that are not in the file come with the PDF library's own data.
+    std::set<std::string> folders{"/usr/share/poppler"};
+    collectFolders(folders, FcConfigGetFontDirs(nullptr), false);
+    collectFolders(folders, FcConfigGetCacheDirs(nullptr), false);
+    collectFolders(folders, FcConfigGetConfigFiles(nullptr), true);
+    collectFontPlaces(folders);
+    folders.erase(std::string());
+    return {folders.begin(), folders.end()};
+}
+
+} // namespace ferrow::Worker

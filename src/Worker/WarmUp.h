@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <string>
+#include <vector>
+
+/// What libraries load when they are first used must be loaded while files can still be opened.
+namespace ferrow::Worker {
+
+void warmUpCodecs();
+
+/// Draws a line of text by way of a PDF. Answers the folders in which fonts are looked for, with what describes them.
+[[nodiscard]] std::vector<std::string> warmUpText();
+
+} // namespace ferrow::Worker

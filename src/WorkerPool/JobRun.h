@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "WorkerPool/JobClock.h"
+#include "WorkerPool/MemoryBudget.h"
+#include "WorkerPool/Pool.h"
+#include "WorkerPool/StopSignal.h"
+
+#include "Worker/Messages.h"
+
+#include <optional>
+#include <stop_token>
+
+namespace ferrow::WorkerPool {
+
+/// The worker is gone, stuck or talks nonsense, or there is none: the job has no answer. What that means depends on
+/// what was asked.
+struct NoAnswer {};
+
+/// One request, from a worker for it to the answer. Used once, on the caller's thread.
+class JobRun {
+public:
+    JobRun(Pool& pool, MemoryBudget& budget, WorkerKind kind, const std::stop_token& stop);
+    JobRun(const JobRun&) = delete;
+    JobRun& operator=(const JobRun&) = delete;
+    /// Gives the worker back: broken, unless accept() was called.
+    ~JobRun();
+
+    /// How the worker is confined: its first word. Throws NoAnswer and Cancelled.
+    const Worker::Hello& greet();
+    /// The request's answer or refusal. `encoding` is time that is allowed beside decoding. Throws NoAnswer and
+    /// Cancelled.
+    [[nodiscard]] Worker::Answer ask(Worker::Request request, Allowance::Duration encoding = {});
+    /// What the worker said was found good.
+    void accept() { condition_ = Pool::Condition::fit; }
+
+private:
+    using Outcome = Worker::Channel::Outcome;
+
+    [[nodiscard]] JobClock& clock() { return grace_ ? *grace_ : clock_; }
+    [[nodiscard]] Worker::Channel::Patience patience();
+    void send(const Worker::Message& message);
+    /// The next thing that the worker says. Sends the stop on, and sees to it that it is heeded.
+    [[nodiscard]] Worker::Answer listen();
+    void passOnStop();
+    void grant(const Worker::HeaderRead& header);
+    void waitForMemory(std::int64_t bytes);
+
+    Pool& pool_;
+    MemoryBudget& budget_;
+    std::stop_token stop_;
+    StopSignal stopSignal_;
+    std::unique_ptr<WorkerProcess> worker_;
+    Pool::Condition condition_ = Pool::Condition::broken;
+    MemoryBudget::Share memory_;
+    JobClock clock_{Allowance::base};
+    std::uint32_t job_ = 0;
+    std::optional<JobClock> grace_; ///< Runs once a stop was passed on.
+    bool isCompleting_ = false;     ///< The last row is composed: no stop is heeded any more.
+    bool headerWasRead_ = false;
+};
+
+} // namespace ferrow::WorkerPool

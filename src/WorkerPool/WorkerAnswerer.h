@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Engine/Answerer.h"
+#include "WorkerPool/MemoryBudget.h"
+#include "WorkerPool/Pool.h"
+
+#include <memory>
+
+namespace ferrow::WorkerPool {
+
+/// Has the requests answered by confined workers. A worker that dies, hangs or talks nonsense costs its own request:
+/// decodingFailed for photos, malformed for logos. Nothing is ever decoded in this process.
+class WorkerAnswerer : public Engine::Answerer {
+public:
+    explicit WorkerAnswerer(std::shared_ptr<Pool> pool, std::int64_t memoryBudget = MemoryBudget::ofThisMachine());
+
+    [[nodiscard]] Engine::InspectAnswer inspect(const Engine::InspectRequest& request,
+                                                const std::stop_token& stop) override;
+    void frame(const Engine::FrameRequest& request, const std::stop_token& stop) override;
+    [[nodiscard]] Bitmap composeRegion(const Engine::RegionRequest& request, const std::stop_token& stop) override;
+    [[nodiscard]] Engine::LogoAnswer rasteriseLogo(const Engine::LogoRequest& request,
+                                                   const std::stop_token& stop) override;
+
+    /// How workers are confined. Throws NoAnswer when none can be started.
+    [[nodiscard]] Worker::Hello confinement();
+
+private:
+    std::shared_ptr<Pool> pool_;
+    MemoryBudget budget_;
+};
+
+} // namespace ferrow::WorkerPool

@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Engine/InProcessAnswerer.h"
+#include "Support/Files.h"
+#include "Support/Pictures.h"
+#include "Worker/Confinement.h"
+#include "WorkerPool/WorkerAnswerer.h"
+
+#include <QProcess>
+#include <QRegularExpression>
+
+#include <sys/socket.h>
+#include <sys/wait.h>
+
+namespace ferrow::WorkerPool {
+
+namespace {
+
+using test::MemoryFile;
+
+/// A page whose text is in a font that is not part of it.
+const QByteArray page = R"(%PDF-1.4
+1 0 obj <</Type/Catalog/Pages 2 0 R>> endobj
+2 0 obj <</Type/Pages/Kids[3 0 R]/Count 1>> endobj
+3 0 obj <</Type/Page/Parent 2 0 R/MediaBox[0 0 90 30]/Resources<</Font<</F 4 0 R>>>>/Contents 5 0 R>> endobj
+4 0 obj <</Type/Font/Subtype/TrueType/BaseFont/DejaVuSerif-Bold>> endobj
+5 0 obj <</Length 33>> stream
+BT /F 20 Tf 1 8 Td (Ferrow) Tj ET
+endstream endobj
+trailer <</Root 1 0 R>>
+)";
+
+Engine::FrameRequest framing(const MemoryFile& in, const MemoryFile& out, PixelSize size, ExportFormat format)
+{
+    Engine::FrameRequest request;
+    request.source = {in.descriptor(), in.size()};
+    request.outputDescriptor = out.descriptor();
+    request.expectedSize = size;
+    request.format = format;
+    request.composition.canvasSize = {size.width + 40, size.height + 40};
+    request.composition.photoX = request.composition.photoY = 20;
+    return request;
+}
+
+class RealWorker : public testing::Test {
+protected:
+    WorkerAnswerer workers_{std::make_shared<Pool>(WORKER_PROGRAM), 512 << 20};
+    Engine::InProcessAnswerer here_;
+};
+
+} // namespace
+
+TEST_F(RealWorker, answersAsThisProcessWould)
+{
+    const PixelSize size{700, 500};
+    OutputMetadata metadata;
+    metadata.artist = QStringLiteral("Å");
+    for (const OutputType type : {OutputType::jpeg, OutputType::png, OutputType::tiff, OutputType::heif}) {
+        SCOPED_TRACE(int(type));
+        const MemoryFile in(test::encoded(type, test::noise(size, rgb8), metadata));
+        for (const std::int64_t side : {0, 100, 600}) { // No picture, one in the message, one beside it.
+            const Engine::InspectRequest request{{in.descriptor(), in.size()}, side};
+            const auto there = workers_.inspect(request, {});
+            const auto expected = here_.inspect(request, {});
+            EXPECT_EQ(there.storedSize, size);
+            EXPECT_EQ(there.properties, expected.properties);
+            EXPECT_EQ(there.colorProfileName, expected.colorProfileName);
+            EXPECT_EQ(there.picture.isNull(), side == 0);
+            EXPECT_TRUE(test::samePixels(there.picture, expected.picture));
+        }
+        const MemoryFile there;
+        const MemoryFile expected;
+        auto request = framing(in, there, size, ExportFormat::png);
+        request.metadata = metadata;
+        request.composition.overlays.push_back({test::noise({30, 20}, rgba8Premultiplied), -10, 5, 0.7});
+        if (type == OutputType::jpeg) // Too large for a message.
+            request.composition.overlays.push_back({test::noise({700, 300}, rgba8Premultiplied), 90, 70, 1});
+        workers_.frame(request, {});
+        request.outputDescriptor = expected.descriptor();
+        here_.frame(request, {});
+        EXPECT_TRUE(there.bytes() == expected.bytes());
+        const Engine::RegionRequest region{request.source, size, request.composition, 15, 100, {600, 300}};
+        EXPECT_TRUE(test::samePixels(workers_.composeRegion(region, {}), here_.composeRegion(region, {})));
+    }
+    for (const auto& bytes : {page, test::encoded(OutputType::png, test::noise({40, 30}, rgba8))}) {
+        const MemoryFile file(bytes);
+        const Engine::LogoRequest request{{file.descriptor(), file.size()}, 600};
+        const auto there = workers_.rasteriseLogo(request, {});
+        const auto expected = here_.rasteriseLogo(request, {});
+        EXPECT_EQ(there.fileExtension, expected.fileExtension);
+        EXPECT_TRUE(test::samePixels(there.picture, expected.picture));
+    }
+}
+
+TEST_F(RealWorker, isAllowedWhatALargePhotoNeeds)
+{
+    const PixelSize size{6000, 5000}; // Encoding it takes more than what any worker may.
+    const MemoryFile in(test::encoded(OutputType::jpeg, test::flat(size, rgb8, {200, 100, 50})));
+    const MemoryFile out;
+    workers_.frame(framing(in, out, size, ExportFormat::heic), {});
+    EXPECT_EQ(test::decoded(out.bytes()).size(), (PixelSize{6040, 5040}));
+}
+
+TEST(Confinement, leavesNoWayOut)
+{
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    const pid_t parent = ::getpid();
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const Worker::Hello hello = Worker::confine({});
+        char program[] = "/bin/true";
+        char* const words[] = {program, nullptr};
+        const std::string results{char('0' + (::open("/etc/passwd", O_RDONLY) < 0)),
+                                  char('0' + (::open("/dev/null", O_WRONLY) < 0)),
+                                  char('0' + (::socket(AF_INET, SOCK_STREAM, 0) < 0)),
+                                  char('0' + (::execv(program, words) < 0)),
+                                  char('0' + (::kill(parent, 0) < 0)),
+                                  char('0' + (::fork() < 0)),
+                                  char('0' + (hello.landlockVersion > 0 && hello.filtersSystemCalls))};
+        ::_exit(::write(ends[1], results.data(), results.size()) < 0);
+    }
+    char results[8] = {};
+    ::close(ends[1]);
+    EXPECT_EQ(::read(ends[0], results, sizeof results), 7);
+    ::close(ends[0]);
+    ::waitpid(child, nullptr, 0);
+    if (results[6] == '0')
+        GTEST_SKIP() << "THIS KERNEL OFFERS NO LANDLOCK OR NO SYSTEM CALL FILTERS: CONFINEMENT IS NOT TESTED";
+    EXPECT_STREQ(results, "1111111") << "read, write, socket, program, signal, process";
+}
+
+TEST(Confinement, showsInATraceOfABatch)
+{
+    const test::TemporaryFolder folder;
+    folder.write("a.jpg", test::encoded(OutputType::jpeg, test::noise({90, 60}, rgb8)));
+    const auto place = [&](const char* name) { return QString::fromUtf8(folder.file(name).path()); };
+    QProcess process;
+    auto environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("ASAN_OPTIONS"), QStringLiteral("detect_leaks=0")); // Which traces as well.
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral("strace"),
+                  {QStringLiteral("-f"), QStringLiteral("-o"), place("trace"), QStringLiteral(BATCH_PROGRAM),
+                   QStringLiteral("--output"), place("out"), place("a.jpg")});
+    process.waitForFinished(-1);
+    if (process.error() == QProcess::FailedToStart || test::readFile(folder.file("trace")).isEmpty())
+        GTEST_SKIP() << "NO strace, OR IT MAY NOT TRACE: WHAT A WORKER CALLS IS NOT TESTED";
+    ASSERT_EQ(process.exitCode(), 0) << process.readAllStandardError().constData();
+
+    const QRegularExpression opening(QStringLiteral(" (open|openat|creat|socket|execve|connect)\\("));
+    QSet<QByteArray> confined;
+    int sourceOpened = 0;
+    for (const QByteArray& line : test::readFile(folder.file("trace")).split('\n')) {
+        const QByteArray tracee = line.left(line.indexOf(' '));
+        if (line.contains("seccomp(SECCOMP_SET_MODE_FILTER, 0"))
+            confined.insert(tracee);
+        const bool opens = opening.match(QString::fromUtf8(line)).hasMatch();
+        EXPECT_FALSE(opens && confined.contains(tracee)) << line.constData();
+        const bool opensSource = opens && line.contains("/a.jpg\"") && !line.contains("execve(");
+        EXPECT_TRUE(!opensSource || line.contains("O_RDONLY")) << line.constData();
+        sourceOpened += opensSource ? 1 : 0;
+    }
+    EXPECT_FALSE(confined.isEmpty());
+    EXPECT_GE(sourceOpened, 2); // At import and at export.
+}
+
+} // namespace ferrow::WorkerPool
