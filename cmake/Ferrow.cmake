@@ -15,6 +15,11 @@ if(FERROW_SANITIZE)
                            -fno-omit-frame-pointer)
     target_link_options(ferrow_options INTERFACE -fsanitize=${FERROW_SANITIZE})
 endif()
+if(FERROW_FUZZ)
+    # The rooms count the edges that an input reaches; only the targets bring the loop that makes inputs.
+    target_compile_options(ferrow_options INTERFACE -fsanitize=fuzzer-no-link)
+    target_link_options(ferrow_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
 
 # ferrow_room(Name SOURCES ... LINKS ...): a static library for one room, reached by others as Ferrow::Name. The link
 # lines repeat the table in docs/architecture.md, so that an include from a higher room does not build.
