@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Shared/Widgets/ToggleSwitch.h"
+
+#include "Shared/Widgets/StyleDrawing.h"
+
+#include <QKeyEvent>
+#include <QPainter>
+#include <QStyleOptionButton>
+
+namespace ferrow {
+
+ToggleSwitch::ToggleSwitch(const QString& name, QWidget* parent) : QCheckBox(parent)
+{
+    setAccessibleName(name);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+}
+
+QSize ToggleSwitch::sizeHint() const
+{
+    return QSize(Measure::switchWidth, Measure::hitArea);
+}
+
+QSize ToggleSwitch::minimumSizeHint() const
+{
+    return sizeHint();
+}
+
+QRectF ToggleSwitch::focusRect() const
+{
+    return QRectF((width() - Measure::switchWidth) / 2, (height() - Measure::switchHeight) / 2, Measure::switchWidth,
+                  Measure::switchHeight);
+}
+
+double ToggleSwitch::focusRadius() const
+{
+    return Measure::switchHeight / 2.0;
+}
+
+void ToggleSwitch::paintEvent(QPaintEvent*)
+{
+    QStyleOptionButton option;
+    initStyleOption(&option);
+    QPainter painter(this);
+    StyleDrawing::paintSwitch(painter, focusRect(), StyleDrawing::ControlState::of(&option, this), isRightToLeft());
+}
+
+void ToggleSwitch::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+        click();
+        return;
+    }
+    QCheckBox::keyPressEvent(event);
+}
+
+bool ToggleSwitch::hitButton(const QPoint& point) const
+{
+    return rect().contains(point);
+}
+
+} // namespace ferrow

@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Shared/Widgets/ConfirmSheet.h"
+#include "Shared/Widgets/Popover.h"
+
+#include <QAccessible>
+#include <QApplication>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QShortcut>
+#include <QSignalSpy>
+#include <QTest>
+#include <QVBoxLayout>
+
+#include <gtest/gtest.h>
+
+namespace ferrow {
+namespace {
+
+class OverlayTest : public testing::Test {
+protected:
+    OverlayTest()
+    {
+        auto* layout = new QVBoxLayout(&window);
+        layout->addWidget(opener);
+        layout->addWidget(other);
+        window.resize(1000, 700);
+        window.show();
+        QApplication::setActiveWindow(&window);
+        opener->setFocus();
+    }
+
+    static void press(Qt::Key key) { QTest::keyClick(QApplication::focusWidget(), key); }
+
+    QWidget window;
+    QPushButton* opener = new QPushButton(QStringLiteral("Opener"));
+    QPushButton* other = new QPushButton(QStringLiteral("Other"));
+};
+
+TEST_F(OverlayTest, aPopoverKeepsTheFocusAndGivesItBack)
+{
+    Popover popover(opener, QStringLiteral("Color"));
+    auto* first = new QPushButton(QStringLiteral("First"));
+    auto* second = new QPushButton(QStringLiteral("Second"));
+    popover.body()->addWidget(first);
+    popover.body()->addWidget(second);
+    popover.open();
+    EXPECT_EQ(QApplication::focusWidget(), first);
+    press(Qt::Key_Tab);
+    EXPECT_EQ(QApplication::focusWidget(), second);
+    press(Qt::Key_Tab);
+    EXPECT_EQ(QApplication::focusWidget(), first);
+    press(Qt::Key_Backtab);
+    EXPECT_EQ(QApplication::focusWidget(), second);
+    other->setFocus();
+    EXPECT_EQ(QApplication::focusWidget(), second);
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(&popover)->role(), QAccessible::Dialog);
+
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(popover.isOpen());
+    EXPECT_EQ(QApplication::focusWidget(), opener);
+
+    popover.open(second);
+    QTest::mouseClick(&popover, Qt::LeftButton, {}, QPoint(990, 690));
+    EXPECT_FALSE(popover.isOpen());
+    EXPECT_FALSE(popover.isVisible());
+}
+
+TEST(Popover, staysInsideTheWindow)
+{
+    const QSize window(1000, 700);
+    const QSize size(296, 300);
+    const QRect pane(680, 50, 320, 650);
+    struct Row {
+        const char* name;
+        QRect opener;
+        QPoint corner;
+    };
+    for (const Row& row : {Row{"below", {780, 100, 32, 32}, {692, 138}},
+                           Row{"above where it does not fit", {780, 500, 32, 32}, {692, 194}},
+                           Row{"clamped where neither does", {780, 200, 32, 290}, {692, 392}}}) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(popoverRect(row.opener, size, pane, window).topLeft(), row.corner);
+    }
+    EXPECT_EQ(popoverRect(QRect(900, 100, 80, 32), size, QRect(), window).left(), 696);
+}
+
+TEST_F(OverlayTest, aSheetLeavesByEscapeAndActsByEnter)
+{
+    Sheet sheet(&window, QStringLiteral("Export"));
+    auto* field = new QLineEdit;
+    sheet.body()->addWidget(field);
+    QPushButton* leave = sheet.setLeaveButton(QStringLiteral("Cancel"));
+    QPushButton* main = sheet.setMainButton(QStringLiteral("Start"));
+    const QSignalSpy started(&sheet, &Sheet::mainRequested);
+    const QSignalSpy closed(&sheet, &Overlay::closed);
+    QShortcut shortcut(QKeySequence(Qt::CTRL | Qt::Key_E), &window);
+    const QSignalSpy exported(&shortcut, &QShortcut::activated);
+    QTest::keyClick(&window, Qt::Key_E, Qt::ControlModifier);
+
+    sheet.open(field);
+    press(Qt::Key_Return);
+    EXPECT_EQ(started.size(), 1);
+    main->setEnabled(false);
+    press(Qt::Key_Return);
+    EXPECT_EQ(started.size(), 1);
+    QTest::keyClick(&window, Qt::Key_E, Qt::ControlModifier);
+    EXPECT_EQ(exported.size(), 1) << "the window's shortcuts rest";
+    QTest::mouseClick(&sheet, Qt::LeftButton, {}, QPoint(4, 4));
+    EXPECT_TRUE(sheet.isOpen());
+    press(Qt::Key_Escape);
+    EXPECT_EQ(closed.size(), 1);
+    EXPECT_EQ(QApplication::focusWidget(), opener);
+
+    main->setEnabled(true);
+    sheet.open(leave);
+    press(Qt::Key_Return);
+    EXPECT_FALSE(sheet.isOpen());
+    EXPECT_EQ(started.size(), 1);
+}
+
+TEST_F(OverlayTest, aQuestionAnswersOnceAboveASheet)
+{
+    Sheet sheet(&window, QStringLiteral("Presets"));
+    QPushButton* leave = sheet.setLeaveButton(QStringLiteral("Done"));
+    sheet.open(leave);
+    std::vector<Answer> answers;
+    Question question;
+    question.title = QStringLiteral("Save Preset");
+    question.accept = QStringLiteral("Save");
+    question.leave = QStringLiteral("Cancel");
+    question.field = Question::Field{QStringLiteral("Name"), QStringLiteral("Preset name"), QString()};
+    const auto note = [&answers](const Answer& answer) { answers.push_back(answer); };
+
+    ConfirmSheet* asked = ConfirmSheet::ask(&window, question, nullptr, note);
+    press(Qt::Key_Return);
+    EXPECT_TRUE(answers.empty()) << "without a name";
+    QTest::keyClicks(asked->field(), QStringLiteral("Gallery"));
+    press(Qt::Key_Return);
+    ASSERT_EQ(answers.size(), 1U);
+    EXPECT_TRUE(answers[0].accepted);
+    EXPECT_EQ(answers[0].text, QStringLiteral("Gallery"));
+    EXPECT_TRUE(sheet.isOpen());
+    EXPECT_EQ(QApplication::focusWidget(), leave);
+
+    question.field.reset();
+    question.kind = Question::Kind::destructive;
+    ConfirmSheet::ask(&window, question, nullptr, note);
+    press(Qt::Key_Return);
+    ASSERT_EQ(answers.size(), 2U);
+    EXPECT_FALSE(answers[1].accepted) << "what can't be taken back starts on leaving";
+}
+
+} // namespace
+} // namespace ferrow
