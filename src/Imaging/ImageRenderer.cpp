@@ -5,12 +5,16 @@
 #include "Metadata/MetadataTemplateExpander.h"
 #include "Models/ErrorTexts.h"
 #include "Platform/Base/Cancellation.h"
+#include "Platform/Pixels/ColorTransform.h"
 #include "Platform/Pixels/Resampler.h"
+
+#include <QRect>
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <new>
+#include <optional>
 
 namespace ferrow::ImageRenderer {
 
@@ -96,6 +100,52 @@ TextAlignment textAlignment(CaptionAlignment alignment)
 double scaleOf(PixelSize picture, PixelSize original)
 {
     return std::min(double(picture.width) / double(original.width), double(picture.height) / double(original.height));
+}
+
+/// The rows of a picture in memory, in another colour space, cut off on the right and below at `size`.
+class BitmapRows : public Engine::RowSource {
+public:
+    BitmapRows(const Bitmap& source, PixelSize size, const ColorProfile& space)
+        : source_(source), size_(size), format_(source.format().hasAlpha() ? rgba8 : rgb8),
+          transform_(source.profile(), source.format(), space, format_)
+    {
+    }
+
+    [[nodiscard]] PixelSize size() const override { return size_; }
+    [[nodiscard]] PixelFormat format() const override { return format_; }
+    void readRows(std::int64_t count, std::byte* out, std::size_t stride) override
+    {
+        const auto width = std::size_t(size_.width);
+        for (; count > 0; --count, out += stride, ++nextRow_) {
+            if (transform_.isIdentity())
+                std::memcpy(out, source_.row(nextRow_), width * std::size_t(format_.bytesPerPixel()));
+            else
+                transform_.apply(source_.row(nextRow_), out, width);
+        }
+    }
+
+private:
+    const Bitmap& source_;
+    PixelSize size_;
+    PixelFormat format_;
+    ColorTransform transform_;
+    std::int64_t nextRow_ = 0;
+};
+
+/// Where a photo that fills its place but for a fraction of a pixel is drawn: on whole pixels, as an export draws it,
+/// and at its own size. That costs a tenth of drawing it between pixels, which every step of a drag would pay. Absent
+/// where the photo has to be scaled.
+std::optional<QRect> wholePixelPlace(PixelSize photo, const QRectF& target, PixelSize canvas)
+{
+    if (std::abs(double(photo.width) - target.width()) >= 1 || std::abs(double(photo.height) - target.height()) >= 1)
+        return std::nullopt;
+    // Rounding both the canvas and the place may take the place a pixel beyond the canvas.
+    const auto begin = [](double start) { return std::max<std::int64_t>(std::llround(start), 0); };
+    const auto end = [](double last, std::int64_t most) { return std::min<std::int64_t>(std::llround(last), most); };
+    const std::int64_t x = begin(target.x());
+    const std::int64_t y = begin(target.y());
+    return QRect(int(x), int(y), int(std::min(photo.width, end(target.right(), canvas.width) - x)),
+                 int(std::min(photo.height, end(target.bottom(), canvas.height) - y)));
 }
 
 /// A scaled photo seldom lies on whole pixels: it is drawn as the lowest overlay, its edges covered in proportion.
@@ -209,6 +259,17 @@ Engine::Composition composition(const RenderLayout& layout, const RenderRecipe& 
     return composition;
 }
 
+Engine::Composition exportComposition(PixelSize pixelSize, const RenderRecipe& recipe, const PhotoMetadata& metadata,
+                                      const Bitmap& logo, const std::stop_token& stop)
+{
+    validateRenderBounds(pixelSize, recipe, 1.0);
+    try {
+        return composition(RenderLayout::calculate(pixelSize, recipe, 1.0), recipe, metadata, logo, 1.0, stop);
+    } catch (const std::bad_alloc&) {
+        throw ImagePipelineError(ImagePipelineError::renderingFailed);
+    }
+}
+
 Bitmap render(const Bitmap& source, PixelSize originalSize, const RenderRecipe& recipe, const PhotoMetadata& metadata,
               const Bitmap& logo, SourceScale sourceScale, const std::stop_token& stop)
 {
@@ -221,11 +282,19 @@ Bitmap render(const Bitmap& source, PixelSize originalSize, const RenderRecipe& 
     throwIfCancelled(stop);
     try {
         Engine::Composition parts = composition(layout, recipe, metadata, logo, scale, stop);
-        parts.overlays.insert(parts.overlays.begin(), photoOverlay(source, fromTop(layout.drawRect, layout)));
         const ColorProfile space =
             Engine::outputColorSpace(source.profile(), source.format().model, recipe.outputColorProfile);
+        std::optional<BitmapRows> photo;
+        const QRectF target = fromTop(layout.drawRect, layout);
+        if (const std::optional<QRect> place = wholePixelPlace(source.size(), target, layout.canvasSize)) {
+            parts.photoX = place->x();
+            parts.photoY = place->y();
+            photo.emplace(source, PixelSize{place->width(), place->height()}, space);
+        } else {
+            parts.overlays.insert(parts.overlays.begin(), photoOverlay(source, target));
+        }
         const bool hasAlpha = source.format().hasAlpha() || Engine::isTransparent(recipe.borderColor);
-        Engine::Compositor compositor(parts, nullptr, space, hasAlpha);
+        Engine::Compositor compositor(parts, photo ? &*photo : nullptr, space, hasAlpha);
         Bitmap result(compositor.size(), compositor.format(), space);
         compositor.compose(result.size().height, result.row(0), result.stride());
         return result;

@@ -32,6 +32,12 @@ namespace ferrow::ImageRenderer {
                                               const PhotoMetadata& metadata, const Bitmap& logo, double scale,
                                               const std::stop_token& stop);
 
+/// The same at full size, for an export of a photo of `pixelSize` and for looking at its pixels. Throws
+/// ImagePipelineError and Cancelled.
+[[nodiscard]] Engine::Composition exportComposition(PixelSize pixelSize, const RenderRecipe& recipe,
+                                                    const PhotoMetadata& metadata, const Bitmap& logo,
+                                                    const std::stop_token& stop);
+
 /// Where a render's scale comes from: full size, or the size of the picture at hand against the photo's.
 enum class SourceScale { fullSize, fromSource };
 
