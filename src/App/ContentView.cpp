@@ -1,0 +1,671 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "App/ContentView.h"
+
+#include "App/WindowTexts.h"
+#include "Features/Batch/ExportOptionsSheet.h"
+#include "Features/Batch/PhotoListView.h"
+#include "Features/Batch/PhotoSidebar.h"
+#include "Features/Batch/ReportSheet.h"
+#include "Features/Presets/PresetManagerView.h"
+#include "Features/Settings/SettingsView.h"
+#include "Features/Shell/InspectorView.h"
+#include "Features/Shell/MainToolBar.h"
+#include "Features/Shell/PreviewPane.h"
+#include "Features/Shell/ShortcutsWindow.h"
+#include "Features/Shell/WindowActions.h"
+#include "Features/Shell/WindowColumns.h"
+#include "Platform/Desktop/FileManager.h"
+#include "Platform/Desktop/Notifications.h"
+#include "Platform/Desktop/Portal.h"
+#include "Shared/Widgets/ConfirmSheet.h"
+#include "Shared/Widgets/SmallParts.h"
+#include "Shared/Widgets/Theme.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDropEvent>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QScreen>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+
+namespace ferrow {
+
+namespace {
+
+constexpr QSize leastSize(900, 684);
+constexpr QSize idealSize(1'440, 900);
+constexpr qint64 longExport = 10'000; // Milliseconds; a shorter batch ends before anybody has turned away.
+
+QString errorText(const std::exception_ptr& error)
+{
+    try {
+        std::rethrow_exception(error);
+    } catch (const PresetCodingError& presetError) {
+        return UserFacingError::message(presetError);
+    } catch (...) {
+        return UserFacingError::message(std::current_exception());
+    }
+}
+
+std::unordered_set<FileUrl> asSet(const std::vector<FileUrl>& urls)
+{
+    return {urls.begin(), urls.end()};
+}
+
+} // namespace
+
+WindowServices WindowServices::system()
+{
+    return {.panels = FilePanels::system(),
+            .showItems = FileManager::showItems,
+            .openFolders = FileManager::openFolders,
+            .notify = Notifications::show,
+            .isSandboxed = ferrow::isSandboxed()};
+}
+
+ContentView::ContentView(Preferences& preferences, WindowServices services)
+    : preferences_(preferences), services_(std::move(services)), history_(session_, exportSession_)
+{
+    setObjectName(QStringLiteral("contentView"));
+    setWindowTitle(QStringLiteral("Ferrow"));
+    setMinimumSize(leastSize);
+    resize(idealSize.boundedTo(screen()->availableSize() - QSize(Space::emptyBlocks, Space::emptyBlocks))
+               .expandedTo(leastSize));
+    setAcceptDrops(true);
+
+    actions_ = new WindowActions(*this, history_.stack());
+    buildViews();
+    connectActions();
+    connectModels();
+    updateActions();
+    qApp->installEventFilter(this);
+}
+
+ContentView::~ContentView()
+{
+    qApp->removeEventFilter(this);
+    disconnect(&exportSession_, nullptr, this, nullptr);
+    disconnect(&session_, nullptr, this, nullptr);
+    // Views refer to the models, which go before the base class would delete its children.
+    qDeleteAll(findChildren<QWidget*>(Qt::FindDirectChildrenOnly));
+}
+
+void ContentView::buildViews()
+{
+    toolBar_ = new MainToolBar(*actions_);
+    sidebar_ = new PhotoSidebar(session_, history_, exportSession_);
+    preview_ = new PreviewPane(session_, previewLoader_, renderQueue_, exportSession_, history_, preferences_);
+    inspector_ = new InspectorView(session_, history_, exportSession_);
+    preview_->setObjectName(QStringLiteral("previewPane"));
+    inspector_->setObjectName(QStringLiteral("inspector"));
+    columns_ = new WindowColumns(sidebar_, preview_, inspector_);
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(toolBar_);
+    column->addWidget(new HairLine);
+    column->addWidget(columns_, 1);
+
+    connect(toolBar_, &MainToolBar::zoomChosen, preview_, &PreviewPane::setZoom);
+    connect(toolBar_, &MainToolBar::compareHeld, this, &ContentView::setComparing);
+    connect(preview_, &PreviewPane::zoomChanged, this,
+            [this] { toolBar_->setZoom(preview_->zoom(), preview_->isFit()); });
+    connect(preview_, &PreviewPane::addPhotosRequested, this, &ContentView::choosePhotos);
+    connect(preview_, &PreviewPane::addFolderRequested, this, &ContentView::chooseFolder);
+    connect(preview_, &PreviewPane::cancelExportRequested, this, &ContentView::cancelExport);
+    connect(preview_, &PreviewPane::retryRequested, this, &ContentView::loadSelectedPreview);
+    connect(preview_, &PreviewPane::removeRequested, &history_, &EditHistory::removeSelected);
+    connect(inspector_, &InspectorView::importLogoRequested, this, &ContentView::importLogo);
+    connect(sidebar_, &PhotoSidebar::clearAllRequested, this, &ContentView::clearAll);
+    connect(sidebar_, &PhotoSidebar::showInFolderRequested, this,
+            [this](const FileUrl& photoID) { services_.showItems({photoID}); });
+    connect(sidebar_, &PhotoSidebar::photoChosen, columns_, &WindowColumns::closeDrawer);
+    connect(columns_, &WindowColumns::narrowChanged, preview_, &PreviewPane::setNarrow);
+    connect(columns_, &WindowColumns::sidebarShownChanged, this,
+            [this] { actions_->toggleSidebar->setChecked(columns_->isNarrow() && columns_->isSidebarShown()); });
+    toolBar_->setZoom(0, true);
+}
+
+void ContentView::connectActions()
+{
+    const auto on = [this](QAction* action, auto verb) { connect(action, &QAction::triggered, this, verb); };
+    on(actions_->addPhotos, &ContentView::choosePhotos);
+    on(actions_->addFolder, &ContentView::chooseFolder);
+    on(actions_->clearAll, &ContentView::clearAll);
+    on(actions_->exportBatch, &ContentView::showExportOptions);
+    on(actions_->quit, &QWidget::close);
+    on(actions_->showInFolder, [this] {
+        if (const auto& photoID = session_.selectedPhotoID())
+            services_.showItems({*photoID});
+    });
+    on(actions_->copyFraming, [this] {
+        if (const auto& photoID = session_.selectedPhotoID())
+            history_.copyFraming(*photoID);
+    });
+    on(actions_->pasteFraming, [this] {
+        if (const auto& photoID = session_.selectedPhotoID())
+            history_.pasteFraming({*photoID});
+    });
+    on(actions_->presets, &ContentView::showPresets);
+    on(actions_->settings, &ContentView::showSettings);
+    on(actions_->shortcuts, &ContentView::showShortcuts);
+    on(actions_->zoomIn, [this] { preview_->zoomIn(); });
+    on(actions_->zoomOut, [this] { preview_->zoomOut(); });
+    on(actions_->zoomToFit, [this] { preview_->zoomToFit(); });
+    on(actions_->zoomToActualPixels, [this] { preview_->zoomToActualPixels(); });
+    on(actions_->toggleSidebar, [this] { columns_->setSidebarShown(!columns_->isSidebarShown()); });
+    on(actions_->nextArea, [this] { moveToArea(1); });
+    on(actions_->previousArea, [this] { moveToArea(-1); });
+}
+
+void ContentView::connectModels()
+{
+    connect(&session_, &PhotoSession::selectedPhotoIDChanged, this, &ContentView::loadSelectedPreview);
+    connect(&session_, &PhotoSession::selectedPhotoIDChanged, this, &ContentView::updateActions);
+    connect(&session_, &PhotoSession::photosChanged, this, &ContentView::updateActions);
+    connect(&session_, &PhotoSession::isImportingChanged, this, &ContentView::updateActions);
+    connect(&history_, &EditHistory::canPasteFramingChanged, this, &ContentView::updateActions);
+    connect(&previewLoader_, &PreviewLoader::photoChanged, this, &ContentView::updateActions);
+    connect(&exportSession_, &ExportSession::progressChanged, this, &ContentView::updateActions);
+    connect(&exportSession_, &ExportSession::isPlanningChanged, this, &ContentView::updateActions);
+    connect(&exportSession_, &ExportSession::reportChanged, this, &ContentView::showReport);
+}
+
+void ContentView::updateActions()
+{
+    const bool busy = exportSession_.isRunning() || exportSession_.isPlanning();
+    const bool hasPhotos = !session_.photos().empty();
+    const bool hasSelection = session_.selectedPhoto() != nullptr;
+    const bool mayAdd = !busy && !session_.isImporting();
+    toolBar_->setAddEnabled(mayAdd);
+    actions_->addPhotos->setEnabled(mayAdd);
+    actions_->addFolder->setEnabled(mayAdd);
+    actions_->clearAll->setEnabled(!busy && hasPhotos);
+    actions_->exportBatch->setEnabled(!busy && hasPhotos);
+    actions_->presets->setEnabled(!busy);
+    actions_->undo->setEnabled(!busy && history_.stack().canUndo());
+    actions_->redo->setEnabled(!busy && history_.stack().canRedo());
+    actions_->copyFraming->setEnabled(hasSelection);
+    actions_->pasteFraming->setEnabled(!busy && hasSelection && history_.canPasteFraming());
+    actions_->showInFolder->setEnabled(hasSelection);
+    toolBar_->setComparable(previewLoader_.photo().has_value());
+    inspector_->setLocked(busy);
+}
+
+void ContentView::choosePhotos()
+{
+    services_.panels.open(this, {.kind = PanelRequest::Kind::photos, .title = QStringLiteral("Add Photos")},
+                          [this](const std::vector<FileUrl>& urls) { importRoots(urls); });
+}
+
+void ContentView::chooseFolder()
+{
+    services_.panels.open(this,
+                          {.kind = PanelRequest::Kind::folder,
+                           .title = QStringLiteral("Add a Folder of Photos"),
+                           .prompt = QStringLiteral("Add Folder")},
+                          [this](const std::vector<FileUrl>& urls) { importRoots(urls); });
+}
+
+void ContentView::importRoots(const std::vector<FileUrl>& urls)
+{
+    const QPointer<QWidget> focusedBefore = QApplication::focusWidget();
+    session_.importPhotos(urls, [this, focusedBefore](const ImportOutcome& outcome) {
+        // The buttons of the empty window go with the first photo. Whoever types meanwhile is not interrupted.
+        const bool focusIsLost = !focusedBefore || !focusedBefore->isVisible();
+        if (outcome.added > 0 && focusIsLost && !qobject_cast<QLineEdit*>(QApplication::focusWidget()))
+            sidebar_->list()->setFocus(Qt::OtherFocusReason);
+        if (const std::optional<PresentedError> message = WindowTexts::importMessage(outcome))
+            present(message->title, message->message);
+    });
+}
+
+void ContentView::loadSelectedPreview()
+{
+    previewLoad_.request_stop();
+    const ImportedPhoto* selected = session_.selectedPhoto();
+    previewLoad_ =
+        previewLoader_.load(selected ? std::optional(*selected) : std::nullopt,
+                            [this](const std::exception_ptr& error) { preview_->showLoadError(errorText(error)); });
+}
+
+void ContentView::importLogo()
+{
+    const QString title = session_.activeRecipe().logo ? QStringLiteral("Replace Logo") : QStringLiteral("Import Logo");
+    services_.panels.open(this, {.kind = PanelRequest::Kind::logo, .title = title, .prompt = title},
+                          [this](const std::vector<FileUrl>& urls) {
+                              logoImporter_.importLogo(
+                                  urls.front(),
+                                  [this](const LogoAssetReference& asset) { history_.setLogoAsset(asset); },
+                                  [this](const std::exception_ptr& error) {
+                                      present(QStringLiteral("Couldn’t Import Logo"), errorText(error));
+                                  });
+                          });
+}
+
+void ContentView::clearAll()
+{
+    history_.clearAll();
+    previewLoader_.clear();
+}
+
+void ContentView::showExportOptions()
+{
+    if (exportOptions_)
+        return;
+    exportOptions_ = new ExportOptionsSheet(session_, exportSession_, preferences_, this);
+    exportOptions_->setDeletedAfterClose(true);
+    connect(exportOptions_, &ExportOptionsSheet::startRequested, this, &ContentView::startExport);
+    connect(exportOptions_, &ExportOptionsSheet::chooseFolderRequested, this, &ContentView::chooseExportFolder);
+    connect(exportOptions_, &ExportOptionsSheet::showPhotoRequested, this, [this](const FileUrl& photoID) {
+        exportOptions_->dismiss();
+        session_.setSelectedPhotoID(photoID);
+    });
+    exportOptions_->open();
+}
+
+void ContentView::chooseExportFolder()
+{
+    const BatchExportConfiguration& configuration = exportSession_.configuration();
+    services_.panels.open(this,
+                          {.kind = PanelRequest::Kind::folder,
+                           .title = QStringLiteral("Choose Export Folder"),
+                           .prompt = QStringLiteral("Choose"),
+                           .startsIn = configuration.chosenFolder.value_or(FileUrl())},
+                          [this](const std::vector<FileUrl>& urls) {
+                              session_.accessBroker().retainDestination(urls.front());
+                              BatchExportConfiguration chosen = exportSession_.configuration();
+                              chosen.chosenFolder = urls.front();
+                              exportSession_.setConfiguration(chosen);
+                          });
+}
+
+void ContentView::startExport()
+{
+    if (exportSession_.configuration().destinationMode == ExportDestinationMode::sourceSubfolder &&
+        !mayWriteBesideSources())
+        return;
+    if (exportSession_.configuration().collisionRule == CollisionRule::replace)
+        confirmReplacement();
+    else
+        runExport(ExportRequest::make(session_, exportSession_));
+}
+
+bool ContentView::mayWriteBesideSources()
+{
+    std::vector<FileUrl> photos;
+    for (const ImportedPhoto& photo : session_.includedPhotos())
+        photos.push_back(photo.url);
+    const auto grant = [this](const FileUrl& folder, std::size_t index, std::size_t total) -> std::optional<FileUrl> {
+        // Outside a sandbox the program may go wherever the user may: there is nothing to ask.
+        if (!services_.isSandboxed)
+            return folder;
+        QString title = QStringLiteral("Allow Access to Source Folder");
+        if (total > 1)
+            title += QStringLiteral(" %1 of %2").arg(index + 1).arg(total);
+        // This desktop's panels have no message of their own: it stands behind the title.
+        const QString message =
+            QStringLiteral("To create “%1” beside these photos, select “%2” and click Allow.")
+                .arg(exportSession_.configuration().sourceSubfolderName, folder.lastPathComponent());
+        return services_.panels.openAndWait(this, {.kind = PanelRequest::Kind::folder,
+                                                   .title = title + QStringLiteral(": ") + message,
+                                                   .prompt = QStringLiteral("Allow"),
+                                                   .startsIn = folder.deletingLastPathComponent()});
+    };
+    using Case = SandboxAccessBroker::SourceAccessOutcome::Case;
+    const auto outcome = session_.accessBroker().ensureSourceFolderAccess(photos, grant);
+    switch (outcome.value) {
+    case Case::granted:
+        return true;
+    case Case::outsideScope:
+        present(QStringLiteral("Choose the Source Folder"),
+                QStringLiteral("Select “%1” or one of its parent folders to allow this export.")
+                    .arg(outcome.folder.lastPathComponent()));
+        return false;
+    case Case::accessDenied:
+        present(QStringLiteral("Folder Access Wasn’t Granted"),
+                QStringLiteral("Ferrow still cannot write beside the source photos. Please choose an export folder "
+                               "instead."));
+        return false;
+    case Case::cancelled:
+        break;
+    }
+    return false;
+}
+
+void ContentView::confirmReplacement()
+{
+    const Question question{
+        .title = QStringLiteral("Replace Existing Files?"),
+        .message = QStringLiteral("Existing output files with matching names will be replaced. Source photos can "
+                                  "never be replaced."),
+        .accept = QStringLiteral("Replace and Export"),
+        .leave = QStringLiteral("Cancel"),
+    };
+    ConfirmSheet::ask(this, question, this, [this](const Answer& answer) {
+        if (answer.accepted)
+            runExport(ExportRequest::make(session_, exportSession_));
+    });
+}
+
+void ContentView::runExport(ExportRequest request)
+{
+    if (exportOptions_)
+        exportOptions_->dismiss();
+    columns_->closeDrawer();
+    exportTime_.start();
+    exportSession_.planAndStart(std::move(request));
+}
+
+void ContentView::cancelExport()
+{
+    exportSession_.cancel();
+}
+
+void ContentView::showReport()
+{
+    if (!exportSession_.report())
+        return;
+    updateActions();
+    notifyOfReport();
+    auto* sheet =
+        new ReportSheet(*exportSession_.report(), session_, preferences_, this, exportSession_.skippedPhotos());
+    sheet->setDeletedAfterClose(true);
+    connect(sheet, &ReportSheet::showInFolderRequested, this,
+            [this](const FileUrl& file) { services_.showItems({file}); });
+    connect(sheet, &ReportSheet::openFoldersRequested, this, services_.openFolders);
+    connect(sheet, &ReportSheet::closed, this, &ContentView::finishExportReport);
+    connect(sheet, &ReportSheet::tryAgainRequested, this, [this, sheet](const std::vector<FileUrl>& photos) {
+        disconnect(sheet, &ReportSheet::closed, this, nullptr);
+        sheet->dismiss();
+        exportSession_.clearReport();
+        runExport(ExportRequest::make(session_, exportSession_).limitedTo(asSet(photos)));
+    });
+    sheet->open();
+}
+
+void ContentView::notifyOfReport()
+{
+    if (isActiveWindow() || !exportTime_.isValid() || !exportTime_.hasExpired(longExport))
+        return;
+    const BatchExportReport& report = *exportSession_.report();
+    QString body = WindowTexts::exported(report.exported, report.total);
+    if (!report.failures.empty())
+        body += QStringLiteral(", %1 failed").arg(report.failures.size());
+    services_.notify(report.cancelled > 0 ? QStringLiteral("Export stopped") : QStringLiteral("Export finished"), body);
+}
+
+void ContentView::finishExportReport()
+{
+    const std::vector<FileUrl> folders =
+        exportSession_.report() ? exportSession_.report()->outputFolders : std::vector<FileUrl>();
+    exportSession_.clearReport();
+    if (preferences_.opensExportFolders() && !folders.empty())
+        services_.openFolders(folders);
+}
+
+void ContentView::stopAllAccess()
+{
+    exportSession_.cancel();
+    session_.accessBroker().stopAllAccess();
+}
+
+void ContentView::showPresets()
+{
+    if (presets_)
+        return;
+    presets_ = new PresetManagerView(presetLibrary_,
+                                     {.saveCurrent = [this] { saveCurrentPreset(); },
+                                      .apply = [this](const QUuid& id) { applyPreset(id); },
+                                      .renameInPlace =
+                                          [this](const QUuid& id, const QString& name) {
+                                              attempt(QStringLiteral("Couldn’t Rename Preset"),
+                                                      [&] { presetLibrary_.rename(id, name); });
+                                          },
+                                      .rename = [this](const QUuid& id) { renamePreset(id); },
+                                      .duplicate = [this](const QUuid& id) { duplicatePreset(id); },
+                                      .remove = [this](const QUuid& id) { deletePreset(id); }},
+                                     this);
+    presets_->setDeletedAfterClose(true);
+    presets_->open();
+}
+
+void ContentView::attempt(const QString& failureTitle, const std::function<void()>& operation)
+{
+    try {
+        operation();
+    } catch (...) {
+        present(failureTitle, errorText(std::current_exception()));
+    }
+}
+
+const PhotoPreset* ContentView::preset(const QUuid& id) const
+{
+    const auto found = std::ranges::find(presetLibrary_.presets(), id, &PhotoPreset::id);
+    return found == presetLibrary_.presets().end() ? nullptr : &*found;
+}
+
+void ContentView::requestPresetName(const QString& title, const QString& prompt, const QString& defaultValue,
+                                    const std::function<void(const QString&)>& named)
+{
+    const Question question{
+        .title = title,
+        .message = QStringLiteral("Enter a name for this reusable collection of settings."),
+        .accept = prompt,
+        .leave = QStringLiteral("Cancel"),
+        .field = Question::Field{.name = QStringLiteral("Preset name"),
+                                 .placeholder = QStringLiteral("Preset name"),
+                                 .text = defaultValue},
+    };
+    ConfirmSheet::ask(this, question, this, [named](const Answer& answer) {
+        if (answer.accepted)
+            named(answer.text);
+    });
+}
+
+void ContentView::saveCurrentPreset()
+{
+    requestPresetName(QStringLiteral("Save Preset"), QStringLiteral("Save"), {}, [this](const QString& name) {
+        attempt(QStringLiteral("Couldn’t Save Preset"), [&] {
+            presetLibrary_.save(name, PresetPayload::make(session_.batchRecipe(), exportSession_.settings(),
+                                                          exportSession_.configuration()));
+        });
+    });
+}
+
+void ContentView::applyPreset(const QUuid& id)
+{
+    if (const PhotoPreset* chosen = preset(id))
+        history_.applyPreset(*chosen);
+    if (presets_)
+        presets_->dismiss();
+}
+
+void ContentView::renamePreset(const QUuid& id)
+{
+    const PhotoPreset* chosen = preset(id);
+    if (!chosen)
+        return;
+    requestPresetName(QStringLiteral("Rename Preset"), QStringLiteral("Rename"), chosen->name,
+                      [this, id](const QString& name) {
+                          attempt(QStringLiteral("Couldn’t Rename Preset"), [&] { presetLibrary_.rename(id, name); });
+                      });
+}
+
+void ContentView::duplicatePreset(const QUuid& id)
+{
+    attempt(QStringLiteral("Couldn’t Duplicate Preset"), [&] { presetLibrary_.duplicate(id); });
+}
+
+void ContentView::deletePreset(const QUuid& id)
+{
+    const PhotoPreset* chosen = preset(id);
+    if (!chosen)
+        return;
+    const Question question{
+        .title = QStringLiteral("Delete “%1”?").arg(chosen->name),
+        .message = QStringLiteral("This removes the saved preset. Imported logo assets and source photos are not "
+                                  "changed."),
+        .accept = QStringLiteral("Delete"),
+        .leave = QStringLiteral("Cancel"),
+        .kind = Question::Kind::destructive,
+    };
+    ConfirmSheet::ask(this, question, this, [this, id](const Answer& answer) {
+        if (answer.accepted)
+            attempt(QStringLiteral("Couldn’t Delete Preset"), [&] { presetLibrary_.remove(id); });
+    });
+}
+
+void ContentView::present(const QString& title, const QString& message)
+{
+    errors_.push_back({.title = title, .message = message});
+    presentNext();
+}
+
+void ContentView::presentNext()
+{
+    if (alert_ || errors_.empty())
+        return;
+    const PresentedError error = errors_.front();
+    errors_.pop_front();
+    alert_ = ConfirmSheet::alert(this, error.title, error.message, this, [this] {
+        alert_ = nullptr;
+        presentNext();
+    });
+}
+
+void ContentView::showSettings()
+{
+    if (!settings_) {
+        settings_ = new SettingsView(preferences_, this);
+        settings_->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    settings_->show();
+    settings_->raise();
+    settings_->activateWindow();
+}
+
+void ContentView::showShortcuts()
+{
+    std::vector<ShortcutGroup> groups;
+    for (const ListedShortcut& shortcut : actions_->listedShortcuts()) {
+        if (groups.empty() || groups.back().title != shortcut.group)
+            groups.push_back({shortcut.group, {}});
+        groups.back().shortcuts.push_back({shortcut.text, shortcut.keys});
+    }
+    auto* window = new ShortcutsWindow(groups, this);
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    window->open();
+}
+
+void ContentView::setComparing(bool comparing)
+{
+    preview_->setComparing(comparing);
+}
+
+void ContentView::moveToArea(int direction)
+{
+    const std::array<QWidget*, 4> areas{toolBar_, sidebar_, preview_, inspector_};
+    const QWidget* focused = QApplication::focusWidget();
+    const auto present =
+        std::ranges::find_if(areas, [&](const QWidget* area) { return focused && area->isAncestorOf(focused); });
+    const auto count = int(areas.size());
+    int position = present == areas.end() ? (direction > 0 ? -1 : 0) : int(present - areas.begin());
+    for (int tries = 0; tries < count; ++tries) {
+        position = (position + direction + count) % count;
+        QWidget* area = areas[std::size_t(position)];
+        if (area == sidebar_ && sidebar_->list()->isVisible()) {
+            sidebar_->list()->setFocus(Qt::TabFocusReason);
+            return;
+        }
+        const QList<QWidget*> inside = area->findChildren<QWidget*>();
+        const auto first = std::ranges::find_if(inside, [](const QWidget* child) {
+            return child->isVisible() && child->isEnabled() && (child->focusPolicy() & Qt::TabFocus);
+        });
+        if (area->isVisible() && first != inside.end()) {
+            (*first)->setFocus(Qt::TabFocusReason);
+            return;
+        }
+    }
+}
+
+bool ContentView::acceptsPhotos() const
+{
+    return actions_->addPhotos->isEnabled() && !Overlay::topmost(this);
+}
+
+bool ContentView::handleDrag(QEvent* event)
+{
+    if (event->type() == QEvent::DragLeave) {
+        preview_->setDropTarget(std::nullopt);
+        return false;
+    }
+    auto* drag = static_cast<QDropEvent*>(event);
+    if (!carriesFiles(*drag->mimeData()))
+        return false;
+    if (!acceptsPhotos()) {
+        drag->ignore();
+        return true;
+    }
+    drag->setDropAction(Qt::CopyAction);
+    drag->accept();
+    if (event->type() == QEvent::Drop) {
+        preview_->setDropTarget(std::nullopt);
+        importRoots(droppedFiles(*drag->mimeData()));
+    } else if (event->type() == QEvent::DragEnter) {
+        preview_->setDropTarget(carriedFileCount(*drag->mimeData()));
+    }
+    return true;
+}
+
+bool ContentView::handleCompareKey(const QEvent& event)
+{
+    const auto& key = static_cast<const QKeyEvent&>(event);
+    if (key.key() != Qt::Key_Backslash || key.modifiers() != Qt::NoModifier ||
+        qobject_cast<QLineEdit*>(QApplication::focusWidget()))
+        return false;
+    if (!key.isAutoRepeat())
+        setComparing(event.type() == QEvent::KeyPress && !Overlay::topmost(this));
+    return true;
+}
+
+bool ContentView::eventFilter(QObject* watched, QEvent* event)
+{
+    switch (event->type()) {
+    // Files are for the window, whichever field they are over.
+    case QEvent::DragEnter:
+    case QEvent::DragMove:
+    case QEvent::DragLeave:
+    case QEvent::Drop: {
+        const auto* widget = qobject_cast<QWidget*>(watched);
+        if (widget && widget->window() == this && handleDrag(event))
+            return true;
+        break;
+    }
+    case QEvent::KeyPress:
+    case QEvent::KeyRelease: {
+        const auto* widget = qobject_cast<QWidget*>(watched);
+        if (widget && widget->window() == this && handleCompareKey(*event))
+            return true;
+        break;
+    }
+    default:
+        break;
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void ContentView::closeEvent(QCloseEvent* event)
+{
+    session_.cancelImport();
+    stopAllAccess();
+    event->accept();
+}
+
+} // namespace ferrow
