@@ -1,0 +1,184 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Features/Batch/PhotoRowDelegate.h"
+
+#include "Shared/Widgets/FocusRing.h"
+#include "Shared/Widgets/Icons.h"
+#include "Shared/Widgets/Theme.h"
+
+#include <QPainter>
+#include <QStyleOptionButton>
+#include <QWidget>
+
+namespace ferrow {
+
+namespace {
+
+constexpr int rowHeight = 64;
+constexpr int thumbnailWidth = 64;
+constexpr int thumbnailHeight = 48;
+constexpr int textGap = 10;
+constexpr double excludedOpacity = 0.45;
+
+/// What the row's fill covers: the item without the inset at the sides and the gap below.
+QRect rowFill(const QRect& item)
+{
+    return item.adjusted(Space::group, 0, -Space::group, -Space::rowGap);
+}
+
+QRect checkBox(const QRect& item)
+{
+    const QRect fill = rowFill(item);
+    return {fill.left() + Space::group, fill.center().y() - Measure::checkBox / 2 + 1, Measure::checkBox,
+            Measure::checkBox};
+}
+
+QRect thumbnailBox(const QRect& item)
+{
+    const QRect fill = rowFill(item);
+    return {checkBox(item).right() + 1 + textGap, fill.center().y() - thumbnailHeight / 2 + 1, thumbnailWidth,
+            thumbnailHeight};
+}
+
+} // namespace
+
+PhotoRowDelegate::PhotoRowDelegate(PhotoListModel& model, ThumbnailCache& thumbnails, QObject* parent)
+    : QStyledItemDelegate(parent), model_(model), thumbnails_(thumbnails)
+{
+}
+
+QRect PhotoRowDelegate::checkTarget(const QRect& row)
+{
+    const QRect box = checkBox(row);
+    constexpr int margin = (Measure::hitArea - Measure::checkBox) / 2 + 2;
+    return box.adjusted(-margin, -margin, margin, margin);
+}
+
+QRect PhotoRowDelegate::removeButton(const QRect& row)
+{
+    const QRect fill = rowFill(row);
+    return {fill.right() + 1 - Space::group - Measure::smallControl, fill.center().y() - Measure::smallControl / 2 + 1,
+            Measure::smallControl, Measure::smallControl};
+}
+
+QSize PhotoRowDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const
+{
+    return {0, Theme::current().scaled(rowHeight) + Space::rowGap};
+}
+
+void PhotoRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const
+{
+    const bool selected = option.state.testFlag(QStyle::State_Selected);
+    const bool hovered = option.state.testFlag(QStyle::State_MouseOver) && !locked_;
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    const QRect fill = rowFill(option.rect);
+    if (selected || hovered) {
+        painter->setPen(Qt::NoPen);
+        painter->setBrush(themeColor(selected ? &ThemeColors::selection : &ThemeColors::fill));
+        painter->drawRoundedRect(fill, Radius::row, Radius::row);
+    }
+    paintCheckBox(*painter, option.rect, model_.isIncluded(index.row()));
+    paintThumbnail(*painter, option.rect, index.row());
+    paintTexts(*painter, option.rect, index.row(), paintTrailing(*painter, option.rect, index.row(), hovered));
+    if (option.state.testFlag(QStyle::State_HasFocus) && FocusRing::isKeyboardFocus()) {
+        painter->setPen(QPen(themeColor(&ThemeColors::accent), Measure::focusWidth));
+        painter->setBrush(Qt::NoBrush);
+        painter->drawRoundedRect(QRectF(fill).adjusted(1, 1, -1, -1), Radius::row - 1, Radius::row - 1);
+    }
+    painter->restore();
+}
+
+void PhotoRowDelegate::paintCheckBox(QPainter& painter, const QRect& row, bool checked) const
+{
+    const QRectF box = checkBox(row);
+    painter.setOpacity(locked_ ? disabledOpacity : 1);
+    if (checked) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(themeColor(&ThemeColors::on));
+        painter.drawRoundedRect(box, Radius::box, Radius::box);
+        paintIcon(painter, IconName::check, box, Measure::checkBox, themeColor(&ThemeColors::onMark));
+    } else {
+        painter.setPen(QPen(themeColor(&ThemeColors::border), 1));
+        painter.setBrush(themeColor(&ThemeColors::surface));
+        painter.drawRoundedRect(box.adjusted(0.5, 0.5, -0.5, -0.5), Radius::box - 0.5, Radius::box - 0.5);
+    }
+    painter.setOpacity(1);
+}
+
+void PhotoRowDelegate::paintThumbnail(QPainter& painter, const QRect& row, int index) const
+{
+    const QRect box = thumbnailBox(row);
+    const double scale = painter.device()->devicePixelRatioF();
+    const QImage image = thumbnails_.image(model_.photoID(index), box.size() * scale);
+    painter.setOpacity(model_.isIncluded(index) ? 1 : excludedOpacity);
+    if (image.isNull()) {
+        painter.fillRect(box, themeColor(&ThemeColors::fill));
+    } else {
+        QRectF place(QPointF(), QSizeF(image.size()) / scale);
+        place.moveCenter(QRectF(box).center());
+        // On whole device pixels, where it was scaled for.
+        place.moveTopLeft((place.topLeft() * scale).toPoint().toPointF() / scale);
+        painter.drawImage(place, image);
+    }
+    painter.setOpacity(1);
+}
+
+void PhotoRowDelegate::paintTexts(QPainter& painter, const QRect& row, int index, int right) const
+{
+    const ImportedPhoto* photo = model_.photo(index);
+    if (!photo)
+        return;
+    const Theme& theme = Theme::current();
+    const int left = thumbnailBox(row).right() + 1 + textGap;
+    const int width = right - left;
+    const int nameHeight = theme.lineHeight(TextRole::strong);
+    const int sizeHeight = theme.lineHeight(TextRole::small);
+    const int top = rowFill(row).center().y() + 1 - (nameHeight + sizeHeight) / 2;
+
+    const bool included = model_.isIncluded(index);
+    painter.setFont(theme.font(TextRole::strong));
+    painter.setPen(themeColor(included ? &ThemeColors::text : &ThemeColors::text2));
+    painter.drawText(QRect(left, top, width, nameHeight), Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
+                     painter.fontMetrics().elidedText(photo->filename(), Qt::ElideMiddle, width));
+    painter.setFont(theme.font(TextRole::small));
+    painter.setPen(themeColor(&ThemeColors::text2));
+    painter.drawText(QRect(left, top + nameHeight, width, sizeHeight),
+                     Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
+                     painter.fontMetrics().elidedText(photo->pixelSize.formatted(), Qt::ElideRight, width));
+}
+
+int PhotoRowDelegate::paintTrailing(QPainter& painter, const QRect& row, int index, bool hovered) const
+{
+    const QRect button = removeButton(row);
+    const QRect mark(button.right() + 1 - Measure::fieldIcon - Space::iconEdge,
+                     button.center().y() + 1 - Measure::fieldIcon / 2, Measure::fieldIcon, Measure::fieldIcon);
+    const auto drawMark = [&](IconName name, ColorRole color) {
+        paintIcon(painter, name, mark, Measure::fieldIcon, themeColor(color));
+        return mark.left() - Space::group;
+    };
+    if (hovered) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(themeColor(&ThemeColors::pressed));
+        painter.drawRoundedRect(button, Radius::control, Radius::control);
+        paintIcon(painter, IconName::remove, button, Measure::fieldIcon, themeColor(&ThemeColors::text));
+        return button.left() - Space::group;
+    }
+    switch (model_.exportState(index).value_or(PhotoExportState::waiting)) {
+    case PhotoExportState::exporting:
+        return drawMark(IconName::exportPhotos, &ThemeColors::accent);
+    case PhotoExportState::exported:
+        return drawMark(IconName::check, &ThemeColors::success);
+    case PhotoExportState::failed:
+        return drawMark(IconName::error, &ThemeColors::error);
+    case PhotoExportState::skipped:
+        return drawMark(IconName::info, &ThemeColors::text2);
+    case PhotoExportState::waiting:
+    case PhotoExportState::cancelled:
+        break;
+    }
+    if (model_.hasOwnFraming(index))
+        return drawMark(IconName::ownFraming, &ThemeColors::accent);
+    return rowFill(row).right() - Space::group;
+}
+
+} // namespace ferrow

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "App/EditHistory.h"
+#include "App/ExportSession.h"
+#include "App/PhotoSession.h"
+
+#include <QWidget>
+
+class QLabel;
+class QMenu;
+class QPushButton;
+
+namespace ferrow {
+
+class Checkbox16;
+class PhotoListModel;
+class PhotoListView;
+class ProgressLine;
+class ThumbnailCache;
+
+/// The photos of the session with their ticks, what an import has read so far, and how many will be exported.
+class PhotoSidebar : public QWidget {
+    Q_OBJECT
+
+public:
+    PhotoSidebar(PhotoSession& session, EditHistory& history, ExportSession& exportSession, QWidget* parent = nullptr);
+
+    [[nodiscard]] PhotoListView* list() const { return list_; }
+
+signals:
+    void clearAllRequested();
+    void showInFolderRequested(const ferrow::FileUrl& photoID);
+    /// A photo was chosen by the user's hand, not by the program.
+    void photoChosen();
+
+private:
+    QWidget* buildHeader();
+    QWidget* buildImportBlock();
+    QWidget* buildFooter();
+    void buildList();
+
+    void followSelection();
+    void followImport();
+    void updateCounts();
+    void showContextMenu(int row, const QPoint& place);
+
+    PhotoSession& session_;
+    EditHistory& history_;
+    ExportSession& exportSession_;
+    PhotoListModel* model_ = nullptr;
+    ThumbnailCache* thumbnails_ = nullptr;
+    PhotoListView* list_ = nullptr;
+    Checkbox16* includeAll_ = nullptr;
+    QLabel* count_ = nullptr;
+    QPushButton* clearAll_ = nullptr;
+    QLabel* empty_ = nullptr;
+    QWidget* importBlock_ = nullptr;
+    QLabel* importCount_ = nullptr;
+    ProgressLine* importBar_ = nullptr;
+    QLabel* status_ = nullptr;
+};
+
+} // namespace ferrow

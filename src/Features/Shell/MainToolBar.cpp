@@ -1,0 +1,232 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Features/Shell/MainToolBar.h"
+
+#include "Features/Shell/WindowActions.h"
+#include "Shared/Widgets/FerrowStyle.h"
+#include "Shared/Widgets/Icons.h"
+#include "Shared/Widgets/SmallParts.h"
+#include "Shared/Widgets/Theme.h"
+
+#include <QHBoxLayout>
+#include <QMenu>
+#include <QPushButton>
+
+#include <algorithm>
+
+namespace ferrow {
+
+namespace {
+
+constexpr int zoomWidth = 56;
+constexpr int dividerHeight = 20;
+/// Narrower than this, minus and plus leave: keys, wheel and the list of the percentage do their work.
+constexpr int fullWidth = 1'040;
+
+QPushButton* iconButton(IconName name, QAction* action, const QString& objectName)
+{
+    QPushButton* button = makeIconButton(name, action->text().remove(u'…'));
+    button->setObjectName(objectName);
+    bindButton(button, action);
+    return button;
+}
+
+HairLine* divider()
+{
+    auto* line = new HairLine(Qt::Vertical);
+    line->setFixedHeight(dividerHeight);
+    return line;
+}
+
+QHBoxLayout* rowOf(QWidget* host)
+{
+    auto* row = new QHBoxLayout(host);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(Space::iconEdge);
+    return row;
+}
+
+} // namespace
+
+MainToolBar::MainToolBar(WindowActions& actions, QWidget* parent) : QWidget(parent), actions_(actions)
+{
+    setObjectName(QStringLiteral("mainToolBar"));
+    setGround(this, &ThemeColors::window);
+    setFixedHeight(Theme::current().scaled(Measure::toolBar));
+    verbs_ = buildVerbs();
+    view_ = buildView();
+    result_ = buildResult();
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(Space::row, 0, Space::row, 0);
+    row->addWidget(verbs_);
+    // The middle group lies over the free space, centred in the window and not between groups of unequal width. The Tab
+    // key goes through the groups in the order in which they get their parent.
+    view_->setParent(this);
+    row->addStretch();
+    row->addWidget(result_);
+}
+
+QWidget* MainToolBar::buildVerbs()
+{
+    auto* host = new QWidget;
+    QHBoxLayout* row = rowOf(host);
+    row->addWidget(iconButton(IconName::sidebar, actions_.toggleSidebar, QStringLiteral("sidebarButton")));
+    row->addSpacing(Space::iconEdge);
+
+    add_ = new MenuButton(IconName::add, QStringLiteral("Add"));
+    add_->setObjectName(QStringLiteral("addPhotosMenu"));
+    add_->setToolTip(QStringLiteral("Add photos or folder"));
+    auto* menu = new QMenu(add_);
+    menu->setToolTipsVisible(true);
+    menu->addAction(actions_.addPhotos);
+    menu->addAction(actions_.addFolder);
+    actions_.addPhotos->setToolTip(QStringLiteral("Add individual photos"));
+    actions_.addFolder->setToolTip(QStringLiteral("Recursively add a folder"));
+    add_->setMenu(menu);
+    row->addWidget(add_);
+    row->addSpacing(Space::iconEdge);
+
+    auto* presets = new QPushButton(icon(IconName::presets), QStringLiteral("Presets"));
+    presets->setObjectName(QStringLiteral("presetsButton"));
+    bindButton(presets, actions_.presets, QStringLiteral("Save and apply reusable Ferrow settings"));
+    row->addWidget(presets);
+    row->addSpacing(Space::group);
+    row->addWidget(divider());
+    row->addSpacing(Space::group);
+    row->addWidget(iconButton(IconName::undo, actions_.undo, QStringLiteral("undoButton")));
+    row->addWidget(iconButton(IconName::redo, actions_.redo, QStringLiteral("redoButton")));
+    return host;
+}
+
+QWidget* MainToolBar::buildView()
+{
+    auto* host = new QWidget;
+    QHBoxLayout* row = rowOf(host);
+    zoomOut_ = iconButton(IconName::zoomOut, actions_.zoomOut, QStringLiteral("zoomOutButton"));
+    zoom_ = new QPushButton;
+    zoom_->setObjectName(QStringLiteral("zoomButton"));
+    zoom_->setAccessibleName(QStringLiteral("Zoom"));
+    zoom_->setFixedWidth(Theme::current().scaled(zoomWidth));
+    setButtonRole(zoom_, ButtonRole::flat);
+    connect(zoom_, &QPushButton::clicked, this,
+            [this] { zoomMenu()->popup(zoom_->mapToGlobal(QPoint(0, zoom_->height() + Space::rowGap))); });
+    zoomIn_ = iconButton(IconName::zoomIn, actions_.zoomIn, QStringLiteral("zoomInButton"));
+    compare_ = makeIconButton(IconName::compare, QStringLiteral("Hold to Compare"));
+    compare_->setObjectName(QStringLiteral("compareButton"));
+    compare_->setToolTip(QStringLiteral("Hold to see the bare photo (\\)"));
+    connect(compare_, &QPushButton::pressed, this, [this] { emit compareHeld(true); });
+    connect(compare_, &QPushButton::released, this, [this] { emit compareHeld(false); });
+
+    for (QWidget* button :
+         {static_cast<QWidget*>(zoomOut_), static_cast<QWidget*>(zoom_), static_cast<QWidget*>(zoomIn_)})
+        row->addWidget(button);
+    row->addSpacing(Space::group);
+    row->addWidget(iconButton(IconName::zoomFit, actions_.zoomToFit, QStringLiteral("zoomFitButton")));
+    row->addWidget(iconButton(IconName::zoom100, actions_.zoomToActualPixels, QStringLiteral("zoom100Button")));
+    row->addSpacing(Space::group);
+    row->addWidget(divider());
+    row->addSpacing(Space::group);
+    row->addWidget(compare_);
+    return host;
+}
+
+QWidget* MainToolBar::buildResult()
+{
+    auto* host = new QWidget;
+    QHBoxLayout* row = rowOf(host);
+    auto* more = makeIconButton(IconName::more, QStringLiteral("Main Menu"));
+    more->setObjectName(QStringLiteral("mainMenuButton"));
+    more->setShortcut(Qt::Key_F10);
+    more->setToolTip(QStringLiteral("Main Menu (F10)"));
+    connect(more, &QPushButton::clicked, this, [this, more] {
+        QMenu* menu = mainMenu();
+        const QPoint corner = more->mapToGlobal(QPoint(more->width(), more->height() + Space::rowGap));
+        menu->popup(corner - QPoint(menu->sizeHint().width(), 0));
+    });
+    row->addWidget(more);
+    row->addWidget(iconButton(IconName::settings, actions_.settings, QStringLiteral("settingsButton")));
+    row->addSpacing(Space::group);
+    auto* exportButton =
+        new QPushButton(icon(IconName::exportPhotos, &ThemeColors::onInk), QStringLiteral("Export Batch"));
+    exportButton->setObjectName(QStringLiteral("exportButton"));
+    setButtonRole(exportButton, ButtonRole::main);
+    bindButton(exportButton, actions_.exportBatch,
+               QStringLiteral("Review export settings and start exporting included photos"));
+    row->addWidget(exportButton);
+    return host;
+}
+
+QMenu* MainToolBar::zoomMenu()
+{
+    auto* menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->addAction(actions_.zoomToFit);
+    menu->addSeparator();
+    for (const int percent : {25, 50, 100, 200, 400})
+        menu->addAction(QStringLiteral("%1%").arg(percent), this,
+                        [this, percent] { emit zoomChosen(percent / 100.0); });
+    return menu;
+}
+
+QMenu* MainToolBar::mainMenu()
+{
+    auto* menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    for (QAction* action : {actions_.addPhotos,     actions_.addFolder,
+                            actions_.showInFolder,  actions_.clearAll,
+                            actions_.exportBatch,   static_cast<QAction*>(nullptr),
+                            actions_.undo,          actions_.redo,
+                            actions_.copyFraming,   actions_.pasteFraming,
+                            actions_.presets,       static_cast<QAction*>(nullptr),
+                            actions_.zoomIn,        actions_.zoomOut,
+                            actions_.zoomToFit,     actions_.zoomToActualPixels,
+                            actions_.toggleSidebar, static_cast<QAction*>(nullptr),
+                            actions_.settings,      actions_.shortcuts,
+                            actions_.quit}) {
+        if (action)
+            menu->addAction(action);
+        else
+            menu->addSeparator();
+    }
+    return menu;
+}
+
+void MainToolBar::setZoom(double zoom, bool isFit)
+{
+    const bool shown = zoom > 0;
+    zoom_->setText(shown ? QStringLiteral("%1%").arg(qRound(zoom * 100)) : QStringLiteral("–"));
+    zoom_->setToolTip(QStringLiteral("Zoom"));
+    zoom_->setEnabled(shown);
+    for (QAction* action : {actions_.zoomIn, actions_.zoomOut, actions_.zoomToFit, actions_.zoomToActualPixels})
+        action->setEnabled(shown);
+    actions_.zoomToFit->setChecked(shown && isFit);
+}
+
+void MainToolBar::setComparable(bool comparable)
+{
+    compare_->setEnabled(comparable);
+}
+
+void MainToolBar::setAddEnabled(bool enabled)
+{
+    add_->setEnabled(enabled);
+}
+
+void MainToolBar::placeView()
+{
+    const bool full = width() >= fullWidth;
+    zoomOut_->setVisible(full);
+    zoomIn_->setVisible(full);
+    const QSize size = view_->sizeHint();
+    const int centred = (width() - size.width()) / 2;
+    const int least = Space::row + verbs_->sizeHint().width() + Space::row;
+    const int most = width() - Space::row - result_->sizeHint().width() - Space::row - size.width();
+    view_->setGeometry(std::clamp(centred, std::min(least, most), std::max(least, most)), 0, size.width(), height());
+}
+
+void MainToolBar::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    placeView();
+}
+
+} // namespace ferrow

@@ -1,0 +1,255 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Features/Shell/PreviewFooter.h"
+
+#include "Platform/Base/Localization.h"
+#include "Shared/Widgets/ElidedLabel.h"
+#include "Shared/Widgets/FerrowStyle.h"
+#include "Shared/Widgets/Icons.h"
+#include "Shared/Widgets/SmallParts.h"
+#include "Shared/Widgets/Theme.h"
+
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPainter>
+#include <QPushButton>
+#include <QStyleOptionButton>
+#include <QStylePainter>
+
+#include <algorithm>
+
+namespace ferrow {
+
+namespace {
+
+/// A name is not elided below this while there is anything else to leave out.
+constexpr int leastName = 80;
+
+/// The icon set has one arrow; this is the button with it the other way round.
+class MirroredButton : public QPushButton {
+public:
+    using QPushButton::QPushButton;
+
+protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        QStyleOptionButton option;
+        initStyleOption(&option);
+        QStylePainter painter(this);
+        painter.translate(width(), 0);
+        painter.scale(-1, 1);
+        painter.drawControl(QStyle::CE_PushButton, option);
+    }
+};
+
+/// "lightGrayBackdrop" for "Light Gray".
+QString dotObjectName(const QString& title)
+{
+    QString name = title + QStringLiteral("Backdrop");
+    name.remove(QLatin1Char(' '));
+    name[0] = name[0].toLower();
+    return name;
+}
+
+} // namespace
+
+QColor backdropColor(PreviewBackdrop backdrop)
+{
+    const BackdropColors& colors = Theme::backdrops();
+    switch (backdrop) {
+    case PreviewBackdrop::black:
+        return colors.black;
+    case PreviewBackdrop::charcoal:
+        return colors.charcoal;
+    case PreviewBackdrop::gray:
+        return colors.gray;
+    case PreviewBackdrop::lightGray:
+        return colors.lightGray;
+    case PreviewBackdrop::white:
+        break;
+    }
+    return colors.white;
+}
+
+FooterFit fitFooter(int room, int name, const std::vector<int>& details, int backdropLabel, int gap)
+{
+    const auto fits = [&](bool withLabel, int detail, int nameWidth) {
+        const int label = withLabel ? gap + backdropLabel : 0;
+        return nameWidth + (detail > 0 ? gap + detail : 0) + label <= room;
+    };
+    const int last = int(details.size()) - 1;
+    for (int i = 0; i <= last; ++i)
+        if (fits(true, details[std::size_t(i)], name))
+            return {true, i, name};
+    const int shortest = last < 0 ? 0 : details.back();
+    if (fits(false, shortest, std::min(name, leastName)))
+        return {false, last, std::min(name, room - (shortest > 0 ? gap + shortest : 0))};
+    return {false, -1, std::clamp(name, 0, std::max(room, 0))};
+}
+
+PreviewFooter::PreviewFooter(QWidget* parent) : QWidget(parent)
+{
+    setGround(this, &ThemeColors::window);
+    buildPager();
+    name_ = new ElidedLabel({}, Qt::ElideMiddle, this);
+    setTextRole(name_, TextRole::strong);
+    name_->setTextInteractionFlags(Qt::NoTextInteraction);
+    detail_ = makeLabel({}, TextRole::small, &ThemeColors::text2, this);
+    backdropLabel_ = makeLabel(QStringLiteral("Backdrop"), TextRole::small, &ThemeColors::text2, this);
+    buildDots();
+    connect(&Theme::current(), &Theme::changed, this, &PreviewFooter::arrange);
+}
+
+void PreviewFooter::buildPager()
+{
+    pager_ = new QWidget(this);
+    auto* row = new QHBoxLayout(pager_);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(Space::iconEdge);
+    auto* previous = new MirroredButton(pager_);
+    QPushButton* model = makeIconButton(IconName::chevronRight, QStringLiteral("Next photo"), pager_);
+    setButtonRole(previous, ButtonRole::flat);
+    previous->setIcon(icon(IconName::chevronRight));
+    previous->setIconSize(model->iconSize());
+    previous->setToolTip(QStringLiteral("Previous photo"));
+    previous->setAccessibleName(QStringLiteral("Previous photo"));
+    previous->setObjectName(QStringLiteral("previousPhotoButton"));
+    model->setObjectName(QStringLiteral("nextPhotoButton"));
+    for (QPushButton* button : {static_cast<QPushButton*>(previous), model}) {
+        setSmallControl(button);
+        button->setFixedSize(Measure::smallControl, Measure::smallControl);
+    }
+    position_ = makeLabel({}, TextRole::small, &ThemeColors::text2, pager_);
+    row->addWidget(previous);
+    row->addWidget(position_);
+    row->addWidget(model);
+    connect(previous, &QPushButton::clicked, this, [this] { emit stepRequested(-1); });
+    connect(model, &QPushButton::clicked, this, [this] { emit stepRequested(1); });
+    previous_ = previous;
+    next_ = model;
+    pager_->hide();
+}
+
+void PreviewFooter::buildDots()
+{
+    dots_ = new QWidget(this);
+    dots_->setAccessibleName(QStringLiteral("Backdrop"));
+    auto* row = new QHBoxLayout(dots_);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(Space::rowGap);
+    for (std::size_t i = 0; i < dot_.size(); ++i) {
+        const PreviewBackdrop backdrop = CodedCases<PreviewBackdrop>::table[i].value;
+        const QString title = rawValue(backdrop);
+        dot_[i] = new BackdropDot(backdropColor(backdrop), title + QStringLiteral(" backdrop"), dots_);
+        dot_[i]->setObjectName(dotObjectName(title));
+        row->addWidget(dot_[i]);
+        connect(dot_[i], &QRadioButton::toggled, this, [this, backdrop](bool isChosen) {
+            if (isChosen)
+                emit backdropChosen(backdrop);
+        });
+    }
+}
+
+void PreviewFooter::setPhoto(const QString& name, const std::vector<QString>& details)
+{
+    if (name_->text() == name && details_ == details)
+        return;
+    name_->setText(name);
+    details_ = details;
+    arrange();
+}
+
+void PreviewFooter::setBackdrop(PreviewBackdrop backdrop)
+{
+    for (std::size_t i = 0; i < dot_.size(); ++i)
+        if (CodedCases<PreviewBackdrop>::table[i].value == backdrop && !dot_[i]->isChecked()) {
+            const QSignalBlocker isNotAChoice(dot_[i]);
+            dot_[i]->setChecked(true);
+        }
+    dots_->update();
+}
+
+void PreviewFooter::setPosition(int index, int count)
+{
+    const auto number = [](int value) { return Localization::number(std::int64_t(value)); };
+    position_->setText(index < 0 ? QString() : QStringLiteral("%1 of %2").arg(number(index + 1), number(count)));
+    previous_->setEnabled(index > 0);
+    next_->setEnabled(index >= 0 && index + 1 < count);
+    arrange();
+}
+
+void PreviewFooter::setPagerShown(bool isShown)
+{
+    pager_->setVisible(isShown);
+    arrange();
+}
+
+QSize PreviewFooter::sizeHint() const
+{
+    return {440, Theme::current().scaled(Measure::footer)};
+}
+
+QSize PreviewFooter::minimumSizeHint() const
+{
+    return {240, sizeHint().height()};
+}
+
+void PreviewFooter::resizeEvent(QResizeEvent*)
+{
+    arrange();
+}
+
+bool PreviewFooter::event(QEvent* event)
+{
+    // Fonts and texts of the parts have changed.
+    if (event->type() == QEvent::LayoutRequest)
+        arrange();
+    return QWidget::event(event);
+}
+
+void PreviewFooter::arrange()
+{
+    const auto place = [this](QWidget* widget, int x, int width) {
+        const int height = widget->sizeHint().height();
+        widget->setGeometry(x, (this->height() - height + 1) / 2, width, height);
+    };
+    int left = Space::sidebar;
+    if (!pager_->isHidden()) {
+        left = Space::group;
+        const int width = pager_->sizeHint().width();
+        place(pager_, left, width);
+        left += width + Space::sidebar;
+    }
+    // The targets of the dots are wider than the dots.
+    const int dotsWidth = dots_->sizeHint().width();
+    int right = width() - Space::row - dotsWidth;
+    place(dots_, right, dotsWidth);
+    right -= Space::group;
+
+    const QFontMetrics detailMetrics = detail_->fontMetrics();
+    std::vector<int> widths;
+    for (const QString& detail : details_)
+        widths.push_back(detailMetrics.horizontalAdvance(detail));
+    const int nameWidth = name_->fontMetrics().horizontalAdvance(name_->text()) + 1;
+    const int labelWidth = backdropLabel_->sizeHint().width();
+    const FooterFit fit = fitFooter(right - left, nameWidth, widths, labelWidth, Space::row);
+
+    backdropLabel_->setVisible(fit.showsBackdropLabel);
+    place(backdropLabel_, right - labelWidth, labelWidth);
+    place(name_, left, fit.nameWidth);
+    detail_->setVisible(fit.detail >= 0);
+    if (fit.detail < 0)
+        return;
+    detail_->setText(details_[std::size_t(fit.detail)]);
+    detail_->setToolTip(details_.front());
+    place(detail_, left + fit.nameWidth + Space::row, detail_->sizeHint().width());
+}
+
+void PreviewFooter::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    painter.fillRect(rect(), themeColor(&ThemeColors::window));
+    painter.fillRect(QRectF(0, 0, width(), 1), themeColor(&ThemeColors::line));
+}
+
+} // namespace ferrow

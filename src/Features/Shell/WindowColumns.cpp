@@ -1,0 +1,195 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Features/Shell/WindowColumns.h"
+
+#include "Shared/Widgets/SmallParts.h"
+#include "Shared/Widgets/Theme.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QSplitter>
+#include <QVBoxLayout>
+#include <QVariantAnimation>
+
+namespace ferrow {
+
+namespace {
+
+struct Width {
+    int least;
+    int ideal;
+    int most;
+};
+
+constexpr Width sidebarWidth{230, 280, 360};
+constexpr Width inspectorWidth{280, 320, 380};
+constexpr int previewLeast = 440;
+constexpr int previewIdeal = 720;
+constexpr int drawerWidth = 260;
+constexpr int shadowWidth = 24; // Beside the drawer, for its shadow.
+constexpr int lines = 2;        // The splitter's two.
+constexpr int wideEnough = sidebarWidth.least + previewLeast + inspectorWidth.least + lines;
+
+} // namespace
+
+/// The sidebar over the preview's left edge. A press outside, Esc or a choice closes it.
+class SidebarDrawer : public QWidget {
+public:
+    explicit SidebarDrawer(WindowColumns* columns) : QWidget(columns), columns_(columns)
+    {
+        setAccessibleName(QStringLiteral("Photos"));
+        auto* column = new QVBoxLayout(this);
+        column->setContentsMargins(0, 0, shadowWidth, 0);
+        hide();
+        connect(&slide_, &QVariantAnimation::valueChanged, this,
+                [this](const QVariant& value) { move(value.toInt(), 0); });
+        connect(&slide_, &QVariantAnimation::finished, this, [this] { setVisible(open_); });
+        slide_.setEasingCurve(QEasingCurve::OutCubic);
+    }
+
+    [[nodiscard]] bool isOpen() const { return open_; }
+
+    void setOpen(bool open)
+    {
+        if (open == open_)
+            return;
+        open_ = open;
+        resize(drawerWidth + shadowWidth, columns_->height());
+        raise();
+        if (open) {
+            qApp->installEventFilter(this);
+            if (!isVisible())
+                move(-drawerWidth, 0);
+            show();
+        } else {
+            qApp->removeEventFilter(this);
+        }
+        slide_.stop();
+        slide_.setDuration(Theme::current().duration(Motion::unfold));
+        slide_.setStartValue(x());
+        slide_.setEndValue(open ? 0 : -drawerWidth - shadowWidth);
+        slide_.start();
+        emit columns_->sidebarShownChanged();
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::MouseButtonPress && isOutside(*static_cast<QMouseEvent*>(event)))
+            setOpen(false);
+        if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape &&
+            isAncestorOf(QApplication::focusWidget())) {
+            setOpen(false);
+            return true;
+        }
+        return QWidget::eventFilter(watched, event);
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        paintShadow(painter,
+                    QRectF(-Radius::sheet, -Radius::sheet, drawerWidth + Radius::sheet, height() + 2 * Radius::sheet),
+                    ShadowKind::popover);
+    }
+
+private:
+    [[nodiscard]] bool isOutside(const QMouseEvent& press) const
+    {
+        const QPoint here = columns_->mapFromGlobal(press.globalPosition().toPoint());
+        return columns_->rect().contains(here) && here.x() > drawerWidth;
+    }
+
+    WindowColumns* columns_;
+    QVariantAnimation slide_;
+    bool open_ = false;
+};
+
+WindowColumns::WindowColumns(QWidget* sidebar, QWidget* preview, QWidget* inspector, QWidget* parent)
+    : QWidget(parent), sidebar_(sidebar), splitter_(new QSplitter(Qt::Horizontal))
+{
+    const auto fit = [](QWidget* column, const Width& width) {
+        column->setMinimumWidth(width.least);
+        column->setMaximumWidth(width.most);
+    };
+    fit(sidebar, sidebarWidth);
+    fit(inspector, inspectorWidth);
+    preview->setMinimumWidth(previewLeast);
+    for (QWidget* column : {sidebar, preview, inspector})
+        splitter_->addWidget(column);
+    splitter_->setChildrenCollapsible(false);
+    splitter_->setStretchFactor(1, 1);
+    splitter_->setSizes({sidebarWidth.ideal, previewIdeal, inspectorWidth.ideal});
+    splitter_->setAccessibleName(QStringLiteral("Columns of the window"));
+    // Names for the handles, which assistive technology finds as controls.
+    splitter_->handle(1)->setAccessibleName(QStringLiteral("Width of the photo list"));
+    splitter_->handle(2)->setAccessibleName(QStringLiteral("Width of the inspector"));
+
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->addWidget(splitter_);
+    // Less than the three columns ask for: the sidebar leaves before that.
+    setMinimumWidth(previewLeast + inspectorWidth.least + 1);
+    drawer_ = new SidebarDrawer(this);
+}
+
+WindowColumns::~WindowColumns()
+{
+    // Closing it later would tell a half-destroyed object.
+    qApp->removeEventFilter(drawer_);
+}
+
+bool WindowColumns::isSidebarShown() const
+{
+    return narrow_ ? drawer_->isOpen() : columnShown_;
+}
+
+void WindowColumns::setSidebarShown(bool shown)
+{
+    if (narrow_) {
+        drawer_->setOpen(shown);
+        return;
+    }
+    if (shown == columnShown_)
+        return;
+    columnShown_ = shown;
+    sidebar_->setVisible(shown);
+    emit sidebarShownChanged();
+}
+
+void WindowColumns::closeDrawer()
+{
+    drawer_->setOpen(false);
+}
+
+void WindowColumns::setNarrow(bool narrow)
+{
+    if (narrow == narrow_)
+        return;
+    drawer_->setOpen(false);
+    narrow_ = narrow;
+    if (narrow) {
+        drawer_->layout()->addWidget(sidebar_);
+        sidebar_->setFixedWidth(drawerWidth);
+        sidebar_->show();
+    } else {
+        sidebar_->setMinimumWidth(sidebarWidth.least);
+        sidebar_->setMaximumWidth(sidebarWidth.most);
+        splitter_->insertWidget(0, sidebar_);
+        splitter_->setSizes({sidebarWidth.ideal, previewIdeal, splitter_->sizes().constLast()});
+        sidebar_->setVisible(columnShown_);
+    }
+    emit narrowChanged(narrow);
+    emit sidebarShownChanged();
+}
+
+void WindowColumns::resizeEvent(QResizeEvent* event)
+{
+    setNarrow(width() < wideEnough);
+    drawer_->resize(drawer_->width(), height());
+    QWidget::resizeEvent(event);
+}
+
+} // namespace ferrow

@@ -1,0 +1,179 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Features/Caption/CaptionBuilder.h"
+
+#include "Features/Caption/CaptionChips.h"
+#include "Features/Caption/ChipLayout.h"
+#include "Shared/Widgets/Theme.h"
+#include "Support/TestSupport.h"
+
+#include <QAccessible>
+#include <QApplication>
+#include <QLineEdit>
+#include <QTest>
+
+#include <gmock/gmock.h>
+
+#include <array>
+#include <tuple>
+
+namespace ferrow {
+namespace {
+
+using Segments = CaptionChips::Segments;
+
+QString joined(const Segments& segments)
+{
+    return RenderRecipe{.captionSegments = segments}.captionTemplate();
+}
+
+/// Letters, so that an order reads at a glance.
+Segments letters(const QString& text)
+{
+    Segments segments;
+    for (const QChar letter : text)
+        segments.push_back({.content = QString(letter)});
+    return segments;
+}
+
+TEST(CaptionChips, movesAChipToTheGapThatWasMeant)
+{
+    const Segments row = letters(QStringLiteral("abcd"));
+    const std::tuple<int, int, const char*> rows[] = {{0, 0, "abcd"}, {0, 1, "abcd"}, {0, 2, "bacd"}, {0, 4, "bcda"},
+                                                      {3, 0, "dabc"}, {3, 4, "abcd"}, {2, 1, "acbd"}, {1, 3, "acbd"}};
+    for (const auto& [index, gap, order] : rows) {
+        SCOPED_TRACE(testing::Message() << index << " to " << gap);
+        const Segments moved = CaptionChips::moved(row, index, gap);
+        EXPECT_EQ(joined(moved), QLatin1StringView(order));
+        EXPECT_EQ(moved[std::size_t(CaptionChips::indexAfterMove(index, gap))], row[std::size_t(index)]);
+    }
+}
+
+TEST(CaptionChips, tellsWhatIsMissingAndWhatIsRead)
+{
+    const PhotoMetadata photo{.filename = QStringLiteral("a.jpg"), .iso = QStringLiteral("400")};
+    const std::array<const char*, 3> rows[] = {
+        {"{iso}", "", "400"},
+        {"{lens} | {iso}", "Lens is missing here and is left out.", "400"},
+        {"{lens}{iso}{aperture}{lens}", "Lens and Aperture are missing here and are left out.", "400"},
+        {"{lens}", "Lens is missing here and is left out.", "Nothing for this photo."},
+        {"{iso}\n{filename}", "", "400\na.jpg"},
+        {"", "", "Nothing yet."}};
+    for (const auto& [captionTemplate, note, reading] : rows) {
+        SCOPED_TRACE(captionTemplate);
+        const Segments segments = CaptionSegment::parse(QString::fromLatin1(captionTemplate));
+        EXPECT_EQ(CaptionChips::missingNote(CaptionChips::missingTokens(segments, photo)), QLatin1StringView(note));
+        EXPECT_EQ(CaptionChips::reading(segments, photo).text, QLatin1StringView(reading));
+    }
+}
+
+TEST(ChipLayout, findsTheGapUnderThePointer)
+{
+    // Two chips fit in a line of 100; the last is cut to it.
+    const ChipLayout::Measures measures{.width = 100};
+    const std::vector<QRect> rects = ChipLayout::chipRects({40, 40, 30, 500}, measures);
+    ASSERT_THAT(rects, testing::ElementsAre(QRect(6, 6, 40, 28), QRect(52, 6, 40, 28), QRect(6, 40, 30, 28),
+                                            QRect(6, 74, 88, 28)));
+    const std::tuple<QPoint, int, int, int> rows[] = {
+        {{0, 0}, 0, 2, 6},     {{30, 10}, 1, 48, 6}, {{95, 20}, 2, 94, 6},   {{8, 50}, 2, 2, 40},
+        {{90, 50}, 3, 38, 40}, {{0, 300}, 3, 2, 74}, {{99, 300}, 4, 96, 74}, {{30, -20}, 1, 48, 6}};
+    for (const auto& [point, gap, x, y] : rows) {
+        SCOPED_TRACE(testing::Message() << point.x() << ", " << point.y());
+        EXPECT_EQ(ChipLayout::gapAt(rects, measures, point), (ChipLayout::Gap{gap, QRect(x, y, 2, 28)}));
+    }
+}
+
+/// A builder of three chips "abc" in a window, with what it told last.
+class CaptionBuilderTest : public testing::Test {
+protected:
+    CaptionBuilderTest()
+    {
+        Theme::current().setReducedMotion(true);
+        builder.setSegments(letters(QStringLiteral("abc")));
+        builder.resize(300, 200);
+        builder.show();
+        well = builder.findChild<QWidget*>(QStringLiteral("captionChips"));
+        QObject::connect(&builder, &CaptionBuilder::segmentsEdited, &builder,
+                         [this](const QString& name, const auto& now) { steps.append(name + u':' + joined(now)); });
+        QObject::connect(&builder, &CaptionBuilder::segmentsPreviewed, &builder,
+                         [this](const auto& now) { previews.append(joined(now)); });
+        well->setFocus();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&builder));
+    }
+
+    void press(std::initializer_list<Qt::Key> keys)
+    {
+        for (const Qt::Key key : keys)
+            QTest::keyClick(QApplication::focusWidget(), key);
+    }
+    [[nodiscard]] QAccessibleInterface* chip(int index) const
+    {
+        return QAccessible::queryAccessibleInterface(well)->child(index);
+    }
+    [[nodiscard]] QPoint centre(int index) const { return well->mapFromGlobal(chip(index)->rect().center()); }
+    static void type(const QString& text) { QTest::keyClicks(QApplication::focusWidget(), text); }
+    void dragFirstTo(const QPoint& place)
+    {
+        QTest::mousePress(well, Qt::LeftButton, {}, centre(0));
+        QTest::mouseMove(well, centre(0) + QPoint(10, 0));
+        QTest::mouseMove(well, place);
+    }
+
+    CaptionBuilder builder;
+    QWidget* well = nullptr;
+    QStringList steps;
+    QStringList previews;
+};
+
+TEST_F(CaptionBuilderTest, isWorkedByKeys)
+{
+    QTest::keyClick(well, Qt::Key_Right, Qt::AltModifier);
+    press({Qt::Key_End, Qt::Key_Delete, Qt::Key_Backspace});
+    EXPECT_EQ(steps.join(u' '), QStringLiteral("Move Text:bac Remove Text:ba Remove Text:b"));
+    EXPECT_EQ(chip(0)->text(QAccessible::Name), QStringLiteral("b, text, 1 of 1"));
+    EXPECT_TRUE(chip(0)->state().focused);
+
+    type(QStringLiteral("x"));
+    type(QStringLiteral("y"));
+    EXPECT_EQ(previews.last(), QStringLiteral("bxy"));
+    EXPECT_EQ(joined(builder.segments()), QStringLiteral("b"));
+    press({Qt::Key_Return});
+    EXPECT_EQ(steps.last(), QStringLiteral("Add Text:bxy"));
+    EXPECT_TRUE(chip(1)->state().focused);
+}
+
+TEST_F(CaptionBuilderTest, restoresAndRemovesTextsThatAreTyped)
+{
+    press({Qt::Key_Return});
+    type(QStringLiteral("zz"));
+    EXPECT_EQ(previews.last(), QStringLiteral("zzbc"));
+    press({Qt::Key_Escape});
+    EXPECT_EQ(previews.last(), QStringLiteral("abc"));
+    EXPECT_TRUE(steps.isEmpty());
+    press({Qt::Key_F2, Qt::Key_Backspace});
+    EXPECT_EQ(previews.last(), QStringLiteral("bc"));
+    press({Qt::Key_Return});
+    EXPECT_EQ(steps, QStringList{QStringLiteral("Remove Text:bc")});
+}
+
+TEST_F(CaptionBuilderTest, reordersByMouseAndPutsBack)
+{
+    dragFirstTo(centre(2) + QPoint(10, 0));
+    EXPECT_EQ(previews, QStringList{QStringLiteral("bca")});
+    // A model that follows previews hands them back meanwhile, which must not end the drag.
+    builder.setSegments(CaptionChips::moved(builder.segments(), 0, 3));
+    EXPECT_EQ(joined(builder.segments()), QStringLiteral("abc"));
+    QTest::keyClick(well, Qt::Key_Escape);
+    QTest::mouseRelease(well, Qt::LeftButton, {}, centre(2));
+    EXPECT_EQ(previews.last(), QStringLiteral("abc"));
+
+    dragFirstTo(QPoint(100, 180));
+    QTest::mouseRelease(well, Qt::LeftButton, {}, QPoint(100, 180));
+    EXPECT_TRUE(steps.isEmpty());
+
+    dragFirstTo(centre(1) + QPoint(10, 0));
+    QTest::mouseRelease(well, Qt::LeftButton, {}, centre(1) + QPoint(10, 0));
+    EXPECT_EQ(steps, QStringList{QStringLiteral("Move Text:bac")});
+}
+
+} // namespace
+} // namespace ferrow

@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Features/Shell/CaptionDraft.h"
+#include "Features/Shell/InspectorView.h"
+#include "Features/Shell/PickedColor.h"
+#include "Features/Shell/PositionGrid.h"
+#include "Features/Shell/PositionScene.h"
+#include "Shared/Widgets/ColorWell.h"
+#include "Shared/Widgets/Overlay.h"
+#include "Shared/Widgets/SegmentedControl.h"
+
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+
+#include <gmock/gmock.h>
+
+namespace ferrow {
+
+TEST(PickedColor, keepsTheHueThroughGreyAndBlackAndEveryColorExact)
+{
+    const PickedColor blue = PickedColor::from({0, 0, 1, 1}, {});
+    EXPECT_EQ(PickedColor::from({0.5, 0.5, 0.5, 1}, blue).hue, blue.hue);
+    EXPECT_EQ(PickedColor::from(RGBAColor::black, blue).saturation, blue.saturation);
+    EXPECT_EQ(PickedColor::from({-1, 2, 0, 3}, {}).color(), (RGBAColor{0, 1, 0, 1}));
+    for (int rgb = 0; rgb <= 0xFFFFFF; rgb += 0x0501'03) {
+        const RGBAColor color = NamedColor{u"", std::uint32_t(rgb)}.color();
+        EXPECT_EQ(ColorText::hex(PickedColor::from(color, blue).color()), ColorText::hex(color));
+    }
+}
+
+TEST(PositionGrid, givesEverySpotATargetOfItsOwnInAnyShape)
+{
+    EXPECT_EQ(PositionGrid::spoken(CaptionPosition::borderBottomCenter),
+              QStringLiteral("Center, bottom border, 14 of 15"));
+    EXPECT_EQ(PositionGrid::moved(CaptionPosition::imageTopRight, 1, -1), CaptionPosition::borderTopRight);
+    for (const double aspect : {0.2, 1.5, 9.0})
+        for (const double width : {216.0, 280.0}) {
+            SCOPED_TRACE(testing::Message() << aspect << " in " << width);
+            const PositionGrid::Picture picture = PositionGrid::picture(width, aspect);
+            for (int i = 0; i < PositionGrid::spots; ++i) {
+                EXPECT_EQ(PositionGrid::spotAt(picture, picture.spot(i)), i);
+                EXPECT_EQ(picture.photo.contains(picture.spot(i)), !isInBorder(PositionGrid::at(i)));
+            }
+        }
+}
+
+TEST(PositionScene, warnsOfBordersThatHoldNoCaption)
+{
+    struct Row {
+        const char* name;
+        BorderUnit unit;
+        double width;
+        CaptionPosition position;
+        bool hasPhoto;
+        bool warns;
+    };
+    const Row rows[] = {
+        {"wide", BorderUnit::pixels, 120, CaptionPosition::borderTopLeft, true, false},
+        {"thin", BorderUnit::pixels, 60, CaptionPosition::borderTopLeft, false, true},
+        {"on the photo", BorderUnit::pixels, 0, CaptionPosition::imageCenter, true, false},
+        {"percent of a small photo", BorderUnit::percent, 5, CaptionPosition::borderTopLeft, true, true},
+        {"percent of no photo", BorderUnit::percent, 5, CaptionPosition::borderTopLeft, false, false},
+    };
+    ImportedPhoto photo;
+    photo.pixelSize = {600, 400};
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        RenderRecipe recipe;
+        recipe.borderUnit = row.unit;
+        recipe.borderWidth = row.width;
+        recipe.captionPosition = row.position;
+        EXPECT_EQ(!borderWarning(PlacedElement::caption, recipe, row.hasPhoto ? &photo : nullptr).isEmpty(), row.warns);
+    }
+}
+
+/// The view in a window of its own, in which popovers can open.
+struct Inspector : testing::Test {
+    PhotoSession session;
+    ExportSession exportSession;
+    EditHistory history{session, exportSession};
+    QWidget window;
+    InspectorView view{session, history, exportSession, &window};
+
+    void SetUp() override
+    {
+        window.resize(900, 1'000);
+        view.setGeometry(580, 0, 320, 1'000);
+        window.show();
+        window.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    }
+
+    template <typename Widget>
+    Widget& find(const char* name)
+    {
+        return *view.findChild<Widget*>(QString::fromLatin1(name));
+    }
+    static void type(QLineEdit& field, const char* text)
+    {
+        field.setFocus();
+        field.selectAll();
+        QTest::keyClicks(&field, QString::fromLatin1(text));
+    }
+    void key(Qt::Key key) { QTest::keyClick(window.focusWidget(), key); }
+    const RenderRecipe& recipe() const { return session.activeRecipe(); }
+};
+
+TEST_F(Inspector, takesWhatIsTypedOnEnterAndNothingFromOutsideMeanwhile)
+{
+    auto& width = find<QLineEdit>("borderWidthField");
+    type(width, "77");
+    history.editRecipe(QStringLiteral("Other"), [](RenderRecipe& changed) { changed.borderWidth = 9; });
+    EXPECT_EQ(width.text(), QStringLiteral("77"));
+    key(Qt::Key_Return);
+    EXPECT_EQ(recipe().borderWidth, 77);
+    history.stack().undo();
+    EXPECT_EQ(width.text(), QStringLiteral("9"));
+    history.stack().undo();
+    // 120 pixels of the usual photo: there is none to measure.
+    find<SegmentedControl>("borderUnitControl").pressItem(1);
+    EXPECT_EQ(width.text(), QStringLiteral("3.0"));
+}
+
+TEST_F(Inspector, leavesValuesOfPresetsAsTheyAreUntilTheyAreEdited)
+{
+    RenderRecipe wild;
+    wild.borderWidth = 1'234.56;
+    wild.borderColor = {0.1234, 2, -1, 0.5};
+    wild.captionFontSize = 4'000;
+    session.setBatchRecipe(wild);
+    EXPECT_EQ(find<QLineEdit>("borderWidthField").text(), QStringLiteral("1235"));
+    find<QLineEdit>("borderWidthField").setFocus();
+    find<QLineEdit>("captionSizeField").setFocus();
+    find<ColorWell>("borderColorWell").swatch()->click();
+    key(Qt::Key_Escape);
+    EXPECT_EQ(recipe(), wild);
+}
+
+TEST_F(Inspector, recordsPopoversInRunsAndFollowsUndoWhileTheyAreOpen)
+{
+    find<ColorWell>("borderColorWell").swatch()->click();
+    for (int i = 0; i < 3; ++i)
+        key(Qt::Key_Right);
+    EXPECT_EQ(ColorText::hex(recipe().borderColor), QStringLiteral("#D9D9D9"));
+    EXPECT_EQ(history.stack().count(), 1);
+    history.stack().undo();
+    auto* hex = Overlay::topmost(&window)->findChild<ColorWell*>()->field();
+    EXPECT_EQ(hex->text(), QStringLiteral("#FFFFFF"));
+    type(*hex, "#12");
+    key(Qt::Key_Return);
+    EXPECT_EQ(recipe().borderColor, RGBAColor::white);
+    view.setLocked(true);
+    EXPECT_FALSE(Overlay::topmost(&window));
+    EXPECT_FALSE(find<QLineEdit>("borderWidthField").isEnabled());
+    view.setLocked(false);
+
+    find<QPushButton>("captionPositionButton").click();
+    key(Qt::Key_Left);
+    key(Qt::Key_Up);
+    EXPECT_EQ(recipe().captionPosition, CaptionPosition::imageBottomCenter);
+    EXPECT_EQ(history.stack().count(), 1);
+}
+
+TEST_F(Inspector, showsACaptionInHandAndRecordsItOnce)
+{
+    const RenderRecipe before = recipe();
+    CaptionDraft draft(session, history);
+    draft.preview(CaptionSegment::parse(QStringLiteral("a")));
+    EXPECT_EQ(recipe().captionTemplate(), QStringLiteral("a"));
+    draft.preview(before.captionSegments);
+    EXPECT_EQ(recipe(), before);
+    draft.preview(CaptionSegment::parse(QStringLiteral("a")));
+    draft.commit(QStringLiteral("Add Text"), CaptionSegment::parse(QStringLiteral("ab")));
+    EXPECT_EQ(recipe().captionTemplate(), QStringLiteral("ab"));
+    history.stack().undo();
+    EXPECT_EQ(recipe(), before);
+    EXPECT_FALSE(history.stack().canUndo());
+}
+
+} // namespace ferrow

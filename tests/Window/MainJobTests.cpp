@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Imaging/ImageLoader.h"
+#include "Support/Files.h"
+#include "Window/RealWindow.h"
+
+#include <QListView>
+
+namespace ferrow::test {
+
+namespace {
+
+QListView* listNamed(QWidget* host)
+{
+    return qobject_cast<QListView*>(host);
+}
+
+} // namespace
+
+TEST_F(RealWindow, FramesADroppedFolderWithAPreset)
+{
+    const FileUrl photos = folder("Pictures");
+    const FileUrl framed = folder("Framed");
+    const auto write = [&](const char* name, PixelSize size, OutputType type, unsigned seed) {
+        home_.write(QByteArray("Pictures/") + name, encoded(type, noise(size, rgb8, seed)));
+    };
+    write("IMG_10.jpg", {300, 200}, OutputType::jpeg, 1);
+    write("IMG_2.jpg", {200, 300}, OutputType::jpeg, 2);
+    write("Scan.png", {240, 160}, OutputType::png, 3);
+    home_.write("Pictures/notes.txt", "not a photo");
+    const QByteArray original = readFile(photos.appending("IMG_2.jpg"));
+
+    drop(photos);
+    ASSERT_TRUE(waitFor([&] { return window_->session().photos().size() == 3; }));
+    QListView* list = listNamed(widget("photoList"));
+    ASSERT_TRUE(list);
+    ASSERT_EQ(list->model()->index(0, 0).data().toString(), QStringLiteral("IMG_2.jpg"));
+
+    // Another photo by the mouse, one left out by the keyboard.
+    clickAt(list->viewport(), list->visualRect(list->model()->index(1, 0)).center());
+    EXPECT_EQ(window_->session().selectedPhotoID(), photos.appending("IMG_10.jpg"));
+    press(Qt::Key_Down);
+    press(Qt::Key_Space);
+    EXPECT_FALSE(window_->session().isIncluded(photos.appending("Scan.png")));
+
+    click("borderWidthField");
+    press(Qt::Key_A, Qt::ControlModifier);
+    type("40");
+    press(Qt::Key_Return);
+    EXPECT_EQ(window_->session().batchRecipe().borderWidth, 40);
+
+    // The caption by keyboard alone: away with the three chips, a text in their place.
+    widget("captionChips")->setFocus(Qt::TabFocusReason);
+    for (int chip = 0; chip < 3; ++chip)
+        press(Qt::Key_Delete);
+    type("Summer");
+    press(Qt::Key_Return);
+    EXPECT_EQ(window_->session().batchRecipe().captionTemplate(), QStringLiteral("Summer"));
+
+    click("presetsButton");
+    click("savePresetButton");
+    type("Forty");
+    press(Qt::Key_Return);
+    ASSERT_EQ(window_->presetLibrary().presets().size(), 1U);
+    press(Qt::Key_Escape);
+    ASSERT_TRUE(waitFor([&] { return !Overlay::topmost(window_.get()); }));
+    press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_NE(window_->session().batchRecipe().captionTemplate(), QStringLiteral("Summer"));
+    click("presetsButton");
+    QListView* presets = listNamed(widget("presetList"));
+    ASSERT_TRUE(presets);
+    clickAt(presets->viewport(), presets->visualRect(presets->model()->index(0, 0)).center());
+    click("applyPresetButton");
+    EXPECT_EQ(window_->session().batchRecipe().captionTemplate(), QStringLiteral("Summer"));
+
+    ASSERT_TRUE(waitFor([&] { return !Overlay::topmost(window_.get()); }));
+    panelAnswer_ = framed;
+    click("exportButton");
+    click("chooseFolderButton");
+    click("startExportButton");
+    ASSERT_TRUE(waitFor([&] { return window_->exportSession().report().has_value(); }));
+    EXPECT_EQ(window_->exportSession().report()->exported, 2);
+    click("reportDoneButton");
+    EXPECT_FALSE(window_->exportSession().report());
+
+    EXPECT_EQ(namesIn(framed), QStringList({QStringLiteral("IMG_10_framed.jpg"), QStringLiteral("IMG_2_framed.jpg")}));
+    EXPECT_EQ(ImageLoader::load(framed.appending("IMG_2_framed.jpg"), 0).pixelSize, (PixelSize{280, 380}));
+    EXPECT_EQ(readFile(photos.appending("IMG_2.jpg")), original);
+}
+
+TEST_F(RealWindow, AsksBeforeItReplacesAndStaysWhenTold)
+{
+    const FileUrl framed = folder("Framed");
+    home_.write("a.png", encoded(OutputType::png, noise({60, 40}, rgb8)));
+    home_.write("Framed/a_framed.jpg", "mine");
+    window_->importRoots({home_.file("a.png")});
+    ASSERT_TRUE(waitFor([&] { return window_->session().photos().size() == 1; }));
+    BatchExportConfiguration configuration;
+    configuration.chosenFolder = framed;
+    configuration.collisionRule = CollisionRule::replace;
+    window_->exportSession().setConfiguration(configuration);
+
+    click("exportButton");
+    QWidget* sheet = widget("exportOptionsSheet");
+    click("startExportButton");
+    ASSERT_NE(Overlay::topmost(window_.get()), sheet);
+    press(Qt::Key_Escape);
+    ASSERT_TRUE(waitFor([&] { return Overlay::topmost(window_.get()) == sheet; }));
+    EXPECT_FALSE(window_->exportSession().isRunning());
+    EXPECT_EQ(readFile(framed.appending("a_framed.jpg")), "mine");
+
+    click("startExportButton");
+    press(Qt::Key_Return);
+    ASSERT_TRUE(waitFor([&] { return window_->exportSession().report().has_value(); }));
+    EXPECT_NE(readFile(framed.appending("a_framed.jpg")), "mine");
+}
+
+TEST_F(RealWindow, ClosingEndsAnExportAndKeepsWhatIsFinished)
+{
+    const FileUrl photos = folder("Pictures");
+    const FileUrl framed = folder("Framed");
+    const QByteArray picture = encoded(OutputType::png, noise({1200, 900}, rgb8));
+    for (int i = 0; i < 30; ++i)
+        home_.write("Pictures/" + QByteArray::number(i) + ".png", picture);
+    window_->importRoots({photos});
+    ASSERT_TRUE(waitFor([&] { return window_->session().photos().size() == 30; }));
+    BatchExportConfiguration configuration;
+    configuration.chosenFolder = framed;
+    window_->exportSession().setConfiguration(configuration);
+    click("exportButton");
+    click("startExportButton");
+    ASSERT_TRUE(waitFor([&] { return !namesIn(framed).filter(QStringLiteral("_framed")).isEmpty(); }));
+    window_->close();
+    window_.reset();
+
+    for (const QString& name : namesIn(framed)) {
+        SCOPED_TRACE(name.toStdString());
+        ASSERT_FALSE(name.startsWith(u'.'));
+        EXPECT_NO_THROW((void)ImageLoader::load(framed.appending(name.toUtf8())));
+    }
+}
+
+} // namespace ferrow::test

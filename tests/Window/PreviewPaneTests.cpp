@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "App/AppTestSupport.h"
+#include "Export/ImageExporter.h"
+#include "Features/Shell/PaintableImage.h"
+#include "Features/Shell/PreviewFooter.h"
+#include "Features/Shell/PreviewRequester.h"
+#include "Features/Shell/PreviewViewport.h"
+#include "Features/Shell/RegionLoader.h"
+#include "Support/Pictures.h"
+
+#include "App/ScreenImage.h"
+
+#include <QSignalSpy>
+
+#include <atomic>
+#include <latch>
+
+namespace ferrow {
+
+namespace {
+
+ImportedPhoto withPicture(const FileUrl& url)
+{
+    ImportedPhoto photo = test::photoAt(url);
+    photo.previewSource = test::noise({6, 4}, rgb8);
+    return photo;
+}
+
+RenderRecipe bordered(double width)
+{
+    RenderRecipe recipe;
+    recipe.borderWidth = width;
+    recipe.captionEnabled = false;
+    return recipe;
+}
+
+RegionSubject subject(double border)
+{
+    return {test::photoAt(test::photoUrl("a")), bordered(border), {1000, 800}};
+}
+
+} // namespace
+
+TEST(PreviewRequester, asksWhenThePictureIsThereAndForEachNewFramingOnce)
+{
+    test::DisklessSession session;
+    PreviewLoader loader(withPicture);
+    std::atomic<int> renders = 0;
+    PreviewRenderQueue queue({.render =
+                                  [&](const PreviewRequest& request, const Bitmap&, const std::stop_token&) {
+                                      ++renders;
+                                      return request.source;
+                                  },
+                              .loadLogo = [](const auto&, const auto&) { return std::nullopt; },
+                              .now = &PreviewRenderQueue::Clock::now,
+                              .callLater = {}});
+    const PreviewRequester requester(session, loader, queue);
+    const auto rendersAfter = [&](const std::function<void()>& change) {
+        change();
+        EXPECT_TRUE(test::waitUntil([&] { return !queue.isBusy() && !loader.isLoading(); }));
+        return renders.load();
+    };
+    const FileUrl a = test::photoUrl("a");
+    const FileUrl b = test::photoUrl("b");
+    EXPECT_EQ(rendersAfter([&] {
+                  test::importInto(session, {a, b});
+                  session.setSelectedPhotoID(a); // The import selects the one that was read first.
+              }),
+              0)
+        << "selected, not loaded";
+    const auto load = [&](const FileUrl& url) {
+        loader.load(test::photoAt(url));
+        EXPECT_TRUE(test::waitUntil([&] { return loader.photo() && loader.photo()->url == url; }));
+    };
+    EXPECT_EQ(rendersAfter([&] { load(b); }), 0) << "another photo's picture";
+    EXPECT_EQ(rendersAfter([&] { load(a); }), 1);
+    EXPECT_EQ(rendersAfter([&] { session.setBatchRecipe(bordered(7)); }), 2);
+    EXPECT_EQ(rendersAfter([&] { session.setPhotoRecipe(b, bordered(9)); }), 2) << "not what is shown";
+    EXPECT_EQ(rendersAfter([&] { session.setScope(RecipeScope::selected); }), 2) << "the same framing, now its own";
+    EXPECT_EQ(rendersAfter([&] { session.setSelectedPhotoID(b); }), 2) << "its picture is still on the way";
+    EXPECT_EQ(rendersAfter([&] { load(b); }), 3);
+}
+
+TEST(RegionLoader, dropsWhatBelongsToAnotherFramingAndAsksNoMoreThanItMust)
+{
+    std::latch first(1);
+    std::atomic<int> asked = 0;
+    RegionLoader loader(
+        [&](const RegionRequest& request, const std::stop_token&) {
+            ++asked;
+            if (request.subject.recipe.borderWidth == 1)
+                first.wait();
+            return QImage(1, 1, QImage::Format_RGB32);
+        },
+        std::chrono::milliseconds(0));
+    const QSignalSpy loaded(&loader, &RegionLoader::loaded);
+    const QRect visible(0, 200, 400, 400);
+
+    loader.setSubject(subject(1));
+    loader.want(visible, 2);
+    EXPECT_TRUE(test::waitUntil([&] { return asked == 1; }));
+    loader.setSubject(subject(2));
+    loader.want(visible, 2);
+    first.count_down();
+    EXPECT_TRUE(test::waitUntil([&] { return loader.region().has_value(); }));
+    EXPECT_EQ(loaded.size(), 1) << "the answer to the first framing came in and was dropped";
+    EXPECT_EQ(loader.region()->region, QRect(0, 100, 500, 600)) << "a quarter more, not beyond the picture";
+
+    loader.want(visible.translated(50, -50), 2);
+    EXPECT_EQ(asked, 2) << "it is there already";
+    loader.want(visible.translated(200, 0), 2);
+    EXPECT_TRUE(test::waitUntil([&] { return loaded.size() == 2; }));
+}
+
+TEST(RegionLoader, showsThePixelsThatAnExportWrites)
+{
+    const test::TemporaryFolder folder;
+    ImportedPhoto photo =
+        test::photoAt(folder.write("a.png", test::encoded(OutputType::png, test::noise({90, 60}, rgb8))), {90, 60});
+    RenderRecipe recipe = bordered(20);
+    recipe.borderColor = {0.2, 0.4, 0.6, 1};
+    recipe.captionEnabled = true;
+    recipe.setCaptionTemplate(QStringLiteral("{filename}"));
+    recipe.captionFontSize = 9;
+    ImageExporter::exportPhoto(photo, recipe, {.format = ExportFormat::png}, folder.file("out.png"), false, {});
+    const QImage whole = paintableImage(screenImage(test::decoded(test::readFile(folder.file("out.png")))));
+
+    const QRect region(15, 33, 110, 60);
+    EXPECT_EQ(RegionLoader::composed({{photo, recipe, {130, 100}}, region, 1}, {}), whole.copy(region));
+}
+
+TEST(PreviewViewport, zoomsAboutThePointerAndKeepsThePhotoInPlace)
+{
+    PreviewViewport view;
+    EXPECT_EQ(view.zoom(), 0);
+    view.setView({1064, 864}, 32);
+    view.setPicture({2000, 1000});
+    EXPECT_EQ(view.pictureRect(), QRect(32, 182, 1000, 500));
+    EXPECT_EQ(view.visibleRegion(), QRect(0, 0, 2000, 1000));
+    EXPECT_FALSE(view.canPan());
+
+    const auto under = [&](QPointF point) { return (point - view.pictureRect().topLeft()) / view.zoom(); };
+    const QPointF pointer(400, 500);
+    const QPointF before = under(pointer);
+    view.setZoom(2, pointer);
+    EXPECT_EQ(under(pointer), before);
+    view.panBy({-100, 0});
+    EXPECT_EQ(under(pointer), before + QPointF(50, 0));
+
+    const QPointF photo = under(pointer);
+    view.setPicture({2100, 1100}); // The border has grown by 50.
+    EXPECT_EQ(under(pointer), photo + QPointF(50, 50));
+    view.panBy({1e6, 1e6});
+    EXPECT_EQ(view.pictureRect().topLeft(), QPoint(32, 32)) << "an edge comes in as far as the margin";
+
+    view.setZoom(0.34, view.centre());
+    EXPECT_EQ(view.pictureRect().center().x(), 531) << "what fits is centred";
+    EXPECT_EQ(view.stepAbove(), 0.5);
+    EXPECT_NEAR(view.stepBelow(), 1.0 / 3, 1e-9);
+    view.setZoom(1.0 / 3, view.centre());
+    EXPECT_EQ(view.stepBelow(), 0.25);
+    view.setZoom(100, view.centre());
+    EXPECT_EQ(view.zoom(), PreviewViewport::greatestZoom);
+    EXPECT_EQ(view.stepAbove(), PreviewViewport::greatestZoom);
+}
+
+TEST(PreviewFooter, givesUpWordsBeforeTheName)
+{
+    const std::vector<int> details{200, 140, 70};
+    EXPECT_EQ(fitFooter(400, 100, details, 60, 10), (FooterFit{true, 0, 100}));
+    EXPECT_EQ(fitFooter(250, 100, details, 60, 10), (FooterFit{true, 2, 100}));
+    EXPECT_EQ(fitFooter(200, 100, details, 60, 10), (FooterFit{false, 2, 100}));
+    EXPECT_EQ(fitFooter(165, 100, details, 60, 10), (FooterFit{false, 2, 85}));
+    EXPECT_EQ(fitFooter(90, 100, details, 60, 10), (FooterFit{false, -1, 90}));
+}
+
+} // namespace ferrow

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// For tests of the whole program in a real window: on whatever display there is, with worker processes.
+#include "Shared/Widgets/FerrowStyle.h"
+#include "Shared/Widgets/Theme.h"
+#include "WorkerPool/WorkerPool.h"
+
+#include <QApplication>
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+
+int main(int argc, char** argv)
+{
+    testing::InitGoogleTest(&argc, argv);
+    QApplication application(argc, argv);
+    if (QGuiApplication::platformName() == QLatin1StringView("offscreen"))
+        std::fprintf(stderr, "*** no display: these tests run on the offscreen platform\n");
+    ferrow::Theme::current().setReducedMotion(true);
+    ferrow::FerrowStyle::install(application);
+    const ferrow::WorkerPool::Installation workers = ferrow::WorkerPool::installWorkers(FERROW_WORKER_PROGRAM);
+    return RUN_ALL_TESTS();
+}

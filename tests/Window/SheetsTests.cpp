@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "App/AppTestSupport.h"
+#include "Features/Batch/ExportOptionsSheet.h"
+#include "Features/Batch/ExportTexts.h"
+#include "Features/Batch/ReportSheet.h"
+#include "Features/Presets/PresetList.h"
+#include "Features/Presets/PresetManagerView.h"
+#include "Features/Presets/PresetSummary.h"
+
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSignalSpy>
+
+namespace ferrow::test {
+
+namespace {
+
+BatchExportFailure failureOf(const FileUrl& photo)
+{
+    return {QUuid::createUuid(), photo.lastPathComponent(), QStringLiteral("Broken.\n\nSorry."), photo};
+}
+
+template <typename Widget>
+Widget* child(QWidget& parent, const char* name)
+{
+    return parent.findChild<Widget*>(QString::fromLatin1(name));
+}
+
+/// A window with two photos that can be read, and a folder for what comes of them.
+struct Sheets : testing::Test {
+    TemporaryFolder folder;
+    QWidget window;
+    Preferences preferences{folder.file("preferences")};
+    PhotoSession session{SandboxAccessBroker(), withoutDisk()};
+    ExportSession exportSession;
+
+    Sheets()
+    {
+        window.show();
+        importInto(session, {folder.write("a.jpg", "a"), folder.write("b.jpg", "b")});
+    }
+
+    void choose(const FileUrl& exportFolder)
+    {
+        auto configuration = exportSession.configuration();
+        configuration.chosenFolder = exportFolder;
+        configuration.filenameTemplate = QStringLiteral("{filename}-{index}");
+        exportSession.setConfiguration(configuration);
+    }
+};
+
+} // namespace
+
+TEST(ExportTexts, tellOfFailuresBeforeSkippedPhotosAndOfFoldersInTheHome)
+{
+    const auto b = photoUrl("b.jpg");
+    const auto other = photoUrl("other/b.jpg");
+    const BatchExportReport report{
+        .exported = 8, .skipped = 1, .cancelled = 2, .failures = {failureOf(b), failureOf(other), failureOf(b)}};
+    EXPECT_EQ(ExportTexts::reportText(report, {photoUrl("s.jpg")}),
+              QStringLiteral("Export stopped, with 3 failures\n8 exported, 1 skipped, 3 failed, 2 canceled\n\nFailed\n"
+                             "b.jpg: Broken. Sorry.\nb.jpg: Broken. Sorry.\nb.jpg: Broken. Sorry.\n"
+                             "\nSkipped\ns.jpg\n"));
+    EXPECT_EQ(ExportTexts::failedPhotos(report), (std::vector{b, other}));
+    EXPECT_EQ(ExportTexts::folder(other, photoUrl("")), QStringLiteral("other / b.jpg"));
+    EXPECT_EQ(ExportTexts::folder(other, photoUrl("oth")), QStringLiteral("/photos/other/b.jpg"));
+}
+
+TEST_F(Sheets, tellWhatWillBeExportedAndUnderWhichName)
+{
+    choose(folder.url());
+    const auto first = session.photos()[0].id();
+    session.setSelectedPhotoID(session.photos()[1].id());
+    EXPECT_EQ(ExportTexts::exampleName(session, exportSession), QStringLiteral("b-2.jpg"));
+    session.setIncluded({first}, false);
+    session.setSelectedPhotoID(first);
+    EXPECT_EQ(ExportTexts::exampleName(session, exportSession), QStringLiteral("b-1.jpg"));
+
+    RenderRecipe wide;
+    wide.outputColorProfile = OutputColorProfile::displayP3;
+    session.setPhotoRecipe(first, wide);
+    session.setRecipeScope(RecipeScope::selected);
+    EXPECT_EQ(ExportTexts::subtitle(session, {}), QStringLiteral("1 photo · JPEG, quality 90 · sRGB"));
+    session.setAllIncluded(true);
+    EXPECT_EQ(ExportTexts::subtitle(session, {ExportFormat::png}), QStringLiteral("2 photos · PNG · several profiles"));
+}
+
+TEST_F(Sheets, exportOnlyWhatTheCheckAllows)
+{
+    ExportOptionsSheet sheet(session, exportSession, preferences, &window);
+    QSignalSpy started(&sheet, &ExportOptionsSheet::startRequested);
+    auto* start = child<QPushButton>(sheet, "startExportButton");
+    sheet.open();
+    EXPECT_TRUE(waitUntil([&] { return !start->isEnabled(); })) << "no folder is chosen";
+    choose(folder.url());
+    EXPECT_TRUE(waitUntil([&] { return start->isEnabled(); }));
+    // Pressed while a change has yet to be checked: it starts, or not, once the check has spoken.
+    choose(folder.file("gone"));
+    start->click();
+    EXPECT_TRUE(waitUntil([&] { return !start->isEnabled(); }));
+    EXPECT_EQ(started.count(), 0);
+    choose(folder.url());
+    EXPECT_TRUE(waitUntil([&] { return start->isEnabled(); }));
+    auto* nameTemplate = child<QLineEdit>(sheet, "templateField");
+    nameTemplate->setFocus();
+    nameTemplate->setSelection(0, 10);
+    QTest::mouseClick(child<QPushButton>(sheet, "insertIndexButton"), Qt::LeftButton);
+    QTest::keyClicks(nameTemplate, QStringLiteral("!"));
+    EXPECT_EQ(exportSession.configuration().filenameTemplate, QStringLiteral("{index}!-{index}"));
+    start->click();
+    EXPECT_TRUE(waitUntil([&] { return started.count() == 1; }));
+    session.setAllIncluded(false);
+    EXPECT_FALSE(start->isEnabled());
+}
+
+TEST_F(Sheets, reportAsksToTryAgainBeforeItCloses)
+{
+    ReportSheet sheet({.failures = {failureOf(photoUrl("b.jpg"))}}, session, preferences, &window);
+    sheet.open();
+    bool wasOpen = false;
+    QObject::connect(&sheet, &ReportSheet::tryAgainRequested, [&] { wasOpen = sheet.isOpen(); });
+    child<QPushButton>(sheet, "tryAgainButton")->click();
+    EXPECT_TRUE(wasOpen && !sheet.isOpen());
+}
+
+TEST(PresetSummary, saysWhatAPresetHolds)
+{
+    PresetPayload payload{.borderWidth = 40, .captionEnabled = true};
+    EXPECT_EQ(payloadSummary(payload), QStringLiteral("40 px · caption · no logo · JPEG"));
+    payload = {.borderUnit = BorderUnit::percent, .borderWidth = 2.5, .logo = LogoConfiguration::placeholder()};
+    payload.logo->isEnabled = false;
+    EXPECT_EQ(payloadSummary(payload), QStringLiteral("2.5 % · no caption · logo · JPEG"));
+}
+
+TEST_F(Sheets, presetsAreAppliedRenamedAndRemovedByKeys)
+{
+    PresetLibrary library(folder.file("presets.json"));
+    const auto b = library.save(QStringLiteral("B"), {}).id;
+    std::vector<QUuid> applied;
+    std::vector<QUuid> removed;
+    PresetManagerView sheet(library,
+                            {[] {},
+                             [&](const QUuid& id) { applied.push_back(id); },
+                             [&](const QUuid& id, const QString& name) { library.rename(id, name); },
+                             {},
+                             {},
+                             [&](const QUuid& id) { removed.push_back(id); }},
+                            &window);
+    sheet.open();
+    auto* list = child<PresetList>(sheet, "presetList");
+    const auto press = [&](std::initializer_list<Qt::Key> keys) {
+        for (const auto key : keys)
+            QTest::keyClick(list, key);
+    };
+    press({Qt::Key_Return, Qt::Key_Delete});
+    EXPECT_TRUE(applied.empty() && removed.empty()) << "nothing is selected";
+
+    const auto a = library.save(QStringLiteral("A"), {}).id;
+    press({Qt::Key_Return, Qt::Key_Down, Qt::Key_Return, Qt::Key_Delete});
+    EXPECT_EQ(applied, (std::vector{a, b})) << "what has just been saved is selected";
+    EXPECT_EQ(removed, std::vector{b});
+
+    const auto renameBy = [&](const QString& typed, Qt::Key end) {
+        press({Qt::Key_F2});
+        auto* editor = child<QLineEdit>(sheet, "presetNameEditor");
+        QTest::keyClicks(editor, typed);
+        QTest::keyClick(editor, end);
+        EXPECT_TRUE(waitUntil([&] { return !child<QLineEdit>(sheet, "presetNameEditor"); }));
+    };
+    renameBy(QStringLiteral("x"), Qt::Key_Escape);
+    renameBy(QStringLiteral("  "), Qt::Key_Return);
+    EXPECT_EQ(library.presets()[1].name, QStringLiteral("B"));
+    renameBy(QStringLiteral("0"), Qt::Key_Return);
+    EXPECT_TRUE(waitUntil([&] { return library.presets()[0].name == QStringLiteral("0"); }));
+    EXPECT_TRUE(sheet.isOpen() && applied.size() == 2) << "Enter ended the typing and no more";
+    child<QPushButton>(sheet, "applyPresetButton")->click();
+    EXPECT_EQ(applied.back(), b) << "the selection goes with the preset";
+    library.remove(b);
+    press({Qt::Key_Return});
+    EXPECT_EQ(applied.back(), a) << "and to the neighbour of one that has gone";
+}
+
+} // namespace ferrow::test
