@@ -273,6 +273,11 @@ std::string batchProgram()
     return FERROW_BATCH_PROGRAM;
 }
 
+std::string workerProgram()
+{
+    return FERROW_WORKER_PROGRAM;
+}
+
 ScratchFolder::ScratchFolder()
 {
     std::string name = (std::filesystem::temp_directory_path() / "ferrow-bench-XXXXXX").string();

@@ -42,6 +42,8 @@ void bareEighthDecode(const std::string& source);
 
 /// The companion built beside the benchmarks.
 [[nodiscard]] std::string batchProgram();
+/// The worker built with it.
+[[nodiscard]] std::string workerProgram();
 
 /// A folder that goes away with the object.
 class ScratchFolder {

@@ -1,0 +1,211 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Takes pictures of the window, its sheets and its popovers: Screenshots FOLDER [light|dark] [width height]
+#include "SamplePhotos.h"
+
+#include "App/ContentView.h"
+#include "App/Preferences.h"
+#include "Engine/Answerer.h"
+#include "Features/Shell/PreviewPane.h"
+#include "Shared/Widgets/FerrowStyle.h"
+#include "Shared/Widgets/Overlay.h"
+#include "Shared/Widgets/Theme.h"
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cstdio>
+
+namespace {
+
+using namespace ferrow;
+
+class Photographer {
+public:
+    Photographer(ContentView& window, QString folder, QString suffix)
+        : window_(window), folder_(std::move(folder)), suffix_(std::move(suffix))
+    {
+    }
+
+    /// Waits until `done`, at most two minutes, and a little longer for fades.
+    void waitFor(const std::function<bool()>& done)
+    {
+        if (!QTest::qWaitFor(done, 120'000))
+            std::fprintf(stderr, "gave up waiting\n");
+        QTest::qWait(settling);
+    }
+
+    void press(const char* objectName)
+    {
+        // Of a colour well: its swatch.
+        const auto* host = window_.findChild<QWidget*>(QLatin1StringView(objectName));
+        auto* button = window_.findChild<QAbstractButton*>(QLatin1StringView(objectName));
+        if (!button && host)
+            button = host->findChild<QAbstractButton*>();
+        if (!button) {
+            std::fprintf(stderr, "no %s\n", objectName);
+            return;
+        }
+        QTest::mouseClick(button, Qt::LeftButton);
+        QTest::qWait(settling);
+    }
+
+    void shoot(const char* name, QWidget* what = nullptr)
+    {
+        const QPixmap picture = (what ? what : &window_)->grab();
+        picture.save(QStringLiteral("%1/%2%3.png").arg(folder_, QLatin1StringView(name), suffix_));
+    }
+
+    void closeOverlay()
+    {
+        if (Overlay* overlay = Overlay::topmost(&window_))
+            overlay->dismiss();
+        QTest::qWait(settling);
+    }
+
+private:
+    static constexpr int settling = 350; // Milliseconds: longer than any fade or render.
+
+    ContentView& window_;
+    QString folder_;
+    QString suffix_;
+};
+
+void photographEmpty(Photographer& photographer)
+{
+    QTest::qWait(300);
+    photographer.shoot("empty");
+}
+
+void photographMain(ContentView& window, Photographer& photographer, const FileUrl& photos)
+{
+    window.importRoots({photos});
+    photographer.waitFor([&] { return !window.session().isImporting() && !window.session().photos().empty(); });
+    window.history().editRecipe(QStringLiteral("Frame"), [](RenderRecipe& recipe) {
+        recipe.setCaptionTemplate(QStringLiteral("{filename}  ·  {artist}"));
+        recipe.captionPosition = CaptionPosition::borderBottomCenter;
+        recipe.captionAlignment = CaptionAlignment::center;
+        recipe.captionFontSize = 40;
+        recipe.borderWidth = 130;
+        if (Theme::current().appearance() == Appearance::dark) {
+            recipe.borderColor = {0.07, 0.07, 0.07, 1};
+            recipe.captionColor = {0.8, 0.8, 0.8, 1};
+        }
+    });
+    QTest::qWait(700);
+    photographer.shoot("main");
+}
+
+void photographPopovers(Photographer& photographer)
+{
+    photographer.press("borderColorWell");
+    photographer.shoot("colour-popover");
+    photographer.closeOverlay();
+    photographer.press("captionPositionButton");
+    photographer.shoot("position-popover");
+    photographer.closeOverlay();
+}
+
+void photographPresets(ContentView& window, Photographer& photographer)
+{
+    const auto save = [&](const QString& name) {
+        window.presetLibrary().save(name, PresetPayload::make(window.session().batchRecipe(),
+                                                              window.exportSession().settings(),
+                                                              window.exportSession().configuration()));
+    };
+    photographer.press("presetsButton");
+    photographer.shoot("presets-empty");
+    photographer.closeOverlay();
+    save(QStringLiteral("Gallery"));
+    const RenderRecipe before = window.session().batchRecipe();
+    RenderRecipe blue = before;
+    blue.borderColor = {0.16, 0.24, 0.33, 1};
+    blue.borderUnit = BorderUnit::percent;
+    blue.borderWidth = 2.5;
+    window.session().setBatchRecipe(blue);
+    save(QStringLiteral("Blue Mat"));
+    window.session().setBatchRecipe(before);
+    photographer.press("presetsButton");
+    photographer.shoot("presets");
+    photographer.closeOverlay();
+}
+
+void photographExport(ContentView& window, Photographer& photographer, const FileUrl& output)
+{
+    BatchExportConfiguration configuration = window.exportSession().configuration();
+    configuration.chosenFolder = output;
+    window.exportSession().setConfiguration(configuration);
+    photographer.press("exportButton");
+    QTest::qWait(600);
+    photographer.shoot("export-options");
+    // The slowest format, so that there is an export to be seen.
+    window.exportSession().setSettings({.format = ExportFormat::heic, .quality = 0.9});
+    QTest::qWait(600);
+    photographer.press("startExportButton");
+    photographer.waitFor([&] { return window.exportSession().isRunning() || window.exportSession().report(); });
+    photographer.shoot("exporting");
+    photographer.waitFor([&] { return window.exportSession().report().has_value(); });
+    photographer.shoot("report");
+    photographer.closeOverlay();
+}
+
+void photographWindows(ContentView& window, Photographer& photographer)
+{
+    const auto shootWindow = [&](const char* name, const char* file) {
+        QTest::qWait(300);
+        if (auto* dialog = window.findChild<QWidget*>(QLatin1StringView(name))) {
+            photographer.shoot(file, dialog);
+            dialog->close();
+        }
+    };
+    photographer.press("settingsButton");
+    shootWindow("settingsWindow", "settings");
+    for (QAction* action : window.actions())
+        if (action->shortcuts().contains(QKeySequence(Qt::Key_F1)))
+            action->trigger();
+    shootWindow("shortcutsWindow", "shortcuts");
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QApplication application(argc, argv);
+    const QStringList words = QApplication::arguments();
+    if (words.size() < 2)
+        return 2;
+    const bool dark = words.value(2) == QLatin1StringView("dark");
+    const QTemporaryDir scratch;
+    const FileUrl root = FileUrl::fromPath(scratch.path());
+    qputenv("XDG_DATA_HOME", root.appending("data").path());
+    qputenv("XDG_CONFIG_HOME", root.appending("config").path());
+    const FileUrl photos = root.appending("Pictures");
+    const FileUrl output = root.appending("Framed");
+    for (const FileUrl& folder : {photos, output})
+        QDir().mkpath(folder.displayPath());
+    tools::writeSamplePhotos(photos);
+
+    Theme::current().setAppearance(dark ? Appearance::dark : Appearance::light);
+    Theme::current().setReducedMotion(true);
+    FerrowStyle::install(application);
+    Preferences preferences;
+    preferences.setPreviewBackdrop(dark, dark ? PreviewBackdrop::charcoal : PreviewBackdrop::lightGray);
+    ContentView window(preferences);
+    if (words.size() > 4)
+        window.resize(words[3].toInt(), words[4].toInt());
+    window.show();
+    QDir().mkpath(words[1]);
+    Photographer photographer(window, words[1], dark ? QStringLiteral("-dark") : QStringLiteral("-light"));
+    photographEmpty(photographer);
+    photographMain(window, photographer, photos);
+    photographPopovers(photographer);
+    photographPresets(window, photographer);
+    photographWindows(window, photographer);
+    photographExport(window, photographer, output);
+    return 0;
+}
