@@ -7,9 +7,10 @@ packages=(
     # To build.
     g++ cmake ninja-build pkg-config
     qt6-base-dev libjpeg62-turbo-dev libpng-dev libtiff-dev libheif-dev liblcms2-dev libexpat1-dev
-    zlib1g-dev libpoppler-glib-dev libcairo2-dev libicu-dev
+    zlib1g-dev libpoppler-glib-dev libcairo2-dev libicu-dev qt6-svg-dev libqt6svg6 libseccomp-dev
+    libfontconfig-dev
     # To test.
-    libgtest-dev libgmock-dev libexiv2-dev strace tzdata
+    libgtest-dev libgmock-dev libexiv2-dev strace tzdata xvfb xauth clang libclang-rt-14-dev
     # To run: the faces that captions are drawn in. Each of the five choices needs its own.
     fontconfig fonts-inter fonts-manrope fonts-paratype fonts-jetbrains-mono fonts-quicksand
     fonts-noto-core fonts-noto-cjk fonts-noto-color-emoji fonts-dejavu-core
