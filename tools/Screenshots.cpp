@@ -182,10 +182,12 @@ int main(int argc, char** argv)
     const bool dark = words.value(2) == QLatin1StringView("dark");
     const QTemporaryDir scratch;
     const FileUrl root = FileUrl::fromPath(scratch.path());
+    // A home of its own, so that folders read in the pictures as they would for anybody.
+    qputenv("HOME", root.path());
     qputenv("XDG_DATA_HOME", root.appending("data").path());
     qputenv("XDG_CONFIG_HOME", root.appending("config").path());
     const FileUrl photos = root.appending("Pictures");
-    const FileUrl output = root.appending("Framed");
+    const FileUrl output = photos.appending("Framed");
     for (const FileUrl& folder : {photos, output})
         QDir().mkpath(folder.displayPath());
     tools::writeSamplePhotos(photos);
