@@ -53,11 +53,6 @@ QString errorText(const std::exception_ptr& error)
     }
 }
 
-std::unordered_set<FileUrl> asSet(const std::vector<FileUrl>& urls)
-{
-    return {urls.begin(), urls.end()};
-}
-
 } // namespace
 
 WindowServices WindowServices::system()
@@ -384,8 +379,8 @@ void ContentView::showReport()
     connect(sheet, &ReportSheet::tryAgainRequested, this, [this, sheet](const std::vector<FileUrl>& photos) {
         disconnect(sheet, &ReportSheet::closed, this, nullptr);
         sheet->dismiss();
-        exportSession_.clearReport();
-        runExport(ExportRequest::make(session_, exportSession_).limitedTo(asSet(photos)));
+        exportTime_.start();
+        exportSession_.retry({photos.begin(), photos.end()});
     });
     sheet->open();
 }

@@ -139,8 +139,7 @@ BatchExportPlan dryPlan(const ExportRequest& request, const ExportCheckOperation
         throwIfCancelled(stop);
         return operations.exists(file);
     };
-    return planner.plan(request.photos, request.configuration, request.settings, request.recipeScope,
-                        request.batchRecipe, request.photoRecipes);
+    return request.plan(std::move(planner));
 }
 
 /// "48 GB free" where all folders say the same, as those of one disk do.

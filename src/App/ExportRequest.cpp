@@ -4,23 +4,33 @@
 #include "App/ExportSession.h"
 #include "App/PhotoSession.h"
 
+#include <utility>
+
 namespace ferrow {
 
 ExportRequest ExportRequest::make(const PhotoSession& session, const ExportSession& exportSession)
 {
+    std::vector<FileUrl> originals;
+    originals.reserve(session.photos().size());
+    for (const ImportedPhoto& photo : session.photos())
+        originals.push_back(photo.url);
     return {.photos = session.includedPhotos(),
             .configuration = exportSession.configuration(),
             .settings = exportSession.settings(),
             .recipeScope = session.recipeScope(),
             .batchRecipe = session.batchRecipe(),
-            .photoRecipes = session.photoRecipes()};
+            .photoRecipes = session.photoRecipes(),
+            .originals = std::move(originals),
+            .retried = std::nullopt,
+            .written = {}};
 }
 
-ExportRequest ExportRequest::limitedTo(const std::unordered_set<FileUrl>& photoIDs) const
+BatchExportPlan ExportRequest::plan(ExportPlanner planner) const
 {
-    ExportRequest limited = *this;
-    std::erase_if(limited.photos, [&](const ImportedPhoto& photo) { return !photoIDs.contains(photo.id()); });
-    return limited;
+    planner.originals = originals;
+    planner.written = written;
+    planner.only = retried;
+    return planner.plan(photos, configuration, settings, recipeScope, batchRecipe, photoRecipes);
 }
 
 const RenderRecipe& ExportRequest::resolvedRecipe(const FileUrl& photoID) const

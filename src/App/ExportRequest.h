@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Export/ExportPlanner.h"
 #include "Models/BatchExportModels.h"
 #include "Models/ImportedPhoto.h"
 #include "Models/RenderRecipe.h"
 
+#include <cstdint>
+#include <optional>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -22,11 +25,14 @@ struct ExportRequest {
     RecipeScope recipeScope = RecipeScope::batch;
     RenderRecipe batchRecipe;
     std::unordered_map<FileUrl, RenderRecipe> photoRecipes;
+    std::vector<FileUrl> originals; ///< All photos of the session: no output may replace one, included or not.
+    std::optional<std::unordered_set<FileUrl>> retried; ///< Only these, where a batch is run once more.
+    std::vector<FileUrl> written;                       ///< What that batch has written already.
 
     [[nodiscard]] static ExportRequest make(const PhotoSession& session, const ExportSession& exportSession);
-    /// The same for these photos alone: those of a report that failed, to be tried again.
-    [[nodiscard]] ExportRequest limitedTo(const std::unordered_set<FileUrl>& photoIDs) const;
-
+    /// How many photos are to be exported.
+    [[nodiscard]] std::int64_t count() const { return std::int64_t(retried ? retried->size() : photos.size()); }
+    [[nodiscard]] BatchExportPlan plan(ExportPlanner planner) const;
     [[nodiscard]] const RenderRecipe& resolvedRecipe(const FileUrl& photoID) const;
 };
 

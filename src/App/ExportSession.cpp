@@ -99,6 +99,21 @@ void ExportSession::planAndStart(ExportRequest request, Planned planned)
 {
     if (isRunning() || isPlanning_)
         return;
+    request_ = std::move(request);
+    planInBackground(std::move(planned));
+}
+
+void ExportSession::retry(const std::unordered_set<FileUrl>& photoIDs)
+{
+    if (!report_ || isPlanning_)
+        return;
+    clearReport();
+    request_.retried = photoIDs;
+    planInBackground({});
+}
+
+void ExportSession::planInBackground(Planned planned)
+{
     setPlanning(true);
     const std::int64_t number = ++planning_;
     const auto begin = [this, number, planned = std::move(planned)](BatchExportPlan& plan, std::int64_t batchCount) {
@@ -111,11 +126,9 @@ void ExportSession::planAndStart(ExportRequest request, Planned planned)
         start(std::move(plan), batchCount);
         emit isPlanningChanged();
     };
-    work_.post([request = std::move(request), begin, planner = planner_, sender = relay_.sender()] {
-        const auto plan = std::make_shared<BatchExportPlan>(planner.plan(request.photos, request.configuration,
-                                                                         request.settings, request.recipeScope,
-                                                                         request.batchRecipe, request.photoRecipes));
-        sender.post([begin, plan, count = std::int64_t(request.photos.size())] { begin(*plan, count); });
+    work_.post([request = request_, begin, planner = planner_, sender = relay_.sender()] {
+        const auto plan = std::make_shared<BatchExportPlan>(request.plan(planner));
+        sender.post([begin, plan, count = request.count()] { begin(*plan, count); });
     });
 }
 
@@ -179,8 +192,13 @@ void ExportSession::noteOutcome(const BatchExportOutcome& outcome)
 void ExportSession::finish(const std::vector<BatchExportOutcome>& outcomes)
 {
     const std::shared_ptr<Run> run = std::exchange(run_, nullptr);
-    for (const BatchExportOutcome& outcome : outcomes)
-        photoStates_[run->plan.jobs[outcome.jobIndex].photo.id()] = stateOf(outcome);
+    for (const BatchExportOutcome& outcome : outcomes) {
+        const BatchExportJob& job = run->plan.jobs[outcome.jobIndex];
+        const PhotoExportState state = stateOf(outcome);
+        photoStates_[job.photo.id()] = state;
+        if (state == PhotoExportState::exported)
+            request_.written.push_back(job.destination);
+    }
     progress_.reset();
     const bool wasStopping = std::exchange(isStopping_, false);
     setReport(BatchExportCoordinator::report(run->plan, run->batchCount, outcomes));

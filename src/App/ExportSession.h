@@ -15,6 +15,7 @@
 #include <optional>
 #include <stop_token>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace ferrow {
@@ -71,6 +72,9 @@ public:
     /// Plans on a worker thread and starts; `planned` is told of the plan just before. Does nothing while planning or
     /// running.
     void planAndStart(ExportRequest request, Planned planned = {});
+    /// Runs the reported batch once more for these of its photos, as it was planned: the same settings and numbers, and
+    /// what it has written stays. Clears the report. Does nothing without one, or while planning.
+    void retry(const std::unordered_set<FileUrl>& photoIDs);
     /// Starts no further job and asks those in hand to stop; the report follows. While planning: nothing starts.
     void cancel();
     /// The report was seen.
@@ -90,6 +94,7 @@ signals:
 private:
     struct Run;
 
+    void planInBackground(Planned planned);
     void setProgress(std::optional<ExportProgress> progress);
     void setReport(std::optional<BatchExportReport> report);
     void setPlanning(bool isPlanning);
@@ -111,6 +116,7 @@ private:
     bool isStopping_ = false;
     std::int64_t planning_ = 0; ///< Number of the newest planning; results of others are stale.
     std::shared_ptr<Run> run_;
+    ExportRequest request_; ///< Of the run that was planned last, with what it and its retries have written.
     MainThreadRelay relay_;
     WorkQueue work_;
 };

@@ -266,6 +266,9 @@ BatchExportPlan makePlan(const ImportedBatch& batch, const Settings& settings, b
     ExportPlanner planner;
     if (dryRun)
         planner.createDirectory = [](const FileUrl&) {};
+    // What could not be read is still somebody's photo.
+    for (const BatchExportFailure& failure : batch.failures)
+        planner.originals.push_back(failure.source);
     return planner.plan(batch.photos, settings.configuration, settings.exportSettings, RecipeScope::batch,
                         settings.recipe, {});
 }

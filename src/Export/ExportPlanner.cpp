@@ -12,8 +12,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <exception>
-#include <optional>
-#include <unordered_set>
+#include <set>
 #include <utility>
 
 namespace ferrow {
@@ -82,6 +81,46 @@ private:
     std::unordered_map<FileUrl, std::exception_ptr> failures_; ///< Null for a folder that is ready.
 };
 
+/// The photos that leave to replace never covers.
+class Originals {
+public:
+    Originals(const ExportPlanner& planner, const std::vector<ImportedPhoto>& photos) : planner_(planner)
+    {
+        for (const ImportedPhoto& photo : photos)
+            places_.insert(photo.url.standardized());
+        for (const FileUrl& url : planner.originals)
+            places_.insert(url.standardized());
+    }
+
+    /// Whether an original other than `own` stands at `place`, which may be spelled by way of linked folders or, where
+    /// the volume folds case, in other letters. A photo's own is left to the exporter, which has the sentence for it.
+    [[nodiscard]] bool hasAnother(const FileUrl& place, const FileUrl& own)
+    {
+        if (place == own.standardized())
+            return false;
+        if (places_.contains(place))
+            return true;
+        const std::optional<FileNumber> number = planner_.fileNumber(place);
+        return number && numbers().contains(*number) && number != planner_.fileNumber(own);
+    }
+
+private:
+    const std::set<FileNumber>& numbers()
+    {
+        if (!numbers_) {
+            numbers_.emplace();
+            for (const FileUrl& place : places_)
+                if (const std::optional<FileNumber> number = planner_.fileNumber(place))
+                    numbers_->insert(*number);
+        }
+        return *numbers_;
+    }
+
+    const ExportPlanner& planner_;
+    std::unordered_set<FileUrl> places_;
+    std::optional<std::set<FileNumber>> numbers_; ///< Asked for late: few batches replace anything.
+};
+
 std::vector<FileUrl> sortedAsFileBrowsersDo(const std::unordered_set<FileUrl>& folders)
 {
     std::vector<std::pair<QString, FileUrl>> rows;
@@ -109,15 +148,15 @@ BatchExportPlan ExportPlanner::plan(const std::vector<ImportedPhoto>& photos,
 {
     BatchExportPlan plan;
     FolderReadiness readiness(*this, configuration.destinationMode);
-    ReservedDestinations reserved;
+    ReservedDestinations reserved{.urls = {written.begin(), written.end()}};
+    Originals protectedOnes(*this, photos);
     std::unordered_set<FileUrl> folders;
     const QString extension = filenameExtension(settings.format);
-    std::unordered_set<FileUrl> sources;
-    for (const ImportedPhoto& photo : photos)
-        sources.insert(photo.url.standardized());
 
     for (std::size_t index = 0; index < photos.size(); ++index) {
         const ImportedPhoto& photo = photos[index];
+        if (only && !only->contains(photo.id()))
+            continue;
         FileUrl folder;
         try {
             folder = destinationFolder(photo, configuration);
@@ -134,12 +173,9 @@ BatchExportPlan ExportPlanner::plan(const std::vector<ImportedPhoto>& photos,
         const QByteArray name = FilenameTemplate::filename(configuration.filenameTemplate, photo.url,
                                                            static_cast<std::int64_t>(index), extension);
         const FileUrl proposed = folder.appending(name).standardized();
-        // Leave to replace never covers another original of the same batch. A photo's own is left to the exporter to
-        // refuse.
-        const bool isAnotherSource = sources.contains(proposed) && proposed != photo.url.standardized();
-        const CollisionRule rule = isAnotherSource && configuration.collisionRule == CollisionRule::replace
-                                       ? CollisionRule::appendNumber
-                                       : configuration.collisionRule;
+        CollisionRule rule = configuration.collisionRule;
+        if (rule == CollisionRule::replace && protectedOnes.hasAnother(proposed, photo.url))
+            rule = CollisionRule::appendNumber;
         const auto resolution = BatchCollisionResolver::destination(proposed, rule, reserved, fileExists);
         if (!resolution) {
             ++plan.skipped;
@@ -193,6 +229,14 @@ void ExportPlanner::checkFolderWritable(const FileUrl& folder)
         throw SystemError{ENOTDIR, folder};
     if (::access(folder.path().constData(), W_OK | X_OK) != 0)
         throw SystemError{errno, folder};
+}
+
+std::optional<FileNumber> ExportPlanner::numberOf(const FileUrl& url)
+{
+    struct stat status {};
+    if (lookUp(url, status) != 0)
+        return std::nullopt;
+    return FileNumber{status.st_dev, status.st_ino};
 }
 
 } // namespace ferrow

@@ -6,11 +6,23 @@
 #include "Models/RenderRecipe.h"
 #include "Platform/Base/FileUrl.h"
 
+#include <compare>
+#include <cstdint>
 #include <functional>
+#include <optional>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace ferrow {
+
+/// Tells a file from every other, however its path is spelled.
+struct FileNumber {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+
+    auto operator<=>(const FileNumber&) const = default;
+};
 
 /// Turns a request to export into jobs with their final names, before any pixel is touched. It creates destination
 /// folders and asks what exists; it never writes, replaces or removes a file. Works on the calling thread.
@@ -22,9 +34,19 @@ struct ExportPlanner {
     /// Throws SystemError when a folder exists and takes no new files. A missing folder passes: the export itself says
     /// so.
     std::function<void(const FileUrl&)> checkWritable = checkFolderWritable;
+    /// Of what a path leads to, links followed; absent where that is nothing. Asked about photos only before a file
+    /// would be replaced.
+    std::function<std::optional<FileNumber>(const FileUrl&)> fileNumber = numberOf;
 
-    /// Never fails as a whole: every photo is in exactly one of jobs, skipped photos and failures, in the order of
-    /// `photos`, which is the order of export. Each folder is created and checked once.
+    /// Photos that no output may replace, beside those that are planned.
+    std::vector<FileUrl> originals = {};
+    /// Outputs that an earlier run of the same batch has written: no other photo gets their places.
+    std::vector<FileUrl> written = {};
+    /// When set, only these are planned; the others of the list keep their places in its numbering.
+    std::optional<std::unordered_set<FileUrl>> only = std::nullopt;
+
+    /// Never fails as a whole: every photo that is planned is in exactly one of jobs, skipped photos and failures, in
+    /// the order of `photos`, which is the order of export. Each folder is created and checked once.
     [[nodiscard]] BatchExportPlan plan(const std::vector<ImportedPhoto>& photos,
                                        const BatchExportConfiguration& configuration, const ExportSettings& settings,
                                        RecipeScope recipeScope, const RenderRecipe& batchRecipe,
@@ -33,6 +55,7 @@ struct ExportPlanner {
     static void createDirectories(const FileUrl& folder);
     [[nodiscard]] static bool exists(const FileUrl& url);
     static void checkFolderWritable(const FileUrl& folder);
+    [[nodiscard]] static std::optional<FileNumber> numberOf(const FileUrl& url);
 };
 
 } // namespace ferrow

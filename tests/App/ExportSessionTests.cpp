@@ -128,11 +128,52 @@ TEST(ExportSession, plansInTheBackgroundUnlessCancelled)
     EXPECT_TRUE(session.isPlanning());
     session.cancel();
     EXPECT_FALSE(session.isPlanning());
-    session.planAndStart(request.limitedTo({test::photoUrl("c")}), note);
+    session.planAndStart(request, note);
     ASSERT_TRUE(test::waitUntil([&] { return session.report().has_value(); }));
-    EXPECT_EQ(planned, 1u);
-    EXPECT_EQ(session.report()->exported, 1);
+    EXPECT_EQ(planned, 2u);
+    EXPECT_EQ(session.report()->exported, 2);
     EXPECT_FALSE(session.isPlanning());
+}
+
+TEST(ExportSession, triesFailedPhotosAgainWithoutTouchingWhatItHasWritten)
+{
+    const struct {
+        CollisionRule rule;
+        const char* nameTemplate;
+        std::vector<QByteArray> written; ///< In the order of writing.
+    } rows[] = {
+        {CollisionRule::replace, "{index}", {"1.jpg", "3.jpg", "2.jpg"}},
+        {CollisionRule::replace, "same", {"same.jpg", "same 3.jpg", "same 2.jpg"}},
+        {CollisionRule::skip, "same", {"same.jpg", "same 3.jpg", "same 2.jpg"}},
+        {CollisionRule::appendNumber, "same", {"same.jpg", "same 3.jpg", "same 2.jpg"}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.nameTemplate);
+        const test::TemporaryFolder folder;
+        std::vector<QByteArray> written;
+        int refusals = 2;
+        ExportSession session([&](const BatchExportJob& job, const std::stop_token&) {
+            if (job.photo.id() == test::photoUrl("b") && refusals-- > 0)
+                throw ImagePipelineError(ImagePipelineError::decodingFailed);
+            written.push_back(job.destination.lastPathComponentBytes());
+            folder.write(written.back(), "framed");
+        });
+        session.setConfiguration({.chosenFolder = folder.url(),
+                                  .filenameTemplate = QString::fromUtf8(row.nameTemplate),
+                                  .collisionRule = row.rule,
+                                  .maximumConcurrentExports = 1});
+        test::DisklessSession photos;
+        test::importInto(photos, test::photoUrls({"a", "b", "c"}));
+        session.planAndStart(ExportRequest::make(photos, session));
+        ASSERT_TRUE(test::waitUntil([&] { return session.report().has_value(); }));
+        for (int attempt = 0; attempt < 2; ++attempt) {
+            ASSERT_EQ(session.report()->failures.size(), 1u);
+            session.retry({test::photoUrl("b")});
+            ASSERT_TRUE(test::waitUntil([&] { return session.report().has_value(); }));
+            EXPECT_EQ(session.report()->total, 1);
+        }
+        EXPECT_EQ(written, row.written);
+    }
 }
 
 } // namespace ferrow

@@ -37,6 +37,8 @@ struct FakeDisk {
     std::set<FileUrl> existing = {};
     std::map<FileUrl, int> uncreatable = {}; ///< With the errno.
     std::map<FileUrl, int> locked = {};
+    std::map<FileUrl, FileNumber> numbers = {}; ///< Of files that have more than one name.
+    std::vector<FileUrl> originals = {};
     std::vector<FileUrl> created = {};
     std::vector<FileUrl> checked = {};
     int questions = 0;
@@ -59,6 +61,11 @@ struct FakeDisk {
             checked.push_back(folder);
             refuse(locked, folder);
         };
+        planner.fileNumber = [&](const FileUrl& url) {
+            const auto found = numbers.find(url);
+            return found == numbers.end() ? std::nullopt : std::optional(found->second);
+        };
+        planner.originals = originals;
         std::vector<ImportedPhoto> photos;
         for (const QByteArray& path : sources)
             photos.emplace_back().url = place(path);
@@ -120,12 +127,49 @@ TEST(ExportPlanner, givesNamesByRule)
 
 TEST(ExportPlanner, leaveToReplaceNeverCoversAnotherOriginal)
 {
-    FakeDisk disk{.existing = {place("/p/a.heic"), place("/p/a.jpg")}};
+    const FileUrl heic = place("/p/a.heic");
+    const FileUrl jpeg = place("/p/a.jpg");
+    const struct {
+        const char* name;
+        Paths sources;
+        std::vector<FileUrl> originals;
+        std::map<FileUrl, FileNumber> numbers;
+        Paths expected;
+    } rows[] = {
+        // Its own name is left to the exporter, which refuses it with the sentence for that.
+        {"of the batch", {"/p/a.heic", "/p/a.jpg"}, {}, {}, {"/p/a 2.jpg", "! /p/a.jpg"}},
+        {"left out of the batch", {"/p/a.heic"}, {heic, jpeg}, {}, {"/p/a 2.jpg"}},
+        {"by another path",
+         {"/p/a.heic"},
+         {heic, place("/link/a.jpg")},
+         {{jpeg, {1, 7}}, {place("/link/a.jpg"), {1, 7}}, {heic, {1, 8}}},
+         {"/p/a 2.jpg"}},
+        {"its own by another path",
+         {"/link/a.jpg"},
+         {},
+         {{jpeg, {1, 7}}, {place("/link/a.jpg"), {1, 7}}},
+         {"! /p/a.jpg"}},
+        {"no original", {"/p/a.heic"}, {heic}, {{jpeg, {1, 7}}, {heic, {2, 7}}}, {"! /p/a.jpg"}},
+    };
     BatchExportConfiguration configuration = into("/p", CollisionRule::replace);
     configuration.filenameTemplate = QStringLiteral("{filename}");
-    // Its own name is left to the exporter, which refuses it with the sentence for that.
-    EXPECT_THAT(destinations(disk.plan({"/p/a.heic", "/p/a.jpg"}, configuration)),
-                ElementsAre("/p/a 2.jpg", "! /p/a.jpg"));
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        FakeDisk disk{.existing = {heic, jpeg}, .numbers = row.numbers, .originals = row.originals};
+        EXPECT_EQ(destinations(disk.plan(row.sources, configuration)), row.expected);
+    }
+}
+
+TEST(ExportPlanner, knowsAFileByAnyOfItsNames)
+{
+    const test::TemporaryFolder folder;
+    const FileUrl file = folder.write("a", "1");
+    const FileUrl link = folder.url().appending("link");
+    test::makeLink(link, folder.url().path());
+    EXPECT_TRUE(ExportPlanner::numberOf(file));
+    EXPECT_EQ(ExportPlanner::numberOf(file), ExportPlanner::numberOf(link.appending("a")));
+    EXPECT_NE(ExportPlanner::numberOf(file), ExportPlanner::numberOf(folder.write("b", "1")));
+    EXPECT_FALSE(ExportPlanner::numberOf(folder.url().appending("c")));
 }
 
 TEST(ExportPlanner, numbersByThePlaceInTheListAndResolvesEachPhotosRecipe)
