@@ -99,6 +99,16 @@ TEST_F(BatchCommandTest, tellsWhatBecameOfEachPhoto)
     EXPECT_EQ(ended.errors, "");
 }
 
+TEST_F(BatchCommandTest, replacesNoPhotoThatItCouldNotRead)
+{
+    folder.write("in/a.jpeg", photo);
+    const FileUrl damaged = folder.write("in/a.jpg", "damaged");
+    EXPECT_EQ(run({"--template", "{filename}", "--on-collision", "replace", "--output", in.path(), in.path()}).status,
+              1);
+    EXPECT_EQ(test::readFile(damaged), "damaged");
+    EXPECT_THAT(everythingBelow(in), ElementsAre("a 2.jpg", "a.jpeg", "a.jpg"));
+}
+
 TEST_F(BatchCommandTest, refusesWrongUseBeforeItWritesAnything)
 {
     folder.write("in/a.jpg", photo);
