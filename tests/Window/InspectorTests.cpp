@@ -125,14 +125,19 @@ TEST_F(Inspector, leavesValuesOfPresetsAsTheyAreUntilTheyAreEdited)
 {
     RenderRecipe wild;
     wild.borderWidth = 1'234.56;
-    wild.borderColor = {0.1234, 2, -1, 0.5};
+    wild.borderColor = {0.1234, 1e20, -3, 0.5};
+    wild.captionColor = {1e300, -1e300, 2, 1};
     wild.captionFontSize = 4'000;
     session.setBatchRecipe(wild);
     EXPECT_EQ(find<QLineEdit>("borderWidthField").text(), QStringLiteral("1235"));
     find<QLineEdit>("borderWidthField").setFocus();
     find<QLineEdit>("captionSizeField").setFocus();
-    find<ColorWell>("borderColorWell").swatch()->click();
-    key(Qt::Key_Escape);
+    EXPECT_EQ(find<ColorWell>("borderColorWell").swatch()->accessibleDescription(),
+              QStringLiteral("red 31, green 255, blue 0"));
+    for (const char* name : {"borderColorWell", "captionColorWell"}) {
+        find<ColorWell>(name).swatch()->click();
+        key(Qt::Key_Escape);
+    }
     EXPECT_EQ(recipe(), wild);
 }
 

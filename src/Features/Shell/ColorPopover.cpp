@@ -74,7 +74,7 @@ public:
         after_ = after;
         setEnabled(before != after);
         setAccessibleName(QStringLiteral("Back to the previous color"));
-        setAccessibleDescription(before.accessibilityDescription());
+        setAccessibleDescription(ColorText::spoken(before));
         update();
     }
 

@@ -39,6 +39,12 @@ QColor toQColor(const RGBAColor& color)
     return QColor(byte(color.red), byte(color.green), byte(color.blue), byte(color.alpha));
 }
 
+QString spoken(const RGBAColor& color)
+{
+    const auto shown = [](double component) { return std::clamp(component, 0.0, 1.0); };
+    return RGBAColor{shown(color.red), shown(color.green), shown(color.blue)}.accessibilityDescription();
+}
+
 } // namespace ColorText
 
 namespace {
@@ -74,7 +80,7 @@ ColorSwatch::ColorSwatch(const QString& name, QWidget* parent) : QPushButton(par
 void ColorSwatch::setColor(const RGBAColor& color)
 {
     color_ = color;
-    setAccessibleDescription(color.accessibilityDescription());
+    setAccessibleDescription(ColorText::spoken(color));
     update();
 }
 

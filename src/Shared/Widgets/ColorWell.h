@@ -17,6 +17,8 @@ namespace ColorText {
 /// Takes "#F4F1EA", "f4f1ea" and "#fff"; `alpha` goes through. Nothing for anything else.
 [[nodiscard]] std::optional<RGBAColor> parse(const QString& text, double alpha = 1);
 [[nodiscard]] QColor toQColor(const RGBAColor& color);
+/// "red 244, green 241, blue 234", of what is drawn: colours of presets may lie anywhere.
+[[nodiscard]] QString spoken(const RGBAColor& color);
 } // namespace ColorText
 
 /// A square button of 32 that shows a colour and reads it out.
