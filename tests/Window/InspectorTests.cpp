@@ -182,4 +182,33 @@ TEST_F(Inspector, showsACaptionInHandAndRecordsItOnce)
     EXPECT_FALSE(history.stack().canUndo());
 }
 
+TEST_F(Inspector, leavesNothingOfACaptionInHandThatUndoInterrupts)
+{
+    const RenderRecipe usual = recipe();
+    auto& well = find<QWidget>("captionChips");
+    well.setFocus();
+    key(Qt::Key_End);
+    key(Qt::Key_Delete);
+    QTest::keyClick(&well, 'x');
+    EXPECT_EQ(recipe().captionTemplate(), QStringLiteral("{camera} \u00B7 x"));
+    history.stack().undo();
+    EXPECT_EQ(recipe(), usual);
+    key(Qt::Key_Home);
+    key(Qt::Key_Delete);
+    EXPECT_EQ(recipe().captionTemplate(), QStringLiteral(" \u00B7 {lens}"));
+    history.stack().undo();
+    EXPECT_EQ(recipe(), usual);
+
+    // Undo may also lead to another recipe: the one with the draft gets back what it had.
+    const FileUrl photo = FileUrl::fromPath(QByteArray("/photos/a"));
+    session.setPhotoRecipe(photo, RenderRecipe{.captionSegments = CaptionSegment::parse(QStringLiteral("own"))});
+    well.setFocus();
+    QTest::keyClick(&well, 'y');
+    EXPECT_NE(recipe(), usual);
+    session.setRecipeScope(RecipeScope::selected);
+    session.setSelectedPhotoID(photo);
+    EXPECT_EQ(recipe().captionTemplate(), QStringLiteral("own"));
+    EXPECT_EQ(session.batchRecipe(), usual);
+}
+
 } // namespace ferrow

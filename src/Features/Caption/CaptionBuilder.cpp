@@ -78,6 +78,7 @@ void CaptionBuilder::connectWell()
         read(segments);
         emit segmentsPreviewed(segments);
     });
+    connect(well_, &CaptionWell::interrupted, this, &CaptionBuilder::interrupted);
     for (PaletteButton* button : buttons_) {
         const CaptionChips::Kind kind = button->kind();
         connect(button, &QPushButton::clicked, well_, [this, button, kind] {

@@ -24,7 +24,7 @@ class CaptionBuilder : public QWidget {
 public:
     explicit CaptionBuilder(QWidget* parent = nullptr);
 
-    /// Emits nothing.
+    /// Ends what is typed or dragged, unless the segments are those that were told or those before; tells that alone.
     void setSegments(const std::vector<CaptionSegment>& segments);
     /// Of the selected photo; absent where none is selected.
     void setMetadata(const std::optional<PhotoMetadata>& metadata);
@@ -35,8 +35,9 @@ signals:
     /// One finished edit, one step to take back.
     void segmentsEdited(const QString& stepName, const std::vector<ferrow::CaptionSegment>& segments);
     /// What a drag or a text in hand would come to. The finished edit follows; where it is given up, the segments as
-    /// they were are told by this signal once more.
+    /// they were are told by this signal once more; where other segments are set meanwhile, `interrupted`.
     void segmentsPreviewed(const std::vector<ferrow::CaptionSegment>& segments);
+    void interrupted();
 
 protected:
     void resizeEvent(QResizeEvent* event) override;

@@ -56,6 +56,7 @@ void CaptionWell::setSegments(const Segments& segments)
 {
     if (segments == segments_ || ((edit_ || drag_) && segments == previewed_))
         return;
+    const bool hadDraft = isBusy();
     endDrag();
     edit_.reset();
     closeField();
@@ -68,6 +69,8 @@ void CaptionWell::setSegments(const Segments& segments)
     current_ = same != segments_.end() ? static_cast<int>(same - segments_.begin())
                                        : std::clamp(current_, 0, std::max(0, endGap() - 1));
     refresh(isVisible() ? ChipMotion::Way::glide : ChipMotion::Way::atOnce);
+    if (hadDraft)
+        emit interrupted();
 }
 
 void CaptionWell::setMetadata(const std::optional<PhotoMetadata>& metadata)

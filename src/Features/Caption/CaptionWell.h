@@ -34,7 +34,7 @@ public:
     ~CaptionWell() override;
 
     [[nodiscard]] const Segments& segments() const { return segments_; }
-    /// Emits nothing. Ends an edit or a drag, unless the segments are those that it shows or began with.
+    /// Ends an edit or a drag, unless the segments are those that it shows or began with; tells that alone.
     void setSegments(const Segments& segments);
     /// While a text is typed or a chip is dragged.
     [[nodiscard]] bool isBusy() const { return edit_ || drag_; }
@@ -68,6 +68,8 @@ public:
 signals:
     void edited(const QString& stepName, const ferrow::CaptionChips::Segments& segments);
     void previewed(const ferrow::CaptionChips::Segments& segments);
+    /// The edit or drag in hand was ended by other segments from outside: what was previewed comes to nothing.
+    void interrupted();
 
 protected:
     bool event(QEvent* event) override;

@@ -3,6 +3,8 @@
 
 #include <QSignalBlocker>
 
+#include <utility>
+
 namespace ferrow {
 
 void CaptionDraft::preview(const std::vector<CaptionSegment>& segments)
@@ -16,6 +18,7 @@ void CaptionDraft::preview(const std::vector<CaptionSegment>& segments)
     }
     if (segments == before_->segments)
         return putBack();
+    previewed_ = segments;
     RenderRecipe recipe = session_.activeRecipe();
     recipe.captionSegments = segments;
     session_.applyRecipe(recipe);
@@ -33,23 +36,39 @@ void CaptionDraft::commit(const QString& stepName, const std::vector<CaptionSegm
     history_.editRecipe(stepName, [&](RenderRecipe& recipe) { recipe.captionSegments = segments; });
 }
 
+void CaptionDraft::interrupt()
+{
+    const RenderRecipe* drafted = draftedRecipe();
+    if (drafted && drafted->captionSegments == previewed_)
+        putBack();
+    before_.reset();
+}
+
+/// Absent without a draft, and where the photo was removed meanwhile, with its recipe.
+const RenderRecipe* CaptionDraft::draftedRecipe() const
+{
+    if (!before_)
+        return nullptr;
+    if (!before_->photoID)
+        return &session_.batchRecipe();
+    const auto own = session_.photoRecipes().find(*before_->photoID);
+    return own == session_.photoRecipes().end() ? nullptr : &own->second;
+}
+
 void CaptionDraft::putBack()
 {
-    const Before before = *before_;
-    before_.reset();
-    if (!before.photoID) {
-        RenderRecipe recipe = session_.batchRecipe();
-        recipe.captionSegments = before.segments;
-        return session_.setBatchRecipe(recipe);
-    }
-    const auto own = session_.photoRecipes().find(*before.photoID);
-    if (own == session_.photoRecipes().end())
-        return; // Removed meanwhile, with its recipe.
-    if (!before.hadOwnRecipe)
+    const RenderRecipe* drafted = draftedRecipe();
+    const Before before = *std::exchange(before_, std::nullopt);
+    if (!drafted)
+        return;
+    if (before.photoID && !before.hadOwnRecipe)
         return session_.setPhotoRecipe(*before.photoID, std::nullopt);
-    RenderRecipe recipe = own->second;
+    RenderRecipe recipe = *drafted;
     recipe.captionSegments = before.segments;
-    session_.setPhotoRecipe(*before.photoID, recipe);
+    if (before.photoID)
+        session_.setPhotoRecipe(*before.photoID, recipe);
+    else
+        session_.setBatchRecipe(recipe);
 }
 
 } // namespace ferrow

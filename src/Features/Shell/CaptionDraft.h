@@ -18,6 +18,9 @@ public:
     /// The segments as they were before the first preview end the draft without a step.
     void preview(const std::vector<CaptionSegment>& segments);
     void commit(const QString& stepName, const std::vector<CaptionSegment>& segments);
+    /// Another caption is shown now, after undo for example. Ends the draft: a recipe that still has what was previewed
+    /// gets back what it had, one that was changed meanwhile stays as it is.
+    void interrupt();
 
 private:
     struct Before {
@@ -26,11 +29,13 @@ private:
         std::vector<CaptionSegment> segments;
     };
 
+    [[nodiscard]] const RenderRecipe* draftedRecipe() const;
     void putBack();
 
     PhotoSession& session_;
     EditHistory& history_;
     std::optional<Before> before_;
+    std::vector<CaptionSegment> previewed_;
 };
 
 } // namespace ferrow

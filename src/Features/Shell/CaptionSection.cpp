@@ -67,6 +67,7 @@ void CaptionSection::buildText()
         [this](const QString& step, const std::vector<CaptionSegment>& segments) { draft_.commit(step, segments); });
     connect(builder_, &CaptionBuilder::segmentsPreviewed, this,
             [this](const std::vector<CaptionSegment>& segments) { draft_.preview(segments); });
+    connect(builder_, &CaptionBuilder::interrupted, this, [this] { draft_.interrupt(); });
 }
 
 void CaptionSection::buildLook(QVBoxLayout* rows)
