@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "App/EditSteps.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace ferrow {
@@ -67,14 +68,22 @@ void OwnFramingStep::undo()
 {
     for (std::size_t i = 0; i < photoIDs_.size(); ++i)
         session_.setPhotoRecipe(photoIDs_[i], before_[i]);
-    session_.setRecipeScope(scopeBefore_);
+    show(scopeBefore_);
 }
 
 void OwnFramingStep::redo()
 {
     for (const FileUrl& id : photoIDs_)
         session_.setPhotoRecipe(id, recipe_);
-    session_.setRecipeScope(scopeAfter_);
+    show(scopeAfter_);
+}
+
+void OwnFramingStep::show(RecipeScope scope)
+{
+    session_.setRecipeScope(scope);
+    const auto isSelected = [this](const FileUrl& id) { return session_.selectedPhotoID() == id; };
+    if (std::ranges::none_of(photoIDs_, isSelected) && session_.indexOf(photoIDs_.front()))
+        session_.setSelectedPhotoID(photoIDs_.front());
 }
 
 InclusionStep::InclusionStep(PhotoSession& session, std::vector<FileUrl> photoIDs, bool included)
@@ -94,25 +103,37 @@ RemovalStep::RemovalStep(PhotoSession& session, std::vector<FileUrl> photoIDs)
 
 PresetStep::PresetStep(PhotoSession& session, ExportSession& exportSession, PresetPayload payload)
     : QUndoCommand(QStringLiteral("Apply Preset")), session_(session), exportSession_(exportSession),
-      payload_(std::move(payload)), recipe_(payload_.recipe()), recipeBefore_(session.batchRecipe()),
-      scopeBefore_(session.recipeScope()),
-      exportBefore_(PresetPayload::make(recipeBefore_, exportSession.settings(), exportSession.configuration()))
+      recipe_(payload.recipe()), recipeBefore_(session.batchRecipe()), scopeBefore_(session.recipeScope()),
+      exportBefore_(PresetPayload::make(recipeBefore_, exportSession.settings(), exportSession.configuration())),
+      exportAfter_(std::move(payload))
 {
-    setObsolete(exportBefore_ == payload_ && scopeBefore_ == RecipeScope::batch);
+    setObsolete(exportBefore_ == exportAfter_ && scopeBefore_ == RecipeScope::batch);
 }
 
 void PresetStep::undo()
 {
     session_.setBatchRecipe(recipeBefore_);
     session_.setRecipeScope(scopeBefore_);
-    exportSession_.apply(exportBefore_);
+    exchangeExport(exportAfter_, exportBefore_);
 }
 
 void PresetStep::redo()
 {
     session_.setBatchRecipe(recipe_);
     session_.setRecipeScope(RecipeScope::batch);
-    exportSession_.apply(payload_);
+    exchangeExport(exportBefore_, exportAfter_);
+}
+
+/// Goes from one to the other in the fields that still are as `from` left them. Both then hold what was and what is, so
+/// that the way back leads exactly there.
+void PresetStep::exchangeExport(PresetPayload& from, PresetPayload& to)
+{
+    const PresetPayload now = PresetPayload::make(recipe_, exportSession_.settings(), exportSession_.configuration());
+    const auto keep = [&](auto... field) { ((to.*field = now.*field == from.*field ? to.*field : now.*field), ...); };
+    keep(&PresetPayload::exportFormat, &PresetPayload::exportQuality, &PresetPayload::destinationMode,
+         &PresetPayload::sourceSubfolderName, &PresetPayload::filenameTemplate, &PresetPayload::collisionRule);
+    from = now;
+    exportSession_.apply(to);
 }
 
 } // namespace ferrow

@@ -61,6 +61,9 @@ public:
     void redo() override;
 
 private:
+    /// The scope, and one of the photos where another is selected.
+    void show(RecipeScope scope);
+
     PhotoSession& session_;
     std::vector<FileUrl> photoIDs_;
     std::vector<std::optional<RenderRecipe>> before_; ///< One a photo.
@@ -96,7 +99,8 @@ private:
     RemovedPhotos removed_;
 };
 
-/// All that a preset sets. The folder chosen meanwhile is no part of presets and survives undo.
+/// All that a preset sets. Export settings are edited without steps: those that were changed since the preset, or since
+/// its undo, stay as they are, and so does the chosen folder, which is no part of presets.
 class PresetStep : public QUndoCommand {
 public:
     PresetStep(PhotoSession& session, ExportSession& exportSession, PresetPayload payload);
@@ -105,13 +109,15 @@ public:
     void redo() override;
 
 private:
+    void exchangeExport(PresetPayload& from, PresetPayload& to);
+
     PhotoSession& session_;
     ExportSession& exportSession_;
-    PresetPayload payload_;
     RenderRecipe recipe_; ///< The payload's, made once: its caption's identifiers are fresh at each making.
     RenderRecipe recipeBefore_;
     RecipeScope scopeBefore_;
-    PresetPayload exportBefore_; ///< Its export fields count.
+    PresetPayload exportBefore_; ///< Its export fields count, as they were at the last undo or redo.
+    PresetPayload exportAfter_;  ///< The same.
 };
 
 } // namespace ferrow

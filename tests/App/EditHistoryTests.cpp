@@ -74,9 +74,15 @@ TEST_F(EditHistoryTest, undoesWhereTheEditWasMade)
     EXPECT_EQ(session.recipeScope(), RecipeScope::selected);
     EXPECT_EQ(session.selectedPhotoID(), a);
     EXPECT_EQ(shown(a), 10);
+    session.setSelectedPhotoID(b);
     stack.undo();
     EXPECT_FALSE(session.hasOwnRecipe(a));
+    EXPECT_EQ(session.selectedPhotoID(), a);
     EXPECT_EQ(session.recipeScope(), RecipeScope::batch);
+    session.setSelectedPhotoID(b);
+    stack.redo();
+    EXPECT_EQ(session.selectedPhotoID(), a);
+    stack.undo();
     stack.undo();
     EXPECT_EQ(shown(a), 120);
 }
@@ -133,6 +139,32 @@ TEST_F(EditHistoryTest, appliesAPresetInOneStep)
     EXPECT_EQ(exportSession.configuration().filenameTemplate, BatchExportConfiguration().filenameTemplate);
     EXPECT_EQ(exportSession.configuration().chosenFolder, test::photoUrl("out"));
     EXPECT_EQ(shown(a), 20);
+}
+
+TEST_F(EditHistoryTest, undoesAPresetButNotTheExportSettingsChosenSince)
+{
+    PhotoPreset preset;
+    preset.payload = PresetPayload::make({}, {ExportFormat::png, 0.5}, {.filenameTemplate = QStringLiteral("x")});
+    history.applyPreset(preset);
+    const auto choose = [this](ExportFormat format) {
+        exportSession.setSettings({format, exportSession.settings().quality});
+    };
+    const ExportSettings& settings = exportSession.settings();
+    choose(ExportFormat::tiff);
+    stack.undo();
+    EXPECT_EQ(settings, (ExportSettings{ExportFormat::tiff, ExportSettings().quality}));
+    EXPECT_EQ(exportSession.configuration(), BatchExportConfiguration());
+    stack.redo();
+    EXPECT_EQ(settings, (ExportSettings{ExportFormat::tiff, 0.5}));
+    EXPECT_EQ(exportSession.configuration().filenameTemplate, QStringLiteral("x"));
+    choose(ExportSettings().format);
+    stack.undo();
+    stack.redo();
+    EXPECT_EQ(settings, (ExportSettings{ExportSettings().format, 0.5})) << "chosen by hand, though it was so before";
+    stack.undo();
+    choose(ExportFormat::heic);
+    stack.redo();
+    EXPECT_EQ(settings, (ExportSettings{ExportFormat::heic, 0.5}));
 }
 
 TEST_F(EditHistoryTest, pastesAndGivesUpFramings)
