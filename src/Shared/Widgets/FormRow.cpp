@@ -53,11 +53,6 @@ void FormRow::setLabelWidth(int width)
     label_->setFixedWidth(Theme::current().scaled(width));
 }
 
-void FormRow::setLabel(const QString& text)
-{
-    label_->setText(text);
-}
-
 void FormRow::setMessage(Severity severity, const QString& text)
 {
     message_->setMessage(severity, text);

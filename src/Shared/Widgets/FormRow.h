@@ -20,7 +20,6 @@ public:
 
     /// 80 from the start, for the inspector; sheets take 116, settings 132.
     void setLabelWidth(int width);
-    void setLabel(const QString& text);
     /// A small text under the control; an empty one takes it away. Errors also give the field their edge by themselves.
     void setMessage(Severity severity, const QString& text);
 

@@ -45,13 +45,6 @@ int SegmentedControl::addSegment(const QString& text)
     return count() - 1;
 }
 
-void SegmentedControl::setSegmentText(int index, const QString& text)
-{
-    segments_.at(static_cast<std::size_t>(index)).text = text;
-    updateGeometry();
-    update();
-}
-
 void SegmentedControl::setSegmentEnabled(int index, bool enabled)
 {
     segments_.at(static_cast<std::size_t>(index)).enabled = enabled;

@@ -20,7 +20,6 @@ public:
     SegmentedControl(const QString& name, const QStringList& texts, QWidget* parent = nullptr);
 
     int addSegment(const QString& text);
-    void setSegmentText(int index, const QString& text);
     void setSegmentEnabled(int index, bool enabled);
     [[nodiscard]] int count() const { return static_cast<int>(segments_.size()); }
 

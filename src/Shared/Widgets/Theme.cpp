@@ -283,13 +283,6 @@ void Theme::setReducedMotion(bool reduced)
     }
 }
 
-void Theme::setSystemFont(const QFont& font)
-{
-    if (std::exchange(systemFont_, font) != font) {
-        renew();
-    }
-}
-
 ThemeColors Theme::colorsOf(Appearance appearance, Contrast contrast)
 {
     ThemeColors colors = appearance == Appearance::light ? lightColors() : darkColors();

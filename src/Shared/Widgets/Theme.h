@@ -152,8 +152,6 @@ public:
     void setAppearance(Appearance appearance);
     void setContrast(Contrast contrast);
     void setReducedMotion(bool reduced);
-    /// The desktop's font, when it changes while the program runs.
-    void setSystemFont(const QFont& font);
 
     /// What `appearance` and `contrast` look like, without switching to it.
     [[nodiscard]] static ThemeColors colorsOf(Appearance appearance, Contrast contrast);
