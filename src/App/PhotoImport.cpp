@@ -2,7 +2,9 @@
 #include "App/PhotoImport.h"
 
 #include "Models/ErrorTexts.h"
+#include "Platform/Base/Cancellation.h"
 #include "Platform/Base/Localization.h"
+#include "Shared/UserFacingError.h"
 
 #include <algorithm>
 #include <unordered_set>
@@ -37,19 +39,31 @@ struct Gathered {
     std::unordered_set<FileUrl> passedOver;
 };
 
-ImportedPhoto loadCompressed(const FileUrl& url, const BatchImporter::Loader& load, const std::stop_token& stop,
-                             Gathered& gathered)
-{
-    if (stop.stop_requested()) {
-        const std::scoped_lock lock(gathered.mutex);
-        gathered.passedOver.insert(url);
-        throw ImagePipelineError(ImagePipelineError::unreadableFile); // Taken out of the failures below.
-    }
-    ImportedPhoto photo = load(url);
+ImportedPhoto loadCompressed(const FileUrl& url, const Loader& load, const std::stop_token& stop, Gathered& gathered)
+try {
+    throwIfCancelled(stop);
+    ImportedPhoto photo = load(url, stop);
     CompressedPicture thumbnail = CompressedPicture::compress(std::exchange(photo.previewSource, {}));
     const std::scoped_lock lock(gathered.mutex);
     gathered.thumbnails.insert_or_assign(photo.id(), std::move(thumbnail));
     return photo;
+} catch (const Cancelled&) {
+    const std::scoped_lock lock(gathered.mutex);
+    gathered.passedOver.insert(url);
+    throw ImagePipelineError(ImagePipelineError::unreadableFile); // Taken out of the failures below.
+}
+
+/// What is left when not even one thread or a list could be had.
+BatchImportResult allFailed(const std::vector<FileUrl>& urls, const QString& message)
+{
+    BatchImportResult result;
+    for (const FileUrl& url : urls) {
+        BatchExportFailure& failure = result.failures.emplace_back();
+        failure.filename = url.lastPathComponent();
+        failure.message = message;
+        failure.source = url;
+    }
+    return result;
 }
 
 } // namespace
@@ -59,20 +73,26 @@ bool precedes(const ImportedPhoto& left, const ImportedPhoto& right)
     return Localization::standardCompare(left.filename(), right.filename()) < 0;
 }
 
-void run(Work& work, const BatchImporter::Loader& load, int maximumConcurrency, const std::function<void()>& news)
+void run(Work& work, const Loader& load, int maximumConcurrency, const std::function<void()>& news)
 {
     Gathered gathered;
     const std::stop_token stop = work.stop.get_token();
-    BatchImportResult result = BatchImporter::load(
-        work.candidates, maximumConcurrency,
-        [&](const FileUrl& url) { return loadCompressed(url, load, stop, gathered); },
-        [&](std::size_t read) {
-            if (stop.stop_requested())
-                return;
-            work.read = read;
-            if (!work.isTold.exchange(true))
-                news();
-        });
+    BatchImportResult result;
+    try {
+        result = BatchImporter::load(
+            work.candidates, maximumConcurrency,
+            [&](const FileUrl& url) { return loadCompressed(url, load, stop, gathered); },
+            [&](std::size_t read) {
+                if (stop.stop_requested())
+                    return;
+                work.read = read;
+                if (!work.isTold.exchange(true))
+                    news();
+            });
+    } catch (...) {
+        result = allFailed(work.candidates, UserFacingError::message(std::current_exception()));
+        gathered.thumbnails.clear();
+    }
     std::erase_if(result.failures, [&](const auto& failure) { return gathered.passedOver.contains(failure.source); });
     for (const FileUrl& url : work.unsupported)
         result.failures.push_back(BatchImporter::unsupportedFailure(url));

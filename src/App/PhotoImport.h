@@ -17,6 +17,9 @@
 /// The part of an import that reads files, on a worker thread.
 namespace ferrow::PhotoImport {
 
+/// Reads one photo. Throws ImagePipelineError, and Cancelled once a stop was requested.
+using Loader = std::function<ImportedPhoto(const FileUrl&, const std::stop_token&)>;
+
 /// What goes in, and what comes out. The worker's until run() returns, but for `stop` and takeProgress().
 struct Work {
     std::vector<FileUrl> candidates; ///< Not changed by the worker.
@@ -43,7 +46,8 @@ struct Work {
 [[nodiscard]] bool precedes(const ImportedPhoto& left, const ImportedPhoto& right);
 
 /// Reads the candidates and compresses their thumbnails on the threads that read them. After a stop the rest is passed
-/// over. `news` is called on this thread when there is progress to take that nobody was told of.
-void run(Work& work, const BatchImporter::Loader& load, int maximumConcurrency, const std::function<void()>& news);
+/// over, and so is what is in hand. `news` is called on this thread when there is progress to take that nobody was told
+/// of. Without threads to read on, all candidates fail.
+void run(Work& work, const Loader& load, int maximumConcurrency, const std::function<void()>& news);
 
 } // namespace ferrow::PhotoImport

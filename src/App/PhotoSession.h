@@ -60,8 +60,8 @@ public:
     /// Both run on worker threads; empty ones are the importer's own.
     struct Operations {
         std::function<BatchImportScan(const std::vector<FileUrl>&)> scan;
-        /// Reads one photo with the thumbnail in previewSource. On several threads at once.
-        BatchImporter::Loader load;
+        /// Reads one photo with the thumbnail in previewSource, until a stop is requested. On several threads at once.
+        std::function<ImportedPhoto(const FileUrl&, const std::stop_token&)> load;
     };
     using ImportDone = std::function<void(const ImportOutcome&)>;
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "App/PreviewLoader.h"
 
+#include "Platform/Base/Cancellation.h"
+
 #include <utility>
 
 namespace ferrow {
@@ -35,11 +37,10 @@ std::stop_source PreviewLoader::load(const std::optional<ImportedPhoto>& photo, 
             failed(error);
     };
     work_.post([url = photo->url, stop, decode = decode_, finish, sender = relay_.sender()] {
-        // Whoever runs through the list asks for many photos and looks at the last.
-        if (stop.stop_requested())
-            return;
         try {
-            sender.post([finish, decoded = decode(url)] { finish(decoded, nullptr); });
+            // Whoever runs through the list asks for many photos and looks at the last.
+            throwIfCancelled(stop.get_token());
+            sender.post([finish, decoded = decode(url, stop.get_token())] { finish(decoded, nullptr); });
         } catch (...) {
             sender.post([finish, error = std::current_exception()] { finish(std::nullopt, error); });
         }

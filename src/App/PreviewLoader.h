@@ -21,12 +21,13 @@ class PreviewLoader : public QObject {
 
 public:
     /// Called on a worker thread. Throws what ImageLoader throws.
-    using Decode = std::function<ImportedPhoto(const FileUrl&)>;
+    using Decode = std::function<ImportedPhoto(const FileUrl&, const std::stop_token&)>;
     /// Told on the main thread why a decode failed, be it the newest or not; UserFacingError::message() has the words.
     using Failed = std::function<void(const std::exception_ptr&)>;
 
     explicit PreviewLoader(
-        Decode decode = [](const FileUrl& url) { return ImageLoader::load(url); }, QObject* parent = nullptr);
+        Decode decode = [](const FileUrl& url, const std::stop_token& stop) { return ImageLoader::load(url, stop); },
+        QObject* parent = nullptr);
 
     /// With the picture for the preview pane in previewSource (at most 1,600 pixels long).
     [[nodiscard]] const std::optional<ImportedPhoto>& photo() const { return photo_; }
@@ -34,7 +35,8 @@ public:
     [[nodiscard]] bool isLoading() const { return isLoading_; }
 
     /// Decodes `photo` in the background; the one before stays published meanwhile. None is clear(). A stop through the
-    /// returned source drops the result and swallows the failure: the caller stops the one before at each new load.
+    /// returned source ends the decode, drops a result and swallows a failure: the caller stops the one before at each
+    /// new load.
     std::stop_source load(const std::optional<ImportedPhoto>& photo, Failed failed = {});
     void clear();
 

@@ -19,24 +19,23 @@ OpenedFile openSource(const FileUrl& url)
     }
 }
 
-ImportedPhoto load(const FileUrl& url)
+ImportedPhoto load(const FileUrl& url, const std::stop_token& stop)
 {
-    return load(url, previewDimension);
+    return load(url, previewDimension, stop);
 }
 
-ImportedPhoto loadBatchThumbnail(const FileUrl& url)
+ImportedPhoto loadBatchThumbnail(const FileUrl& url, const std::stop_token& stop)
 {
-    return load(url, batchThumbnailDimension);
+    return load(url, batchThumbnailDimension, stop);
 }
 
-ImportedPhoto load(const FileUrl& url, std::int64_t previewMaximumDimension)
+ImportedPhoto load(const FileUrl& url, std::int64_t previewMaximumDimension, const std::stop_token& stop)
 {
     const OpenedFile file = openSource(url);
     Engine::InspectRequest request;
     request.source = {file.descriptor(), file.size()};
     request.maximumDimension = previewMaximumDimension;
-    // An import runs to its end once started: there is nothing to stop it with.
-    Engine::InspectAnswer answer = Engine::answerer().inspect(request, {});
+    Engine::InspectAnswer answer = Engine::answerer().inspect(request, stop);
     if (file.currentIdentity() != file.identity())
         throw ImagePipelineError(ImagePipelineError::unreadableFile);
 

@@ -5,8 +5,12 @@
 #include "Platform/Base/FileUrl.h"
 #include "Platform/Files/FileAccess.h"
 
+#include <cstdint>
+#include <stop_token>
+
 /// The only way a source photo enters the program. The file is opened once, checked, read through that one descriptor
-/// and never changed. Everything here throws ImagePipelineError alone and is safe from several threads.
+/// and never changed. Everything here throws ImagePipelineError, Cancelled once `stop` was requested, and nothing else;
+/// it is safe from several threads.
 namespace ferrow::ImageLoader {
 
 /// Largest source file, in bytes, that is still looked at.
@@ -16,11 +20,12 @@ inline constexpr std::int64_t previewDimension = 1'600;
 inline constexpr std::int64_t batchThumbnailDimension = 280;
 
 /// With a picture for the preview pane.
-[[nodiscard]] ImportedPhoto load(const FileUrl& url);
+[[nodiscard]] ImportedPhoto load(const FileUrl& url, const std::stop_token& stop = {});
 /// With a picture for the list.
-[[nodiscard]] ImportedPhoto loadBatchThumbnail(const FileUrl& url);
+[[nodiscard]] ImportedPhoto loadBatchThumbnail(const FileUrl& url, const std::stop_token& stop = {});
 /// With a picture at most `previewMaximumDimension` long; 0 asks for everything but pixels.
-[[nodiscard]] ImportedPhoto load(const FileUrl& url, std::int64_t previewMaximumDimension);
+[[nodiscard]] ImportedPhoto load(const FileUrl& url, std::int64_t previewMaximumDimension,
+                                 const std::stop_token& stop = {});
 
 /// Opens a source: a regular file within the size limit. Throws unreadableFile or fileTooLarge.
 [[nodiscard]] OpenedFile openSource(const FileUrl& url);

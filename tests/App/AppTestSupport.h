@@ -21,7 +21,7 @@ namespace ferrow::test {
 template <typename Condition>
 bool waitUntil(const Condition& condition)
 {
-    return QTest::qWaitFor(condition, 20'000);
+    return QTest::qWaitFor(condition, 120'000);
 }
 
 inline FileUrl photoUrl(const QByteArray& name)
@@ -53,7 +53,7 @@ inline PhotoSession::Operations withoutDisk()
                 [](const std::vector<FileUrl>& urls) {
                     return BatchImportScan{urls, {}};
                 },
-            .load = [](const FileUrl& url) { return photoAt(url); }};
+            .load = [](const FileUrl& url, const std::stop_token&) { return photoAt(url); }};
 }
 
 class DisklessSession : public PhotoSession {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "App/PhotoSession.h"
 
+#include "App/PhotoImport.h"
 #include "AppTestSupport.h"
 #include "Support/Pictures.h"
 
@@ -8,6 +9,8 @@
 
 #include <atomic>
 #include <memory>
+#include <system_error>
+#include <thread>
 
 namespace ferrow {
 
@@ -20,7 +23,7 @@ TEST(PhotoSession, joinsWhatAnImportReadsInTheOrderOfNames)
     operations.scan = [](const std::vector<FileUrl>& urls) {
         return BatchImportScan{urls, test::photoUrls({"x 10.gif", "x 2", "x 1.gif"})};
     };
-    operations.load = [](const FileUrl& url) {
+    operations.load = [](const FileUrl& url, const std::stop_token&) {
         if (url.path().contains("bad"))
             throw ImagePipelineError(ImagePipelineError::malformedImage);
         ImportedPhoto photo = test::photoAt(url);
@@ -146,13 +149,14 @@ TEST(PhotoSession, tellsNobodyOfNothing)
     EXPECT_EQ(told, 3);
 }
 
-TEST(PhotoSession, keepsWhatWasReadBeforeACancel)
+TEST(PhotoSession, keepsWhatWasReadBeforeACancelAndWaitsForNoMore)
 {
-    std::latch gate(1);
     auto operations = test::withoutDisk();
-    operations.load = [&](const FileUrl& url) {
-        if (!url.path().endsWith("/1"))
-            gate.wait();
+    operations.load = [&](const FileUrl& url, const std::stop_token& stop) {
+        while (!url.path().endsWith("/1")) {
+            throwIfCancelled(stop);
+            std::this_thread::yield();
+        }
         return test::photoAt(url);
     };
     test::DisklessSession session(operations);
@@ -166,14 +170,23 @@ TEST(PhotoSession, keepsWhatWasReadBeforeACancel)
     session.importPhotos(urls, [&](const ImportOutcome& outcome) { outcomes.push_back(outcome); });
     EXPECT_TRUE(test::waitUntil([&] { return read == 1; }));
     session.cancelImport();
-    gate.count_down();
     ASSERT_TRUE(test::waitUntil([&] { return !outcomes.empty(); }));
-    // The one that was read, and those in hand.
-    EXPECT_THAT(outcomes[0].added,
-                testing::AllOf(testing::Ge(1), testing::Le(PhotoSession::maximumConcurrentLoads + 1)));
-    EXPECT_EQ(std::size_t(outcomes[0].added), session.photos().size());
+    EXPECT_EQ(outcomes[0].added, 1);
+    EXPECT_THAT(test::names(session.photos()), ElementsAre("1"));
     EXPECT_THAT(outcomes[0].failures, IsEmpty());
     EXPECT_FALSE(session.isImporting());
+}
+
+TEST(PhotoImport, failsEachFileWhereNothingCanBeRead)
+{
+    PhotoImport::Work work;
+    work.candidates = test::photoUrls({"b", "a"});
+    PhotoImport::run(work, test::withoutDisk().load, 1,
+                     [] { throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again)); });
+    EXPECT_TRUE(work.photos.empty() && work.thumbnails.empty());
+    ASSERT_EQ(work.failures.size(), 2u);
+    EXPECT_EQ(work.failures[0].source, test::photoUrl("a"));
+    EXPECT_FALSE(work.failures[0].message.isEmpty());
 }
 
 TEST(PhotoSession, leavesAScanThatDoesNotEnd)

@@ -8,6 +8,7 @@
 #include <QSignalSpy>
 
 #include <atomic>
+#include <thread>
 
 namespace ferrow {
 
@@ -16,7 +17,7 @@ using testing::ElementsAre;
 TEST(PreviewLoader, publishesTheNewestAloneHoweverLateAnOlderOneEnds)
 {
     std::latch slow(1);
-    PreviewLoader loader([&](const FileUrl& url) {
+    PreviewLoader loader([&](const FileUrl& url, const std::stop_token&) {
         if (url == test::photoUrl("slow"))
             slow.wait();
         if (url == test::photoUrl("slow") || url == test::photoUrl("bad"))
@@ -43,6 +44,33 @@ TEST(PreviewLoader, publishesTheNewestAloneHoweverLateAnOlderOneEnds)
     QTest::qWait(0);
     EXPECT_FALSE(loader.photo() || loader.isLoading());
     EXPECT_EQ(failures, 1);
+}
+
+TEST(PreviewLoader, givesUpWhatWasOvertaken)
+{
+    std::atomic<int> decoding = 0;
+    PreviewLoader loader([&](const FileUrl& url, const std::stop_token& stop) {
+        ++decoding;
+        while (url == test::photoUrl("endless")) {
+            throwIfCancelled(stop);
+            std::this_thread::yield();
+        }
+        return test::photoAt(url);
+    });
+    const auto failed = [](const std::exception_ptr&) { ADD_FAILURE(); };
+    // As many as decode at once.
+    std::stop_source first = loader.load(test::photoAt(test::photoUrl("endless")), failed);
+    std::stop_source second = loader.load(test::photoAt(test::photoUrl("endless")), failed);
+    ASSERT_TRUE(test::waitUntil([&] { return decoding == 2; }));
+    first.request_stop();
+    second.request_stop();
+    loader.load(test::photoAt(test::photoUrl("a")), failed);
+    EXPECT_TRUE(test::waitUntil([&] { return loader.photo().has_value() && !loader.isLoading(); }));
+    // Mostly before the decode has begun.
+    for (int i = 0; i < 20; ++i) {
+        loader.load(test::photoAt(test::photoUrl("endless")), failed).request_stop();
+        ASSERT_TRUE(test::waitUntil([&] { return !loader.isLoading(); }));
+    }
 }
 
 namespace {

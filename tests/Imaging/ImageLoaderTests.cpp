@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Imaging/ImageLoader.h"
 
+#include "Platform/Base/Cancellation.h"
 #include "Support/Pictures.h"
 #include "Support/PipelineErrors.h"
 
@@ -38,6 +39,10 @@ TEST(ImageLoader, readsSizeTypeTextsAndAReducedPictureByContent)
     EXPECT_EQ(photo.colorProfileName, QStringLiteral("sRGB IEC61966-2.1"));
     EXPECT_EQ(ImageLoader::loadBatchThumbnail(photo.url).previewSource.size().height, 280);
     EXPECT_TRUE(ImageLoader::load(photo.url, 0).previewSource.isNull());
+    std::stop_source stop;
+    stop.request_stop();
+    EXPECT_THROW((void)ImageLoader::load(photo.url, stop.get_token()), Cancelled);
+    EXPECT_THROW((void)ImageLoader::loadBatchThumbnail(photo.url, stop.get_token()), Cancelled);
 }
 
 TEST(ImageLoader, refusesWhatIsNoPhotoWithoutWaiting)

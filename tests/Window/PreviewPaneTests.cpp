@@ -19,7 +19,7 @@ namespace ferrow {
 
 namespace {
 
-ImportedPhoto withPicture(const FileUrl& url)
+ImportedPhoto withPicture(const FileUrl& url, const std::stop_token&)
 {
     ImportedPhoto photo = test::photoAt(url);
     photo.previewSource = test::noise({6, 4}, rgb8);
