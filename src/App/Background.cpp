@@ -6,6 +6,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <deque>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -97,12 +98,13 @@ void WorkQueue::close(std::chrono::milliseconds patience)
     bool allEnded = false;
     {
         std::unique_lock lock(state_->mutex);
-        state_->closing = true;
+        if (std::exchange(state_->closing, true))
+            return; // Left behind before.
         dropped.swap(state_->tasks);
         threads.swap(state_->threads);
         state_->workGiven.notify_all();
         allEnded = state_->threadEnded.wait_for(lock, patience, [this] { return state_->alive == 0; });
-        if (!allEnded && !state_->leftBehind) {
+        if (!allEnded) {
             state_->leftBehind = true;
             leftBehindAndAlive += state_->alive;
         }
@@ -113,13 +115,23 @@ void WorkQueue::close(std::chrono::milliseconds patience)
 
 void WorkQueue::post(Task task)
 {
-    const std::scoped_lock lock(state_->mutex);
+    std::unique_lock lock(state_->mutex);
     if (state_->closing)
         return;
     state_->tasks.push_back(std::move(task));
     if (state_->idle < int(state_->tasks.size()) && state_->alive < state_->maximumThreads) {
-        state_->threads.emplace_back([state = state_] { state->serve(); });
-        ++state_->alive;
+        try {
+            state_->threads.emplace_back([state = state_] { state->serve(); });
+            ++state_->alive;
+        } catch (const std::system_error&) {
+            // The system allows no more threads. Those that run serve this task too; without any it is done here.
+            if (state_->alive == 0) {
+                const Task here = std::exchange(state_->tasks, {}).front();
+                lock.unlock();
+                here();
+                return;
+            }
+        }
     }
     state_->workGiven.notify_one();
 }

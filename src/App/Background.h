@@ -55,10 +55,10 @@ public:
     /// Drops what waits, then waits for what runs as long as patience lasts.
     ~WorkQueue();
 
-    /// `task` must not throw.
+    /// `task` must not throw. Where the system allows not even one thread, it runs before this returns.
     void post(Task task);
 
-    /// Drops what waits and waits for nothing; the queue takes no further tasks.
+    /// Drops what waits and waits for nothing, neither now nor in the destructor; the queue takes no further tasks.
     void leaveBehind();
 
     /// Threads of all queues that were left behind and still run. While there are any, a program must end by

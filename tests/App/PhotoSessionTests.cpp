@@ -8,6 +8,7 @@
 #include <QSignalSpy>
 
 #include <atomic>
+#include <future>
 #include <memory>
 #include <system_error>
 #include <thread>
@@ -187,6 +188,27 @@ TEST(PhotoImport, failsEachFileWhereNothingCanBeRead)
     ASSERT_EQ(work.failures.size(), 2u);
     EXPECT_EQ(work.failures[0].source, test::photoUrl("a"));
     EXPECT_FALSE(work.failures[0].message.isEmpty());
+}
+
+TEST(WorkQueue, leavesWhatRunsBehindWithoutWaitingForItLater)
+{
+    std::latch started(1);
+    std::promise<void> gone;
+    std::promise<bool> sawItGo;
+    {
+        WorkQueue queue(1, std::chrono::hours(1));
+        queue.post([&, gone = gone.get_future().share()] {
+            started.count_down();
+            // The limit is only there so that a failing test ends.
+            sawItGo.set_value(gone.wait_for(std::chrono::seconds(5)) == std::future_status::ready);
+        });
+        started.wait();
+        queue.leaveBehind();
+        EXPECT_EQ(WorkQueue::threadsLeftBehind(), 1);
+    }
+    gone.set_value();
+    EXPECT_TRUE(sawItGo.get_future().get());
+    EXPECT_TRUE(test::waitUntil([] { return WorkQueue::threadsLeftBehind() == 0; }));
 }
 
 TEST(PhotoSession, leavesAScanThatDoesNotEnd)
