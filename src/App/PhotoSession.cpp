@@ -185,6 +185,8 @@ void PhotoSession::addLoaded(const std::shared_ptr<Import>& import)
     if (import != import_)
         return;
     PhotoImport::Work& work = *import->work;
+    // An undo may have brought some back since the reading began.
+    std::erase_if(work.photos, [this](const ImportedPhoto& photo) { return index_.contains(photo.id()); });
     ImportOutcome outcome;
     outcome.added = std::int64_t(work.photos.size());
     outcome.failures = std::move(work.failures);
@@ -200,7 +202,7 @@ void PhotoSession::addLoaded(const std::shared_ptr<Import>& import)
                        std::back_inserter(merged), PhotoImport::precedes);
             photos_ = std::move(merged);
             for (auto& [id, thumbnail] : work.thumbnails)
-                thumbnails_[id] = std::move(thumbnail);
+                thumbnails_.try_emplace(id, std::move(thumbnail));
             rebuildIndex();
             change.photos = true;
         }
@@ -228,9 +230,15 @@ void PhotoSession::cancelImport()
     if (!import_ || import_->work->stop.stop_requested())
         return;
     import_->work->stop.request_stop();
-    if (!import_->work->candidates.empty())
-        return;
-    // Walking folders can't be stopped, and may take minutes on a network. The scan goes on for nobody.
+    // Walking folders can't be stopped, and may take minutes on a network.
+    if (import_->work->candidates.empty())
+        abandonImport();
+}
+
+/// What the worker still does is for nobody.
+void PhotoSession::abandonImport()
+{
+    import_->work->stop.request_stop();
     work_->leaveBehind();
     work_ = std::make_unique<WorkQueue>(1);
     endImport(ImportOutcome::none);
@@ -354,6 +362,7 @@ RemovedPhotos PhotoSession::remove(const std::vector<FileUrl>& photoIDs)
     change.photos = true;
     if (selectedGoes)
         reselect(selected - std::size_t(std::ranges::lower_bound(places, selected) - places.begin()));
+    removed.selectedAfter = selectedPhotoID_;
     return removed;
 }
 
@@ -402,22 +411,27 @@ void PhotoSession::restore(const RemovedPhotos& removed)
             change.photoRecipes = true;
         }
     }
-    selectedPhotoID_ = removed.selectedPhotoID;
+    if (selectedPhotoID_ == removed.selectedAfter)
+        selectedPhotoID_ = removed.selectedPhotoID;
 }
 
 void PhotoSession::clearAll()
 {
-    Change change(*this);
-    change.photos = !photos_.empty();
-    change.photoRecipes = !photoRecipes_.empty();
-    change.excludedPhotoIDs = !excludedPhotoIDs_.empty();
-    photos_.clear();
-    photoRecipes_.clear();
-    excludedPhotoIDs_.clear();
-    thumbnails_.clear();
-    index_.clear();
-    selectedPhotoID_.reset();
-    accessBroker_.stopSourceAccess();
+    {
+        Change change(*this);
+        change.photos = !photos_.empty();
+        change.photoRecipes = !photoRecipes_.empty();
+        change.excludedPhotoIDs = !excludedPhotoIDs_.empty();
+        photos_.clear();
+        photoRecipes_.clear();
+        excludedPhotoIDs_.clear();
+        thumbnails_.clear();
+        index_.clear();
+        selectedPhotoID_.reset();
+        accessBroker_.stopSourceAccess();
+    }
+    if (import_)
+        abandonImport();
 }
 
 void PhotoSession::rebuildIndex()

@@ -47,6 +47,7 @@ struct RemovedPhotos {
 
     std::vector<Entry> entries;
     std::optional<FileUrl> selectedPhotoID; ///< Before the removal.
+    std::optional<FileUrl> selectedAfter;   ///< What the removal left selected.
 };
 
 /// The working set: the photos in the file browser's order of their names, the selected one, those left out of export,
@@ -131,10 +132,10 @@ public:
     /// Unknown ids are passed over. The selection moves only when its photo goes: to the next that stays, else the
     /// last.
     RemovedPhotos remove(const std::vector<FileUrl>& photoIDs);
-    /// Puts photos back at their places with recipe, inclusion and selection. One that was imported anew meanwhile is
-    /// not doubled.
+    /// Puts photos back at their places with recipe and inclusion, and the selection unless another photo was chosen
+    /// since. One that was imported anew meanwhile is not doubled.
     void restore(const RemovedPhotos& removed);
-    /// Keeps batch recipe and scope.
+    /// Keeps batch recipe and scope. An import that runs ends, and none of its photos joins the list.
     void clearAll();
 
 signals:
@@ -156,6 +157,7 @@ private:
     void showProgress(const std::shared_ptr<Import>& import);
     void addLoaded(const std::shared_ptr<Import>& import);
     void endImport(const ImportOutcome& outcome);
+    void abandonImport();
     void reselect(std::size_t index);
     void rebuildIndex();
 

@@ -178,6 +178,87 @@ TEST(PhotoSession, keepsWhatWasReadBeforeACancelAndWaitsForNoMore)
     EXPECT_FALSE(session.isImporting());
 }
 
+TEST(PhotoSession, doublesNoPhotoThatComesBackWhileItIsRead)
+{
+    std::latch gate(1);
+    std::atomic<bool> isGated = false;
+    auto operations = test::withoutDisk();
+    operations.load = [&](const FileUrl& url, const std::stop_token&) {
+        if (isGated)
+            gate.wait();
+        return test::photoAt(url);
+    };
+    test::DisklessSession session(operations);
+    test::importInto(session, test::photoUrls({"a", "b"}));
+    const RemovedPhotos removed = session.remove(test::photoUrls({"a"}));
+    isGated = true;
+    const QSignalSpy progressed(&session, &PhotoSession::importProgressed);
+    std::optional<ImportOutcome> outcome;
+    session.importPhotos(test::photoUrls({"a", "c"}), [&](const ImportOutcome& given) { outcome = given; });
+    ASSERT_TRUE(test::waitUntil([&] { return !progressed.empty(); }));
+    session.restore(removed);
+    gate.count_down();
+    ASSERT_TRUE(test::waitUntil([&] { return outcome.has_value(); }));
+    EXPECT_EQ(outcome->added, 1);
+    EXPECT_THAT(test::names(session.photos()), ElementsAre("a", "b", "c"));
+}
+
+TEST(PhotoSession, takesNothingFromAnImportAfterClearingAll)
+{
+    for (const bool whileWalking : {true, false}) {
+        SCOPED_TRACE(whileWalking ? "while folders are walked" : "while photos are read");
+        const auto gate = std::make_shared<std::latch>(1);
+        std::atomic<int> stuck = 0;
+        auto operations = test::withoutDisk();
+        operations.scan = [&stuck, gate, whileWalking](const std::vector<FileUrl>& urls) {
+            if (whileWalking && urls.size() > 1 && ++stuck)
+                gate->wait();
+            return BatchImportScan{urls, {}};
+        };
+        operations.load = [&stuck, gate, whileWalking](const FileUrl& url, const std::stop_token&) {
+            if (!whileWalking && url == test::photoUrl("d") && ++stuck)
+                gate->wait();
+            return test::photoAt(url);
+        };
+        test::DisklessSession session(operations);
+        test::importInto(session, test::photoUrls({"a"}));
+        std::optional<ImportOutcome> outcome;
+        session.importPhotos(test::photoUrls({"d", "e"}), [&](const ImportOutcome& given) { outcome = given; });
+        ASSERT_TRUE(test::waitUntil([&] { return stuck == 1; }));
+        session.clearAll();
+        EXPECT_EQ(outcome, ImportOutcome::none);
+        EXPECT_FALSE(session.isImporting());
+        gate->count_down();
+        ASSERT_TRUE(test::waitUntil([] { return WorkQueue::threadsLeftBehind() == 0; }));
+        test::importInto(session, test::photoUrls({"f"}));
+        EXPECT_THAT(test::names(session.photos()), ElementsAre("f"));
+    }
+}
+
+TEST(PhotoSession, selectsWhatComesBackUnlessAnotherWasChosenSince)
+{
+    const struct {
+        const char* name;
+        const char* selected;
+        const char* removed;
+        const char* chosen;
+        const char* then;
+    } rows[] = {{"the selected one", "b", "b", nullptr, "b"},
+                {"the selected one, another chosen since", "b", "b", "a", "a"},
+                {"another one, a third chosen since", "a", "c", "b", "b"}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        test::DisklessSession session;
+        test::importInto(session, test::photoUrls({"a", "b", "c"}));
+        session.setSelectedPhotoID(test::photoUrl(row.selected));
+        const RemovedPhotos removed = session.remove(test::photoUrls({row.removed}));
+        if (row.chosen)
+            session.setSelectedPhotoID(test::photoUrl(row.chosen));
+        session.restore(removed);
+        EXPECT_EQ(test::selectedName(session), row.then);
+    }
+}
+
 TEST(PhotoImport, failsEachFileWhereNothingCanBeRead)
 {
     PhotoImport::Work work;
