@@ -2,13 +2,23 @@
 #include "App/ExportCheck.h"
 
 #include "Platform/Base/Cancellation.h"
+#include "Shared/UserFacingError.h"
 
+#include <chrono>
 #include <utility>
 
 namespace ferrow {
 
+namespace {
+
+/// A sheet that closes waits for nothing: what a stop does not end at once, such as a question to a slow folder,
+/// changes nothing and is left behind.
+constexpr std::chrono::milliseconds patience{0};
+
+} // namespace
+
 ExportCheck::ExportCheck(ExportCheckOperations operations, QObject* parent)
-    : QObject(parent), operations_(std::move(operations)), work_(1)
+    : QObject(parent), operations_(std::move(operations)), work_(1, patience)
 {
 }
 
@@ -37,6 +47,13 @@ void ExportCheck::start(ExportRequest request)
             sender.post([finish, findings = findingsFor(request, operations, stop)] { finish(findings); });
         } catch (const Cancelled&) {
             // A newer check runs, or nobody asks any more.
+        } catch (...) {
+            sender.post([finish, message = UserFacingError::message(std::current_exception())] {
+                finish({{ExportFinding::Severity::warning,
+                         QStringLiteral("The check could not be completed"),
+                         message,
+                         {}}});
+            });
         }
     });
 }

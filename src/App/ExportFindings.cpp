@@ -302,7 +302,9 @@ void checkLogos(const ExportRequest& request, const ExportCheckOperations& opera
         const auto [entry, isNew] = messages.try_emplace(logo->asset.managedFilename);
         if (isNew) {
             try {
-                static_cast<void>(operations.loadLogo(logo->asset));
+                static_cast<void>(operations.loadLogo(logo->asset, stop));
+            } catch (const Cancelled&) {
+                throw;
             } catch (...) {
                 entry->second = inOneLine(UserFacingError::message(std::current_exception()));
             }
@@ -360,8 +362,8 @@ ExportCheckOperations ExportCheckOperations::system()
                 return error ? std::nullopt : std::optional(std::int64_t(space.available));
             },
             .loadLogo =
-                [](const LogoAssetReference& asset) {
-                    return ManagedLogoStore::load(asset, ManagedLogoStore::renderDimension);
+                [](const LogoAssetReference& asset, const std::stop_token& stop) {
+                    return ManagedLogoStore::load(asset, ManagedLogoStore::renderDimension, {}, stop);
                 }};
 }
 

@@ -32,7 +32,8 @@ struct ExportCheckOperations {
     std::function<bool(const FileUrl&)> exists;        ///< Whether anything stands there, be it a dangling link.
     std::function<void(const FileUrl&)> checkWritable; ///< Throws SystemError; a missing folder passes.
     std::function<std::optional<std::int64_t>(const FileUrl&)> freeBytes; ///< Absent where nobody knows.
-    std::function<Bitmap(const LogoAssetReference&)> loadLogo;            ///< Throws LogoAssetError and SystemError.
+    /// Throws LogoAssetError, SystemError and Cancelled.
+    std::function<Bitmap(const LogoAssetReference&, const std::stop_token&)> loadLogo;
 
     [[nodiscard]] static ExportCheckOperations system();
 };

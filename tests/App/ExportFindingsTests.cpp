@@ -3,8 +3,11 @@
 
 #include "AppTestSupport.h"
 
+#include <atomic>
 #include <functional>
+#include <new>
 #include <set>
+#include <thread>
 
 namespace ferrow {
 
@@ -31,7 +34,7 @@ struct Situation {
                 throw SystemError{EACCES, folder};
         };
         operations.freeBytes = [](const FileUrl&) { return 48'000'000'000; };
-        operations.loadLogo = [](const LogoAssetReference&) -> Bitmap {
+        operations.loadLogo = [](const LogoAssetReference&, const std::stop_token&) -> Bitmap {
             throw LogoAssetError{LogoAssetError::Case::missingManagedAsset};
         };
     }
@@ -162,6 +165,35 @@ TEST(ExportCheck, answersTheLastQuestion)
     EXPECT_EQ(
         exampleFilename(QStringLiteral("{index} {filename}"), test::photoUrl("caf\xe9.png"), 2, ExportFormat::heic),
         QStringLiteral("3 caf\uFFFD.heic"));
+    situation.request.photos = {test::photoAt(test::photoUrl("a.jpg"))};
+    situation.operations.isReadable = [](const FileUrl&) -> bool { throw std::bad_alloc(); };
+    ExportCheck broken(situation.operations);
+    broken.start(situation.request);
+    ASSERT_TRUE(test::waitUntil([&] { return !broken.isChecking(); }));
+    ASSERT_EQ(broken.findings().size(), 1u);
+    EXPECT_EQ(broken.findings()[0].title, QStringLiteral("The check could not be completed"));
+}
+
+TEST(ExportCheck, stopsALogoThatIsBeingDrawnWhenItGoes)
+{
+    Situation situation;
+    situation.request.batchRecipe.logo = LogoConfiguration{};
+    std::atomic<bool> isDrawing = false;
+    std::atomic<bool> wasStopped = false;
+    situation.operations.loadLogo = [&](const LogoAssetReference&, const std::stop_token& stop) -> Bitmap {
+        isDrawing = true;
+        while (!stop.stop_requested())
+            std::this_thread::yield();
+        wasStopped = true;
+        throw Cancelled{};
+    };
+    {
+        ExportCheck check(situation.operations);
+        QObject::connect(&check, &ExportCheck::findingsChanged, [] { ADD_FAILURE(); });
+        check.start(situation.request);
+        ASSERT_TRUE(test::waitUntil([&] { return isDrawing.load(); }));
+    }
+    EXPECT_TRUE(test::waitUntil([&] { return wasStopped && WorkQueue::threadsLeftBehind() == 0; }));
 }
 
 } // namespace ferrow
