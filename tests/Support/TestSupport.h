@@ -17,6 +17,7 @@
 #include <filesystem>
 #include <ostream>
 #include <stdexcept>
+#include <string>
 
 inline void PrintTo(const QString& text, std::ostream* out)
 {
@@ -45,10 +46,10 @@ class TemporaryFolder {
 public:
     TemporaryFolder()
     {
-        char name[] = "/tmp/ferrow test XXXXXX";
-        if (!::mkdtemp(name))
+        std::string name = std::filesystem::temp_directory_path() / "ferrow test XXXXXX";
+        if (!::mkdtemp(name.data()))
             throw std::runtime_error("cannot make a test folder");
-        path_ = name;
+        path_ = QByteArray::fromStdString(name);
     }
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
