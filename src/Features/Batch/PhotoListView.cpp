@@ -19,7 +19,10 @@ PhotoListView::PhotoListView(PhotoListModel& model, ThumbnailCache& thumbnails, 
 {
     setObjectName(QStringLiteral("photoList"));
     setAccessibleName(QStringLiteral("Photos"));
+    // Before the model's own connections: the row that becomes current when its photo goes is nobody's choice.
+    connect(&model, &PhotoListModel::rowsAboutToBeRemoved, this, [this] { isFollowing_ = true; });
     setModel(&model);
+    connect(&model, &PhotoListModel::rowsRemoved, this, [this] { isFollowing_ = false; });
     setItemDelegate(delegate_);
     setUniformItemSizes(true);
     setMouseTracking(true);

@@ -20,6 +20,7 @@ public:
     void showSelected(int row);
 
 signals:
+    /// By the user: not when the model changes under the current row.
     void rowSelected(int row);
     void toggleRequested(int row);
     void removeRequested(int row);
@@ -39,7 +40,7 @@ private:
 
     PhotoRowDelegate* delegate_ = nullptr;
     bool locked_ = false;
-    bool isFollowing_ = false;
+    bool isFollowing_ = false; ///< The current row moves with the models.
     bool pressedPart_ = false;
 };
 

@@ -26,8 +26,11 @@ QImage ThumbnailCache::image(const FileUrl& photoID, const QSize& box)
         images_.clear();
         ++generation_;
     }
-    if (const QImage* image = images_.object(photoID.path()))
-        return *image;
+    const CompressedPicture picture = session_.compressedThumbnail(photoID);
+    if (picture.isNull())
+        return {};
+    if (const Decoded* decoded = images_.object(photoID.path()); decoded && decoded->picture == picture)
+        return decoded->image;
     std::erase(wanted_, photoID);
     wanted_.push_back(photoID);
     if (wanted_.size() > keptWishes)
@@ -49,18 +52,19 @@ void ThumbnailCache::decodeNext()
         if (!image.isNull() && (image.width() > box.width() || image.height() > box.height()))
             image = image.scaled(box, Qt::KeepAspectRatio, Qt::SmoothTransformation);
         image = image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
-        sender.post([this, photoID, image, generation] {
+        sender.post([this, photoID, decoded = Decoded{picture, image}, generation] {
             isDecoding_ = false;
-            if (generation == generation_)
-                take(photoID, image);
+            // Null for a photo that has left the list meanwhile: it may come back.
+            if (generation == generation_ && !decoded.image.isNull())
+                take(photoID, decoded);
             decodeNext();
         });
     });
 }
 
-void ThumbnailCache::take(const FileUrl& photoID, const QImage& image)
+void ThumbnailCache::take(const FileUrl& photoID, const Decoded& decoded)
 {
-    images_.insert(photoID.path(), new QImage(image));
+    images_.insert(photoID.path(), new Decoded(decoded));
     emit ready(photoID);
 }
 

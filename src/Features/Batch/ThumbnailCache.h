@@ -20,19 +20,25 @@ class ThumbnailCache : public QObject {
 public:
     explicit ThumbnailCache(PhotoSession& session, QObject* parent = nullptr);
 
-    /// The photo's thumbnail within `box` device pixels, or a null image when it has yet to be decoded: ready()
-    /// follows.
+    /// The photo's thumbnail within `box` device pixels. Null when it has yet to be decoded, and ready() follows; and
+    /// for a photo that has none.
     [[nodiscard]] QImage image(const FileUrl& photoID, const QSize& box);
 
 signals:
     void ready(const ferrow::FileUrl& photoID);
 
 private:
+    /// What was decoded, and of what: a file may be added again with other contents.
+    struct Decoded {
+        CompressedPicture picture;
+        QImage image;
+    };
+
     void decodeNext();
-    void take(const FileUrl& photoID, const QImage& image);
+    void take(const FileUrl& photoID, const Decoded& decoded);
 
     PhotoSession& session_;
-    QCache<QByteArray, QImage> images_; ///< By path.
+    QCache<QByteArray, Decoded> images_; ///< By path.
     QSize box_;
     std::vector<FileUrl> wanted_; ///< Newest last.
     bool isDecoding_ = false;

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "App/AppTestSupport.h"
+#include "Features/Batch/PhotoListView.h"
+#include "Features/Batch/PhotoSidebar.h"
+#include "Features/Batch/ThumbnailCache.h"
+#include "Support/Pictures.h"
+
+#include <QSignalSpy>
+
+#include <atomic>
+
+namespace ferrow::test {
+
+TEST(ThumbnailCache, showsWhatTheFileHoldsNowAndRemembersNoAbsence)
+{
+    std::atomic<int> red = 200;
+    auto operations = withoutDisk();
+    operations.load = [&](const FileUrl& url, const std::stop_token&) {
+        ImportedPhoto photo = photoAt(url);
+        photo.previewSource = flat({28, 20}, rgb8, {red, 0, 0});
+        return photo;
+    };
+    DisklessSession session(operations);
+    importInto(session, photoUrls({"a", "b", "c"}));
+    ThumbnailCache cache(session);
+    const QSize box(14, 10);
+    const auto redOf = [&](const char* name) {
+        QImage image;
+        EXPECT_TRUE(waitUntil([&] { return !(image = cache.image(photoUrl(name), box)).isNull(); })) << name;
+        return image.isNull() ? -1 : qRed(image.pixel(5, 5));
+    };
+    EXPECT_NEAR(redOf("a"), 200, 3);
+    session.remove(photoUrls({"a"}));
+    red = 90;
+    importInto(session, photoUrls({"a"}));
+    EXPECT_NEAR(redOf("a"), 90, 3);
+
+    // Wished for behind another one, and gone before its turn.
+    EXPECT_TRUE(cache.image(photoUrl("b"), box).isNull());
+    EXPECT_TRUE(cache.image(photoUrl("c"), box).isNull());
+    const RemovedPhotos removed = session.remove(photoUrls({"c"}));
+    EXPECT_NE(redOf("b"), -1);
+    session.restore(removed);
+    EXPECT_NEAR(redOf("c"), 200, 3);
+}
+
+TEST(PhotoSidebar, takesOnlyTheUsersChoiceForAChoice)
+{
+    DisklessSession session;
+    ExportSession exportSession;
+    EditHistory history{session, exportSession};
+    importInto(session, photoUrls({"a", "b", "c", "d"}));
+    session.setSelectedPhotoID(photoUrl("b"));
+    PhotoSidebar sidebar(session, history, exportSession);
+    sidebar.show();
+    const QSignalSpy chosen(&sidebar, &PhotoSidebar::photoChosen);
+    QTest::keyClick(sidebar.list(), Qt::Key_Delete);
+    EXPECT_EQ(selectedName(session), "c");
+    history.remove(photoUrls({"c", "d"}));
+    EXPECT_EQ(selectedName(session), "a");
+    history.stack().undo();
+    EXPECT_EQ(selectedName(session), "c");
+    EXPECT_EQ(sidebar.list()->currentIndex().row(), 1);
+    EXPECT_EQ(chosen.size(), 0);
+    QTest::keyClick(sidebar.list(), Qt::Key_Down);
+    EXPECT_EQ(selectedName(session), "d");
+    QTest::mouseClick(sidebar.list()->viewport(), Qt::LeftButton, {},
+                      sidebar.list()->visualRect(sidebar.list()->model()->index(0, 0)).center());
+    EXPECT_EQ(selectedName(session), "a");
+    EXPECT_EQ(chosen.size(), 2);
+}
+
+} // namespace ferrow::test
