@@ -210,6 +210,12 @@ void ContentView::chooseFolder()
 
 void ContentView::importRoots(const std::vector<FileUrl>& urls)
 {
+    // Chosen in a panel that was open before the import began.
+    if (session_.isImporting() && !urls.empty()) {
+        present(QStringLiteral("Photos Are Still Being Added"),
+                QStringLiteral("Add these once the others have been read."));
+        return;
+    }
     const QPointer<QWidget> focusedBefore = QApplication::focusWidget();
     session_.importPhotos(urls, [this, focusedBefore](const ImportOutcome& outcome) {
         // The buttons of the empty window go with the first photo. Whoever types meanwhile is not interrupted.

@@ -3,8 +3,11 @@
 #include "Features/Batch/PhotoListView.h"
 #include "Features/Batch/PhotoSidebar.h"
 #include "Features/Batch/ThumbnailCache.h"
+#include "Features/Shell/EmptyPreview.h"
 #include "Support/Pictures.h"
 
+#include <QLabel>
+#include <QPushButton>
 #include <QSignalSpy>
 
 #include <atomic>
@@ -68,6 +71,39 @@ TEST(PhotoSidebar, takesOnlyTheUsersChoiceForAChoice)
                       sidebar.list()->visualRect(sidebar.list()->model()->index(0, 0)).center());
     EXPECT_EQ(selectedName(session), "a");
     EXPECT_EQ(chosen.size(), 2);
+}
+
+TEST(EmptyPreview, saysThatPhotosAreBeingAddedAndStopsIt)
+{
+    auto operations = withoutDisk();
+    operations.load = [](const FileUrl& url, const std::stop_token& stop) -> ImportedPhoto {
+        while (!url.path().endsWith("/1"))
+            throwIfCancelled(stop);
+        throw ImagePipelineError(ImagePipelineError::malformedImage);
+    };
+    DisklessSession session(operations);
+    EmptyPreview pane(session);
+    pane.resize(600, 500);
+    pane.show();
+    const auto isShown = [&](const char* name) {
+        return pane.findChild<QWidget*>(QString::fromLatin1(name))->isVisible();
+    };
+    const auto text = [&](const char* name) { return pane.findChild<QLabel*>(QString::fromLatin1(name))->text(); };
+    auto* add = pane.findChild<QPushButton*>(QStringLiteral("emptyAddPhotosButton"));
+    auto* stop = pane.findChild<QPushButton*>(QStringLiteral("emptyStopButton"));
+    add->setFocus();
+    EXPECT_TRUE(add->isVisible() && isShown("emptyAddFolderButton") && !stop->isVisible());
+
+    session.importPhotos(photoUrls({"1", "2", "3"}));
+    EXPECT_FALSE(add->isVisible() || isShown("emptyAddFolderButton"));
+    EXPECT_EQ(pane.focusWidget(), stop);
+    EXPECT_EQ(text("emptyTitle"), QStringLiteral("Adding photos…"));
+    EXPECT_TRUE(waitUntil([&] { return text("emptySentence").startsWith(QStringLiteral("1 of 3 read")); }));
+    stop->click();
+    EXPECT_TRUE(waitUntil([&] { return !session.isImporting(); }));
+    EXPECT_TRUE(isShown("emptyAddFolderButton") && !stop->isVisible());
+    EXPECT_EQ(pane.focusWidget(), add);
+    EXPECT_EQ(text("emptyTitle"), QStringLiteral("Drop photos or a folder here"));
 }
 
 } // namespace ferrow::test

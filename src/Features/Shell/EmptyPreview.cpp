@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Features/Shell/EmptyPreview.h"
 
+#include "App/PhotoSession.h"
+#include "App/WindowTexts.h"
 #include "Shared/Widgets/FerrowStyle.h"
 #include "Shared/Widgets/Icons.h"
 #include "Shared/Widgets/Theme.h"
@@ -66,7 +68,7 @@ QHBoxLayout* centredRow(std::initializer_list<QWidget*> widgets)
 
 } // namespace
 
-EmptyPreview::EmptyPreview(QWidget* parent) : QWidget(parent)
+EmptyPreview::EmptyPreview(PhotoSession& session, QWidget* parent) : QWidget(parent), session_(session)
 {
     setGround(this, &ThemeColors::sidebar);
     auto* column = new QVBoxLayout(this);
@@ -75,27 +77,61 @@ EmptyPreview::EmptyPreview(QWidget* parent) : QWidget(parent)
     column->addStretch();
     column->addWidget(new FrameDrawing(this), 0, Qt::AlignHCenter);
     column->addSpacing(Space::preview);
-    column->addWidget(
-        centred(makeLabel(QStringLiteral("Drop photos or a folder here"), TextRole::empty, &ThemeColors::text, this)));
+    title_ = centred(makeLabel({}, TextRole::empty, &ThemeColors::text, this));
+    title_->setObjectName(QStringLiteral("emptyTitle"));
+    column->addWidget(title_);
     column->addSpacing(Space::group);
-    QLabel* sentence =
-        centred(makeLabel(QStringLiteral("They stay where they are. Ferrow reads them and writes framed copies."),
-                          TextRole::body, &ThemeColors::text2, this));
-    sentence->setFixedWidth(Theme::current().scaled(sentenceWidth));
+    sentence_ = centred(makeLabel({}, TextRole::body, &ThemeColors::text2, this));
+    sentence_->setObjectName(QStringLiteral("emptySentence"));
+    sentence_->setFixedWidth(Theme::current().scaled(sentenceWidth));
     // Aligned in the column itself it would be given the height of one line.
-    column->addLayout(centredRow({sentence}));
+    column->addLayout(centredRow({sentence_}));
     column->addSpacing(Space::sheet);
 
     addPhotos_ = new QPushButton(icon(IconName::add, &ThemeColors::onInk), QStringLiteral("Add Photos…"), this);
     addPhotos_->setObjectName(QStringLiteral("emptyAddPhotosButton"));
     setButtonRole(addPhotos_, ButtonRole::main);
-    auto* addFolder = new QPushButton(icon(IconName::folder), QStringLiteral("Add Folder…"), this);
-    addFolder->setObjectName(QStringLiteral("emptyAddFolderButton"));
-    column->addLayout(centredRow({addPhotos_, addFolder}));
+    addFolder_ = new QPushButton(icon(IconName::folder), QStringLiteral("Add Folder…"), this);
+    addFolder_->setObjectName(QStringLiteral("emptyAddFolderButton"));
+    stop_ = new QPushButton(QStringLiteral("Stop Adding Photos"), this);
+    stop_->setObjectName(QStringLiteral("emptyStopButton"));
+    column->addLayout(centredRow({addPhotos_, addFolder_, stop_}));
     column->addStretch();
 
     connect(addPhotos_, &QPushButton::clicked, this, &EmptyPreview::addPhotosRequested);
-    connect(addFolder, &QPushButton::clicked, this, &EmptyPreview::addFolderRequested);
+    connect(addFolder_, &QPushButton::clicked, this, &EmptyPreview::addFolderRequested);
+    connect(stop_, &QPushButton::clicked, &session_, &PhotoSession::cancelImport);
+    connect(&session_, &PhotoSession::isImportingChanged, this, &EmptyPreview::followImport);
+    connect(&session_, &PhotoSession::importProgressed, this, &EmptyPreview::showProgress);
+    followImport();
+}
+
+void EmptyPreview::followImport()
+{
+    const bool isImporting = session_.isImporting();
+    title_->setText(isImporting ? QStringLiteral("Adding photos…") : QStringLiteral("Drop photos or a folder here"));
+    if (isImporting)
+        showProgress(0, 0);
+    else
+        sentence_->setText(QStringLiteral("They stay where they are. Ferrow reads them and writes framed copies."));
+    // What has the focus hands it on before it goes.
+    QPushButton* next = isImporting ? stop_ : addPhotos_;
+    const QWidget* focused = window()->focusWidget();
+    const bool handsOn = focused && focused != this && isAncestorOf(focused);
+    next->setVisible(true);
+    if (handsOn)
+        next->setFocus(Qt::OtherFocusReason);
+    addPhotos_->setVisible(!isImporting);
+    addFolder_->setVisible(!isImporting);
+    stop_->setVisible(isImporting);
+}
+
+void EmptyPreview::showProgress(std::size_t read, std::size_t total)
+{
+    const QString progress =
+        total == 0 ? QStringLiteral("Looking for photos.")
+                   : QStringLiteral("%1 read.").arg(WindowTexts::importCount(std::int64_t(read), std::int64_t(total)));
+    sentence_->setText(progress + QStringLiteral("\nThey appear together when all have been read."));
 }
 
 void EmptyPreview::showEvent(QShowEvent* event)

@@ -57,7 +57,7 @@ PreviewPane::PreviewPane(PhotoSession& session, PreviewLoader& loader, PreviewRe
     setMinimumWidth(minimumWidthOfPane);
     area_ = new QWidget(this);
     buildCanvas();
-    empty_ = new EmptyPreview(area_);
+    empty_ = new EmptyPreview(session_, area_);
     drop_ = new DropOverlay(area_);
     auto* layers = new QGridLayout(area_);
     layers->setContentsMargins(0, 0, 0, 0);
