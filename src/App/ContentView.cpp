@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "App/ContentView.h"
 
+#include "App/EditSteps.h"
 #include "App/WindowTexts.h"
 #include "Features/Batch/ExportOptionsSheet.h"
 #include "Features/Batch/PhotoListView.h"
@@ -117,6 +118,8 @@ void ContentView::buildViews()
     connect(preview_, &PreviewPane::retryRequested, this, &ContentView::loadSelectedPreview);
     connect(preview_, &PreviewPane::removeRequested, &history_, &EditHistory::removeSelected);
     connect(inspector_, &InspectorView::importLogoRequested, this, &ContentView::importLogo);
+    connect(&logoImporter_, &LogoImporter::isImportingChanged, inspector_,
+            [this] { inspector_->setImportingLogo(logoImporter_.isImporting()); });
     connect(sidebar_, &PhotoSidebar::clearAllRequested, this, &ContentView::clearAll);
     connect(sidebar_, &PhotoSidebar::showInFolderRequested, this,
             [this](const FileUrl& photoID) { services_.showItems({photoID}); });
@@ -240,14 +243,30 @@ void ContentView::importLogo()
 {
     const QString title = session_.activeRecipe().logo ? QStringLiteral("Replace Logo") : QStringLiteral("Import Logo");
     services_.panels.open(this, {.kind = PanelRequest::Kind::logo, .title = title, .prompt = title},
-                          [this](const std::vector<FileUrl>& urls) {
+                          [this, framing = Framing::active(session_)](const std::vector<FileUrl>& urls) {
                               logoImporter_.importLogo(
                                   urls.front(),
-                                  [this](const LogoAssetReference& asset) { history_.setLogoAsset(asset); },
+                                  [this, framing](const LogoAssetReference& asset) { useLogo(asset, framing); },
                                   [this](const std::exception_ptr& error) {
                                       present(QStringLiteral("Couldn’t Import Logo"), errorText(error));
                                   });
                           });
+}
+
+void ContentView::useLogo(const LogoAssetReference& asset, const Framing& framing)
+{
+    if (exportSession_.isPlanning() || exportSession_.isRunning()) {
+        present(QStringLiteral("The Logo Wasn’t Added"),
+                QStringLiteral("An export began before it had been read. Import it again when the export is done."));
+        return;
+    }
+    if (framing.photoID && !session_.indexOf(*framing.photoID))
+        return;
+    // As undo does, the window shows where it happens.
+    session_.setRecipeScope(framing.scope);
+    if (framing.photoID)
+        session_.setSelectedPhotoID(framing.photoID);
+    history_.setLogoAsset(asset);
 }
 
 void ContentView::clearAll()

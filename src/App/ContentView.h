@@ -25,6 +25,7 @@ namespace ferrow {
 
 class ConfirmSheet;
 class ExportOptionsSheet;
+struct Framing;
 class InspectorView;
 class MainToolBar;
 class PhotoSidebar;
@@ -75,6 +76,8 @@ private:
     void chooseFolder();
     void loadSelectedPreview();
     void importLogo();
+    /// Where it was asked for, be another photo selected by now.
+    void useLogo(const LogoAssetReference& asset, const Framing& framing);
     void clearAll();
 
     void showExportOptions();

@@ -4,6 +4,7 @@
 #include "Features/Batch/PhotoSidebar.h"
 #include "Features/Batch/ThumbnailCache.h"
 #include "Features/Shell/EmptyPreview.h"
+#include "Features/Shell/InspectorView.h"
 #include "Support/Pictures.h"
 
 #include <QLabel>
@@ -104,6 +105,28 @@ TEST(EmptyPreview, saysThatPhotosAreBeingAddedAndStopsIt)
     EXPECT_TRUE(isShown("emptyAddFolderButton") && !stop->isVisible());
     EXPECT_EQ(pane.focusWidget(), add);
     EXPECT_EQ(text("emptyTitle"), QStringLiteral("Drop photos or a folder here"));
+}
+
+TEST(LogoSection, asksForNoOtherLogoWhileOneIsOnItsWay)
+{
+    DisklessSession session;
+    ExportSession exportSession;
+    EditHistory history{session, exportSession};
+    InspectorView view(session, history, exportSession);
+    const QSignalSpy requested(&view, &InspectorView::importLogoRequested);
+    auto* import = view.findChild<QPushButton*>(QStringLiteral("importLogoButton"));
+    auto* shown = view.findChild<QAbstractButton*>(QStringLiteral("logoSwitch"));
+    view.setImportingLogo(true);
+    session.setBatchRecipe(border(9)); // Refreshes the section.
+    import->click();
+    shown->click();
+    EXPECT_EQ(import->text(), QStringLiteral("Importing…"));
+    EXPECT_EQ(requested.size(), 0);
+    view.setImportingLogo(false);
+    import->click();
+    shown->click();
+    EXPECT_EQ(import->text(), QStringLiteral("Import Logo…"));
+    EXPECT_EQ(requested.size(), 2);
 }
 
 } // namespace ferrow::test

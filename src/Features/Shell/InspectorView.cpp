@@ -74,6 +74,11 @@ void InspectorView::refresh()
     output_->refresh();
 }
 
+void InspectorView::setImportingLogo(bool isImporting)
+{
+    logo_->setImporting(isImporting);
+}
+
 void InspectorView::setLocked(bool locked)
 {
     // Not the export's own sheet, which may be closing just now.

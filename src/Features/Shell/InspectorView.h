@@ -25,6 +25,7 @@ public:
 
     /// While an export runs nothing can be edited, and a line says why. The sections can still be scrolled.
     void setLocked(bool locked);
+    void setImportingLogo(bool isImporting);
 
 signals:
     /// A logo is to be imported, or replaced by another.

@@ -135,7 +135,8 @@ void LogoSection::toggle(bool on)
     if (!context_.recipe().logo) {
         headerSwitch()->setChecked(false);
         setExpanded(true);
-        emit importRequested();
+        if (!isImporting_)
+            emit importRequested();
         return;
     }
     context_.history.editRecipe(QStringLiteral("Show Logo"), [on](RenderRecipe& recipe) {
@@ -181,13 +182,22 @@ void LogoSection::refresh()
     refreshPosition(recipe);
 }
 
+void LogoSection::setImporting(bool isImporting)
+{
+    isImporting_ = isImporting;
+    refreshFile(context_.recipe());
+}
+
 void LogoSection::refreshFile(const RenderRecipe& recipe)
 {
     const bool hasLogo = recipe.logo.has_value();
     thumbnail_->setLogo(hasLogo ? std::optional(recipe.logo->asset) : std::nullopt);
     name_->setText(hasLogo ? recipe.logo->asset.displayName : QStringLiteral("No logo"));
     kind_->setText(hasLogo ? kindOf(recipe.logo->asset) : QStringLiteral("PNG, TIFF or PDF"));
-    import_->setText(hasLogo ? QStringLiteral("Replace Logo…") : QStringLiteral("Import Logo…"));
+    import_->setText(isImporting_ ? QStringLiteral("Importing…")
+                     : hasLogo    ? QStringLiteral("Replace Logo…")
+                                  : QStringLiteral("Import Logo…"));
+    import_->setEnabled(!isImporting_);
     remove_->setVisible(hasLogo);
 }
 

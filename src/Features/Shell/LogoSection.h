@@ -27,6 +27,8 @@ public:
     explicit LogoSection(const InspectorContext& context, QWidget* parent = nullptr);
     /// Shows what the models say now.
     void refresh();
+    /// A logo is on its way: another can't be asked for meanwhile.
+    void setImporting(bool isImporting);
 
 signals:
     /// Import or Replace was pressed, or the switch turned on without a logo.
@@ -42,6 +44,7 @@ private:
     void refreshPosition(const RenderRecipe& recipe);
 
     InspectorContext context_;
+    bool isImporting_ = false;
     LogoThumbnail* thumbnail_ = nullptr;
     ElidedLabel* name_ = nullptr;
     QLabel* kind_ = nullptr;
