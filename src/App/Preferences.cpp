@@ -37,12 +37,6 @@ Enum choice(const QSettings& settings, const Stored& stored)
     return *fromRawValue<Enum>(QStringView(stored.defaultText));
 }
 
-void store(QSettings& settings, const Stored& stored, const QString& text)
-{
-    settings.setValue(QString::fromUtf16(stored.key), text);
-    settings.sync(); // Now, not in a destructor: a program that leaves work behind ends without one.
-}
-
 QString fileName(const FileUrl& file)
 {
     return QFile::decodeName(file.path());
@@ -51,8 +45,9 @@ QString fileName(const FileUrl& file)
 } // namespace
 
 Preferences::Preferences(const std::optional<FileUrl>& file, QObject* parent)
-    : QObject(parent), settings_(fileName(file ? *file : defaultFile()), QSettings::IniFormat)
+    : QObject(parent), fileName_(fileName(file ? *file : defaultFile()))
 {
+    settings_.emplace(fileName_, QSettings::IniFormat);
 }
 
 FileUrl Preferences::defaultFile()
@@ -66,24 +61,41 @@ FileUrl Preferences::defaultFile()
 
 AppearancePreference Preferences::appearance() const
 {
-    return choice<AppearancePreference>(settings_, appearanceText);
+    return choice<AppearancePreference>(*settings_, appearanceText);
 }
 
 PreviewBackdrop Preferences::previewBackdrop(bool isDark) const
 {
-    return choice<PreviewBackdrop>(settings_, backdropText(isDark));
+    return choice<PreviewBackdrop>(*settings_, backdropText(isDark));
 }
 
 bool Preferences::opensExportFolders() const
 {
-    return textOf(settings_, opensFoldersText) == QLatin1StringView("true");
+    return textOf(*settings_, opensFoldersText) == QLatin1StringView("true");
+}
+
+QString Preferences::unsavedNote() const
+{
+    return isUnsaved_
+               ? QStringLiteral("This choice is lost when Ferrow is closed: “%1” can’t be written.").arg(fileName_)
+               : QString();
+}
+
+void Preferences::store(const char16_t* key, const QString& text)
+{
+    // An error sticks to the object, also when a later write succeeds.
+    if (settings_->status() != QSettings::NoError)
+        settings_.emplace(fileName_, QSettings::IniFormat);
+    settings_->setValue(QString::fromUtf16(key), text);
+    settings_->sync(); // Now, not in a destructor: a program that leaves work behind ends without one.
+    isUnsaved_ = settings_->status() == QSettings::AccessError;
 }
 
 void Preferences::setAppearance(AppearancePreference appearance)
 {
     if (appearance == this->appearance())
         return;
-    store(settings_, appearanceText, rawValue(appearance));
+    store(appearanceText.key, rawValue(appearance));
     emit appearanceChanged();
 }
 
@@ -91,7 +103,7 @@ void Preferences::setPreviewBackdrop(bool isDark, PreviewBackdrop backdrop)
 {
     if (backdrop == previewBackdrop(isDark))
         return;
-    store(settings_, backdropText(isDark), rawValue(backdrop));
+    store(backdropText(isDark).key, rawValue(backdrop));
     emit previewBackdropChanged(isDark);
 }
 
@@ -99,7 +111,7 @@ void Preferences::setOpensExportFolders(bool opens)
 {
     if (opens == opensExportFolders())
         return;
-    store(settings_, opensFoldersText, opens ? QStringLiteral("true") : QStringLiteral("false"));
+    store(opensFoldersText.key, opens ? QStringLiteral("true") : QStringLiteral("false"));
     emit opensExportFoldersChanged();
 }
 

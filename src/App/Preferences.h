@@ -47,6 +47,9 @@ public:
     [[nodiscard]] PreviewBackdrop previewBackdrop(bool isDark) const;
     [[nodiscard]] bool opensExportFolders() const;
 
+    /// A sentence for the user where the last change could not be written and holds for this run alone; else empty.
+    [[nodiscard]] QString unsavedNote() const;
+
     void setAppearance(AppearancePreference appearance);
     void setPreviewBackdrop(bool isDark, PreviewBackdrop backdrop);
     void setOpensExportFolders(bool opens);
@@ -57,7 +60,11 @@ signals:
     void opensExportFoldersChanged();
 
 private:
-    QSettings settings_;
+    void store(const char16_t* key, const QString& text);
+
+    QString fileName_;
+    std::optional<QSettings> settings_;
+    bool isUnsaved_ = false;
 };
 
 } // namespace ferrow

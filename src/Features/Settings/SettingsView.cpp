@@ -4,6 +4,7 @@
 #include "App/Preferences.h"
 #include "Features/Settings/BackdropChoice.h"
 #include "Shared/Widgets/FormRow.h"
+#include "Shared/Widgets/MessageLine.h"
 #include "Shared/Widgets/SegmentedControl.h"
 #include "Shared/Widgets/SmallParts.h"
 #include "Shared/Widgets/Theme.h"
@@ -49,6 +50,9 @@ SettingsView::SettingsView(Preferences& preferences, QWidget* parent) : QDialog(
     addAppearance(*page);
     page->addSpacing(Space::group);
     addPreview(*page);
+    unsaved_ = new MessageLine(Severity::warning, {});
+    unsaved_->setObjectName(QStringLiteral("unsavedNote"));
+    page->addWidget(unsaved_);
     column->addWidget(new HairLine);
     column->addWidget(makeFoot());
 
@@ -117,6 +121,9 @@ void SettingsView::showStored()
     }
     lightBackdrop_->setBackdrop(preferences_.previewBackdrop(false));
     darkBackdrop_->setBackdrop(preferences_.previewBackdrop(true));
+    const QString note = preferences_.unsavedNote();
+    unsaved_->setMessage(Severity::warning, note);
+    unsaved_->setVisible(!note.isEmpty());
 }
 
 } // namespace ferrow

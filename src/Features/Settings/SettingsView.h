@@ -8,6 +8,7 @@ class QVBoxLayout;
 namespace ferrow {
 
 class BackdropChoice;
+class MessageLine;
 class Preferences;
 class SegmentedControl;
 
@@ -29,6 +30,7 @@ private:
     SegmentedControl* theme_ = nullptr;
     BackdropChoice* lightBackdrop_ = nullptr;
     BackdropChoice* darkBackdrop_ = nullptr;
+    MessageLine* unsaved_ = nullptr;
 };
 
 } // namespace ferrow
