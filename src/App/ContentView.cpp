@@ -116,7 +116,6 @@ void ContentView::buildViews()
     connect(preview_, &PreviewPane::addFolderRequested, this, &ContentView::chooseFolder);
     connect(preview_, &PreviewPane::cancelExportRequested, this, &ContentView::cancelExport);
     connect(preview_, &PreviewPane::retryRequested, this, &ContentView::loadSelectedPreview);
-    connect(preview_, &PreviewPane::removeRequested, &history_, &EditHistory::removeSelected);
     connect(inspector_, &InspectorView::importLogoRequested, this, &ContentView::importLogo);
     connect(&logoImporter_, &LogoImporter::isImportingChanged, inspector_,
             [this] { inspector_->setImportingLogo(logoImporter_.isImporting()); });
@@ -177,7 +176,7 @@ void ContentView::connectModels()
 
 void ContentView::updateActions()
 {
-    const bool busy = exportSession_.isRunning() || exportSession_.isPlanning();
+    const bool busy = exportSession_.isBusy();
     const bool hasPhotos = !session_.photos().empty();
     const bool hasSelection = session_.selectedPhoto() != nullptr;
     const bool mayAdd = !busy && !session_.isImporting();
@@ -255,7 +254,7 @@ void ContentView::importLogo()
 
 void ContentView::useLogo(const LogoAssetReference& asset, const Framing& framing)
 {
-    if (exportSession_.isPlanning() || exportSession_.isRunning()) {
+    if (exportSession_.isBusy()) {
         present(QStringLiteral("The Logo Wasn’t Added"),
                 QStringLiteral("An export began before it had been read. Import it again when the export is done."));
         return;
@@ -630,6 +629,7 @@ bool ContentView::handleDrag(QEvent* event)
     if (!carriesFiles(*drag->mimeData()))
         return false;
     if (!acceptsPhotos()) {
+        preview_->setDropTarget(std::nullopt); // An import may have begun since they came in.
         drag->ignore();
         return true;
     }

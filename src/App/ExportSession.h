@@ -54,6 +54,8 @@ public:
     [[nodiscard]] bool isRunning() const { return progress_.has_value(); }
     /// Names are being worked out; no progress yet.
     [[nodiscard]] bool isPlanning() const { return isPlanning_; }
+    /// From the start of planning to the report: photos and framing are not to be changed.
+    [[nodiscard]] bool isBusy() const { return isPlanning() || isRunning(); }
     /// Cancelled, with jobs still in hand.
     [[nodiscard]] bool isStopping() const { return isStopping_; }
     /// Absent for photos outside the batch, and when there is neither run nor report.

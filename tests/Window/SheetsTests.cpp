@@ -2,6 +2,8 @@
 #include "App/AppTestSupport.h"
 #include "Features/Batch/ExportOptionsSheet.h"
 #include "Features/Batch/ExportTexts.h"
+#include "Features/Batch/PhotoListView.h"
+#include "Features/Batch/PhotoSidebar.h"
 #include "Features/Batch/ReportSheet.h"
 #include "Features/Presets/PresetList.h"
 #include "Features/Presets/PresetManagerView.h"
@@ -121,6 +123,26 @@ TEST_F(Sheets, reportAsksToTryAgainBeforeItCloses)
     QObject::connect(&sheet, &ReportSheet::tryAgainRequested, [&] { wasOpen = sheet.isOpen(); });
     child<QPushButton>(sheet, "tryAgainButton")->click();
     EXPECT_TRUE(wasOpen && !sheet.isOpen());
+}
+
+TEST_F(Sheets, listIsLockedFromTheStartOfPlanning)
+{
+    EditHistory history(session, exportSession);
+    PhotoSidebar sidebar(session, history, exportSession, &window);
+    const auto tryAll = [&] {
+        child<QPushButton>(sidebar, "clearAllButton")->click();
+        child<QAbstractButton>(sidebar, "includeAllBox")->click();
+        QTest::keyClick(sidebar.list(), Qt::Key_Space);
+        QTest::keyClick(sidebar.list(), Qt::Key_Delete);
+    };
+    const QSignalSpy cleared(&sidebar, &PhotoSidebar::clearAllRequested);
+    exportSession.planAndStart(ExportRequest::make(session, exportSession));
+    ASSERT_TRUE(exportSession.isPlanning());
+    tryAll();
+    EXPECT_EQ(history.stack().count() + cleared.count(), 0);
+    exportSession.cancel();
+    tryAll();
+    EXPECT_EQ(history.stack().count() + cleared.count(), 4);
 }
 
 TEST(PresetSummary, saysWhatAPresetHolds)

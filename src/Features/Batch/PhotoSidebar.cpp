@@ -61,7 +61,8 @@ PhotoSidebar::PhotoSidebar(PhotoSession& session, EditHistory& history, ExportSe
         importBar_->setRange(0, int(total));
         importBar_->setValue(int(read));
     });
-    connect(&exportSession_, &ExportSession::progressChanged, this, &PhotoSidebar::updateCounts);
+    for (const auto signal : {&ExportSession::progressChanged, &ExportSession::isPlanningChanged})
+        connect(&exportSession_, signal, this, &PhotoSidebar::updateCounts);
     updateCounts();
     followImport();
     followSelection();
@@ -158,17 +159,17 @@ void PhotoSidebar::updateCounts()
 {
     const auto total = std::int64_t(session_.photos().size());
     const auto included = std::int64_t(session_.includedCount());
-    const bool running = exportSession_.isRunning();
+    const bool locked = exportSession_.isBusy();
     empty_->setVisible(total == 0);
     list_->setVisible(total > 0);
-    list_->setLocked(running);
+    list_->setLocked(locked);
     includeAll_->setVisible(total > 0);
-    includeAll_->setEnabled(!running);
+    includeAll_->setEnabled(!locked);
     includeAll_->setCheckState(included == 0 ? Qt::Unchecked : included == total ? Qt::Checked : Qt::PartiallyChecked);
     count_->setText(total > 0 ? Localization::number(total) : QString());
     clearAll_->setVisible(total > 0);
-    clearAll_->setEnabled(!running);
-    if (running) {
+    clearAll_->setEnabled(!locked);
+    if (exportSession_.isRunning()) {
         const BatchExportProgress& counts = exportSession_.progress()->counts;
         status_->setText(WindowTexts::exported(counts.completed, counts.total));
     } else {
@@ -180,7 +181,7 @@ void PhotoSidebar::updateCounts()
 void PhotoSidebar::showContextMenu(int row, const QPoint& place)
 {
     const FileUrl photoID = model_->photoID(row);
-    const bool locked = exportSession_.isRunning();
+    const bool locked = exportSession_.isBusy();
     auto* menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     const auto add = [&](const QString& text, bool enabled, const std::function<void()>& verb) {

@@ -96,15 +96,14 @@ ErrorCard::ErrorCard(QWidget* parent) : FloatingCard(parent, errorCardWidth)
     row->setContentsMargins(0, Space::row, 0, 0);
     row->setSpacing(Space::group);
     QPushButton* retry = wayOut(QStringLiteral("Try Again"), QStringLiteral("retryPreviewButton"), buttons_);
-    QPushButton* remove =
-        wayOut(QStringLiteral("Remove from List"), QStringLiteral("removeUnreadableButton"), buttons_);
+    remove_ = wayOut(QStringLiteral("Remove from List"), QStringLiteral("removeUnreadableButton"), buttons_);
     row->addStretch();
     row->addWidget(retry);
-    row->addWidget(remove);
+    row->addWidget(remove_);
     row->addStretch();
     column->addWidget(buttons_);
     connect(retry, &QPushButton::clicked, this, &ErrorCard::retryRequested);
-    connect(remove, &QPushButton::clicked, this, &ErrorCard::removeRequested);
+    connect(remove_, &QPushButton::clicked, this, &ErrorCard::removeRequested);
     hide();
 }
 
@@ -119,6 +118,11 @@ void ErrorCard::show(const QString& title, const QString& message, WaysOut waysO
     setAccessibleDescription(message);
     QWidget::show();
     raise();
+}
+
+void ErrorCard::setRemoveEnabled(bool enabled)
+{
+    remove_->setEnabled(enabled);
 }
 
 void ErrorCard::paintEvent(QPaintEvent* event)

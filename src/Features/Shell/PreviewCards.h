@@ -44,6 +44,7 @@ public:
 
     explicit ErrorCard(QWidget* parent);
     void show(const QString& title, const QString& message, WaysOut waysOut);
+    void setRemoveEnabled(bool enabled);
 
 signals:
     void retryRequested();
@@ -56,6 +57,7 @@ private:
     QLabel* title_ = nullptr;
     QLabel* message_ = nullptr;
     QWidget* buttons_ = nullptr;
+    QPushButton* remove_ = nullptr;
 };
 
 /// One line at the foot of the pane.

@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace ferrow {
 
@@ -144,10 +145,7 @@ void PreviewPane::connectParts()
 {
     connect(canvas_, &PreviewCanvas::zoomChanged, this, &PreviewPane::zoomChanged);
     connect(canvas_, &PreviewCanvas::stepRequested, this, &PreviewPane::step);
-    connect(canvas_, &PreviewCanvas::removeRequested, this, [this] {
-        if (!isExporting())
-            history_.removeSelected();
-    });
+    connect(canvas_, &PreviewCanvas::removeRequested, this, &PreviewPane::removeSelected);
     connect(&canvas_->picture(), &PreviewPicture::changed, this, &PreviewPane::renewLoading);
     connect(&loadingDelay_, &QTimer::timeout, this, [this] {
         loadingLine_->show();
@@ -156,15 +154,14 @@ void PreviewPane::connectParts()
     });
     connect(empty_, &EmptyPreview::addPhotosRequested, this, &PreviewPane::addPhotosRequested);
     connect(empty_, &EmptyPreview::addFolderRequested, this, &PreviewPane::addFolderRequested);
-    connect(error_, &ErrorCard::removeRequested, this, &PreviewPane::removeRequested);
+    connect(error_, &ErrorCard::removeRequested, this, &PreviewPane::removeSelected);
     connect(error_, &ErrorCard::retryRequested, this, [this] {
         hideErrors();
         showStandIn();
         emit retryRequested();
     });
     connect(footer_, &PreviewFooter::stepRequested, this, &PreviewPane::step);
-    connect(footer_, &PreviewFooter::backdropChosen, this,
-            [this](PreviewBackdrop backdrop) { preferences_.setPreviewBackdrop(isDark(), backdrop); });
+    connect(footer_, &PreviewFooter::backdropChosen, this, &PreviewPane::chooseBackdrop);
     connect(exportFooter_, &ExportFooter::cancelRequested, this, &PreviewPane::cancelExportRequested);
 }
 
@@ -240,7 +237,7 @@ void PreviewPane::followSelection()
     const bool isEmpty = session_.photos().empty();
     empty_->setVisible(isEmpty);
     canvas_->setVisible(!isEmpty);
-    footer_->setVisible(!isEmpty && !isExporting());
+    footer_->setVisible(!isEmpty && !exportSession_.isBusy());
 
     const ImportedPhoto* photo = session_.selectedPhoto();
     const std::optional<FileUrl> selected = photo ? std::optional(photo->id()) : std::nullopt;
@@ -319,18 +316,31 @@ void PreviewPane::renewLoading()
 
 void PreviewPane::followExport()
 {
-    if (exportFooter_->isHidden() == !isExporting())
+    const bool isBusy = exportSession_.isBusy();
+    if (exportFooter_->isHidden() == !isBusy)
         return;
     const bool hadFocus = exportFooter_->isAncestorOf(window()->focusWidget());
-    exportFooter_->setVisible(isExporting());
-    footer_->setVisible(!isExporting() && !session_.photos().empty());
-    if (hadFocus && !isExporting())
+    error_->setRemoveEnabled(!isBusy);
+    exportFooter_->setVisible(isBusy);
+    footer_->setVisible(!isBusy && !session_.photos().empty());
+    if (hadFocus && !isBusy)
         canvas_->setFocus(Qt::OtherFocusReason);
 }
 
-bool PreviewPane::isExporting() const
+void PreviewPane::removeSelected()
 {
-    return exportSession_.isPlanning() || exportSession_.isRunning();
+    if (!exportSession_.isBusy())
+        history_.removeSelected();
+}
+
+void PreviewPane::chooseBackdrop(PreviewBackdrop backdrop)
+{
+    preferences_.setPreviewBackdrop(isDark(), backdrop);
+    const QString note = preferences_.unsavedNote();
+    if (note.isEmpty() || std::exchange(hasToldUnsaved_, true))
+        return;
+    notice_->show(Severity::warning, note);
+    announce(canvas_, note);
 }
 
 void PreviewPane::followBackdrop()

@@ -43,7 +43,8 @@ public:
 
     /// Shows the bare photo, for as long as a button or key is held.
     void setComparing(bool isComparing);
-    /// A drop of so many photos would be taken; 0: of an unknown number. Nothing when it has left or been dropped.
+    /// A drop of so many photos would be taken, anywhere in the window; 0: of an unknown number. Nothing when it has
+    /// left or been dropped.
     void setDropTarget(std::optional<int> fileCount);
     /// There is no list beside it: the footer leads through the photos.
     void setNarrow(bool isNarrow);
@@ -57,7 +58,6 @@ signals:
     void addFolderRequested();
     void cancelExportRequested();
     void retryRequested();
-    void removeRequested();
 
 private:
     void buildCanvas();
@@ -68,14 +68,16 @@ private:
     void followLoader();
     void followExport();
     void followBackdrop();
+    void chooseBackdrop(PreviewBackdrop backdrop);
     void step(int places);
+    void removeSelected();
     void showStandIn();
     void giveBare();
     void showError(const QString& title, const QString& message, ErrorCard::WaysOut waysOut);
     void hideErrors();
+    void renewNotice();
     void renewLoading();
     void renewTexts();
-    [[nodiscard]] bool isExporting() const;
 
     PhotoSession& session_;
     PreviewLoader& loader_;
@@ -84,8 +86,10 @@ private:
     EditHistory& history_;
     Preferences& preferences_;
     std::optional<FileUrl> shownPhoto_;
-    std::optional<LogoAssetReference> missingLogo_; ///< What the notice is about.
+    std::optional<LogoAssetReference> missingLogo_; ///< The last that could not be loaded.
+    QString missingLogoText_;
     bool hasLoadError_ = false;
+    bool hasToldUnsaved_ = false;
     QTimer loadingDelay_;
 
     PreviewRequester* requester_ = nullptr;
