@@ -136,6 +136,7 @@ void PreviewPane::connectModels()
         if (!photo || !session_.resolvedRecipe(photo->id()).logo)
             return;
         missingLogo_ = session_.resolvedRecipe(photo->id()).logo->asset;
+        missingLogoText_ = message;
         notice_->show(Severity::warning, message);
         announce(canvas_, message);
     });
@@ -244,6 +245,7 @@ void PreviewPane::followSelection()
     if (selected != shownPhoto_) {
         shownPhoto_ = selected;
         hideErrors();
+        renewNotice();
         canvas_->fit();
         showStandIn();
     }
@@ -260,9 +262,7 @@ void PreviewPane::followRecipe()
     const PreviewPicture& picture = canvas_->picture();
     if (!hasLoadError_ && (!picture.isShown() || (picture.isStandIn() && picture.recipe() != recipe)))
         showStandIn();
-    const std::optional<LogoConfiguration>& logo = recipe.logo;
-    if (!logo || !logo->isEnabled || logo->asset != missingLogo_)
-        notice_->hide();
+    renewNotice();
     renewTexts();
 }
 
@@ -298,6 +298,18 @@ void PreviewPane::hideErrors()
     hasLoadError_ = false;
     error_->hide();
     canvas_->setAccessibleDescription({});
+}
+
+/// The queue tells of a missing logo once: going to another photo and back has to show the notice again.
+void PreviewPane::renewNotice()
+{
+    const ImportedPhoto* photo = session_.selectedPhoto();
+    const std::optional<LogoConfiguration> logo =
+        photo ? session_.resolvedRecipe(photo->id()).logo : std::optional<LogoConfiguration>();
+    if (!logo || !logo->isEnabled || logo->asset != missingLogo_)
+        notice_->hide();
+    else if (notice_->isHidden())
+        notice_->show(Severity::warning, missingLogoText_);
 }
 
 void PreviewPane::renewLoading()
