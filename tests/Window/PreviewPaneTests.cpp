@@ -3,6 +3,7 @@
 #include "Export/ImageExporter.h"
 #include "Features/Shell/PaintableImage.h"
 #include "Features/Shell/PreviewFooter.h"
+#include "Features/Shell/PreviewPane.h"
 #include "Features/Shell/PreviewRequester.h"
 #include "Features/Shell/PreviewViewport.h"
 #include "Features/Shell/RegionLoader.h"
@@ -10,6 +11,7 @@
 
 #include "App/ScreenImage.h"
 
+#include <QPushButton>
 #include <QSignalSpy>
 
 #include <atomic>
@@ -39,7 +41,78 @@ RegionSubject subject(double border)
     return {test::photoAt(test::photoUrl("a")), bordered(border), {1000, 800}};
 }
 
+/// The pane as the right half of a window, with two photos.
+struct Pane : testing::Test {
+    const FileUrl a = test::photoUrl("a");
+    const FileUrl b = test::photoUrl("b");
+    test::DisklessSession session;
+    PreviewLoader loader;
+    PreviewRenderQueue queue;
+    ExportSession exportSession;
+    EditHistory history{session, exportSession};
+    const test::TemporaryFolder folder;
+    Preferences preferences{folder.file("preferences")};
+    QWidget window;
+    PreviewPane pane{session, loader, queue, exportSession, history, preferences, &window};
+
+    Pane()
+    {
+        test::importInto(session, {a, b});
+        session.setSelectedPhotoID(a);
+        window.resize(1'000, 600);
+        pane.setGeometry(500, 0, 500, 600);
+        window.show();
+    }
+};
+
 } // namespace
+
+TEST_F(Pane, tellsOfAMissingLogoOverThePhotosThatHaveIt)
+{
+    RenderRecipe withLogo;
+    withLogo.logo = LogoConfiguration::placeholder();
+    session.setPhotoRecipe(a, withLogo);
+    session.setRecipeScope(RecipeScope::selected);
+    const auto* notice = pane.findChild<NoticeCard*>();
+    emit queue.logoFailed(QStringLiteral("The logo is gone."));
+    EXPECT_TRUE(notice->isVisible());
+    session.setSelectedPhotoID(b);
+    EXPECT_FALSE(notice->isVisible());
+    session.setSelectedPhotoID(a);
+    EXPECT_TRUE(notice->isVisible());
+    session.setPhotoRecipe(a, std::nullopt);
+    EXPECT_FALSE(notice->isVisible());
+}
+
+TEST_F(Pane, removesNothingWhileAnExportIsPlanned)
+{
+    pane.showLoadError(QStringLiteral("It is broken."));
+    auto* remove = pane.findChild<QPushButton*>(QStringLiteral("removeUnreadableButton"));
+    auto* canvas = pane.findChild<QWidget*>(QStringLiteral("previewCanvas"));
+    exportSession.planAndStart(ExportRequest::make(session, exportSession));
+    ASSERT_TRUE(exportSession.isPlanning() && !exportSession.isRunning());
+    remove->click();
+    QTest::keyClick(canvas, Qt::Key_Delete);
+    EXPECT_EQ(session.photos().size(), 2U);
+    exportSession.cancel();
+    remove->click();
+    EXPECT_EQ(session.photos().size(), 1U);
+    QTest::keyClick(canvas, Qt::Key_Delete);
+    EXPECT_TRUE(session.photos().empty());
+}
+
+TEST_F(Pane, outlinesTheWholeWindowForADropWithTheCardOverThePicture)
+{
+    pane.setDropTarget(14);
+    auto* outline = window.findChild<QWidget*>(QStringLiteral("dropOverlay"));
+    EXPECT_TRUE(outline->isVisible());
+    EXPECT_EQ(QRect(outline->mapTo(&window, QPoint()), outline->size()), window.rect());
+    EXPECT_NE(window.childAt(250, 300), outline) << "it takes no clicks";
+    const auto* card = outline->findChild<FloatingCard*>();
+    EXPECT_TRUE(pane.geometry().contains(card->geometry()));
+    pane.setDropTarget(std::nullopt);
+    EXPECT_FALSE(outline->isVisible());
+}
 
 TEST(PreviewRequester, asksWhenThePictureIsThereAndForEachNewFramingOnce)
 {

@@ -184,8 +184,9 @@ void LoadingLine::hideEvent(QHideEvent*)
     sweep_->stop();
 }
 
-DropOverlay::DropOverlay(QWidget* parent) : QWidget(parent)
+DropOverlay::DropOverlay(QWidget* area) : QWidget(area), area_(area)
 {
+    setObjectName(QStringLiteral("dropOverlay"));
     setAttribute(Qt::WA_TransparentForMouseEvents);
     card_ = new FloatingCard(this);
     auto* row = new QHBoxLayout(card_);
@@ -204,26 +205,25 @@ DropOverlay::DropOverlay(QWidget* parent) : QWidget(parent)
 void DropOverlay::show(int fileCount)
 {
     text_->setText(dropText(fileCount));
+    // The area has its window only once it is built into one.
+    setParent(area_->window());
+    setGeometry(parentWidget()->rect());
+    const QRect area(area_->mapTo(parentWidget(), QPoint()), area_->size());
+    const QSize size = card_->sizeHint();
+    // The card itself stands this far above the edge, not its shadow.
+    const int bottom = area.top() + area.height() - Space::preview + FloatingCard::shadowRoom;
+    card_->setGeometry(area.center().x() - size.width() / 2, bottom - size.height(), size.width(), size.height());
     QWidget::show();
     raise();
-    resizeEvent(nullptr);
 }
 
 void DropOverlay::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
     const double half = Measure::dropFrame / 2.0;
-    painter.setPen(
-        QPen(themeColor(&ThemeColors::accent), Measure::dropFrame, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
-    painter.drawRect(QRectF(rect()).adjusted(half, half, -half, -half));
-}
-
-void DropOverlay::resizeEvent(QResizeEvent*)
-{
-    const QSize size = card_->sizeHint();
-    // The card itself stands this far above the edge, not its shadow.
-    const int bottom = height() - Space::preview + FloatingCard::shadowRoom;
-    card_->setGeometry((width() - size.width()) / 2, bottom - size.height(), size.width(), size.height());
+    painter.setPen(QPen(themeColor(&ThemeColors::accent), Measure::dropFrame));
+    painter.drawRoundedRect(QRectF(rect()).adjusted(half, half, -half, -half), Radius::sheet, Radius::sheet);
 }
 
 } // namespace ferrow

@@ -88,20 +88,21 @@ private:
     QVariantAnimation* sweep_ = nullptr;
 };
 
-/// The accent frame and the card of a drop that would be taken. Lies over all of its parent; no mouse sees it.
+/// The accent outline round all of the window, which takes drops everywhere, and the card of a drop that would be
+/// taken at the foot of `area`. No mouse sees it.
 class DropOverlay : public QWidget {
     Q_OBJECT
 
 public:
-    explicit DropOverlay(QWidget* parent);
+    explicit DropOverlay(QWidget* area);
     /// 0: the number is not known.
     void show(int fileCount);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
 
 private:
+    QWidget* area_;
     FloatingCard* card_ = nullptr;
     QLabel* text_ = nullptr;
 };

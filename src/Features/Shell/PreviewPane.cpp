@@ -62,8 +62,8 @@ PreviewPane::PreviewPane(PhotoSession& session, PreviewLoader& loader, PreviewRe
     drop_ = new DropOverlay(area_);
     auto* layers = new QGridLayout(area_);
     layers->setContentsMargins(0, 0, 0, 0);
-    for (QWidget* layer : {static_cast<QWidget*>(canvas_), static_cast<QWidget*>(empty_), static_cast<QWidget*>(drop_)})
-        layers->addWidget(layer, 0, 0);
+    layers->addWidget(canvas_, 0, 0);
+    layers->addWidget(empty_, 0, 0);
     footer_ = new PreviewFooter(this);
     exportFooter_ = new ExportFooter(exportSession_, this);
     auto* column = new QVBoxLayout(this);
