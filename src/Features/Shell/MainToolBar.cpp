@@ -74,7 +74,9 @@ QWidget* MainToolBar::buildVerbs()
 
     add_ = new MenuButton(IconName::add, QStringLiteral("Add"));
     add_->setObjectName(QStringLiteral("addPhotosMenu"));
-    add_->setToolTip(QStringLiteral("Add photos or folder"));
+    const QString help = QStringLiteral("Add individual photos or recursively add a folder");
+    add_->setToolTip(help);
+    add_->setAccessibleDescription(help);
     auto* menu = new QMenu(add_);
     menu->setToolTipsVisible(true);
     menu->addAction(actions_.addPhotos);
