@@ -10,7 +10,7 @@ namespace ferrow::Engine::MemoryNeed {
 namespace {
 
 /// Measured for the encoder in use: docs/heic-encoder.md.
-constexpr std::int64_t heifEncoderBytesPerPixel = 17;
+constexpr std::int64_t heifEncoderBytesPerPixel = 28;
 
 constexpr std::int64_t area(PixelSize size)
 {

@@ -8,6 +8,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <limits>
 #include <span>
 #include <utility>
 
@@ -41,13 +42,40 @@ bool wouldBlock()
 
 } // namespace
 
+/// When patience ends, however often something small arrives before.
+class Channel::Deadline {
+public:
+    explicit Deadline(const Patience& patience) : wakeDescriptor(patience.wakeDescriptor)
+    {
+        if (patience.timeout)
+            at_ = Clock::now() + std::max(*patience.timeout, std::chrono::milliseconds(0));
+    }
+
+    [[nodiscard]] bool isOver() const { return at_ && Clock::now() >= *at_; }
+    /// As poll() counts: rounded up, since it would else be asked again and again within the last millisecond.
+    [[nodiscard]] int millisecondsLeft() const
+    {
+        if (!at_)
+            return -1;
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(*at_ - Clock::now());
+        return int(std::clamp<std::int64_t>(left.count(), 0, std::numeric_limits<int>::max()));
+    }
+
+    const int wakeDescriptor;
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    std::optional<Clock::time_point> at_;
+};
+
 Channel::Channel(Descriptor socket, Descriptors descriptors) : socket_(std::move(socket)), policy_(descriptors) {}
 
-Channel::Outcome Channel::wait(short events, const Patience& patience) const
+Channel::Outcome Channel::wait(short events, const Deadline& deadline) const
 {
-    std::array<pollfd, 2> watched{pollfd{socket_.get(), events, 0}, pollfd{patience.wakeDescriptor, POLLIN, 0}};
-    const int timeout = patience.timeout ? int(std::max<std::int64_t>(patience.timeout->count(), 0)) : -1;
-    const int count = ::poll(watched.data(), watched.size(), timeout); // A negative descriptor is passed over.
+    std::array<pollfd, 2> watched{pollfd{socket_.get(), events, 0}, pollfd{deadline.wakeDescriptor, POLLIN, 0}};
+    // A negative descriptor is passed over.
+    const int count = ::poll(watched.data(), watched.size(), deadline.millisecondsLeft());
     if (count < 0 && errno != EINTR)
         return Outcome::closed;
     if (watched[0].revents != 0 || count < 0)
@@ -57,6 +85,7 @@ Channel::Outcome Channel::wait(short events, const Patience& patience) const
 
 Channel::Outcome Channel::send(const Message& message, const Patience& patience)
 {
+    const Deadline deadline(patience);
     std::size_t sent = 0;
     while (sent < message.bytes.size()) {
         iovec rest{const_cast<std::byte*>(message.bytes.data()) + sent, message.bytes.size() - sent};
@@ -75,7 +104,7 @@ Channel::Outcome Channel::send(const Message& message, const Patience& patience)
             continue;
         if (!wouldBlock())
             return Outcome::closed;
-        if (const Outcome outcome = wait(POLLOUT, patience); outcome != Outcome::done)
+        if (const Outcome outcome = wait(POLLOUT, deadline); outcome != Outcome::done)
             return outcome;
     }
     return Outcome::done;
@@ -126,14 +155,16 @@ std::optional<Channel::Outcome> Channel::readSome()
 
 Channel::Outcome Channel::receive(Received& message, const Patience& patience)
 {
+    const Deadline deadline(patience);
     while (arrived_ < headerLength || arrived_ < incoming_.bytes.size()) {
         const auto progress = readSome();
         if (progress == Outcome::closed)
             return Outcome::closed;
-        if (progress)
-            continue;
-        if (const Outcome outcome = wait(POLLIN, patience); outcome != Outcome::done)
+        const Outcome outcome = progress ? Outcome::done : wait(POLLIN, deadline);
+        if (outcome != Outcome::done)
             return outcome;
+        if (deadline.isOver() && !(arrived_ >= headerLength && arrived_ == incoming_.bytes.size()))
+            return Outcome::timedOut;
     }
     message = std::exchange(incoming_, {});
     arrived_ = 0;
@@ -142,7 +173,13 @@ Channel::Outcome Channel::receive(Received& message, const Patience& patience)
 
 bool Channel::hasNews() const
 {
-    return arrived_ > 0 || wait(POLLIN, {.timeout = std::chrono::milliseconds(0)}) != Outcome::timedOut;
+    return arrived_ > 0 || wait(POLLIN, Deadline({.timeout = std::chrono::milliseconds(0)})) != Outcome::timedOut;
+}
+
+bool Channel::isClosed() const
+{
+    pollfd watched{socket_.get(), POLLRDHUP, 0};
+    return ::poll(&watched, 1, 0) != 0;
 }
 
 } // namespace ferrow::Worker

@@ -43,10 +43,14 @@ public:
 
     /// Something came in, or the other side is gone.
     [[nodiscard]] bool hasNews() const;
+    /// The other side is gone, whatever it has left to be read.
+    [[nodiscard]] bool isClosed() const;
     void close() { socket_.close(); }
 
 private:
-    [[nodiscard]] Outcome wait(short events, const Patience& patience) const;
+    class Deadline;
+
+    [[nodiscard]] Outcome wait(short events, const Deadline& deadline) const;
     /// As much of what is missing in `incoming_` as is there. Absent for none yet.
     [[nodiscard]] std::optional<Outcome> readSome();
     [[nodiscard]] bool keepDescriptors(::msghdr& message);

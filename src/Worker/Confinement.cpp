@@ -22,8 +22,12 @@ namespace {
 constexpr rlim_t mostDescriptors = 32;
 
 /// Threads that may be added to those of the whole system at the start. The limit counts all of a user's, who may
-/// start other programs while this one lives; it is there against tens of thousands. It is void for root.
-constexpr rlim_t moreThreads = 1024;
+/// start other programs while this one lives: a codec that is refused a thread may wait for it for ever. It is there
+/// against tens of thousands, and void for root.
+constexpr rlim_t moreThreads = 16'384;
+
+/// Beyond the largest output and the largest picture in memory, in bytes: what is written without end stops there.
+constexpr rlim_t largestFile = rlim_t(4) << 30;
 
 /// Address space is what sanitizers spend by the terabyte.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -64,7 +68,7 @@ bool limitResources(std::int64_t addressSpace)
     const rlim_t threads = threadsOfTheSystem() + moreThreads;
     const auto small = rlim_t(addressSpace + addressSpaceForSmallJobs);
     bool all = limit(RLIMIT_CORE, 0, 0) && limit(RLIMIT_NOFILE, mostDescriptors, mostDescriptors) &&
-               limit(RLIMIT_NPROC, threads, threads);
+               limit(RLIMIT_NPROC, threads, threads) && limit(RLIMIT_FSIZE, largestFile, largestFile);
     if (limitsAddressSpace)
         all = limit(RLIMIT_AS, small, RLIM_INFINITY) && all;
     return all;
@@ -72,7 +76,7 @@ bool limitResources(std::int64_t addressSpace)
 
 } // namespace
 
-Hello confine(const std::vector<std::string>& readableFolders)
+Hello confine(const std::vector<std::string>& readablePlaces)
 {
     Hello hello;
     hello.addressSpace = addressSpaceInUse();
@@ -80,9 +84,8 @@ Hello confine(const std::vector<std::string>& readableFolders)
     // Other programs of the same user cannot look into this one, and no program it started could gain rights.
     ::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0);
     ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
-    hello.landlockVersion = restrictFileAccess(readableFolders);
-    hello.filtersSystemCalls =
-        filterSystemCalls(readableFolders.empty() ? FileOpening::refused : FileOpening::readOnly);
+    hello.landlockVersion = restrictFileAccess(readablePlaces);
+    hello.filtersSystemCalls = filterSystemCalls(readablePlaces.empty() ? FileOpening::refused : FileOpening::readOnly);
     return hello;
 }
 

@@ -8,10 +8,10 @@
 
 namespace ferrow::Worker {
 
-/// Gives up, for good, what reading a photo does not need: opening files (but for reading below `readableFolders`),
-/// writing to any but those handed over, the network, other programs and processes, and memory, descriptors and
-/// threads without end. Everything that is loaded late must be loaded before, and no second thread may run yet.
+/// Gives up, for good, what reading a photo does not need: opening files (but for reading `readablePlaces`, files and
+/// folders), writing to any but those handed over, the network, other programs and processes, and memory, descriptors
+/// and threads without end. Everything that is loaded late must be loaded before, and no second thread may run yet.
 /// Answers what the kernel let it do; what it does not offer is left out.
-[[nodiscard]] Hello confine(const std::vector<std::string>& readableFolders);
+[[nodiscard]] Hello confine(const std::vector<std::string>& readablePlaces);
 
 } // namespace ferrow::Worker

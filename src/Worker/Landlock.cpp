@@ -4,6 +4,7 @@
 #include "Worker/Descriptor.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 
 #include <cstddef>
@@ -29,7 +30,7 @@ struct Ruleset {
 
 struct [[gnu::packed]] PathRule {
     std::uint64_t allowed;
-    std::int32_t folder;
+    std::int32_t place;
 };
 
 constexpr std::uint64_t readFile = 1 << 2;
@@ -58,7 +59,7 @@ constexpr std::size_t lengthIn(int version)
 
 } // namespace
 
-int restrictFileAccess(const std::vector<std::string>& readableFolders)
+int restrictFileAccess(const std::vector<std::string>& readablePlaces)
 {
     const long version = ::syscall(createRuleset, nullptr, 0, queryVersion);
     if (version < 1)
@@ -67,11 +68,13 @@ int restrictFileAccess(const std::vector<std::string>& readableFolders)
     const Descriptor rules(int(::syscall(createRuleset, &denied, lengthIn(int(version)), 0)));
     if (!rules.isOpen())
         return 0;
-    for (const std::string& path : readableFolders) {
-        const Descriptor folder(::open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-        const PathRule rule{readFile | readFolder, folder.get()};
-        if (folder.isOpen()) // One that is not there holds no fonts.
-            static_cast<void>(::syscall(addRule, rules.get(), belowPath, &rule, 0));
+    for (const std::string& path : readablePlaces) {
+        const Descriptor place(::open(path.c_str(), O_PATH | O_CLOEXEC));
+        struct stat status {};
+        if (!place.isOpen() || ::fstat(place.get(), &status) != 0)
+            continue; // What is not there holds no fonts.
+        const PathRule rule{S_ISDIR(status.st_mode) ? readFile | readFolder : readFile, place.get()};
+        static_cast<void>(::syscall(addRule, rules.get(), belowPath, &rule, 0));
     }
     return ::syscall(restrictSelf, rules.get(), 0) == 0 ? int(version) : 0;
 }

@@ -38,7 +38,7 @@ std::optional<Setup> awaitSetup(Channel& channel)
     return setup ? std::optional(*setup) : std::nullopt;
 }
 
-/// Loads what will be needed; answers the folders that stay readable.
+/// Loads what will be needed; answers the files and folders that stay readable.
 std::vector<std::string> prepare(bool drawsText, const Setup& setup)
 {
     if (!drawsText) {
@@ -47,9 +47,9 @@ std::vector<std::string> prepare(bool drawsText, const Setup& setup)
     }
     for (const std::string& variable : setup.environment)
         ::putenv(const_cast<char*>(variable.c_str()));
-    std::vector<std::string> folders = warmUpText();
+    std::vector<std::string> places = warmUpText();
     ::clearenv();
-    return folders;
+    return places;
 }
 
 } // namespace
@@ -67,8 +67,8 @@ int main(int argc, char** argv)
         return startedWrongly;
     }
     const bool drawsText = argc > 1 && std::strcmp(argv[1], argumentForLogos) == 0;
-    const std::vector<std::string> readableFolders = prepare(drawsText, *setup);
-    if (channel.send(encode(Answer{0, confine(readableFolders)}), {}) == Channel::Outcome::done)
+    const std::vector<std::string> readablePlaces = prepare(drawsText, *setup);
+    if (channel.send(encode(Answer{0, confine(readablePlaces)}), {}) == Channel::Outcome::done)
         serve(channel);
     // Nothing is left to be written, and much memory needs no tidying.
     std::_Exit(0);

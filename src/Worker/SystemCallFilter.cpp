@@ -250,7 +250,17 @@ bool refuseRest(const Filter& filter)
     // The limits may be asked for, the names of threads set, and nothing here is a terminal.
     return refuseWhen(filter, SCMP_SYS(prlimit64), EPERM, SCMP_A2(SCMP_CMP_NE, 0)) &&
            refuseWhen(filter, SCMP_SYS(prctl), EPERM, SCMP_A0(SCMP_CMP_NE, PR_SET_NAME)) &&
+           refuseWhen(filter, SCMP_SYS(sched_setaffinity), EPERM, SCMP_A0(SCMP_CMP_NE, 0)) &&
            refuse(filter, "ioctl", ENOTTY);
+}
+
+/// A descriptor can be made to send signals, to whichever process it is told.
+bool refuseNotices(const Filter& filter)
+{
+    for (const int command : {F_SETOWN, F_SETOWN_EX, F_SETSIG, F_NOTIFY, F_SETLEASE})
+        if (!refuseWhen(filter, SCMP_SYS(fcntl), EPERM, SCMP_A1_32(SCMP_CMP_EQ, unsigned(command))))
+            return false;
+    return true;
 }
 
 bool refuseYoungerCalls(const Filter& filter)
@@ -273,8 +283,9 @@ bool filterSystemCalls(FileOpening opening)
     for (const char* name : refusedCalls)
         if (!refuse(filter, name, EPERM))
             return false;
-    return refuseOpening(filter, opening) && refuseProcesses(filter) && refuseSignals(filter) && refuseRest(filter) &&
-           refuseYoungerCalls(filter) && ::seccomp_load(filter.get()) == 0;
+    return refuseOpening(filter, opening) && refuseProcesses(filter) && refuseSignals(filter) &&
+           refuseNotices(filter) && refuseRest(filter) && refuseYoungerCalls(filter) &&
+           ::seccomp_load(filter.get()) == 0;
 }
 
 } // namespace ferrow::Worker

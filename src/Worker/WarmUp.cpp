@@ -39,28 +39,36 @@ struct ListEnd {
 };
 
 /// Font folders, caches and the files that say where they are. The list may be null.
-void collectFolders(std::set<std::string>& folders, FcStrList* given, bool areFiles)
+void collect(std::set<std::string>& places, FcStrList* given)
 {
     const std::unique_ptr<FcStrList, ListEnd> list(given);
-    while (const FcChar8* path = list ? FcStrListNext(list.get()) : nullptr) {
-        const std::filesystem::path place(reinterpret_cast<const char*>(path));
-        folders.insert((areFiles ? place.parent_path() : place).string());
-    }
+    while (const FcChar8* path = list ? FcStrListNext(list.get()) : nullptr)
+        places.insert(reinterpret_cast<const char*>(path));
 }
 
-/// Where the fonts themselves lie, which the folders may only link to.
-void collectFontPlaces(std::set<std::string>& folders)
+bool liesBelow(const std::filesystem::path& file, const std::set<std::string>& places)
 {
+    for (std::filesystem::path folder = file.parent_path(); folder.has_relative_path(); folder = folder.parent_path())
+        if (places.contains(folder.string()))
+            return true;
+    return false;
+}
+
+/// Fonts that the folders only link to: these files alone, for what lies beside them may be anything.
+void collectLinkedFonts(std::set<std::string>& places)
+{
+    std::set<std::string> linked;
     const FcFontSet* fonts = FcConfigGetFonts(nullptr, FcSetSystem);
     for (int i = 0; fonts && i < fonts->nfont; ++i) {
         FcChar8* path = nullptr;
         if (FcPatternGetString(fonts->fonts[i], FC_FILE, 0, &path) != FcResultMatch)
             continue;
         std::error_code error;
-        const auto place = std::filesystem::canonical(reinterpret_cast<const char*>(path), error);
-        if (!error)
-            folders.insert(place.parent_path().string());
+        const auto file = std::filesystem::canonical(reinterpret_cast<const char*>(path), error);
+        if (!error && !liesBelow(file, places))
+            linked.insert(file.string());
     }
+    places.merge(linked);
 }
 
 } // namespace
@@ -96,13 +104,13 @@ std::vector<std::string> warmUpText()
     } catch (const CodecError&) {
     }
     // Character sets of fonts that are not in the file come with the PDF library's own data.
-    std::set<std::string> folders{"/usr/share/poppler"};
-    collectFolders(folders, FcConfigGetFontDirs(nullptr), false);
-    collectFolders(folders, FcConfigGetCacheDirs(nullptr), false);
-    collectFolders(folders, FcConfigGetConfigFiles(nullptr), true);
-    collectFontPlaces(folders);
-    folders.erase(std::string());
-    return {folders.begin(), folders.end()};
+    std::set<std::string> places{"/usr/share/poppler"};
+    collect(places, FcConfigGetFontDirs(nullptr));
+    collect(places, FcConfigGetCacheDirs(nullptr));
+    collect(places, FcConfigGetConfigFiles(nullptr));
+    collectLinkedFonts(places);
+    places.erase(std::string());
+    return {places.begin(), places.end()};
 }
 
 } // namespace ferrow::Worker

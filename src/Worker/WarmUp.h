@@ -9,7 +9,8 @@ namespace ferrow::Worker {
 
 void warmUpCodecs();
 
-/// Draws a line of text by way of a PDF. Answers the folders in which fonts are looked for, with what describes them.
+/// Draws a line of text by way of a PDF. Answers the folders in which fonts are looked for, what describes them,
+/// and the fonts that lie elsewhere.
 [[nodiscard]] std::vector<std::string> warmUpText();
 
 } // namespace ferrow::Worker

@@ -35,6 +35,7 @@ public:
     /// What passed since the last look was not the worker's time.
     void restart() { lastLook_ = std::chrono::steady_clock::now(); }
 
+    [[nodiscard]] Allowance::Duration left() const { return std::max(left_, Allowance::Duration(0)); }
     /// How long to wait before the next look.
     [[nodiscard]] Allowance::Duration slice() const { return std::clamp(left_, Allowance::Duration(0), longestSlice); }
     /// Takes off what passed since the last look; whether the time is over.

@@ -14,6 +14,9 @@ namespace {
 /// A worker that was told to stop looks between two bands of rows. One that is deep inside a codec is killed.
 constexpr std::chrono::milliseconds graceForStopping{300};
 
+/// For a killed worker to be gone, before another is given what it was writing to.
+constexpr std::chrono::milliseconds patienceForEnd{1'000};
+
 std::unique_ptr<WorkerProcess> workerFrom(Pool& pool, WorkerKind kind, const std::stop_token& stop)
 try {
     return pool.take(kind, stop);
@@ -67,10 +70,12 @@ Worker::Answer JobRun::ask(Worker::Request request, Allowance::Duration encoding
         if (const auto* header = std::get_if<Worker::HeaderRead>(&answer.content)) {
             grant(*header);
         } else if (std::holds_alternative<Worker::LastRowComposed>(answer.content)) {
+            if (std::exchange(isCompleting_, true))
+                throw NoAnswer{};
             // A stop that was passed on came too late.
-            isCompleting_ = true;
+            if (grace_)
+                clock_.restart();
             grace_.reset();
-            clock_.restart();
         } else if (std::holds_alternative<Worker::WasCancelled>(answer.content)) {
             if (!grace_)
                 throw NoAnswer{};
@@ -82,14 +87,23 @@ Worker::Answer JobRun::ask(Worker::Request request, Allowance::Duration encoding
     }
 }
 
+bool JobRun::mayBeAskedAgain(const NoAnswer& outcome)
+{
+    const bool hadOthers = worker_->jobs() > 1 || job_ == 0;
+    return hadOthers && !outcome.timedOut && !grace_ && worker_->hasEndedWithin(patienceForEnd);
+}
+
 void JobRun::send(const Worker::Message& message)
 {
-    switch (worker_->channel().send(message, patience())) {
+    Worker::Channel::Patience patient = patience();
+    patient.timeout = clock().left(); // What is half sent can't be taken up again.
+    switch (worker_->channel().send(message, patient)) {
     case Outcome::done:
         return;
     case Outcome::woken:
         throw Cancelled{};
     case Outcome::timedOut:
+        throw NoAnswer{.timedOut = true};
     case Outcome::closed:
         throw NoAnswer{};
     }
@@ -100,6 +114,7 @@ Worker::Answer JobRun::listen()
     while (true) {
         Worker::Received received;
         const Outcome outcome = worker_->channel().receive(received, patience());
+        const bool isOver = clock().isOver(); // Counted whatever arrived, so that talking gains no time.
         if (outcome == Outcome::closed)
             throw NoAnswer{};
         if (outcome == Outcome::done) {
@@ -109,11 +124,10 @@ Worker::Answer JobRun::listen()
         }
         if (outcome == Outcome::woken)
             passOnStop();
-        if (!clock().isOver())
-            continue;
-        if (grace_)
+        else if (isOver && grace_)
             throw Cancelled{};
-        throw NoAnswer{};
+        else if (isOver)
+            throw NoAnswer{.timedOut = true};
     }
 }
 

@@ -15,7 +15,9 @@ namespace ferrow::WorkerPool {
 
 /// The worker is gone, stuck or talks nonsense, or there is none: the job has no answer. What that means depends on
 /// what was asked.
-struct NoAnswer {};
+struct NoAnswer {
+    bool timedOut = false;
+};
 
 /// One request, from a worker for it to the answer. Used once, on the caller's thread.
 class JobRun {
@@ -31,6 +33,9 @@ public:
     /// The request's answer or refusal. `encoding` is time that is allowed beside decoding. Throws NoAnswer and
     /// Cancelled.
     [[nodiscard]] Worker::Answer ask(Worker::Request request, Allowance::Duration encoding = {});
+    /// After NoAnswer: whether the worker may have suffered from an earlier job and is gone, so that another may be
+    /// asked the same.
+    [[nodiscard]] bool mayBeAskedAgain(const NoAnswer& outcome);
     /// What the worker said was found good.
     void accept() { condition_ = Pool::Condition::fit; }
 

@@ -35,7 +35,14 @@ constexpr std::chrono::seconds longestRest{30};
 
 /// How often idle workers are looked at: one that was killed from outside would else stay in the process table until
 /// the next photo.
-constexpr std::chrono::seconds lookingInterval{2};
+constexpr std::chrono::milliseconds lookingInterval{2'000};
+
+/// How soon a killed worker is looked for in the process table: most are gone within some milliseconds. Each further
+/// look comes twice as late.
+constexpr std::chrono::milliseconds firstLook{2};
+
+/// For those that are killed when the pool closes, all together.
+constexpr std::chrono::milliseconds patienceAtClose{500};
 
 } // namespace
 
@@ -107,10 +114,22 @@ void Pool::close()
     keeper_.request_stop();
     if (keeper_.joinable())
         keeper_.join();
-    const std::scoped_lock lock(mutex_);
-    for (const WorkerKind kind : kinds)
-        workers(kind).idle.clear();
-    ended_.clear();
+    std::vector<std::unique_ptr<WorkerProcess>> ended;
+    {
+        const std::scoped_lock lock(mutex_);
+        ended = std::exchange(ended_, {});
+        for (const WorkerKind kind : kinds) {
+            auto& idle = workers(kind).idle;
+            std::ranges::move(idle, std::back_inserter(ended));
+            idle.clear();
+        }
+    }
+    for (const auto& worker : ended)
+        worker->kill();
+    const auto end = steady_clock::now() + patienceAtClose;
+    for (const auto& worker : ended) // Whoever is still there then becomes the system's to wait for.
+        static_cast<void>(
+            worker->hasEndedWithin(std::chrono::duration_cast<std::chrono::milliseconds>(end - steady_clock::now())));
 }
 
 bool Pool::needsStart(WorkerKind kind) const
@@ -169,20 +188,24 @@ bool Pool::hasIdle() const
 void Pool::keep(const std::stop_token& stop)
 {
     std::unique_lock lock(mutex_);
+    std::chrono::milliseconds pause = firstLook;
     while (!stop.stop_requested()) {
         if (startOne(lock))
             continue;
         retire();
-        if (!ended_.empty()) {
-            auto ended = std::exchange(ended_, {});
-            lock.unlock();
-            ended.clear(); // Waits until they are gone, here where no job waits.
-            lock.lock();
+        // One that can't be killed yet must not keep others from being started.
+        std::erase_if(ended_, [](const auto& worker) { return worker->hasEnded(); });
+        const std::size_t ending = ended_.size();
+        const auto hasWork = [this, ending] {
+            return ended_.size() != ending ||
+                   std::ranges::any_of(kinds, [this](WorkerKind kind) { return needsStart(kind); });
+        };
+        if (ending > 0) {
+            const bool isNew = workToKeep_.wait_for(lock, stop, pause, hasWork);
+            pause = isNew ? firstLook : std::min(2 * pause, lookingInterval);
             continue;
         }
-        const auto hasWork = [this] {
-            return !ended_.empty() || std::ranges::any_of(kinds, [this](WorkerKind kind) { return needsStart(kind); });
-        };
+        pause = firstLook;
         if (hasIdle())
             workToKeep_.wait_for(lock, stop, lookingInterval, hasWork);
         else

@@ -36,8 +36,8 @@ public:
     /// A broken worker is killed at once, and replaced.
     void giveBack(std::unique_ptr<WorkerProcess> worker, Condition condition);
 
-    /// Ends all idle workers and waits for that; those at work are ended when they are given back, which has to happen
-    /// before the pool goes.
+    /// Ends all workers, those at work among them, whose jobs then have no answer; they have to be given back before
+    /// the pool goes. Waits a moment for the idle ones.
     void close();
 
 private:

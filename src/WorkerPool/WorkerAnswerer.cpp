@@ -5,9 +5,13 @@
 #include "Platform/Base/Cancellation.h"
 #include "WorkerPool/JobRun.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <array>
 #include <new>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 namespace ferrow::WorkerPool {
@@ -75,6 +79,33 @@ void throwRefusal(JobRun& job, const Worker::Answer& answer, const Engine::Frame
     throw error;
 }
 
+/// What an earlier worker may have written is not part of the output.
+void empty(int outputDescriptor)
+{
+    if (::ftruncate(outputDescriptor, 0) != 0 || ::lseek(outputDescriptor, 0, SEEK_SET) != 0)
+        throw NoAnswer{};
+}
+
+/// An answer alone is no proof that there is a picture.
+bool beginsAs(ExportFormat format, int outputDescriptor)
+{
+    std::array<char, 12> start{};
+    if (::pread(outputDescriptor, start.data(), start.size(), 0) != ssize_t(start.size()))
+        return false;
+    const std::string_view bytes(start.data(), start.size());
+    switch (format) {
+    case ExportFormat::jpeg:
+        return bytes.starts_with("\xff\xd8\xff");
+    case ExportFormat::png:
+        return bytes.starts_with("\x89PNG\r\n\x1a\n");
+    case ExportFormat::tiff:
+        return bytes.starts_with("II") || bytes.starts_with("MM");
+    case ExportFormat::heic:
+        return bytes.substr(4).starts_with("ftyp");
+    }
+    return false;
+}
+
 /// `steps` with everything that leaves a photo without an answer as the error that stands for it.
 template <typename Steps>
 auto forPhoto(const Steps& steps)
@@ -93,80 +124,98 @@ WorkerAnswerer::WorkerAnswerer(std::shared_ptr<Pool> pool, std::int64_t memoryBu
 {
 }
 
-Engine::InspectAnswer WorkerAnswerer::inspect(const Engine::InspectRequest& request, const std::stop_token& stop)
+template <typename Steps>
+auto WorkerAnswerer::onWorker(WorkerKind kind, const std::stop_token& stop, const Steps& steps)
 {
     throwIfCancelled(stop);
+    for (bool isSecond = false;; isSecond = true) {
+        JobRun job(*pool_, budget_, kind, stop);
+        try {
+            return steps(job);
+        } catch (const NoAnswer& outcome) {
+            if (isSecond || !job.mayBeAskedAgain(outcome))
+                throw;
+        }
+    }
+}
+
+Engine::InspectAnswer WorkerAnswerer::inspect(const Engine::InspectRequest& request, const std::stop_token& stop)
+{
     return forPhoto([&] {
-        const PixelSize largest{request.maximumDimension, request.maximumDimension};
-        auto memory = memoryFor(largest);
-        JobRun job(*pool_, budget_, WorkerKind::photos, stop);
-        const Worker::Answer answer = job.ask({0, request, descriptorOf(memory)});
-        throwRefusal(job, answer, nullptr, {});
-        const auto& inspected = expect<Worker::Inspected>(answer);
-        Engine::InspectAnswer result = inspected.answer;
-        result.picture = takePicture(inspected.picture, memory, largest);
-        if (result.picture.isNull() != (request.maximumDimension == 0) ||
-            inspected.picture.format.alpha == Alpha::premultiplied)
-            throw NoAnswer{};
-        job.accept();
-        return result;
+        return onWorker(WorkerKind::photos, stop, [&](JobRun& job) {
+            const PixelSize largest{request.maximumDimension, request.maximumDimension};
+            auto memory = memoryFor(largest);
+            const Worker::Answer answer = job.ask({0, request, descriptorOf(memory)});
+            throwRefusal(job, answer, nullptr, {});
+            const auto& inspected = expect<Worker::Inspected>(answer);
+            Engine::InspectAnswer result = inspected.answer;
+            result.picture = takePicture(inspected.picture, memory, largest);
+            if (result.picture.isNull() != (request.maximumDimension == 0) ||
+                inspected.picture.format.alpha == Alpha::premultiplied)
+                throw NoAnswer{};
+            job.accept();
+            return result;
+        });
     });
 }
 
 void WorkerAnswerer::frame(const Engine::FrameRequest& request, const std::stop_token& stop)
 {
-    throwIfCancelled(stop);
     forPhoto([&] {
-        Worker::Request question{0, request};
-        const auto overlays = Worker::overlayMemoryFor(question);
-        question.overlayMemory = descriptorOf(overlays);
-        JobRun job(*pool_, budget_, WorkerKind::photos, stop);
-        const Worker::Answer answer =
-            job.ask(std::move(question), Allowance::encoding(request.composition.canvasSize, request.format));
-        throwRefusal(job, answer, &request, request.expectedSize);
-        static_cast<void>(expect<Worker::Framed>(answer));
-        job.accept();
+        onWorker(WorkerKind::photos, stop, [&](JobRun& job) {
+            empty(request.outputDescriptor);
+            Worker::Request question{0, request};
+            const auto overlays = Worker::overlayMemoryFor(question);
+            question.overlayMemory = descriptorOf(overlays);
+            const Worker::Answer answer =
+                job.ask(std::move(question), Allowance::encoding(request.composition.canvasSize, request.format));
+            throwRefusal(job, answer, &request, request.expectedSize);
+            static_cast<void>(expect<Worker::Framed>(answer));
+            if (!beginsAs(request.format, request.outputDescriptor))
+                throw NoAnswer{};
+            job.accept();
+        });
     });
 }
 
 Bitmap WorkerAnswerer::composeRegion(const Engine::RegionRequest& request, const std::stop_token& stop)
 {
-    throwIfCancelled(stop);
     return forPhoto([&] {
-        auto memory = memoryFor(request.size);
-        Worker::Request question{0, request, descriptorOf(memory)};
-        const auto overlays = Worker::overlayMemoryFor(question);
-        question.overlayMemory = descriptorOf(overlays);
-        JobRun job(*pool_, budget_, WorkerKind::photos, stop);
-        const Worker::Answer answer = job.ask(std::move(question));
-        throwRefusal(job, answer, nullptr, request.expectedSize);
-        const auto& region = expect<Worker::RegionComposed>(answer);
-        Bitmap picture = takePicture(region.picture, memory, request.size);
-        if (region.picture.format.alpha == Alpha::premultiplied)
-            throw NoAnswer{};
-        job.accept();
-        return picture;
+        return onWorker(WorkerKind::photos, stop, [&](JobRun& job) {
+            auto memory = memoryFor(request.size);
+            Worker::Request question{0, request, descriptorOf(memory)};
+            const auto overlays = Worker::overlayMemoryFor(question);
+            question.overlayMemory = descriptorOf(overlays);
+            const Worker::Answer answer = job.ask(std::move(question));
+            throwRefusal(job, answer, nullptr, request.expectedSize);
+            const auto& region = expect<Worker::RegionComposed>(answer);
+            Bitmap picture = takePicture(region.picture, memory, request.size);
+            if (region.picture.format.alpha == Alpha::premultiplied)
+                throw NoAnswer{};
+            job.accept();
+            return picture;
+        });
     });
 }
 
 Engine::LogoAnswer WorkerAnswerer::rasteriseLogo(const Engine::LogoRequest& request, const std::stop_token& stop)
 {
-    throwIfCancelled(stop);
     try {
-        const PixelSize largest{request.maximumDimension, request.maximumDimension};
-        auto memory = memoryFor(largest);
-        JobRun job(*pool_, budget_, WorkerKind::logos, stop);
-        const Worker::Answer answer = job.ask({0, request, descriptorOf(memory)});
-        if (const auto* refused = std::get_if<Worker::LogoRefused>(&answer.content)) {
+        return onWorker(WorkerKind::logos, stop, [&](JobRun& job) {
+            const PixelSize largest{request.maximumDimension, request.maximumDimension};
+            auto memory = memoryFor(largest);
+            const Worker::Answer answer = job.ask({0, request, descriptorOf(memory)});
+            if (const auto* refused = std::get_if<Worker::LogoRefused>(&answer.content)) {
+                job.accept();
+                throw LogoAssetError{.value = refused->error};
+            }
+            const auto& logo = expect<Worker::LogoRasterised>(answer);
+            Engine::LogoAnswer result{logo.fileExtension, takePicture(logo.picture, memory, largest)};
+            if (result.picture.isNull() || logo.picture.format != rgba8Premultiplied)
+                throw NoAnswer{};
             job.accept();
-            throw LogoAssetError{.value = refused->error};
-        }
-        const auto& logo = expect<Worker::LogoRasterised>(answer);
-        Engine::LogoAnswer result{logo.fileExtension, takePicture(logo.picture, memory, largest)};
-        if (result.picture.isNull() || logo.picture.format != rgba8Premultiplied)
-            throw NoAnswer{};
-        job.accept();
-        return result;
+            return result;
+        });
     } catch (const NoAnswer&) {
         throw LogoAssetError{.value = LogoAssetError::Case::malformed};
     } catch (const std::bad_alloc&) {

@@ -10,7 +10,9 @@
 namespace ferrow::WorkerPool {
 
 /// Has the requests answered by confined workers. A worker that dies, hangs or talks nonsense costs its own request:
-/// decodingFailed for photos, malformed for logos. Nothing is ever decoded in this process.
+/// decodingFailed for photos, malformed for logos. Since what an earlier photo did to a worker may show late, one that
+/// dies or talks nonsense after its first job costs nothing yet: another is asked the same, once. Nothing is ever
+/// decoded in this process.
 class WorkerAnswerer : public Engine::Answerer {
 public:
     explicit WorkerAnswerer(std::shared_ptr<Pool> pool, std::int64_t memoryBudget = MemoryBudget::ofThisMachine());
@@ -26,6 +28,11 @@ public:
     [[nodiscard]] Worker::Hello confinement();
 
 private:
+    /// What `steps` answer, which ask the worker of the JobRun they are given. Throws NoAnswer, Cancelled and whatever
+    /// they throw.
+    template <typename Steps>
+    auto onWorker(WorkerKind kind, const std::stop_token& stop, const Steps& steps);
+
     std::shared_ptr<Pool> pool_;
     MemoryBudget budget_;
 };

@@ -13,9 +13,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstdlib>
 #include <string>
+#include <thread>
 #include <utility>
 
 namespace ferrow::WorkerPool {
@@ -137,20 +137,38 @@ std::unique_ptr<WorkerProcess> WorkerProcess::start(const QByteArray& program, W
 
 WorkerProcess::~WorkerProcess()
 {
-    kill();
-    while (::waitpid(process_, nullptr, 0) < 0 && errno == EINTR) {
-    }
+    static_cast<void>(hasEnded());
 }
 
 void WorkerProcess::kill()
 {
-    // Not waited for before the destructor, so that the number is still its own.
-    ::kill(process_, SIGKILL);
+    if (process_ != 0)
+        ::kill(process_, SIGKILL);
+}
+
+bool WorkerProcess::hasEnded()
+{
+    kill();
+    if (process_ != 0 && ::waitpid(process_, nullptr, WNOHANG) != 0)
+        process_ = 0;
+    return process_ == 0;
+}
+
+bool WorkerProcess::hasEndedWithin(std::chrono::milliseconds patience)
+{
+    constexpr std::chrono::milliseconds pause{2};
+    const auto end = std::chrono::steady_clock::now() + patience;
+    while (!hasEnded()) {
+        if (std::chrono::steady_clock::now() >= end)
+            return false;
+        std::this_thread::sleep_for(pause);
+    }
+    return true;
 }
 
 void WorkerProcess::allowMemory(std::int64_t bytes)
 {
-    if (bytes == allowed_ || !hello_)
+    if (bytes == allowed_ || !hello_ || process_ == 0)
         return;
     allowed_ = bytes;
     rlimit limit{};

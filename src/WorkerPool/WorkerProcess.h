@@ -27,7 +27,8 @@ public:
 
     WorkerProcess(const WorkerProcess&) = delete;
     WorkerProcess& operator=(const WorkerProcess&) = delete;
-    /// Kills it and waits until it is gone.
+    /// Kills it, and does not wait: one that is deep in a file system which does not answer can't be killed before that
+    /// does.
     ~WorkerProcess();
 
     [[nodiscard]] WorkerKind kind() const { return kind_; }
@@ -38,7 +39,7 @@ public:
     [[nodiscard]] const std::optional<Worker::Hello>& hello() const { return hello_; }
     void setHello(const Worker::Hello& hello) { hello_ = hello; }
     /// Between jobs: neither gone nor talking unasked.
-    [[nodiscard]] bool isFit() const { return !hello_ || !channel_.hasNews(); }
+    [[nodiscard]] bool isFit() const { return hello_ ? !channel_.hasNews() : !channel_.isClosed(); }
 
     [[nodiscard]] std::uint32_t nextJob() { return ++jobs_; }
     [[nodiscard]] std::uint32_t jobs() const { return jobs_; }
@@ -46,13 +47,17 @@ public:
     /// Lets it take that many bytes of address space beyond what small jobs may, or no more than those.
     void allowMemory(std::int64_t bytes);
     void kill();
+    /// Kills it; whether it is gone. Does not wait.
+    [[nodiscard]] bool hasEnded();
+    /// Kills it and waits at most that long; whether it is gone.
+    [[nodiscard]] bool hasEndedWithin(std::chrono::milliseconds patience);
 
     std::chrono::steady_clock::time_point idleSince{};
 
 private:
     WorkerProcess(pid_t process, WorkerKind kind, Worker::Descriptor socket);
 
-    pid_t process_;
+    pid_t process_; ///< 0 once it is gone: the number may be another's by then.
     WorkerKind kind_;
     Worker::Channel channel_;
     std::optional<Worker::Hello> hello_;

@@ -8,6 +8,7 @@
 
 #include <sys/wait.h>
 
+#include <future>
 #include <thread>
 
 namespace ferrow::WorkerPool {
@@ -27,6 +28,15 @@ protected:
             return workers_.inspect({{photo_.descriptor(), photo_.size()}, oddity}, stop);
         });
         return error == std::optional(ImagePipelineError(ImagePipelineError::decodingFailed));
+    }
+
+    /// Of the one worker that is there.
+    pid_t process()
+    {
+        auto worker = pool_->take(WorkerKind::photos, {});
+        const pid_t number = worker->process();
+        pool_->giveBack(std::move(worker), Pool::Condition::fit);
+        return number;
     }
 
     const MemoryFile photo_{"photo"};
@@ -49,20 +59,53 @@ TEST_F(FaultyWorker, costsItsOwnPhotoAndLeavesNothingBehind)
 #ifndef __SANITIZE_ADDRESS__ // Which spends address space by the terabyte, so that it is not limited.
              {"takes memory without end", test::allocates},
 #endif
-             {"stands still", test::deaf},
+             {"composes its last row twice", test::repeats},
          }) {
         SCOPED_TRACE(name);
         EXPECT_TRUE(refuses(oddity));
         EXPECT_FALSE(refuses(test::none));
     }
-    // What one says unasked is never taken for an answer. It may come so late that the next photo pays for it.
-    EXPECT_FALSE(refuses(test::twice));
-    static_cast<void>(refuses(test::none));
+    // These take all the time that there is, side by side.
+    auto still = std::async(std::launch::async, [&] { return refuses(test::deaf); });
+    EXPECT_TRUE(refuses(test::trickles));
+    EXPECT_TRUE(still.get());
     EXPECT_FALSE(refuses(test::none));
 
     pool_->close();
     EXPECT_EQ(openDescriptors(), descriptorsBefore_);
     EXPECT_EQ(::waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT), -1) << "a child is left";
+}
+
+TEST_F(FaultyWorker, costsNoLaterPhoto)
+{
+    for (const int oddity : {test::twice, test::poisoned}) {
+        SCOPED_TRACE(oddity);
+        EXPECT_FALSE(refuses(oddity));
+        EXPECT_FALSE(refuses(test::none));
+        EXPECT_FALSE(refuses(test::none));
+    }
+}
+
+TEST_F(FaultyWorker, isNotBelievedToHaveWrittenWhatIsNotThere)
+{
+    const MemoryFile output("");
+    Engine::FrameRequest request;
+    request.source = {photo_.descriptor(), photo_.size()};
+    request.outputDescriptor = output.descriptor();
+    request.expectedSize = request.composition.canvasSize = {3, 2};
+    request.quality = test::writesNothing;
+    EXPECT_THROW(workers_.frame(request, {}), ImagePipelineError);
+    request.quality = test::writesSomething;
+    EXPECT_NO_THROW(workers_.frame(request, {}));
+}
+
+TEST_F(FaultyWorker, thatWasKilledBeforeItsFirstWordIsReplacedUnseen)
+{
+    auto worker = pool_->take(WorkerKind::photos, {});
+    ::kill(worker->process(), SIGKILL);
+    ::waitid(P_PID, id_t(worker->process()), nullptr, WEXITED | WNOWAIT);
+    pool_->giveBack(std::move(worker), Pool::Condition::fit);
+    EXPECT_FALSE(refuses(test::none));
 }
 
 TEST_F(FaultyWorker, thatWasKilledWhileIdleIsReplacedUnseen)
@@ -90,9 +133,13 @@ TEST_F(FaultyWorker, isKilledForAStopUntilTheLastRowIsComposed)
     for (const int oddity : {test::deaf, test::completes}) {
         EXPECT_FALSE(refuses(test::none)); // So that a worker is there, and the stop meets it at work.
         std::stop_source source;
-        const std::jthread stopper([&] {
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        const std::jthread stopper([&, worker = process()] {
+            siginfo_t stopped;
+            ::waitid(P_PID, id_t(worker), &stopped, WSTOPPED | WNOWAIT); // It has said all that it says by itself.
             source.request_stop();
+            std::this_thread::sleep_for(std::chrono::milliseconds(600)); // Longer than a stop is waited for.
+            if (oddity == test::completes)
+                ::kill(worker, SIGCONT);
         });
         if (oddity == test::completes)
             EXPECT_FALSE(refuses(oddity, source.get_token()));

@@ -6,6 +6,8 @@
 #include "Worker/Confinement.h"
 #include "Worker/StartingConventions.h"
 
+#include <unistd.h>
+
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -15,12 +17,15 @@ namespace {
 using namespace ferrow;
 using namespace ferrow::Worker;
 
+bool diesNext = false;
+
 void behave(Channel& channel, std::uint32_t job, std::int64_t oddity)
 {
+    if (diesNext)
+        std::abort();
     Inspected good;
     good.answer.storedSize = good.answer.uprightSize = {3, 2};
     good.picture = {{3, 2}, rgb8, WellKnown::sRGB, Bitmap({3, 2}, rgb8, ColorProfile::sRGB())};
-    Received received;
     const auto say = [&](const Message& message) { static_cast<void>(channel.send(message, {})); };
     switch (oddity) {
     case test::dies:
@@ -50,12 +55,33 @@ void behave(Channel& channel, std::uint32_t job, std::int64_t oddity)
     case test::deaf:
         std::raise(SIGSTOP);
         break;
+    case test::repeats:
+        say(encode(Answer{job, LastRowComposed{}}));
+        say(encode(Answer{job, LastRowComposed{}}));
+        break;
+    case test::trickles:
+        for (const std::byte& byte : encode(Answer{job, good}).bytes) {
+            say({{byte}, {}});
+            ::usleep(200'000);
+        }
+        break;
+    case test::poisoned:
+        diesNext = true;
+        break;
     case test::completes:
         say(encode(Answer{job, LastRowComposed{}}));
-        static_cast<void>(channel.receive(received, {.timeout = std::chrono::milliseconds(500)}));
+        std::raise(SIGSTOP);
         break;
     }
     say(encode(Answer{job, good}));
+}
+
+void pretendToFrame(Channel& channel, std::uint32_t job, double quality, const Descriptor& output)
+{
+    constexpr char start[] = "\xff\xd8\xff\xe0 and so on";
+    if (quality == test::writesSomething && ::write(output.get(), start, sizeof start) < 0)
+        std::abort();
+    static_cast<void>(channel.send(encode(Answer{job, Framed{}}), {}));
 }
 
 } // namespace
@@ -70,6 +96,8 @@ int main()
         const auto request = parseRequest(received.bytes, descriptors);
         if (const auto* inspect = request ? std::get_if<Engine::InspectRequest>(&request->content) : nullptr)
             behave(channel, request->job, inspect->maximumDimension);
+        else if (const auto* frame = request ? std::get_if<Engine::FrameRequest>(&request->content) : nullptr)
+            pretendToFrame(channel, request->job, frame->quality, received.descriptors.back());
     }
     return 0;
 }

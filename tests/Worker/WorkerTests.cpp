@@ -131,20 +131,21 @@ TEST(Confinement, leavesNoWayOut)
                                   char('0' + (::execv(program, words) < 0)),
                                   char('0' + (::kill(parent, 0) < 0)),
                                   char('0' + (::fork() < 0)),
+                                  char('0' + (::fcntl(ends[1], F_SETOWN, parent) < 0)),
                                   char('0' + hello.landlockVersion),
                                   char('0' + hello.filtersSystemCalls)};
         ::_exit(::write(ends[1], results.data(), results.size()) < 0);
     }
-    char results[9] = {};
+    char results[10] = {};
     ::close(ends[1]);
-    EXPECT_EQ(::read(ends[0], results, sizeof results), 8);
+    EXPECT_EQ(::read(ends[0], results, sizeof results), 9);
     ::close(ends[0]);
     ::waitpid(child, nullptr, 0);
-    ASSERT_EQ(results[6] - '0', landlockOfTheKernel());
-    ASSERT_EQ(results[7] == '1', kernelHasFilters());
-    if (results[6] == '0' || results[7] == '0')
+    ASSERT_EQ(results[7] - '0', landlockOfTheKernel());
+    ASSERT_EQ(results[8] == '1', kernelHasFilters());
+    if (results[7] == '0' || results[8] == '0')
         GTEST_SKIP() << "NOT TESTED: this kernel offers no Landlock or no filters of system calls to confine with.";
-    EXPECT_EQ(QByteArray(results, 6), "111111") << "read, write, socket, program, signal, process";
+    EXPECT_EQ(QByteArray(results, 7), "1111111") << "read, write, socket, program, signal, process, notice";
 }
 
 TEST(Confinement, showsInATraceOfABatch)
