@@ -4,6 +4,8 @@
 
 #include <QLabel>
 
+#include <algorithm>
+
 namespace ferrow::test {
 
 TEST_F(RealWindow, GivesALogoToTheFramingItWasAskedFor)
@@ -41,17 +43,31 @@ TEST_F(RealWindow, GivesALogoToTheFramingItWasAskedFor)
 
 TEST_F(RealWindow, SaysThatItIsStillAddingPhotos)
 {
-    for (int i = 0; i < 40; ++i)
-        home_.write("p" + QByteArray::number(i) + ".png",
-                    encoded(OutputType::png, noise({600, 400}, rgb8, unsigned(i))));
+    for (const char* name : {"p1.png", "p2.png", "p3.png"})
+        home_.write(name, encoded(OutputType::png, noise({60, 40}, rgb8)));
+    const auto isDropShown = [&] {
+        return std::ranges::any_of(window_->findChildren<QWidget*>(), [](const QWidget* child) {
+            return child->inherits("ferrow::DropOverlay") && child->isVisible();
+        });
+    };
+    QMimeData data;
+    data.setUrls({home_.url().toUrl()});
+    QWidget* under = window_->childAt(window_->rect().center());
+    QDragEnterEvent enter({9, 9}, Qt::CopyAction, &data, Qt::LeftButton, {});
+    QApplication::sendEvent(under, &enter);
+    EXPECT_TRUE(enter.isAccepted());
+    EXPECT_TRUE(isDropShown());
     window_->importRoots({home_.url()});
     ASSERT_TRUE(window_->session().isImporting());
+    QDropEvent late({9, 9}, Qt::CopyAction, &data, Qt::LeftButton, {});
+    QApplication::sendEvent(under, &late);
+    EXPECT_FALSE(late.isAccepted() || isDropShown());
     EXPECT_EQ(qobject_cast<QLabel*>(widget("emptyTitle"))->text(), QStringLiteral("Adding photos…"));
     window_->importRoots({home_.file("p1.png")});
     EXPECT_TRUE(Overlay::topmost(window_.get())) << "a panel answered too late";
-    press(Qt::Key_Escape);
-    click("emptyStopButton");
+    // Until here no event was served: the import could not end.
     ASSERT_TRUE(waitFor([&] { return !window_->session().isImporting(); }));
+    EXPECT_EQ(window_->session().photos().size(), 3U);
 }
 
 } // namespace ferrow::test
