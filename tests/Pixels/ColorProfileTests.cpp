@@ -111,6 +111,7 @@ TEST(ColorProfile, refusesWhatIsNoUseForAPictureOrAsATarget)
     for (qsizetype length = 0; length < good.size(); ++length)
         EXPECT_EQ(nameOf(good.first(length)), "refused") << length;
     EXPECT_EQ(nameOf(good + "padding"), "sRGB IEC61966-2.1");
+    EXPECT_EQ(nameOf(changed(good, 0, number(padding.size())) + padding.chopped(good.size())), "sRGB IEC61966-2.1");
 
     EXPECT_FALSE(ColorProfile::sGray().canBeTarget());
     const QByteArray table = withTable(3, 2, QByteArray(8 * 3 * 2, '\0'));

@@ -194,6 +194,9 @@ TEST(PropertyReader, readsPngTextChunks)
     EXPECT_EQ(read(FileType::png, pngWith(international(packet, 0))).xmp, title);
     EXPECT_EQ(read(FileType::png, pngWith(chunk("IDAT", QByteArray(5000, 'x')) + international(packet, 1))).xmp, title);
     EXPECT_TRUE(read(FileType::png, pngWith(international(packet + QByteArray(2'000'000, ' '), 1))).xmp.isEmpty());
+    const QByteArray comment = chunk("tEXt", "Comment");
+    EXPECT_EQ(read(FileType::png, pngWith(comment.repeated(900) + international(packet, 0))).xmp, title);
+    EXPECT_TRUE(read(FileType::png, pngWith(comment.repeated(1'100) + international(packet, 0))).xmp.isEmpty());
 
     const auto rawProfile = [](const QByteArray& name, const QByteArray& data, bool compressed) {
         QByteArray text = "\n" + name + "\n   " + QByteArray::number(data.size());

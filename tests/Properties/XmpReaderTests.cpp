@@ -100,7 +100,10 @@ TEST(XmpReader, refusesWhatIsMadeToExhaust)
     };
     for (const auto& [name, packet] : rows)
         EXPECT_EQ(readXmpPacket(packet), PropertyMap()) << name;
-    // Not so long that an honest program could not have written it.
+    // Neither so long nor so deep that an honest program could not have written it.
+    EXPECT_EQ(
+        readXmpPacket(xmpPacket(QByteArray("<dc:a>").repeated(50) + QByteArray("</dc:a>").repeated(50) + plainTitle)),
+        title({u"Dune"_s}));
     EXPECT_EQ(readXmpPacket(xmpPacket(QByteArray(900 * 1024, ' ') + plainTitle)), title({u"Dune"_s}));
 }
 
