@@ -36,6 +36,7 @@ protected:
         window_->show();
         EXPECT_TRUE(QTest::qWaitForWindowExposed(window_.get()));
         window_->activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window_.get()));
     }
 
     [[nodiscard]] FileUrl folder(const char* name)

@@ -13,9 +13,11 @@
 int main(int argc, char** argv)
 {
     testing::InitGoogleTest(&argc, argv);
+    qunsetenv("DBUS_SESSION_BUS_ADDRESS"); // The desktop of whoever runs the tests is not asked for anything.
     QApplication application(argc, argv);
     if (QGuiApplication::platformName() == QLatin1StringView("offscreen"))
-        std::fprintf(stderr, "*** no display: these tests run on the offscreen platform\n");
+        std::fprintf(stderr,
+                     "NOT TESTED: a real window; without a display these tests run on the offscreen platform.\n");
     ferrow::Theme::current().setReducedMotion(true);
     ferrow::FerrowStyle::install(application);
     const ferrow::WorkerPool::Installation workers = ferrow::WorkerPool::installWorkers(FERROW_WORKER_PROGRAM);
