@@ -11,7 +11,6 @@
 
 #include <QApplication>
 #include <QDeadlineTimer>
-#include <QFileOpenEvent>
 #include <QIcon>
 #include <QSettings>
 
@@ -19,8 +18,10 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <clocale>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <optional>
@@ -61,11 +62,40 @@ void waitAtMost(std::chrono::milliseconds most, const std::function<bool()>& don
         QApplication::processEvents(QEventLoop::ExcludeUserInputEvents, 20);
 }
 
-std::vector<FileUrl> namedPlaces(int argc, char** argv)
+constexpr int wrongUsage = 2;
+
+constexpr auto helpText = R"(Usage: ferrow [OPTION]... [--] [PATH]...
+
+Opens a window in which photos are framed. Each PATH is a photo, or a folder
+that is searched for photos with all its subfolders.
+
+  --help     these lines
+  --version  the version
+  --         what follows is a PATH, even if it starts with "-"
+
+Options of the Qt toolkit, such as -platform, are heeded as well.
+For scripts there is ferrow-batch.
+)";
+
+/// Answers what needs neither a display nor workers.
+bool answersAtOnce(const std::vector<char*>& options)
+{
+    const auto isThere = [&](const char* option) {
+        return std::ranges::any_of(options, [&](const char* word) { return qstrcmp(word, option) == 0; });
+    };
+    if (isThere("--help"))
+        std::fputs(helpText, stdout);
+    else if (isThere("--version"))
+        std::puts("ferrow " FERROW_VERSION);
+    else
+        return false;
+    return true;
+}
+
+std::vector<FileUrl> namedPlaces(const std::vector<char*>& words)
 {
     std::vector<FileUrl> places;
-    for (int i = 1; i < argc; ++i) {
-        const QByteArray word(argv[i]);
+    for (const QByteArray word : words) {
         if (const auto url = FileUrl::fromUrl(QUrl::fromEncoded(word)); word.startsWith("file:") && url)
             places.push_back(*url);
         else
@@ -76,23 +106,44 @@ std::vector<FileUrl> namedPlaces(int argc, char** argv)
 
 } // namespace
 
-int runFerrow(int argc, char** argv, const std::function<void(ContentView&)>& shown)
+int runFerrow(int argc, char** argv, const std::function<void(ContentView&)>& shown, const QByteArray& workerProgram)
 {
     occupyStandardDescriptors();
+    // The toolkit knows of no end of options: it sees those before it alone.
+    std::vector<char*> words(argv, argv + argc);
+    const auto end = std::ranges::find_if(words, [](const char* word) { return qstrcmp(word, "--") == 0; });
+    std::vector<char*> places;
+    if (end != words.end())
+        places.assign(end + 1, words.end());
+    words.erase(end, words.end());
+    if (answersAtOnce(words))
+        return std::fflush(stdout) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
     ::signal(SIGPIPE, SIG_IGN);
     ::signal(SIGXFSZ, SIG_IGN);
 
     // The toolkit's own file panel would keep the folders that were visited in settings of its own.
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("/dev/null"));
-    QApplication application(argc, argv); // Takes its own options out of the words.
+    int count = int(words.size());
+    words.push_back(nullptr);
+    QApplication application(count, words.data()); // Takes its own options out of the words.
+    words.resize(std::size_t(count));
+    for (const char* word : words) {
+        if (*word == '-') {
+            std::fprintf(stderr, "ferrow: there is no option %s; try ferrow --help\n", word);
+            return wrongUsage;
+        }
+    }
+    places.insert(places.begin(), words.begin() + std::min(count, 1), words.end());
     std::setlocale(LC_NUMERIC, "C");
+    // The program speaks English alone, and the toolkit's option to mirror every view would set it from the wrong side.
+    QApplication::setLayoutDirection(Qt::LeftToRight);
     QApplication::setApplicationName(QStringLiteral("Ferrow"));
     QApplication::setApplicationDisplayName(QStringLiteral("Ferrow"));
     QApplication::setApplicationVersion(QStringLiteral(FERROW_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral("app.ferrow.Ferrow"));
     QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("app.ferrow.Ferrow")));
 
-    std::optional<WorkerPool::Installation> workers(WorkerPool::installWorkers());
+    std::optional<WorkerPool::Installation> workers(WorkerPool::installWorkers(workerProgram));
     const bool isPaletteDark = application.palette().color(QPalette::Window).lightnessF() < 0.5F;
     Preferences preferences;
     DesktopAppearance desktop;
@@ -111,8 +162,8 @@ int runFerrow(int argc, char** argv, const std::function<void(ContentView&)>& sh
     window->show();
     if (shown)
         shown(*window);
-    if (const std::vector<FileUrl> places = namedPlaces(argc, argv); !places.empty())
-        window->importRoots(places);
+    if (!places.empty())
+        window->importRoots(namedPlaces(places));
     const int status = QApplication::exec();
 
     // What is being written may be finished, for a moment. Without workers all else that waits for one gives up at once

@@ -71,11 +71,14 @@ int run(const std::vector<QByteArray>& words, const std::stop_token& stop)
 {
     try {
         const Command::Arguments arguments = Command::parseArguments(words);
+        if (arguments.mode == Command::Arguments::Mode::help) {
+            Command::printText(Command::helpText());
+            return Command::allDone;
+        }
         const WorkerPool::Installation workers = WorkerPool::installWorkers();
         switch (arguments.mode) {
         case Command::Arguments::Mode::help:
-            Command::printText(Command::helpText());
-            return Command::allDone;
+            break;
         case Command::Arguments::Mode::version:
             Command::printLine(QStringLiteral("ferrow-batch " FERROW_VERSION));
             Command::printLine(workers.confinementInForce());

@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "App/ContentView.h"
+#include "App/FerrowApp.h"
+#include "Command/RunProgram.h"
+
+#include <QTimer>
+
+#include <spawn.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+
+#include <chrono>
+#include <thread>
+
+namespace ferrow {
+
+namespace {
+
+constexpr int cameTooLate = 3;
+
+/// The whole program, which closes its window in the middle of the import of what was named, or else of an export to
+/// `out`.
+int runAndClose(bool whileImporting, const FileUrl& out, int argc, char** argv)
+{
+    const auto closing = [&](ContentView& window) {
+        PhotoSession& session = window.session();
+        const auto tooLate = [] { std::_Exit(cameTooLate); };
+        if (whileImporting) {
+            QObject::connect(&session, &PhotoSession::importProgressed, &window,
+                             [&](std::size_t read, std::size_t) { read > 0 ? void(window.close()) : void(); });
+            QObject::connect(&session, &PhotoSession::isImportingChanged, &window, [&, tooLate] {
+                if (!session.isImporting() && window.isVisible())
+                    tooLate();
+            });
+            return;
+        }
+        auto* look = new QTimer(&window);
+        QObject::connect(look, &QTimer::timeout, &window, [&, look, tooLate] {
+            ExportSession& exporting = window.exportSession();
+            if (exporting.report())
+                return tooLate();
+            if (!test::namesIn(out).filter(QStringLiteral("_framed")).isEmpty()) {
+                look->stop();
+                window.close();
+            } else if (!session.isImporting() && !session.photos().empty() && !exporting.isRunning()) {
+                BatchExportConfiguration configuration;
+                configuration.chosenFolder = out;
+                exporting.setConfiguration(configuration);
+                exporting.planAndStart(ExportRequest::make(session, exporting));
+            }
+        });
+        look->start(1);
+    };
+    return runFerrow(argc, argv, closing, FERROW_WORKER_PROGRAM);
+}
+
+/// Polls, at most two minutes: what should end by itself might not.
+template <typename Condition>
+bool comes(const Condition& condition)
+{
+    for (int i = 0; i < 12'000 && !condition(); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    return condition();
+}
+
+bool noChildIsLeft()
+{
+    while (::waitpid(-1, nullptr, WNOHANG) > 0) {
+    }
+    return ::waitpid(-1, nullptr, WNOHANG) < 0;
+}
+
+} // namespace
+
+TEST(Program, endsByItselfWhenItsWindowIsClosedAtWork)
+{
+    // What the program leaves behind becomes ours.
+    ::prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0);
+    for (const char* phase : {"import", "export"}) {
+        SCOPED_TRACE(phase);
+        const test::TemporaryFolder home;
+        const FileUrl out = home.file("out");
+        std::filesystem::create_directory(out.path().toStdString());
+        std::filesystem::create_directory(home.file("-photos").path().toStdString());
+        const QByteArray photo = test::encoded(OutputType::png, test::noise({1200, 900}, rgb8));
+        for (int i = 0; i < 60; ++i)
+            home.write("-photos/" + QByteArray::number(i) + ".png", photo);
+        qputenv("XDG_DATA_HOME", home.file("data").path());
+        qputenv("XDG_CONFIG_HOME", home.file("config").path());
+        qunsetenv("DBUS_SESSION_BUS_ADDRESS");
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        const std::filesystem::path before = std::filesystem::current_path();
+        std::filesystem::current_path(home.url().path().toStdString());
+        std::vector<std::string> words{"/proc/self/exe", phase, out.path().toStdString(), "--", "-photos"};
+        std::vector<char*> argv;
+        for (std::string& word : words)
+            argv.push_back(word.data());
+        argv.push_back(nullptr);
+        pid_t program = 0;
+        ASSERT_EQ(::posix_spawn(&program, argv[0], nullptr, nullptr, argv.data(), environ), 0);
+        std::filesystem::current_path(before);
+
+        int status = -1;
+        EXPECT_TRUE(comes([&] { return ::waitpid(program, &status, WNOHANG) != 0; }));
+        EXPECT_EQ(status, 0);
+        if (status == -1)
+            ::kill(program, SIGKILL);
+        EXPECT_TRUE(comes(noChildIsLeft)) << "a worker is left";
+        for (const QString& name : test::namesIn(out)) {
+            ASSERT_FALSE(name.startsWith(u'.')) << name.toStdString();
+            EXPECT_NO_THROW(static_cast<void>(test::decoded(test::readFile(out.appending(name.toUtf8())))));
+        }
+        EXPECT_EQ(test::namesIn(out).isEmpty(), std::string_view(phase) == "import");
+    }
+}
+
+TEST(Program, answersItsOptionsWithoutADisplay)
+{
+    struct Row {
+        test::Words words;
+        int status;
+        const char* output;
+        const char* error;
+    };
+    for (const Row& row : {Row{{"--help"}, 0, "Usage: ferrow ", ""}, Row{{"photo.jpg", "--version"}, 0, "ferrow ", ""},
+                           Row{{"-platform", "offscreen", "--colour"}, 2, "", "ferrow: there is no option --colour"}}) {
+        SCOPED_TRACE(row.words.back().constData());
+        test::Words words{FERROW_PROGRAM};
+        words.insert(words.end(), row.words.begin(), row.words.end());
+        const test::Ended ended = test::Program(words, {}).wait();
+        EXPECT_EQ(ended.status, row.status);
+        EXPECT_TRUE(ended.output.startsWith(row.output)) << ended.output.constData();
+        EXPECT_EQ(ended.output.isEmpty(), row.output[0] == 0);
+        EXPECT_TRUE(ended.errors.contains(row.error)) << ended.errors.constData();
+    }
+}
+
+TEST(Installation, worksWhereverItIsMoved)
+{
+    const test::TemporaryFolder folder;
+    const QByteArray first = folder.file("first").path();
+    ASSERT_EQ(test::Program({CMAKE_PROGRAM, "--install", BUILD_FOLDER, "--prefix", first}, {}).wait().status, 0);
+    const FileUrl prefix = folder.file("second");
+    std::filesystem::rename(first.toStdString(), prefix.path().toStdString());
+    for (const char* file :
+         {"bin/ferrow", "share/applications/app.ferrow.Ferrow.desktop", "share/metainfo/app.ferrow.Ferrow.metainfo.xml",
+          "share/icons/hicolor/scalable/apps/app.ferrow.Ferrow.svg", "share/man/man1/ferrow.1"})
+        EXPECT_TRUE(test::exists(prefix.appending(file))) << file;
+
+    const QByteArray batch = prefix.appending("bin/ferrow-batch").path();
+    const test::Ended version = test::Program({batch, "--version"}, {}).wait();
+    EXPECT_TRUE(version.output.contains("\nPhotos are read in separate processes")) << version.output.constData();
+    folder.write("a.png", test::encoded(OutputType::png, test::noise({60, 40}, rgb8)));
+    const QByteArray out = folder.file("out").path();
+    EXPECT_EQ(test::Program({batch, "--output", out, folder.file("a.png").path()}, {}).wait().status, 0);
+    EXPECT_EQ(test::namesIn(folder.file("out")), QStringList(QStringLiteral("a_framed.jpg")));
+}
+
+} // namespace ferrow
+
+int main(int argc, char** argv)
+{
+    using namespace ferrow;
+    if (argc > 3 && std::string_view(argv[3]) == "--")
+        return runAndClose(std::string_view(argv[1]) == "import", FileUrl::fromPath(QByteArray(argv[2])), argc - 2,
+                           argv + 2);
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
