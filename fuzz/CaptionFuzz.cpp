@@ -34,7 +34,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         fuzz::require(!line.isEmpty() && line == line.trimmed(), "no line is empty or has blanks around it");
         fuzz::require(!line.contains(u'\r') && !line.contains(QChar::LineSeparator), "one kind of line end");
     }
-    // A photo that says nothing leaves no braces of tokens behind.
+    // Of a photo that says nothing only the template's own words remain.
     fuzz::require(MetadataTemplateExpander::expand(captionTemplate, {}).size() <= captionTemplate.size(),
                   "nothing comes of nothing");
     return 0;

@@ -2,7 +2,6 @@
 // Type by content, and all that is asked of a file before and while a codec opens it. No pixel is decoded.
 #include "FuzzSupport.h"
 
-#include "Engine/Requests.h"
 #include "Platform/Codecs/HeifBoxes.h"
 #include "Platform/Codecs/ImageDecoder.h"
 #include "Platform/Codecs/TiffDirectory.h"

@@ -79,7 +79,7 @@ QByteArray jpegSegment(char marker, const QByteArray& content)
 QByteArray presets()
 {
     PhotoPreset preset;
-    preset.id = QUuid::createUuid();
+    preset.id = QUuid(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11);
     preset.name = QStringLiteral("Plain");
     preset.createdAt = preset.modifiedAt = QDateTime::fromSecsSinceEpoch(1'700'000'000, Qt::UTC);
     preset.payload = PresetPayload::make({}, {}, {});
