@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Installs what building, running and testing Ferrow needs and this machine lacks, through the system's package manager.
-# Says what it does; does nothing where nothing is missing.
+# Installs what Ferrow needs and this machine lacks, through the system's package manager: prepare.sh [run | test], for
+# building and running it, or (where nothing is said) for testing it as well. Says what it does; does nothing where
+# nothing is missing.
 set -euo pipefail
 
 packages=(
@@ -9,12 +10,18 @@ packages=(
     qt6-base-dev libjpeg62-turbo-dev libpng-dev libtiff-dev libheif-dev liblcms2-dev libexpat1-dev
     zlib1g-dev libpoppler-glib-dev libcairo2-dev libicu-dev qt6-svg-dev libqt6svg6 libseccomp-dev
     libfontconfig-dev
-    # To test.
-    libgtest-dev libgmock-dev libexiv2-dev strace tzdata xvfb xauth clang libclang-rt-14-dev
     # To run: the faces that captions are drawn in. Each of the five choices needs its own.
     fontconfig fonts-inter fonts-manrope fonts-paratype fonts-jetbrains-mono fonts-quicksand
     fonts-noto-core fonts-noto-cjk fonts-noto-color-emoji fonts-dejavu-core
 )
+case ${1:-test} in
+run) ;;
+test) packages+=(libgtest-dev libgmock-dev libexiv2-dev strace tzdata xvfb xauth dbus clang libclang-rt-14-dev) ;;
+*)
+    echo "prepare.sh: run or test, not $1" >&2
+    exit 2
+    ;;
+esac
 
 missing=()
 for package in "${packages[@]}"; do
