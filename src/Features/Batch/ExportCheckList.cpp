@@ -32,9 +32,12 @@ Severity shownSeverity(ExportFinding::Severity severity)
 
 std::vector<ExportFinding> inSheetOrder(std::vector<ExportFinding> findings)
 {
-    std::stable_partition(findings.begin(), findings.end(), [](const ExportFinding& finding) {
-        return finding.severity == ExportFinding::Severity::error;
-    });
+    // Whether all else is well or merely told makes no difference.
+    const auto rank = [](const ExportFinding& finding) {
+        return std::max(finding.severity, ExportFinding::Severity::info);
+    };
+    std::stable_sort(findings.begin(), findings.end(),
+                     [&](const auto& first, const auto& second) { return rank(first) > rank(second); });
     return findings;
 }
 

@@ -9,8 +9,8 @@ class QVBoxLayout;
 
 namespace ferrow {
 
-/// The findings in the order that the sheet lists them: what stops the export before all else, so that it is in sight
-/// where the sheet has to scroll.
+/// The findings in the order that the sheet lists them: what stops the export, then what warns, then all else, so that
+/// it is in sight where the sheet has to scroll.
 [[nodiscard]] std::vector<ExportFinding> inSheetOrder(std::vector<ExportFinding> findings);
 
 /// The lines of the check before an export.
