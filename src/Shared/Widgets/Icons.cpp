@@ -23,12 +23,13 @@ namespace ferrow {
 
 namespace {
 
-constexpr std::array fileNames{
-    "add",         "check",          "chevron-down", "chevron-right", "close",      "colour", "compare",
-    "drag-handle", "error",          "export",       "folder",        "info",       "logo",   "more",
-    "own-framing", "photo",          "position",     "presets",       "redo",       "remove", "separator-chip",
-    "settings",    "show-in-folder", "sidebar",      "text-chip",     "token-chip", "undo",   "warning",
-    "zoom-100",    "zoom-fit",       "zoom-in",      "zoom-out"};
+constexpr std::array fileNames{"add",      "check",          "chevron-down", "chevron-right", "close",
+                               "colour",   "compare",        "drag-handle",  "error",         "export",
+                               "folder",   "info",           "logo",         "more",          "own-framing",
+                               "photo",    "presets",        "redo",         "remove",        "separator-chip",
+                               "settings", "show-in-folder", "sidebar",      "text-chip",     "token-chip",
+                               "undo",     "warning",        "zoom-100",     "zoom-fit",      "zoom-in",
+                               "zoom-out"};
 static_assert(fileNames.size() == static_cast<std::size_t>(IconName::zoomOut) + 1);
 
 const QByteArray& drawing(IconName name)

@@ -27,7 +27,6 @@ enum class IconName {
     more,
     ownFraming,
     photo,
-    position,
     presets,
     redo,
     remove,
