@@ -22,14 +22,31 @@ struct Width {
     int most;
 };
 
-constexpr Width sidebarWidth{230, 280, 360};
-constexpr Width inspectorWidth{280, 320, 380};
 constexpr int previewLeast = 440;
 constexpr int previewIdeal = 720;
-constexpr int drawerWidth = 260;
 constexpr int shadowWidth = 24; // Beside the drawer, for its shadow.
 constexpr int lines = 2;        // The splitter's two.
-constexpr int wideEnough = sidebarWidth.least + previewLeast + inspectorWidth.least + lines;
+
+/// Larger text needs wider columns; the photo does not.
+int scaled(int width)
+{
+    return Theme::current().scaled(width);
+}
+
+Width sidebarWidth()
+{
+    return {scaled(230), scaled(280), scaled(360)};
+}
+
+Width inspectorWidth()
+{
+    return {scaled(280), scaled(320), scaled(380)};
+}
+
+int drawerWidth()
+{
+    return scaled(260);
+}
 
 } // namespace
 
@@ -55,12 +72,12 @@ public:
         if (open == open_)
             return;
         open_ = open;
-        resize(drawerWidth + shadowWidth, columns_->height());
+        resize(drawerWidth() + shadowWidth, columns_->height());
         raise();
         if (open) {
             qApp->installEventFilter(this);
             if (!isVisible())
-                move(-drawerWidth, 0);
+                move(-drawerWidth(), 0);
             show();
         } else {
             qApp->removeEventFilter(this);
@@ -68,7 +85,7 @@ public:
         slide_.stop();
         slide_.setDuration(Theme::current().duration(Motion::unfold));
         slide_.setStartValue(x());
-        slide_.setEndValue(open ? 0 : -drawerWidth - shadowWidth);
+        slide_.setEndValue(open ? 0 : -drawerWidth() - shadowWidth);
         slide_.start();
         emit columns_->sidebarShownChanged();
     }
@@ -91,7 +108,7 @@ protected:
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
         paintShadow(painter,
-                    QRectF(-Radius::sheet, -Radius::sheet, drawerWidth + Radius::sheet, height() + 2 * Radius::sheet),
+                    QRectF(-Radius::sheet, -Radius::sheet, drawerWidth() + Radius::sheet, height() + 2 * Radius::sheet),
                     ShadowKind::popover);
     }
 
@@ -99,7 +116,7 @@ private:
     [[nodiscard]] bool isOutside(const QMouseEvent& press) const
     {
         const QPoint here = columns_->mapFromGlobal(press.globalPosition().toPoint());
-        return columns_->rect().contains(here) && here.x() > drawerWidth;
+        return columns_->rect().contains(here) && here.x() > drawerWidth();
     }
 
     WindowColumns* columns_;
@@ -114,14 +131,14 @@ WindowColumns::WindowColumns(QWidget* sidebar, QWidget* preview, QWidget* inspec
         column->setMinimumWidth(width.least);
         column->setMaximumWidth(width.most);
     };
-    fit(sidebar, sidebarWidth);
-    fit(inspector, inspectorWidth);
+    fit(sidebar, sidebarWidth());
+    fit(inspector, inspectorWidth());
     preview->setMinimumWidth(previewLeast);
     for (QWidget* column : {sidebar, preview, inspector})
         splitter_->addWidget(column);
     splitter_->setChildrenCollapsible(false);
     splitter_->setStretchFactor(1, 1);
-    splitter_->setSizes({sidebarWidth.ideal, previewIdeal, inspectorWidth.ideal});
+    splitter_->setSizes({sidebarWidth().ideal, previewIdeal, inspectorWidth().ideal});
     splitter_->setAccessibleName(QStringLiteral("Columns of the window"));
     // Names for the handles, which assistive technology finds as controls.
     splitter_->handle(1)->setAccessibleName(QStringLiteral("Width of the photo list"));
@@ -131,7 +148,7 @@ WindowColumns::WindowColumns(QWidget* sidebar, QWidget* preview, QWidget* inspec
     column->setContentsMargins(0, 0, 0, 0);
     column->addWidget(splitter_);
     // Less than the three columns ask for: the sidebar leaves before that.
-    setMinimumWidth(previewLeast + inspectorWidth.least + 1);
+    setMinimumWidth(previewLeast + inspectorWidth().least + 1);
     drawer_ = new SidebarDrawer(this);
 }
 
@@ -172,13 +189,13 @@ void WindowColumns::setNarrow(bool narrow)
     narrow_ = narrow;
     if (narrow) {
         drawer_->layout()->addWidget(sidebar_);
-        sidebar_->setFixedWidth(drawerWidth);
+        sidebar_->setFixedWidth(drawerWidth());
         sidebar_->show();
     } else {
-        sidebar_->setMinimumWidth(sidebarWidth.least);
-        sidebar_->setMaximumWidth(sidebarWidth.most);
+        sidebar_->setMinimumWidth(sidebarWidth().least);
+        sidebar_->setMaximumWidth(sidebarWidth().most);
         splitter_->insertWidget(0, sidebar_);
-        splitter_->setSizes({sidebarWidth.ideal, previewIdeal, splitter_->sizes().constLast()});
+        splitter_->setSizes({sidebarWidth().ideal, previewIdeal, splitter_->sizes().constLast()});
         sidebar_->setVisible(columnShown_);
     }
     emit narrowChanged(narrow);
@@ -187,7 +204,7 @@ void WindowColumns::setNarrow(bool narrow)
 
 void WindowColumns::resizeEvent(QResizeEvent* event)
 {
-    setNarrow(width() < wideEnough);
+    setNarrow(width() < sidebarWidth().least + previewLeast + inspectorWidth().least + lines);
     drawer_->resize(drawer_->width(), height());
     QWidget::resizeEvent(event);
 }
