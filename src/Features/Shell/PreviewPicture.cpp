@@ -5,6 +5,7 @@
 #include "Features/Shell/PaintableImage.h"
 #include "Imaging/RenderLayout.h"
 #include "Models/ErrorTexts.h"
+#include "Shared/Widgets/ColorWell.h"
 
 #include <QPainter>
 
@@ -34,13 +35,6 @@ double luminance(double red, double green, double blue)
     return 0.2126 * linear(red) + 0.7152 * linear(green) + 0.0722 * linear(blue);
 }
 
-QColor toColor(const RGBAColor& color)
-{
-    const auto component = [](double value) { return float(std::clamp(value, 0.0, 1.0)); };
-    return QColor::fromRgbF(component(color.red), component(color.green), component(color.blue),
-                            component(color.alpha));
-}
-
 std::optional<RenderLayout> layoutOf(const ImportedPhoto& photo, const RenderRecipe& recipe)
 {
     try {
@@ -60,7 +54,7 @@ QRectF fromTop(const QRectF& rect, const PixelSize& canvas)
 
 bool needsHairline(const RGBAColor& border, const QColor& backdrop)
 {
-    const QColor color = toColor(border);
+    const QColor color = ColorText::toQColor(border);
     const double alpha = color.alphaF();
     const auto over = [alpha](double front, double back) { return front * alpha + back * (1 - alpha); };
     const double frame = luminance(over(color.redF(), backdrop.redF()), over(color.greenF(), backdrop.greenF()),
@@ -272,7 +266,7 @@ void PreviewPicture::paint(QPainter& painter, const QColor& backdrop) const
 
 void PreviewPicture::paintStandIn(QPainter& painter) const
 {
-    painter.fillRect(view_.pictureRect(), toColor(recipe_.borderColor));
+    painter.fillRect(view_.pictureRect(), ColorText::toQColor(recipe_.borderColor));
     paintBare(painter);
 }
 
