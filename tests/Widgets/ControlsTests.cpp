@@ -1,26 +1,34 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Shared/Widgets/Gallery.h"
+#include "Shared/Widgets/Section.h"
 #include "Shared/Widgets/SegmentedControl.h"
 #include "Shared/Widgets/SliderField.h"
+#include "Shared/Widgets/SmallParts.h"
+#include "Shared/Widgets/ToggleSwitch.h"
 
 #include <QAccessible>
 #include <QApplication>
+#include <QComboBox>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
+#include <QVBoxLayout>
 #include <QWheelEvent>
 
 #include <gmock/gmock.h>
 
-#include <set>
-
 namespace ferrow {
 namespace {
 
-void turnWheel(QWidget* widget)
+void turnWheel(QWidget* widget, int angle = 120, quint64 milliseconds = 0)
 {
-    QWheelEvent event(QPointF(4, 4), widget->mapToGlobal(QPointF(4, 4)), QPoint(), QPoint(0, 120), Qt::NoButton,
+    QWheelEvent event(QPointF(4, 4), widget->mapToGlobal(QPointF(4, 4)), QPoint(), QPoint(0, angle), Qt::NoButton,
                       Qt::NoModifier, Qt::NoScrollPhase, false);
-    QApplication::sendEvent(widget, &event);
+    event.setTimestamp(milliseconds);
+    // Only turns that come from the window system are passed on by Qt.
+    for (QWidget* receiver = widget; receiver; receiver = event.isAccepted() ? nullptr : receiver->parentWidget()) {
+        event.ignore();
+        QApplication::sendEvent(receiver, &event);
+    }
 }
 
 /// A slider of 0 to 500 pixels in a shown window of its own.
@@ -157,36 +165,80 @@ TEST(SegmentedControl, isOneTabStopWithArrowsInside)
     EXPECT_EQ(chosen.size(), 3);
 }
 
-void collect(QAccessibleInterface* item, std::vector<QAccessibleInterface*>& found)
+TEST(ScrollPane, turnsNoValueThatItsScrollingPasses)
 {
-    found.push_back(item);
-    for (int i = 0; i < item->childCount(); ++i) {
-        if (QAccessibleInterface* child = item->child(i)) {
-            collect(child, found);
-        }
+    ScrollPane pane;
+    auto* page = new QWidget;
+    auto* rows = new QVBoxLayout(page);
+    auto* combo = new QComboBox;
+    combo->addItems({QStringLiteral("One"), QStringLiteral("Two"), QStringLiteral("Three")});
+    combo->setCurrentIndex(1);
+    auto* number = new NumberField(QStringLiteral("Width"));
+    number->setValue(10);
+    rows->addWidget(combo);
+    rows->addWidget(number);
+    rows->addSpacing(4000);
+    pane.setPage(page);
+    pane.resize(300, 200);
+    pane.show();
+    QApplication::setActiveWindow(&pane);
+    struct Row {
+        const char* name;
+        QWidget* focused;
+        QWidget* under;
+        quint64 milliseconds;
+        bool scrolls;
+    };
+    for (const Row& row : {Row{"a list without the focus", number, combo, 10'000, true},
+                           Row{"a list with the focus", combo, combo, 20'000, true},
+                           Row{"the field, a moment later", number, number, 20'300, true},
+                           Row{"still the same scrolling", number, number, 20'600, true},
+                           Row{"the field alone", number, number, 30'000, false}}) {
+        SCOPED_TRACE(row.name);
+        row.focused->setFocus();
+        pane.verticalScrollBar()->setValue(0);
+        turnWheel(row.under, -120, row.milliseconds);
+        EXPECT_EQ(pane.verticalScrollBar()->value() > 0, row.scrolls);
+        EXPECT_EQ(combo->currentIndex(), 1);
+        EXPECT_EQ(number->value(), row.scrolls ? 10 : 9);
     }
 }
 
-TEST(Gallery, namesEveryControlAndItsKind)
+TEST(ToggleSwitch, isPressedByItsText)
 {
-    const std::unique_ptr<QWidget> window(makeGallery());
-    window->show();
-    std::vector<QAccessibleInterface*> all;
-    collect(QAccessible::queryAccessibleInterface(window.get()), all);
-    std::set<QAccessible::Role> roles;
-    for (QAccessibleInterface* item : all) {
-        if (!item->state().focusable || item->state().invisible || item->object() == window.get()) {
-            continue;
-        }
-        const QString name = item->text(QAccessible::Name);
-        SCOPED_TRACE(item->object() ? item->object()->metaObject()->className() : "item");
-        EXPECT_FALSE(name.isEmpty());
-        EXPECT_FALSE(item->role() == QAccessible::Client || item->role() == QAccessible::NoRole) << name.toStdString();
-        roles.insert(item->role());
+    ToggleSwitch toggle(QStringLiteral("Open folders"));
+    toggle.setText(QStringLiteral("Open folders"));
+    toggle.resize(toggle.sizeHint());
+    QTest::mouseClick(&toggle, Qt::LeftButton, {}, QPoint(4, toggle.height() / 2));
+    EXPECT_TRUE(toggle.isChecked());
+}
+
+TEST(BackdropDots, areOneTabStopAndChooseByArrow)
+{
+    BackdropDots dots(QStringLiteral("Backdrop"), {QStringLiteral("Black"), QStringLiteral("Gray")});
+    dots.setCurrentIndex(1);
+    const QSignalSpy chosen(&dots, &ChoiceStrip::indexChosen);
+    for (const Qt::Key key : {Qt::Key_Right, Qt::Key_Left, Qt::Key_Left, Qt::Key_End}) {
+        QTest::keyClick(&dots, key);
     }
-    using R = QAccessible;
-    EXPECT_THAT(roles, testing::IsSupersetOf({R::Button, R::CheckBox, R::RadioButton, R::Slider, R::EditableText,
-                                              R::ComboBox, R::Grouping}));
+    EXPECT_EQ(chosen.size(), 2);
+    EXPECT_EQ(dots.currentIndex(), 1);
+    QTest::mouseClick(&dots, Qt::LeftButton, {}, QPoint(4, 12));
+    EXPECT_EQ(dots.currentIndex(), 0);
+}
+
+TEST(Section, saysWhetherItIsOpen)
+{
+    Section section(QStringLiteral("Border"));
+    section.setSummary(QStringLiteral("240 px"));
+    QAccessibleInterface* header = QAccessible::queryAccessibleInterface(section.header());
+    for (const bool isOpen : {true, false, true}) {
+        EXPECT_TRUE(header->state().expandable);
+        EXPECT_EQ(header->state().expanded, isOpen);
+        EXPECT_EQ(header->state().collapsed, !isOpen);
+        EXPECT_EQ(header->text(QAccessible::Description), isOpen ? QString() : QStringLiteral("240 px"));
+        section.header()->click();
+    }
 }
 
 } // namespace

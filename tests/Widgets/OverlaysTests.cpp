@@ -13,6 +13,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <vector>
+
 namespace ferrow {
 namespace {
 
@@ -30,6 +33,11 @@ protected:
     }
 
     static void press(Qt::Key key) { QTest::keyClick(QApplication::focusWidget(), key); }
+    static void hold(Qt::Key key)
+    {
+        QKeyEvent repeated(QEvent::KeyPress, key, Qt::NoModifier, QString(), true);
+        QApplication::sendEvent(QApplication::focusWidget(), &repeated);
+    }
 
     QWidget window;
     QPushButton* opener = new QPushButton(QStringLiteral("Opener"));
@@ -148,6 +156,89 @@ TEST_F(OverlayTest, aQuestionAnswersOnceAboveASheet)
     press(Qt::Key_Return);
     ASSERT_EQ(answers.size(), 2U);
     EXPECT_FALSE(answers[1].accepted) << "what can't be taken back starts on leaving";
+}
+
+TEST_F(OverlayTest, aHeldKeyPressesNothingInTheNextDialog)
+{
+    Sheet sheet(&window, QStringLiteral("Export"));
+    QPushButton* leave = sheet.setLeaveButton(QStringLiteral("Cancel"));
+    auto* field = new QLineEdit;
+    sheet.body()->addWidget(field);
+    sheet.setMainButton(QStringLiteral("Start"));
+    const QSignalSpy started(&sheet, &Sheet::mainRequested);
+    for (QWidget* focused : {static_cast<QWidget*>(leave), static_cast<QWidget*>(field)}) {
+        sheet.open(focused);
+        hold(Qt::Key_Return);
+        hold(Qt::Key_Enter);
+        EXPECT_TRUE(sheet.isOpen());
+        EXPECT_TRUE(started.isEmpty());
+        sheet.dismiss();
+    }
+}
+
+TEST_F(OverlayTest, aSheetTakesThePlaceOfAPopover)
+{
+    Popover popover(opener, QStringLiteral("Color"));
+    auto* inside = new QPushButton(QStringLiteral("Inside"));
+    popover.body()->addWidget(inside);
+    popover.open(inside);
+    Sheet sheet(&window, QStringLiteral("Export"));
+    sheet.setLeaveButton(QStringLiteral("Cancel"));
+    sheet.open();
+    EXPECT_FALSE(popover.isOpen());
+    press(Qt::Key_Escape);
+    EXPECT_EQ(QApplication::focusWidget(), opener);
+
+    popover.open(popover.body()->parentWidget());
+    press(Qt::Key_Return);
+    EXPECT_FALSE(popover.isOpen());
+}
+
+TEST_F(OverlayTest, aSheetShowsWhatHasTheFocusOfTheKeyboard)
+{
+    Sheet sheet(&window, QStringLiteral("Export"));
+    QPushButton* leave = sheet.setLeaveButton(QStringLiteral("Cancel"));
+    auto* first = new QLineEdit;
+    auto* last = new QLineEdit;
+    sheet.body()->addWidget(first);
+    sheet.body()->addSpacing(2000);
+    sheet.body()->addWidget(last);
+    sheet.open(leave);
+    const auto isSeen = [](const QWidget* widget) { return !widget->visibleRegion().isEmpty(); };
+    press(Qt::Key_Tab);
+    EXPECT_EQ(QApplication::focusWidget(), first);
+    EXPECT_TRUE(isSeen(first));
+    press(Qt::Key_Tab);
+    EXPECT_TRUE(isSeen(last));
+    press(Qt::Key_Tab);
+    press(Qt::Key_Tab);
+    EXPECT_TRUE(isSeen(first)) << "round by the foot";
+    leave->setFocus();
+    press(Qt::Key_PageDown);
+    EXPECT_FALSE(isSeen(first));
+}
+
+/// Which keys it could keep from the window is the desktop's matter.
+class AskedField : public QLineEdit {
+public:
+    bool event(QEvent* event) override
+    {
+        if (event->type() == QEvent::ShortcutOverride) {
+            askedFor.push_back(static_cast<QKeyEvent*>(event)->key());
+        }
+        return QLineEdit::event(event);
+    }
+
+    std::vector<int> askedFor; ///< Modifiers among them.
+};
+
+TEST(KeyRules, leaveTheWindowsCommandsToTheWindow)
+{
+    for (const auto& [key, isTheFields] : {std::pair{Qt::Key_E, false}, {Qt::Key_C, true}, {Qt::Key_Z, true}}) {
+        AskedField field;
+        QTest::keyClick(&field, key, Qt::ControlModifier);
+        EXPECT_EQ(std::ranges::count(field.askedFor, key), isTheFields ? 1 : 0) << key;
+    }
 }
 
 } // namespace

@@ -65,8 +65,6 @@ FormRow* addRow(QVBoxLayout& form, const QString& label, QWidget* control)
 {
     auto* row = new FormRow(label, control);
     row->setLabelWidth(labelWidth);
-    // A long message under the control counts with the lines that it takes here, not with those of a narrower row.
-    row->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     form.addWidget(row);
     return row;
 }
@@ -242,17 +240,15 @@ void ExportOptionsSheet::addLastRow(QVBoxLayout& form)
     });
 
     opensFolders_ = new ToggleSwitch(QStringLiteral("Open folders when finished"));
+    opensFolders_->setText(opensFolders_->accessibleName());
     opensFolders_->setObjectName(QStringLiteral("openFoldersSwitch"));
     connect(opensFolders_, &ToggleSwitch::clicked, &preferences_, &Preferences::setOpensExportFolders);
-    auto* label = makeLabel(QStringLiteral("Open folders when finished"), TextRole::body);
-    label->setBuddy(opensFolders_);
     auto* both = new QWidget;
     auto* layout = new QHBoxLayout(both);
     layout->setContentsMargins({});
     layout->setSpacing(Space::row);
     layout->addWidget(concurrency_);
     layout->addStretch();
-    layout->addWidget(label);
     layout->addWidget(opensFolders_);
     auto* row = addRow(form, QStringLiteral("Photos at once"), both);
     connect(concurrency_, &NumberField::errorChanged, row,

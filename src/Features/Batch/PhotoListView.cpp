@@ -2,6 +2,7 @@
 #include "Features/Batch/PhotoListView.h"
 
 #include "Shared/Widgets/FocusRing.h"
+#include "Shared/Widgets/SmallParts.h"
 #include "Shared/Widgets/Theme.h"
 
 #include <QContextMenuEvent>
@@ -29,6 +30,7 @@ PhotoListView::PhotoListView(PhotoListModel& model, ThumbnailCache& thumbnails, 
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    overlayScrollBar(this);
     setEditTriggers(QAbstractItemView::NoEditTriggers);
     setFocusLook(this, FocusLook::own);
     viewport()->setAutoFillBackground(false);

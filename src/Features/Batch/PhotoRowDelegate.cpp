@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Features/Batch/PhotoRowDelegate.h"
 
-#include "Shared/Widgets/FocusRing.h"
 #include "Shared/Widgets/Icons.h"
+#include "Shared/Widgets/SmallParts.h"
 #include "Shared/Widgets/Theme.h"
 
+#include <QApplication>
+#include <QCursor>
 #include <QPainter>
-#include <QStyleOptionButton>
+#include <QStyleOption>
 #include <QWidget>
 
 namespace ferrow {
@@ -67,42 +69,32 @@ QSize PhotoRowDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex&
 
 void PhotoRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const
 {
-    const bool selected = option.state.testFlag(QStyle::State_Selected);
     const bool hovered = option.state.testFlag(QStyle::State_MouseOver) && !locked_;
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
-    const QRect fill = rowFill(option.rect);
-    if (selected || hovered) {
-        painter->setPen(Qt::NoPen);
-        painter->setBrush(themeColor(selected ? &ThemeColors::selection : &ThemeColors::fill));
-        painter->drawRoundedRect(fill, Radius::row, Radius::row);
-    }
-    paintCheckBox(*painter, option.rect, model_.isIncluded(index.row()));
+    paintRow(*painter, rowFill(option.rect), option, hovered);
+    paintCheckBox(*painter, option, model_.isIncluded(index.row()));
     paintThumbnail(*painter, option.rect, index.row());
     paintTexts(*painter, option.rect, index.row(), paintTrailing(*painter, option.rect, index.row(), hovered));
-    if (option.state.testFlag(QStyle::State_HasFocus) && FocusRing::isKeyboardFocus()) {
-        painter->setPen(QPen(themeColor(&ThemeColors::accent), Measure::focusWidth));
-        painter->setBrush(Qt::NoBrush);
-        painter->drawRoundedRect(QRectF(fill).adjusted(1, 1, -1, -1), Radius::row - 1, Radius::row - 1);
-    }
     painter->restore();
 }
 
-void PhotoRowDelegate::paintCheckBox(QPainter& painter, const QRect& row, bool checked) const
+/// As the style draws the box of the list's header, its states too.
+void PhotoRowDelegate::paintCheckBox(QPainter& painter, const QStyleOptionViewItem& row, bool checked) const
 {
-    const QRectF box = checkBox(row);
-    painter.setOpacity(locked_ ? disabledOpacity : 1);
-    if (checked) {
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(themeColor(&ThemeColors::on));
-        painter.drawRoundedRect(box, Radius::box, Radius::box);
-        paintIcon(painter, IconName::check, box, Measure::checkBox, themeColor(&ThemeColors::onMark));
-    } else {
-        painter.setPen(QPen(themeColor(&ThemeColors::border), 1));
-        painter.setBrush(themeColor(&ThemeColors::surface));
-        painter.drawRoundedRect(box.adjusted(0.5, 0.5, -0.5, -0.5), Radius::box - 0.5, Radius::box - 0.5);
+    QStyleOption box;
+    box.rect = checkBox(row.rect);
+    box.state = QStyle::State_None;
+    box.state.setFlag(QStyle::State_Enabled, !locked_);
+    box.state.setFlag(QStyle::State_On, checked);
+    const QWidget* list = row.widget;
+    if (list && row.state.testFlag(QStyle::State_MouseOver)) {
+        const bool isOver = checkTarget(row.rect).contains(list->mapFromGlobal(QCursor::pos()));
+        box.state.setFlag(QStyle::State_MouseOver, isOver);
+        box.state.setFlag(QStyle::State_Sunken, isOver && QGuiApplication::mouseButtons().testFlag(Qt::LeftButton));
     }
-    painter.setOpacity(1);
+    (list ? list->style() : QApplication::style())
+        ->drawPrimitive(QStyle::PE_IndicatorItemViewItemCheck, &box, &painter, list);
 }
 
 void PhotoRowDelegate::paintThumbnail(QPainter& painter, const QRect& row, int index) const

@@ -26,7 +26,7 @@ public:
     void setLocked(bool locked) { locked_ = locked; }
 
 private:
-    void paintCheckBox(QPainter& painter, const QRect& row, bool checked) const;
+    void paintCheckBox(QPainter& painter, const QStyleOptionViewItem& row, bool checked) const;
     void paintThumbnail(QPainter& painter, const QRect& row, int index) const;
     void paintTexts(QPainter& painter, const QRect& row, int index, int right) const;
     [[nodiscard]] int paintTrailing(QPainter& painter, const QRect& row, int index, bool hovered) const;

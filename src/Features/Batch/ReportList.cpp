@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Features/Batch/ReportList.h"
 
-#include "Shared/Widgets/FocusRing.h"
 #include "Shared/Widgets/Icons.h"
+#include "Shared/Widgets/SmallParts.h"
 #include "Shared/Widgets/Theme.h"
 
 #include <QContextMenuEvent>
@@ -152,15 +152,12 @@ void ReportRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
         return;
     }
     if (model_.row(index.row() - 1).kind == row.kind) {
-        const double thin = 1 / painter->device()->devicePixelRatioF();
-        painter->fillRect(QRectF(content(option.rect).left(), option.rect.top(), content(option.rect).width(), thin),
+        painter->fillRect(QRect(content(option.rect).left(), option.rect.top(), content(option.rect).width(), 1),
                           colors.line);
     }
-    if (option.state.testFlag(QStyle::State_HasFocus) && FocusRing::isKeyboardFocus()) {
-        painter->setPen(QPen(colors.accent, Measure::focusWidth));
-        painter->setBrush(Qt::NoBrush);
-        painter->drawRoundedRect(QRectF(option.rect).adjusted(1, 2, -1, -2), Radius::row, Radius::row);
-    }
+    QStyleOption focus(option);
+    focus.state.setFlag(QStyle::State_Selected, false);
+    paintRow(*painter, QRectF(option.rect).adjusted(0, 1, 0, -1), focus, false);
     paintThumbnail(*painter, thumbnailBox(option.rect), row.photo);
 
     const auto lines = reasonLines(row.detail, textWidth(option.rect.width()), mostReasonLines());

@@ -147,15 +147,14 @@ void ReportSheet::addOpenFolders(Preferences& preferences)
         return;
     auto* opens = new ToggleSwitch(QStringLiteral("Open folders when finished"));
     opens->setObjectName(QStringLiteral("openFoldersSwitch"));
+    opens->setText(opens->accessibleName());
+    opens->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     const auto show = [opens, &preferences] { opens->setChecked(preferences.opensExportFolders()); };
     connect(opens, &ToggleSwitch::clicked, &preferences, &Preferences::setOpensExportFolders);
     connect(&preferences, &Preferences::opensExportFoldersChanged, opens, show);
     show();
-    auto* label = makeLabel(QStringLiteral("Open folders when finished"), TextRole::body);
-    label->setBuddy(opens);
     auto* row = new QHBoxLayout;
     row->setContentsMargins(textInset, Space::row, textInset, 0);
-    row->addWidget(label, 1);
     row->addWidget(opens);
     body()->addLayout(row);
 }

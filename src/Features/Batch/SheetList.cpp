@@ -2,6 +2,7 @@
 #include "Features/Batch/SheetList.h"
 
 #include "Shared/Widgets/FocusRing.h"
+#include "Shared/Widgets/SmallParts.h"
 #include "Shared/Widgets/Theme.h"
 
 #include <QBoxLayout>
@@ -25,6 +26,7 @@ SheetList::SheetList(const QString& name, QWidget* parent) : QListView(parent)
     setFrameShape(QFrame::NoFrame);
     viewport()->setAutoFillBackground(false);
     setVerticalScrollMode(ScrollPerPixel);
+    overlayScrollBar(this);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     verticalScrollBar()->setSingleStep(20);
     setResizeMode(Adjust);

@@ -2,7 +2,8 @@
 #include "Features/Presets/PresetList.h"
 
 #include "Features/Presets/PresetSummary.h"
-#include "Shared/Widgets/FocusRing.h"
+#include "Shared/Widgets/ColorWell.h"
+#include "Shared/Widgets/SmallParts.h"
 #include "Shared/Widgets/Theme.h"
 
 #include <QKeyEvent>
@@ -45,10 +46,7 @@ QColor photoColor(const QColor& border)
 
 void paintFrame(QPainter& painter, const QRect& box, const PresetPayload& payload)
 {
-    const auto& color = payload.borderColor;
-    const auto component = [](double value) { return static_cast<float>(std::clamp(value, 0.0, 1.0)); };
-    const QColor border =
-        QColor::fromRgbF(component(color.red), component(color.green), component(color.blue), component(color.alpha));
+    const QColor border = ColorText::toQColor(payload.borderColor);
     painter.setPen(QPen(themeColor(&ThemeColors::border), 1));
     painter.setBrush(border);
     painter.drawRoundedRect(QRectF(box).adjusted(0.5, 0.5, -0.5, -0.5), 2, 2);
@@ -152,20 +150,10 @@ void PresetRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
     const auto& colors = theme.colors();
     const auto& preset = model_.preset(index.row());
     const bool selected = option.state.testFlag(QStyle::State_Selected);
-    const bool hovered = option.state.testFlag(QStyle::State_MouseOver);
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
-    const QRectF fill = QRectF(option.rect).adjusted(0, 1, 0, -1);
-    if (selected || hovered) {
-        painter->setPen(Qt::NoPen);
-        painter->setBrush(selected ? colors.selection : colors.fill);
-        painter->drawRoundedRect(fill, Radius::row, Radius::row);
-    }
-    if (option.state.testFlag(QStyle::State_HasFocus) && FocusRing::isKeyboardFocus()) {
-        painter->setPen(QPen(colors.accent, Measure::focusWidth));
-        painter->setBrush(Qt::NoBrush);
-        painter->drawRoundedRect(fill.adjusted(1, 1, -1, -1), Radius::row - 1, Radius::row - 1);
-    }
+    const bool hovered = option.state.testFlag(QStyle::State_MouseOver);
+    paintRow(*painter, QRectF(option.rect).adjusted(0, 1, 0, -1), option, hovered);
     paintFrame(*painter, frameBox(option.rect), preset.payload);
 
     const int nameHeight = theme.lineHeight(TextRole::strong);

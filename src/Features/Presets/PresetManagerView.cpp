@@ -108,9 +108,9 @@ QWidget* PresetManagerView::makeRowActions()
         connect(button, &QPushButton::clicked, this, [this, action] { callForSelected(action); });
     };
     add(QStringLiteral("Apply"), QStringLiteral("applyPresetButton"), ButtonRole::main, actions_.apply);
-    add(QStringLiteral("Rename…"), QStringLiteral("renamePresetButton"), ButtonRole::standard, actions_.rename);
-    add(QStringLiteral("Duplicate"), QStringLiteral("duplicatePresetButton"), ButtonRole::standard, actions_.duplicate);
-    add(QStringLiteral("Delete"), QStringLiteral("deletePresetButton"), ButtonRole::destructive, actions_.remove);
+    add(QStringLiteral("Rename…"), QStringLiteral("renamePresetButton"), ButtonRole::raised, actions_.rename);
+    add(QStringLiteral("Duplicate"), QStringLiteral("duplicatePresetButton"), ButtonRole::raised, actions_.duplicate);
+    add(QStringLiteral("Delete"), QStringLiteral("deletePresetButton"), ButtonRole::raised, actions_.remove);
     return bar;
 }
 

@@ -99,15 +99,10 @@ QWidget* SettingsView::makeFoot()
     auto* row = new QHBoxLayout(foot);
     row->setContentsMargins(Space::sheet, Space::row, Space::sheet, Space::row);
     row->setSpacing(Space::group);
-    auto* sign = new QLabel;
-    sign->setPixmap(icon(IconName::info, &ThemeColors::text2).pixmap(Measure::fieldIcon, Measure::fieldIcon));
-    connect(&Theme::current(), &Theme::changed, sign, [sign] {
-        sign->setPixmap(icon(IconName::info, &ThemeColors::text2).pixmap(Measure::fieldIcon, Measure::fieldIcon));
-    });
     auto* note = makeLabel(QStringLiteral("Ferrow works offline and does not upload your images."), TextRole::body,
                            &ThemeColors::text2);
     note->setAccessibleName(QStringLiteral("Privacy: Ferrow works offline and never uploads your images"));
-    row->addWidget(sign);
+    row->addWidget(new IconLabel(IconName::info, Measure::fieldIcon, &ThemeColors::text2));
     row->addWidget(note, 1);
     return foot;
 }

@@ -1,14 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QWidget>
-
-class QVariantAnimation;
-class QVBoxLayout;
+#include "Shared/Widgets/Fold.h"
 
 namespace ferrow {
-
-class DisclosureLine;
 
 /// Rows that are seldom needed, folded away under a line that opens and closes them. Closed at first.
 class Disclosure : public QWidget {
@@ -18,20 +13,10 @@ public:
     /// `text` is on the line ("More"), `name` says the same for assistive technology ("More caption settings").
     Disclosure(const QString& text, const QString& name, QWidget* parent = nullptr);
 
-    [[nodiscard]] QVBoxLayout* rows() const { return rows_; }
-    /// At once; the user's own opening and closing is animated.
-    void setExpanded(bool expanded);
+    [[nodiscard]] QVBoxLayout* rows() const { return fold_->rows(); }
 
 private:
-    void unfold(bool expanded);
-    void showState();
-
-    DisclosureLine* line_ = nullptr;
-    QWidget* clip_ = nullptr;
-    QWidget* content_ = nullptr;
-    QVBoxLayout* rows_ = nullptr;
-    QVariantAnimation* animation_ = nullptr;
-    bool expanded_ = false;
+    Fold* fold_ = nullptr;
 };
 
 } // namespace ferrow

@@ -2,6 +2,7 @@
 #include "Features/Shell/HueBar.h"
 
 #include "Features/Shell/ColorField.h"
+#include "Shared/Widgets/InputRules.h"
 
 #include <QKeyEvent>
 #include <QLinearGradient>
@@ -101,7 +102,7 @@ void HueBar::keyPressEvent(QKeyEvent* event)
 
 void HueBar::wheelEvent(QWheelEvent* event)
 {
-    if (!hasFocus())
+    if (!wheelIsFor(*this, *event))
         return event->ignore();
     const int angle = event->angleDelta().y() != 0 ? event->angleDelta().y() : event->angleDelta().x();
     step(keyStep * angle / int(QWheelEvent::DefaultDeltasPerStep));

@@ -96,8 +96,6 @@ FormRow* addRow(QVBoxLayout* rows, const QString& label, QWidget* control, const
 {
     auto* row = new FormRow(label, control);
     row->setToolTip(tip);
-    // A message that wraps needs more than the hint, which is made for its longest line.
-    row->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     row->label()->setMinimumHeight(std::max(row->label()->minimumHeight(), control->sizeHint().height()));
     rows->addWidget(row);
     return row;

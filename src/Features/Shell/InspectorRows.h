@@ -42,7 +42,7 @@ void convertBorderUnit(RenderRecipe& recipe, BorderUnit unit, const std::optiona
 
 void applyRange(SliderField* field, const ValueRange& range);
 
-/// A label of the form and its control, as high as its message makes it.
+/// A label of the form and its control.
 FormRow* addRow(QVBoxLayout* rows, const QString& label, QWidget* control, const QString& tip = QString());
 
 /// A list of choices that may be narrower than its longest text: the inspector has no room for it at its narrowest.

@@ -64,14 +64,10 @@ void PositionButton::paintEvent(QPaintEvent*)
     painter.setRenderHint(QPainter::Antialiasing);
     if (!isEnabled())
         painter.setOpacity(disabledOpacity);
-    const bool isMirrored = isRightToLeft();
-    const auto placed = [&](const QRectF& rect) {
-        return isMirrored ? QRectF(width() - rect.right(), rect.top(), rect.width(), rect.height()) : rect;
-    };
     const QRectF pictureRect(QPointF(inset, (height() - pictureSize.height()) / 2), pictureSize);
-    paintPicture(painter, placed(pictureRect));
+    paintPicture(painter, pictureRect);
     const QRectF chevron(width() - inset - Measure::fieldIcon, 0, Measure::fieldIcon, height());
-    paintIcon(painter, IconName::chevronDown, placed(chevron), Measure::fieldIcon, themeColor(&ThemeColors::text));
+    paintIcon(painter, IconName::chevronDown, chevron, Measure::fieldIcon, themeColor(&ThemeColors::text));
 
     const Theme& theme = Theme::current();
     const int strong = theme.lineHeight(TextRole::strong);
@@ -83,7 +79,7 @@ void PositionButton::paintEvent(QPaintEvent*)
         painter.setFont(theme.font(role));
         painter.setPen(theme.color(color));
         const QString shown = painter.fontMetrics().elidedText(text, Qt::ElideRight, int(rect.width()));
-        painter.drawText(placed(rect), Qt::AlignVCenter | (isMirrored ? Qt::AlignRight : Qt::AlignLeft), shown);
+        painter.drawText(rect, Qt::AlignVCenter | Qt::AlignLeft, shown);
     };
     paintText(line, TextRole::strong, &ThemeColors::text, PositionGrid::title(position_));
     paintText(QRectF(left, line.bottom(), line.width(), small), TextRole::small, &ThemeColors::text2,

@@ -48,12 +48,6 @@ PositionPopover::~PositionPopover()
     run_.finish();
 }
 
-bool PositionPopover::handleEnter()
-{
-    dismiss();
-    return true;
-}
-
 void PositionPopover::present()
 {
     open(picker_);

@@ -37,9 +37,6 @@ signals:
     void positionEdited(ferrow::CaptionPosition position);
     void gestureEnded();
 
-protected:
-    bool handleEnter() override;
-
 private:
     void showScene(const PositionScene& scene);
 

@@ -42,33 +42,11 @@ protected:
     }
 };
 
-/// "lightGrayBackdrop" for "Light Gray".
-QString dotObjectName(const QString& title)
-{
-    QString name = title + QStringLiteral("Backdrop");
-    name.remove(QLatin1Char(' '));
-    name[0] = name[0].toLower();
-    return name;
-}
-
 } // namespace
 
 QColor backdropColor(PreviewBackdrop backdrop)
 {
-    const BackdropColors& colors = Theme::backdrops();
-    switch (backdrop) {
-    case PreviewBackdrop::black:
-        return colors.black;
-    case PreviewBackdrop::charcoal:
-        return colors.charcoal;
-    case PreviewBackdrop::gray:
-        return colors.gray;
-    case PreviewBackdrop::lightGray:
-        return colors.lightGray;
-    case PreviewBackdrop::white:
-        break;
-    }
-    return colors.white;
+    return Theme::backdrops().at(static_cast<int>(backdrop));
 }
 
 FooterFit fitFooter(int room, int name, const std::vector<int>& details, int backdropLabel, int gap)
@@ -105,7 +83,7 @@ void PreviewFooter::buildPager()
     pager_ = new QWidget(this);
     auto* row = new QHBoxLayout(pager_);
     row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(Space::iconEdge);
+    row->setSpacing(Space::group); // The arrows' focus ring needs it.
     auto* previous = new MirroredButton(pager_);
     QPushButton* model = makeIconButton(IconName::chevronRight, QStringLiteral("Next photo"), pager_);
     setButtonRole(previous, ButtonRole::flat);
@@ -132,22 +110,13 @@ void PreviewFooter::buildPager()
 
 void PreviewFooter::buildDots()
 {
-    dots_ = new QWidget(this);
-    dots_->setAccessibleName(QStringLiteral("Backdrop"));
-    auto* row = new QHBoxLayout(dots_);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(Space::rowGap);
-    for (std::size_t i = 0; i < dot_.size(); ++i) {
-        const PreviewBackdrop backdrop = CodedCases<PreviewBackdrop>::table[i].value;
-        const QString title = rawValue(backdrop);
-        dot_[i] = new BackdropDot(backdropColor(backdrop), title + QStringLiteral(" backdrop"), dots_);
-        dot_[i]->setObjectName(dotObjectName(title));
-        row->addWidget(dot_[i]);
-        connect(dot_[i], &QRadioButton::toggled, this, [this, backdrop](bool isChosen) {
-            if (isChosen)
-                emit backdropChosen(backdrop);
-        });
-    }
+    QStringList names;
+    for (const auto& entry : CodedCases<PreviewBackdrop>::table)
+        names << rawValue(entry.value);
+    dots_ = new BackdropDots(QStringLiteral("Backdrop"), names, this);
+    dots_->setObjectName(QStringLiteral("backdropDots"));
+    connect(dots_, &BackdropDots::indexChosen, this,
+            [this](int index) { emit backdropChosen(static_cast<PreviewBackdrop>(index)); });
 }
 
 void PreviewFooter::setPhoto(const QString& name, const std::vector<QString>& details)
@@ -161,12 +130,7 @@ void PreviewFooter::setPhoto(const QString& name, const std::vector<QString>& de
 
 void PreviewFooter::setBackdrop(PreviewBackdrop backdrop)
 {
-    for (std::size_t i = 0; i < dot_.size(); ++i)
-        if (CodedCases<PreviewBackdrop>::table[i].value == backdrop && !dot_[i]->isChecked()) {
-            const QSignalBlocker isNotAChoice(dot_[i]);
-            dot_[i]->setChecked(true);
-        }
-    dots_->update();
+    dots_->setCurrentIndex(static_cast<int>(backdrop));
 }
 
 void PreviewFooter::setPosition(int index, int count)

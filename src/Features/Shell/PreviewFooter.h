@@ -7,14 +7,13 @@
 #include <QString>
 #include <QWidget>
 
-#include <array>
 #include <vector>
 
 class QLabel;
 
 namespace ferrow {
 
-class BackdropDot;
+class BackdropDots;
 class ElidedLabel;
 
 [[nodiscard]] QColor backdropColor(PreviewBackdrop backdrop);
@@ -70,8 +69,7 @@ private:
     ElidedLabel* name_ = nullptr;
     QLabel* detail_ = nullptr;
     QLabel* backdropLabel_ = nullptr;
-    QWidget* dots_ = nullptr;
-    std::array<BackdropDot*, 5> dot_{};
+    BackdropDots* dots_ = nullptr;
     std::vector<QString> details_;
 };
 

@@ -2,11 +2,13 @@
 #include "Features/Shell/ShortcutList.h"
 
 #include "Shared/Widgets/FocusRing.h"
+#include "Shared/Widgets/SmallParts.h"
 #include "Shared/Widgets/Theme.h"
 
 #include <QFontMetrics>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QStyleOption>
 
 #include <algorithm>
 #include <utility>
@@ -57,14 +59,6 @@ void paintCap(QPainter& painter, const QRectF& cap, const QString& text)
     painter.setPen(themeColor(&ThemeColors::text));
     painter.setFont(capFont());
     painter.drawText(cap, Qt::AlignCenter, text);
-}
-
-void paintRowFocus(QPainter& painter, const QRectF& row)
-{
-    constexpr double half = Measure::focusWidth / 2.0;
-    painter.setPen(QPen(themeColor(&ThemeColors::accent), Measure::focusWidth));
-    painter.setBrush(Qt::NoBrush);
-    painter.drawRoundedRect(row.adjusted(half, half, -half, -half), Radius::control, Radius::control);
 }
 
 QString spokenCap(const QString& cap)
@@ -159,15 +153,16 @@ void ShortcutList::paintEvent(QPaintEvent*)
         painter.setFont(Theme::current().font(TextRole::body));
         painter.setPen(themeColor(&ThemeColors::text));
         painter.drawText(row.adjusted(rowInset, 0, -rowInset, 0), Qt::AlignVCenter | Qt::AlignLeading, shortcut.text);
-        if (i == current_ && hasFocus() && FocusRing::isKeyboardFocus())
-            paintRowFocus(painter, row);
+        if (i == current_) {
+            QStyleOption option;
+            option.initFrom(this);
+            paintRow(painter, row, option, false);
+        }
 
         int x = row.width() - rowInset - keysWidth(shortcut);
         const auto paintAt = [&](const QString& cap) {
-            QRect place(x, row.y() + (row.height() - height) / 2, capWidth(cap), height);
+            const QRect place(x, row.y() + (row.height() - height) / 2, capWidth(cap), height);
             x += place.width() + capGap;
-            if (layoutDirection() == Qt::RightToLeft)
-                place.moveLeft(width() - place.x() - place.width());
             paintCap(painter, place, cap);
         };
         for (const QKeySequence& keys : shortcut.keys) {

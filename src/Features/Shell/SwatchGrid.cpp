@@ -39,7 +39,6 @@ void SwatchGrid::setColor(const RGBAColor& color)
         current_ = int(*chosen_);
     notifyItemsChanged(this);
     update();
-    FocusRing::refresh(this);
 }
 
 QSize SwatchGrid::sizeHint() const
@@ -85,7 +84,6 @@ void SwatchGrid::moveTo(int index)
     notifyItemFocused(this, current_);
     emit chosen(namedColors[std::size_t(current_)]);
     update();
-    FocusRing::refresh(this);
 }
 
 void SwatchGrid::keyPressEvent(QKeyEvent* event)
@@ -121,16 +119,6 @@ void SwatchGrid::mouseMoveEvent(QMouseEvent* event)
 {
     const int index = indexAt(event->position());
     setToolTip(index < 0 ? QString() : namedColors[std::size_t(index)].displayName());
-}
-
-QRectF SwatchGrid::focusRect() const
-{
-    return swatch(current_);
-}
-
-double SwatchGrid::focusRadius() const
-{
-    return Radius::box;
 }
 
 void SwatchGrid::paintEvent(QPaintEvent*)

@@ -3,14 +3,13 @@
 
 #include "Features/Shell/PickedColor.h"
 #include "Shared/Widgets/AccessibleItems.h"
-#include "Shared/Widgets/FocusRing.h"
 
 #include <QWidget>
 
 namespace ferrow {
 
-/// The named colours, seven in a row. One tab stop; arrows choose at once.
-class SwatchGrid : public QWidget, public AccessibleItems, public FocusShape {
+/// The named colours, seven in a row. One tab stop, with the focus ring round all of them; arrows choose at once.
+class SwatchGrid : public QWidget, public AccessibleItems {
     Q_OBJECT
 
 public:
@@ -25,8 +24,6 @@ public:
     int itemCount() const override { return int(namedColors.size()); }
     AccessibleItem item(int index) const override;
     void pressItem(int index) override;
-    QRectF focusRect() const override;
-    double focusRadius() const override;
 
 signals:
     void chosen(const ferrow::NamedColor& color);

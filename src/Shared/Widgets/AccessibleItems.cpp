@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Shared/Widgets/AccessibleItems.h"
 
-#include "Shared/Widgets/ColorWell.h"
+#include "Shared/Widgets/Fold.h"
 #include "Shared/Widgets/Overlay.h"
-#include "Shared/Widgets/Section.h"
 #include "Shared/Widgets/SliderField.h"
 #include "Shared/Widgets/SmallParts.h"
 #include "Shared/Widgets/ValueSlider.h"
 
 #include <QAccessibleWidget>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVariant>
 
 #include <map>
 #include <memory>
@@ -170,24 +172,24 @@ public:
     }
 };
 
-/// Says that a section's header opens and closes something, and which it has done.
-class HeaderInterface : public QAccessibleWidget {
+/// Says that a button opens and closes something, and which it has done.
+class FoldInterface : public QAccessibleWidget {
 public:
-    explicit HeaderInterface(SectionHeader* header) : QAccessibleWidget(header, QAccessible::Button) {}
+    explicit FoldInterface(FoldButton* button) : QAccessibleWidget(button, QAccessible::Button) {}
 
     QAccessible::State state() const override
     {
         QAccessible::State state = QAccessibleWidget::state();
         state.expandable = true;
-        state.expanded = header()->isOpen();
-        state.collapsed = !header()->isOpen();
+        state.expanded = button()->isOpen();
+        state.collapsed = !button()->isOpen();
         return state;
     }
 
     QString text(QAccessible::Text kind) const override
     {
-        if (kind == QAccessible::Description && !header()->isOpen()) {
-            return header()->summary();
+        if (kind == QAccessible::Description && !button()->isOpen()) {
+            return button()->summary();
         }
         return QAccessibleWidget::text(kind);
     }
@@ -196,11 +198,11 @@ public:
 
     void doAction(const QString& action) override
     {
-        action == pressAction() ? header()->click() : QAccessibleWidget::doAction(action);
+        action == pressAction() ? button()->click() : QAccessibleWidget::doAction(action);
     }
 
 private:
-    [[nodiscard]] SectionHeader* header() const { return static_cast<SectionHeader*>(widget()); }
+    [[nodiscard]] FoldButton* button() const { return static_cast<FoldButton*>(widget()); }
 };
 
 /// Qt's own interface of a slider tells positions; this one tells the value.
@@ -237,8 +239,8 @@ QAccessibleInterface* interfaceFor(const QString&, QObject* object)
     if (auto* overlay = qobject_cast<Overlay*>(object)) {
         return new OverlayInterface(overlay);
     }
-    if (auto* header = qobject_cast<SectionHeader*>(object)) {
-        return new HeaderInterface(header);
+    if (auto* button = qobject_cast<FoldButton*>(object)) {
+        return new FoldInterface(button);
     }
     if (auto* slider = qobject_cast<ValueSlider*>(object)) {
         return new SliderInterface(slider);
@@ -279,8 +281,18 @@ void notifyItemFocused(QWidget* widget, int index)
 
 void announce(QWidget* widget, const QString& text)
 {
-    // This Qt has no announcements of its own; a changed description of what has the focus is what is read out.
-    widget->setAccessibleDescription(text);
+    QAccessibleInterface* speaker = QAccessible::isActive() ? QAccessible::queryAccessibleInterface(widget) : nullptr;
+    if (!speaker || text.isEmpty()) {
+        return;
+    }
+    // Qt before 6.8 has no announcements; what it would send goes over its own connection to assistive technology.
+    const QString object = QStringLiteral("/org/a11y/atspi/accessible/%1").arg(QAccessible::uniqueId(speaker));
+    const QDBusConnection bus(QStringLiteral("a11y"));
+    QDBusMessage announcement = QDBusMessage::createSignal(object, QStringLiteral("org.a11y.atspi.Event.Object"),
+                                                           QStringLiteral("Announcement"));
+    constexpr int polite = 1; // After what is being said.
+    announcement << QString() << polite << 0 << QVariant::fromValue(QDBusVariant(text)) << QVariantMap();
+    bus.send(announcement);
 }
 
 void installAccessibility()

@@ -39,8 +39,7 @@ void ElidedLabel::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     painter.setPen(palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled, foregroundRole()));
-    const Qt::Alignment shownAlignment = QStyle::visualAlignment(layoutDirection(), alignment());
-    painter.drawText(contentsRect(), static_cast<int>(shownAlignment) | Qt::TextSingleLine, shownText());
+    painter.drawText(contentsRect(), static_cast<int>(alignment()) | Qt::TextSingleLine, shownText());
 }
 
 bool ElidedLabel::event(QEvent* event)

@@ -4,6 +4,7 @@
 #include "Shared/Widgets/AccessibleItems.h"
 #include "Shared/Widgets/FillFade.h"
 #include "Shared/Widgets/FocusRing.h"
+#include "Shared/Widgets/InputRules.h"
 #include "Shared/Widgets/StyleDrawing.h"
 #include "Shared/Widgets/StyleParts.h"
 
@@ -132,6 +133,7 @@ void FerrowStyle::install(QApplication& application)
     installAccessibility();
     Theme::current().renewApplication();
     FocusRing::install();
+    installKeyRules(application);
 }
 
 QPalette FerrowStyle::standardPalette() const
@@ -310,8 +312,7 @@ QRect FerrowStyle::subControlRect(ComplexControl control, const QStyleOptionComp
                                   const QWidget* widget) const
 {
     if (control == CC_ComboBox && subControl == SC_ComboBoxEditField) {
-        const QRect rect = option->rect.adjusted(fieldPadding, 1, -(8 + 16 + 4), -1);
-        return visualRect(option->direction, option->rect, rect);
+        return option->rect.adjusted(fieldPadding, 1, -(8 + 16 + 4), -1);
     }
     if (control == CC_SpinBox) {
         const bool isArrow = subControl == SC_SpinBoxUp || subControl == SC_SpinBoxDown;
@@ -405,6 +406,7 @@ int FerrowStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWi
     case SH_MenuBar_MouseTracking:
         return true;
     case SH_SpinBox_AnimateButton:
+    case SH_ComboBox_AllowWheelScrolling: // A pane that is scrolled would choose in passing.
         return false;
     default:
         return QProxyStyle::styleHint(hint, option, widget, returned);
@@ -422,9 +424,12 @@ void FerrowStyle::polish(QWidget* widget)
         // Enter presses the focused button everywhere, not only in dialogs.
         button->setAutoDefault(true);
     }
-    if (auto* box = qobject_cast<QComboBox*>(widget); box && box->view()->accessibleName().isEmpty()) {
+    if (auto* box = qobject_cast<QComboBox*>(widget)) {
+        box->setFocusPolicy(Qt::StrongFocus); // Not by the wheel.
         // On this platform Qt calls the box by its current text; the list tells what it is about.
-        box->view()->setAccessibleName(box->accessibleName());
+        if (box->view()->accessibleName().isEmpty()) {
+            box->view()->setAccessibleName(box->accessibleName());
+        }
     }
     if (widget->inherits(comboPopup)) {
         // Its list would cover the edge.

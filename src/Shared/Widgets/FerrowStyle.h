@@ -10,6 +10,7 @@ namespace ferrow {
 
 enum class ButtonRole {
     standard,    ///< Filled grey.
+    raised,      ///< Filled like a card: on rows that are grey or tinted themselves.
     main,        ///< Ink: the one button that a view leads to.
     flat,        ///< No fill at rest: icon buttons, toolbar.
     destructive, ///< Filled grey, its text in the colour of errors.

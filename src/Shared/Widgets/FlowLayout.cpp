@@ -91,7 +91,6 @@ void FlowLayout::setGeometry(const QRect& rect)
 int FlowLayout::arrange(const QRect& rect, bool apply) const
 {
     const QRect inside = rect.marginsRemoved(contentsMargins());
-    const Qt::LayoutDirection direction = parentWidget() ? parentWidget()->layoutDirection() : Qt::LeftToRight;
     int x = inside.left();
     int y = inside.top();
     int lineHeight = 0;
@@ -108,7 +107,7 @@ int FlowLayout::arrange(const QRect& rect, bool apply) const
             lineHeight = 0;
         }
         if (apply) {
-            item->setGeometry(QStyle::visualRect(direction, inside, QRect(x, y, width, height)));
+            item->setGeometry(QRect(x, y, width, height));
         }
         x += width + gap_;
         lineHeight = std::max(lineHeight, height);

@@ -4,7 +4,6 @@
 #include "Shared/Widgets/StyleDrawing.h"
 #include "Shared/Widgets/Theme.h"
 
-#include <QAbstractItemView>
 #include <QAbstractScrollArea>
 #include <QAbstractSpinBox>
 #include <QApplication>
@@ -14,6 +13,7 @@
 #include <QLineEdit>
 #include <QPainter>
 #include <QRadioButton>
+#include <QScrollArea>
 #include <QStyleOptionButton>
 
 #include <algorithm>
@@ -101,8 +101,8 @@ Shape shapeOf(const QWidget* widget)
 bool isPage(const QWidget* widget)
 {
     const QWidget* viewport = widget->parentWidget();
-    const auto* area = viewport ? qobject_cast<QAbstractScrollArea*>(viewport->parentWidget()) : nullptr;
-    return (area && area->viewport() == viewport) || widget->property("ferrowCard").toBool();
+    const auto* area = viewport ? qobject_cast<QScrollArea*>(viewport->parentWidget()) : nullptr;
+    return (area && area->widget() == widget) || widget->property("ferrowCard").toBool();
 }
 
 QWidget* hostOf(const QWidget* target)
@@ -170,6 +170,7 @@ bool FocusRing::eventFilter(QObject* watched, QEvent* event)
         noteFocus(static_cast<QFocusEvent*>(event)->reason());
         break;
     case QEvent::KeyPress:
+    case QEvent::ShortcutOverride: // A key that a shortcut takes comes as nothing else.
         if (showsFocus(static_cast<QKeyEvent*>(event)->key())) {
             lastInputWasKey_ = true;
             setByKeyboard(true);

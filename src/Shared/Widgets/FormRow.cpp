@@ -32,7 +32,8 @@ FormRow::FormRow(const QString& label, QWidget* control, QWidget* parent)
     label_->setWordWrap(true);
     label_->setBuddy(control_->focusProxy() ? control_->focusProxy() : control_);
     setLabelWidth(Measure::formLabel);
-    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    // A message that wraps needs more than the hint, which is made for its longest line.
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     followErrors();
 }
 

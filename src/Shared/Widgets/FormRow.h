@@ -10,8 +10,8 @@ class QLabel;
 
 namespace ferrow {
 
-/// One row of a form: a label column and the control. A control's `errorChanged(QString)` (NumberField, SliderField,
-/// ColorWell) shows under it by itself.
+/// One row of a form: a label column and the control, as high as its message makes it. A control's
+/// `errorChanged(QString)` (NumberField, SliderField, ColorWell) shows under it by itself.
 class FormRow : public QWidget {
     Q_OBJECT
 

@@ -2,6 +2,7 @@
 #include "Shared/Widgets/NumberField.h"
 
 #include "Platform/Base/Localization.h"
+#include "Shared/Widgets/InputRules.h"
 #include "Shared/Widgets/Theme.h"
 
 #include <QKeyEvent>
@@ -143,7 +144,7 @@ void NumberField::keyPressEvent(QKeyEvent* event)
 
 void NumberField::wheelEvent(QWheelEvent* event)
 {
-    if (!hasFocus()) {
+    if (!wheelIsFor(*this, *event)) {
         event->ignore();
         return;
     }
@@ -164,7 +165,7 @@ void NumberField::paintEvent(QPaintEvent* event)
     const QRect inside = style()->subElementRect(QStyle::SE_LineEditContents, &option, this).adjusted(2, 0, -2, 0);
     QPainter painter(this);
     painter.setPen(themeColor(isEnabled() ? &ThemeColors::text2 : &ThemeColors::disabled));
-    painter.drawText(inside, Qt::AlignVCenter | (isRightToLeft() ? Qt::AlignLeft : Qt::AlignRight), format_.unit);
+    painter.drawText(inside, Qt::AlignVCenter | Qt::AlignRight, format_.unit);
 }
 
 void NumberField::changeEvent(QEvent* event)
@@ -178,7 +179,7 @@ void NumberField::changeEvent(QEvent* event)
 void NumberField::updateMargins()
 {
     const int unit = format_.unit.isEmpty() ? 0 : fontMetrics().horizontalAdvance(format_.unit) + unitGap;
-    isRightToLeft() ? setTextMargins(unit, 0, 0, 0) : setTextMargins(0, 0, unit, 0);
+    setTextMargins(0, 0, unit, 0);
 }
 
 QSize NumberField::sizeHint() const

@@ -73,6 +73,12 @@ void Overlay::open(QWidget* firstFocus)
     if (open_) {
         return;
     }
+    // Under a sheet nothing lies that a press outside would close.
+    for (Overlay* below = topmost(this);
+         shortcuts_ == WindowShortcuts::rest && below && below->outside_ == OutsidePress::closes;
+         below = topmost(this)) {
+        below->dismiss();
+    }
     if (!returnFocus_) {
         returnFocus_ = window()->focusWidget();
     }
@@ -246,7 +252,7 @@ void Overlay::keyPressEvent(QKeyEvent* event)
 {
     switch (event->key()) {
     case Qt::Key_Escape:
-        handleEscape();
+        dismiss();
         break;
     case Qt::Key_Return:
     case Qt::Key_Enter:

@@ -55,7 +55,6 @@ protected:
     [[nodiscard]] virtual QRect cardRect() const = 0;
     /// Everything but the content.
     virtual void paintGround(QPainter& painter) const = 0;
-    virtual void handleEscape() { dismiss(); }
     /// Enter that nobody inside used. False passes it on.
     virtual bool handleEnter() { return false; }
     virtual void aboutToOpen() {}

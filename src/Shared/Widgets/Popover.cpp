@@ -63,7 +63,8 @@ QRect Popover::cardRect() const
         return widget ? QRect(widget->mapTo(parentWidget(), QPoint()), widget->size()) : QRect();
     };
     const QRect pane = inWindow(pane_);
-    const int width = pane_ ? std::min(widest, pane.width() - 2 * paneInset) : width_;
+    const Theme& theme = Theme::current();
+    const int width = pane_ ? std::min(theme.scaled(widest), pane.width() - 2 * paneInset) : theme.scaled(width_);
     const int natural =
         body_->hasHeightForWidth() ? body_->totalHeightForWidth(width) : body_->totalSizeHint().height();
     const int height = std::min(natural, parentWidget()->height() - 2 * windowInset);
@@ -76,6 +77,12 @@ void Popover::paintGround(QPainter& painter) const
     paintShadow(painter, rect, ShadowKind::popover);
     StyleDrawing::paintBox(painter, rect, Radius::popover, themeColor(&ThemeColors::raised),
                            themeColor(&ThemeColors::popoverEdge));
+}
+
+bool Popover::handleEnter()
+{
+    dismiss();
+    return true;
 }
 
 void Popover::aboutToOpen()

@@ -30,6 +30,8 @@ public:
 protected:
     QRect cardRect() const override;
     void paintGround(QPainter& painter) const override;
+    /// What was chosen counts already.
+    bool handleEnter() override;
     void aboutToOpen() override;
     void aboutToClose() override;
 

@@ -5,13 +5,8 @@
 #include "Shared/Widgets/SmallParts.h"
 #include "Shared/Widgets/ToggleSwitch.h"
 
-#include <QAccessible>
 #include <QPainter>
-#include <QStyle>
 #include <QVBoxLayout>
-#include <QVariantAnimation>
-
-#include <utility>
 
 namespace ferrow {
 
@@ -24,23 +19,10 @@ constexpr int ringInset = 8;
 
 } // namespace
 
-SectionHeader::SectionHeader(const QString& title, QWidget* parent) : QPushButton(title, parent)
+SectionHeader::SectionHeader(const QString& title, QWidget* parent) : FoldButton(title, parent)
 {
     setAccessibleName(title);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-}
-
-void SectionHeader::setOpen(bool open)
-{
-    if (std::exchange(open_, open) == open) {
-        return;
-    }
-    update();
-    QAccessible::State changed;
-    changed.expanded = true;
-    changed.collapsed = true;
-    QAccessibleStateChangeEvent event(this, changed);
-    QAccessible::updateAccessibility(&event);
 }
 
 void SectionHeader::setSummary(const QString& summary)
@@ -62,66 +44,43 @@ QSize SectionHeader::sizeHint() const
 
 QRectF SectionHeader::focusRect() const
 {
-    const QRect inside = rect().adjusted(ringInset, ringInset, -ringInset - reserved_, -ringInset);
-    return QStyle::visualRect(layoutDirection(), rect(), inside);
-}
-
-double SectionHeader::focusRadius() const
-{
-    return Radius::control;
+    return rect().adjusted(ringInset, ringInset, -ringInset - reserved_, -ringInset);
 }
 
 void SectionHeader::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     const ThemeColors& colors = Theme::current().colors();
-    const auto placed = [this](const QRect& part) { return QStyle::visualRect(layoutDirection(), rect(), part); };
     const QColor ink = isEnabled() ? colors.text : colors.disabled;
     const QRect mark(chevronLeft, 0, chevron, height());
-    paintIcon(painter, open_ ? IconName::chevronDown : IconName::chevronRight, placed(mark), chevron, ink);
+    paintIcon(painter, isOpen() ? IconName::chevronDown : IconName::chevronRight, mark, chevron, ink);
 
-    const Qt::Alignment start = isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft;
-    const Qt::Alignment end = isRightToLeft() ? Qt::AlignLeft : Qt::AlignRight;
     painter.setFont(Theme::current().font(TextRole::section));
     painter.setPen(ink);
     const int titleWidth = painter.fontMetrics().horizontalAdvance(text());
-    painter.drawText(placed(QRect(titleLeft, 0, titleWidth + 1, height())), Qt::AlignVCenter | start, text());
-    if (open_ || summary_.isEmpty()) {
+    painter.drawText(QRect(titleLeft, 0, titleWidth + 1, height()), Qt::AlignVCenter | Qt::AlignLeft, text());
+    if (isOpen() || summary_.isEmpty()) {
         return;
     }
     const int left = titleLeft + titleWidth + Space::row;
     const QRect room(left, 0, width() - Space::inspector - reserved_ - left, height());
     painter.setFont(Theme::current().font(TextRole::small));
     painter.setPen(isEnabled() ? colors.text2 : colors.disabled);
-    painter.drawText(placed(room), Qt::AlignVCenter | end,
+    painter.drawText(room, Qt::AlignVCenter | Qt::AlignRight,
                      painter.fontMetrics().elidedText(summary_, Qt::ElideRight, room.width()));
 }
 
 Section::Section(const QString& title, QWidget* parent)
-    : QWidget(parent), header_(new SectionHeader(title, this)), clip_(new QWidget(this)), content_(new QWidget(clip_)),
-      body_(new QVBoxLayout(content_)), animation_(new QVariantAnimation(this))
+    : QWidget(parent), header_(new SectionHeader(title, this)), fold_(new Fold(header_, this))
 {
-    body_->setContentsMargins(Space::inspector, 0, Space::inspector, Space::inspector);
-    body_->setSpacing(Space::row);
-
-    auto* clipLayout = new QVBoxLayout(clip_);
-    clipLayout->setContentsMargins(0, 0, 0, 0);
-    clipLayout->setSizeConstraint(QLayout::SetNoConstraint);
-    clipLayout->addWidget(content_);
-
+    body()->setContentsMargins(Space::inspector, 0, Space::inspector, Space::inspector);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addWidget(header_);
-    layout->addWidget(clip_);
+    layout->addWidget(fold_);
     layout->addWidget(new HairLine(Qt::Horizontal, this));
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-
-    animation_->setEasingCurve(QEasingCurve::OutCubic);
-    connect(header_, &QPushButton::clicked, this, [this] { unfold(!expanded_); });
-    connect(animation_, &QVariantAnimation::valueChanged, this,
-            [this](const QVariant& height) { clip_->setFixedHeight(height.toInt()); });
-    connect(animation_, &QVariantAnimation::finished, this, &Section::finishUnfolding);
 }
 
 ToggleSwitch* Section::addSwitch(const QString& name)
@@ -140,53 +99,6 @@ void Section::setSummary(const QString& summary)
     header_->setSummary(summary);
 }
 
-void Section::setExpanded(bool expanded)
-{
-    animation_->stop();
-    const bool isChange = std::exchange(expanded_, expanded) != expanded;
-    header_->setOpen(expanded);
-    finishUnfolding();
-    if (isChange) {
-        emit expandedChanged(expanded);
-    }
-}
-
-int Section::contentHeight() const
-{
-    return body_->hasHeightForWidth() ? body_->heightForWidth(width()) : body_->sizeHint().height();
-}
-
-void Section::unfold(bool expanded)
-{
-    const int duration = Theme::current().duration(Motion::unfold);
-    if (duration == 0 || !isVisible()) {
-        setExpanded(expanded);
-        return;
-    }
-    const int from = clip_->isVisible() ? clip_->height() : 0;
-    animation_->stop();
-    expanded_ = expanded;
-    header_->setOpen(expanded);
-    // The content keeps its height while the clip over it moves.
-    content_->setFixedHeight(contentHeight());
-    clip_->setFixedHeight(from);
-    clip_->show();
-    animation_->setDuration(duration);
-    animation_->setStartValue(from);
-    animation_->setEndValue(expanded ? contentHeight() : 0);
-    animation_->start();
-    emit expandedChanged(expanded);
-}
-
-void Section::finishUnfolding()
-{
-    clip_->setVisible(expanded_);
-    for (QWidget* widget : {clip_, content_}) {
-        widget->setMinimumHeight(0);
-        widget->setMaximumHeight(QWIDGETSIZE_MAX);
-    }
-}
-
 void Section::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
@@ -200,9 +112,8 @@ void Section::placeSwitch()
     }
     const QSize size = switch_->sizeHint();
     const int headerHeight = header_->sizeHint().height();
-    const QRect place(width() - Space::inspector - size.width(), (headerHeight - size.height()) / 2, size.width(),
-                      size.height());
-    switch_->setGeometry(QStyle::visualRect(layoutDirection(), rect(), place));
+    switch_->setGeometry(width() - Space::inspector - size.width(), (headerHeight - size.height()) / 2, size.width(),
+                         size.height());
     switch_->raise();
 }
 

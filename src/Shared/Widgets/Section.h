@@ -1,34 +1,25 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Shared/Widgets/FocusRing.h"
-
-#include <QPushButton>
-#include <QWidget>
-
-class QVBoxLayout;
-class QVariantAnimation;
+#include "Shared/Widgets/Fold.h"
 
 namespace ferrow {
 
 class ToggleSwitch;
 
 /// The header of a section: chevron, title and, while closed, a summary. Enter and Space open and close it.
-class SectionHeader : public QPushButton, public FocusShape {
+class SectionHeader : public FoldButton {
     Q_OBJECT
 
 public:
     explicit SectionHeader(const QString& title, QWidget* parent = nullptr);
 
-    [[nodiscard]] bool isOpen() const { return open_; }
-    void setOpen(bool open);
-    [[nodiscard]] QString summary() const { return summary_; }
+    [[nodiscard]] QString summary() const override { return summary_; }
     void setSummary(const QString& summary);
     /// Pixels on the right that belong to the switch.
     void setReservedWidth(int width);
     QSize sizeHint() const override;
     QRectF focusRect() const override;
-    double focusRadius() const override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -36,7 +27,6 @@ protected:
 private:
     QString summary_;
     int reserved_ = 0;
-    bool open_ = true;
 };
 
 /// A part of the inspector that folds: header of 48, body with rows 12 apart, a hairline at the end.
@@ -47,7 +37,7 @@ public:
     explicit Section(const QString& title, QWidget* parent = nullptr);
 
     /// Where rows go: `section->body()->addWidget(new FormRow(…))`.
-    [[nodiscard]] QVBoxLayout* body() const { return body_; }
+    [[nodiscard]] QVBoxLayout* body() const { return fold_->rows(); }
     [[nodiscard]] SectionHeader* header() const { return header_; }
 
     /// A switch at the header's end, a tab stop of its own, usable while closed. Made by the first call.
@@ -57,29 +47,18 @@ public:
     /// Shown in the header while closed; elided at its end.
     void setSummary(const QString& summary);
 
-    [[nodiscard]] bool isExpanded() const { return expanded_; }
     /// At once; the user's own opening and closing is animated.
-    void setExpanded(bool expanded);
-
-signals:
-    void expandedChanged(bool expanded);
+    void setExpanded(bool expanded) { fold_->setOpen(expanded); }
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
-    void unfold(bool expanded);
-    void finishUnfolding();
-    [[nodiscard]] int contentHeight() const;
     void placeSwitch();
 
     SectionHeader* header_ = nullptr;
     ToggleSwitch* switch_ = nullptr;
-    QWidget* clip_ = nullptr;
-    QWidget* content_ = nullptr;
-    QVBoxLayout* body_ = nullptr;
-    QVariantAnimation* animation_ = nullptr;
-    bool expanded_ = true;
+    Fold* fold_ = nullptr;
 };
 
 } // namespace ferrow

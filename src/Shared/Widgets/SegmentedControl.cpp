@@ -97,7 +97,7 @@ std::vector<QRect> SegmentedControl::rects() const
         const int spare = (width() - natural) * (i + 1) / count() - (width() - natural) * i / count();
         const int end = equalFits ? width() * (i + 1) / count() : x + widths[static_cast<std::size_t>(i)] + spare;
         const QRect rect(x, 0, end - x, height());
-        rects.push_back(isRightToLeft() ? QRect(width() - end, 0, rect.width(), height()) : rect);
+        rects.push_back(rect);
         x = end;
     }
     return rects;
@@ -154,14 +154,11 @@ void SegmentedControl::keyPressEvent(QKeyEvent* event)
         }
         return index;
     };
-    const int forward = isRightToLeft() ? -1 : 1;
     switch (event->key()) {
     case Qt::Key_Right:
-        return choose(nextEnabled(current_ + forward, forward));
-    case Qt::Key_Left:
-        return choose(nextEnabled(current_ - forward, -forward));
     case Qt::Key_Down:
         return choose(nextEnabled(current_ + 1, 1));
+    case Qt::Key_Left:
     case Qt::Key_Up:
         return choose(nextEnabled(current_ - 1, -1));
     case Qt::Key_Home:

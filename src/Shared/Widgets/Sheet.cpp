@@ -6,9 +6,11 @@
 #include "Shared/Widgets/StyleDrawing.h"
 
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPainter>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -88,12 +90,6 @@ void Sheet::buildFoot()
     layout->addLayout(verbs_);
 }
 
-void Sheet::setTitle(const QString& title)
-{
-    title_->setText(title);
-    setAccessibleName(title);
-}
-
 void Sheet::setSubtitle(const QString& subtitle)
 {
     subtitle_->setText(subtitle);
@@ -144,7 +140,7 @@ QPushButton* Sheet::setMainButton(const QString& text)
 QRect Sheet::cardRect() const
 {
     const QSize window = parentWidget()->size();
-    const int width = std::min(width_, window.width() - 2 * sideMargin);
+    const int width = std::min(Theme::current().scaled(width_), window.width() - 2 * sideMargin);
     const int natural = heightOf(head_, width) + heightOf(page_, width) + 1 + heightOf(foot_, width);
     const int height = std::min(natural, window.height() - windowMargins);
     const int top =
@@ -179,6 +175,17 @@ void Sheet::aboutToOpen()
             last = button ? button : last;
         }
     }
+}
+
+void Sheet::keyPressEvent(QKeyEvent* event)
+{
+    QScrollBar* bar = scroll_->verticalScrollBar();
+    if (event->key() == Qt::Key_PageUp) {
+        bar->triggerAction(QAbstractSlider::SliderPageStepSub);
+    } else if (event->key() == Qt::Key_PageDown) {
+        bar->triggerAction(QAbstractSlider::SliderPageStepAdd);
+    }
+    Overlay::keyPressEvent(event);
 }
 
 bool Sheet::handleEnter()

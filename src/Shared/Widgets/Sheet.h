@@ -22,7 +22,6 @@ public:
     /// Lives in `window`'s top-level window.
     Sheet(QWidget* window, const QString& title);
 
-    void setTitle(const QString& title);
     /// Under the title, in the second text colour; empty for none.
     void setSubtitle(const QString& subtitle);
     /// 600 from the start; 640 at most for lists.
@@ -50,6 +49,8 @@ protected:
     void paintGround(QPainter& painter) const override;
     bool handleEnter() override;
     void aboutToOpen() override;
+    /// Page Up and Page Down scroll the body from wherever the focus is.
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     void buildHead(const QString& title);

@@ -2,14 +2,18 @@
 #include "Shared/Widgets/SmallParts.h"
 
 #include "Shared/Widgets/FerrowStyle.h"
+#include "Shared/Widgets/FocusRing.h"
+#include "Shared/Widgets/InputRules.h"
 #include "Shared/Widgets/StyleDrawing.h"
 
+#include <QApplication>
 #include <QEvent>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QScrollBar>
-#include <QStyleOptionButton>
+#include <QStyleOption>
 #include <QVariantAnimation>
+#include <QWheelEvent>
 
 #include <algorithm>
 
@@ -30,10 +34,7 @@ QSize HairLine::sizeHint() const
 void HairLine::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    const double thickness = 1 / devicePixelRatioF();
-    const QRectF line =
-        orientation_ == Qt::Horizontal ? QRectF(0, 0, width(), thickness) : QRectF(0, 0, thickness, height());
-    painter.fillRect(line, themeColor(&ThemeColors::line));
+    painter.fillRect(rect(), themeColor(&ThemeColors::line));
 }
 
 IconLabel::IconLabel(IconName name, int size, ColorRole color, QWidget* parent)
@@ -67,47 +68,36 @@ constexpr int dot = 14;
 
 } // namespace
 
-BackdropDot::BackdropDot(const QColor& color, const QString& name, QWidget* parent)
-    : QRadioButton(parent), color_(color)
+BackdropDots::BackdropDots(const QString& name, const QStringList& names, QWidget* parent)
+    : ChoiceStrip(name, names, parent)
 {
-    setAccessibleName(name);
-    setToolTip(name);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
 
-QSize BackdropDot::sizeHint() const
+QSize BackdropDots::sizeHint() const
 {
-    return QSize(Measure::hitArea, Measure::hitArea);
+    return QSize(itemRect(itemCount() - 1).right() + 1, Measure::hitArea);
 }
 
-QRectF BackdropDot::focusRect() const
+QRect BackdropDots::itemRect(int index) const
 {
-    // Outside the mark of the chosen one.
-    const double side = isChecked() ? dot + 8 : dot;
-    return QRectF((width() - side) / 2, (height() - side) / 2, side, side);
+    return QRect(index * (Measure::hitArea + Space::rowGap), 0, Measure::hitArea, Measure::hitArea);
 }
 
-double BackdropDot::focusRadius() const
-{
-    return focusRect().width() / 2;
-}
-
-void BackdropDot::paintEvent(QPaintEvent*)
+void BackdropDots::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    const QRectF circle((width() - dot) / 2.0, (height() - dot) / 2.0, dot, dot);
     painter.setOpacity(isEnabled() ? 1 : disabledOpacity);
-    const QColor edge = themeColor(underMouse() ? &ThemeColors::text : &ThemeColors::border);
-    StyleDrawing::paintBox(painter, circle, dot / 2.0, color_, edge);
-    if (isChecked()) {
-        StyleDrawing::paintBox(painter, circle.adjusted(-4, -4, 4, 4), dot, Qt::transparent,
-                               themeColor(&ThemeColors::accent), 2);
+    for (int i = 0; i < itemCount(); ++i) {
+        QRectF circle(0, 0, dot, dot);
+        circle.moveCenter(QRectF(itemRect(i)).center());
+        const QColor edge = themeColor(i == hovered() ? &ThemeColors::text : &ThemeColors::border);
+        StyleDrawing::paintBox(painter, circle, dot / 2.0, Theme::backdrops().at(i), edge);
+        if (i == currentIndex()) {
+            StyleDrawing::paintBox(painter, circle.adjusted(-4, -4, 4, 4), dot, Qt::transparent,
+                                   themeColor(&ThemeColors::accent), 2);
+        }
     }
-}
-
-bool BackdropDot::hitButton(const QPoint& point) const
-{
-    return rect().contains(point);
 }
 
 Checkbox16::Checkbox16(const QString& name, QWidget* parent) : QCheckBox(parent)
@@ -212,20 +202,84 @@ void ProgressLine::hideEvent(QHideEvent* event)
     updateSweep();
 }
 
-ScrollPane::ScrollPane(QWidget* parent) : QScrollArea(parent), bar_(new QScrollBar(Qt::Vertical, this))
+void paintRow(QPainter& painter, const QRectF& row, const QStyleOption& option, bool isHovered)
+{
+    const bool isSelected = option.state & QStyle::State_Selected;
+    if (isSelected || isHovered) {
+        StyleDrawing::paintBox(painter, row, Radius::row,
+                               themeColor(isSelected ? &ThemeColors::selection : &ThemeColors::fill));
+    }
+    if (option.state & QStyle::State_HasFocus && FocusRing::isKeyboardFocus()) {
+        StyleDrawing::paintBox(painter, row, Radius::row, Qt::transparent, themeColor(&ThemeColors::accent),
+                               Measure::focusWidth);
+    }
+}
+
+namespace {
+
+/// Shows what the area's own bar, which is hidden, says.
+class OverlayBar : public QScrollBar {
+public:
+    explicit OverlayBar(QAbstractScrollArea* area)
+        : QScrollBar(Qt::Vertical, area), area_(area), inner_(area->verticalScrollBar())
+    {
+        area->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        area->installEventFilter(this);
+        setFocusPolicy(Qt::NoFocus);
+        setAccessibleName(QStringLiteral("Scroll"));
+        connect(inner_, &QScrollBar::rangeChanged, this, &OverlayBar::place);
+        connect(inner_, &QScrollBar::valueChanged, this, &QScrollBar::setValue);
+        connect(this, &QScrollBar::valueChanged, inner_, &QScrollBar::setValue);
+        place();
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::Resize || event->type() == QEvent::Show) {
+            place();
+        }
+        return QScrollBar::eventFilter(watched, event);
+    }
+
+private:
+    void place()
+    {
+        setRange(inner_->minimum(), inner_->maximum());
+        setPageStep(inner_->pageStep());
+        setSingleStep(inner_->singleStep());
+        setValue(inner_->value());
+        const int width = sizeHint().width();
+        setGeometry(area_->width() - width, 0, width, area_->height());
+        setVisible(inner_->maximum() > inner_->minimum());
+        raise();
+    }
+
+    QAbstractScrollArea* area_;
+    QScrollBar* inner_;
+};
+
+} // namespace
+
+void overlayScrollBar(QAbstractScrollArea* area)
+{
+    new OverlayBar(area);
+}
+
+ScrollPane::ScrollPane(QWidget* parent) : QScrollArea(parent)
 {
     setFrameShape(QFrame::NoFrame);
     setWidgetResizable(true);
     setFocusPolicy(Qt::NoFocus);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     viewport()->setAutoFillBackground(false);
-    QScrollBar* inner = verticalScrollBar();
-    connect(inner, &QScrollBar::rangeChanged, this, &ScrollPane::placeBar);
-    connect(inner, &QScrollBar::valueChanged, bar_, &QScrollBar::setValue);
-    connect(bar_, &QScrollBar::valueChanged, inner, &QScrollBar::setValue);
-    bar_->setFocusPolicy(Qt::NoFocus);
-    bar_->setAccessibleName(QStringLiteral("Scroll"));
+    overlayScrollBar(this);
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) { showFocused(now); });
+}
+
+ScrollPane::~ScrollPane()
+{
+    // The page loses the focus while it is deleted, and by then this is no pane any more.
+    qApp->disconnect(this);
 }
 
 void ScrollPane::setPage(QWidget* page)
@@ -236,10 +290,18 @@ void ScrollPane::setPage(QWidget* page)
     page->installEventFilter(this);
 }
 
-void ScrollPane::resizeEvent(QResizeEvent* event)
+/// Also where the focus came from outside of the pane. What was clicked stays under the pointer.
+void ScrollPane::showFocused(QWidget* focused)
 {
-    QScrollArea::resizeEvent(event);
-    placeBar();
+    if (focused && widget() && widget()->isAncestorOf(focused) && FocusRing::isKeyboardFocus()) {
+        ensureWidgetVisible(focused, 0, Space::sheet);
+    }
+}
+
+void ScrollPane::wheelEvent(QWheelEvent* event)
+{
+    noteScrolling(*event);
+    QScrollArea::wheelEvent(event);
 }
 
 bool ScrollPane::eventFilter(QObject* watched, QEvent* event)
@@ -248,20 +310,6 @@ bool ScrollPane::eventFilter(QObject* watched, QEvent* event)
         updateGeometry();
     }
     return QScrollArea::eventFilter(watched, event);
-}
-
-void ScrollPane::placeBar()
-{
-    const QScrollBar* inner = verticalScrollBar();
-    bar_->setRange(inner->minimum(), inner->maximum());
-    bar_->setPageStep(inner->pageStep());
-    bar_->setSingleStep(inner->singleStep());
-    bar_->setValue(inner->value());
-    const int width = bar_->sizeHint().width();
-    const int left = isRightToLeft() ? 0 : this->width() - width;
-    bar_->setGeometry(left, 0, width, height());
-    bar_->setVisible(inner->maximum() > inner->minimum());
-    bar_->raise();
 }
 
 } // namespace ferrow

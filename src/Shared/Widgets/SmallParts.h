@@ -1,22 +1,21 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Shared/Widgets/FocusRing.h"
+#include "Shared/Widgets/ChoiceStrip.h"
 #include "Shared/Widgets/Icons.h"
 
 #include <QCheckBox>
-#include <QColor>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QRadioButton>
 #include <QScrollArea>
 #include <QWidget>
 
+class QStyleOption;
 class QVariantAnimation;
 
 namespace ferrow {
 
-/// A line one device pixel thick at any scale.
+/// A line of one logical pixel, like all that part panes, rows of menus and the splitter's columns.
 class HairLine : public QWidget {
     Q_OBJECT
 
@@ -49,25 +48,18 @@ private:
     ColorRole color_;
 };
 
-/// A backdrop to choose: a dot of 14 in a target of 24. Dots of one parent exclude each other; arrows move between
-/// them.
-class BackdropDot : public QRadioButton, public FocusShape {
+/// The backdrops as dots of 14 in targets of 24.
+class BackdropDots : public ChoiceStrip {
     Q_OBJECT
 
 public:
-    /// `name` is tooltip and accessible name: "Light Gray".
-    BackdropDot(const QColor& color, const QString& name, QWidget* parent = nullptr);
-
+    /// `names` in the order of Theme::backdrops.
+    BackdropDots(const QString& name, const QStringList& names, QWidget* parent = nullptr);
     QSize sizeHint() const override;
-    QRectF focusRect() const override;
-    double focusRadius() const override;
 
 protected:
+    QRect itemRect(int index) const override;
     void paintEvent(QPaintEvent* event) override;
-    bool hitButton(const QPoint& point) const override;
-
-private:
-    QColor color_;
 };
 
 /// A check box whose box alone stands for it (list headers): `name` is for assistive technology. With a text it is a
@@ -118,23 +110,29 @@ private:
     QVariantAnimation* sweep_ = nullptr;
 };
 
-/// Scrolls upright only. Its bar of 6 lies over the right inset of the page, so that nothing shifts when it comes.
+/// Lays a bar of 6 over the right edge of what scrolls, so that nothing shifts when it comes.
+void overlayScrollBar(QAbstractScrollArea* area);
+
+/// Scrolls upright only, with its bar over the right inset of the page. Follows the focus of the keyboard.
 class ScrollPane : public QScrollArea {
     Q_OBJECT
 
 public:
     explicit ScrollPane(QWidget* parent = nullptr);
+    ~ScrollPane() override;
     /// The page is as wide as the pane and as high as it asks to be.
     void setPage(QWidget* page);
 
 protected:
-    void resizeEvent(QResizeEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void placeBar();
-    QScrollBar* bar_ = nullptr;
+    void showFocused(QWidget* focused);
 };
+
+/// Ground and focus ring of a row of a list.
+void paintRow(QPainter& painter, const QRectF& row, const QStyleOption& option, bool isHovered);
 
 enum class ShadowKind { popover, sheet };
 /// Paints the shadow of a card with rounded corners; the card itself comes after it. Drawn from a picture that is made

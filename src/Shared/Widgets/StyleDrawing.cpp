@@ -68,6 +68,7 @@ QColor buttonTextColor(const ButtonLook& look)
     case ButtonRole::link:
         return colors().accent;
     case ButtonRole::standard:
+    case ButtonRole::raised:
     case ButtonRole::flat:
         return colors().text;
     }
@@ -213,6 +214,8 @@ QColor buttonFill(const ButtonLook& look)
     }
     case ButtonRole::link:
         return Qt::transparent;
+    case ButtonRole::raised:
+        return greyFill(look.state, colors().raised);
     case ButtonRole::standard:
     case ButtonRole::destructive:
         return greyFill(look.state, colors().fill);
@@ -302,13 +305,13 @@ void paintRadioButton(QPainter& painter, const QRectF& rect, const ControlState&
     paintBox(painter, rect.adjusted(inset, inset, -inset, -inset), rect.width(), colors().onMark);
 }
 
-void paintSwitch(QPainter& painter, const QRectF& rect, const ControlState& state, bool isMirrored)
+void paintSwitch(QPainter& painter, const QRectF& rect, const ControlState& state)
 {
     const Dimmed dimmed(painter, state.enabled);
     constexpr double knob = 12;
     const double inset = (rect.height() - knob) / 2;
-    const bool isRight = state.checked != isMirrored;
-    const QRectF knobRect(isRight ? rect.right() - inset - knob : rect.left() + inset, rect.top() + inset, knob, knob);
+    const QRectF knobRect(state.checked ? rect.right() - inset - knob : rect.left() + inset, rect.top() + inset, knob,
+                          knob);
     if (state.checked) {
         paintBox(painter, rect, rect.height() / 2, onColor(state));
         paintBox(painter, knobRect, knob / 2, colors().onMark);
@@ -318,12 +321,11 @@ void paintSwitch(QPainter& painter, const QRectF& rect, const ControlState& stat
     }
 }
 
-void paintSlider(QPainter& painter, const QRectF& groove, const QRectF& thumb, const ControlState& state,
-                 bool isMirrored)
+void paintSlider(QPainter& painter, const QRectF& groove, const QRectF& thumb, const ControlState& state)
 {
     const Dimmed dimmed(painter, state.enabled);
     QRectF filled = groove;
-    isMirrored ? filled.setLeft(thumb.center().x()) : filled.setRight(thumb.center().x());
+    filled.setRight(thumb.center().x());
     paintBox(painter, groove, groove.height() / 2, colors().groove);
     paintBox(painter, filled, groove.height() / 2, colors().on);
     // The thumb covers the groove also while it is dimmed.
@@ -377,12 +379,9 @@ void paintMenuItem(QPainter& painter, const QStyleOptionMenuItem& option)
     painter.save();
     painter.setFont(option.font);
     painter.setPen(enabled ? colors().text : colors().disabled);
-    const auto placed = [&option, &rect](const QRect& part) {
-        return QStyle::visualRect(option.direction, rect, part);
-    };
     QRect inner = rect.adjusted(menuPadding, 0, -menuPadding, 0);
     if (hasLeadingColumn(option)) {
-        const QRect column = placed(QRect(inner.left(), inner.top(), Measure::icon, inner.height()));
+        const QRect column(inner.left(), inner.top(), Measure::icon, inner.height());
         if (option.checked) {
             paintIcon(painter, IconName::check, column, Measure::fieldIcon, painter.pen().color());
         } else if (!option.icon.isNull()) {
@@ -392,14 +391,13 @@ void paintMenuItem(QPainter& painter, const QStyleOptionMenuItem& option)
     }
     const QStringList texts = option.text.split(QLatin1Char('\t'));
     constexpr int flags = Qt::AlignVCenter | Qt::TextSingleLine | Qt::TextHideMnemonic;
-    const bool isMirrored = option.direction == Qt::RightToLeft;
-    painter.drawText(placed(inner), flags | (isMirrored ? Qt::AlignRight : Qt::AlignLeft), texts.value(0));
+    painter.drawText(inner, flags | Qt::AlignLeft, texts.value(0));
     if (option.menuItemType == QStyleOptionMenuItem::SubMenu) {
-        const QRect box = placed(QRect(inner.right() - chevron + 1, inner.top(), chevron, inner.height()));
+        const QRect box(inner.right() - chevron + 1, inner.top(), chevron, inner.height());
         paintIcon(painter, IconName::chevronRight, box, chevron, painter.pen().color());
     } else if (texts.size() > 1) {
         painter.setPen(enabled ? colors().text2 : colors().disabled);
-        painter.drawText(placed(inner), flags | (isMirrored ? Qt::AlignLeft : Qt::AlignRight), texts.value(1));
+        painter.drawText(inner, flags | Qt::AlignRight, texts.value(1));
     }
     painter.restore();
 }

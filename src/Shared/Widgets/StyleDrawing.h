@@ -53,9 +53,8 @@ void paintButton(QPainter& painter, const QRect& rect, const ButtonLook& look, c
 void paintField(QPainter& painter, const QRectF& rect, const ControlState& state, double radius = Radius::control);
 void paintCheckBox(QPainter& painter, const QRectF& rect, const ControlState& state);
 void paintRadioButton(QPainter& painter, const QRectF& rect, const ControlState& state);
-void paintSwitch(QPainter& painter, const QRectF& rect, const ControlState& state, bool isMirrored);
-void paintSlider(QPainter& painter, const QRectF& groove, const QRectF& thumb, const ControlState& state,
-                 bool isMirrored);
+void paintSwitch(QPainter& painter, const QRectF& rect, const ControlState& state);
+void paintSlider(QPainter& painter, const QRectF& groove, const QRectF& thumb, const ControlState& state);
 void paintMenuItem(QPainter& painter, const QStyleOptionMenuItem& option);
 [[nodiscard]] QSize menuItemSize(const QStyleOptionMenuItem& option, const QSize& contents);
 

@@ -44,9 +44,7 @@ void drawComboBox(QPainter& painter, const QStyleOptionComboBox& option, const Q
 {
     const ControlState state = ControlState::of(&option, widget);
     paintField(painter, option.rect, state);
-    const QRect box = QStyle::visualRect(
-        option.direction, option.rect,
-        QRect(option.rect.right() - Space::group - chevron + 1, option.rect.top(), chevron, option.rect.height()));
+    const QRect box(option.rect.right() - Space::group - chevron + 1, option.rect.top(), chevron, option.rect.height());
     paintIcon(painter, IconName::chevronDown, box, chevron, state.enabled ? colors().text : colors().disabled);
 }
 
@@ -60,16 +58,12 @@ void drawComboBoxLabel(QPainter& painter, const QStyleOptionComboBox& option, co
     const bool enabled = option.state & QStyle::State_Enabled;
     if (!option.currentIcon.isNull()) {
         const QRect box(rect.left(), rect.top(), Measure::fieldIcon, rect.height());
-        option.currentIcon.paint(&painter, QStyle::visualRect(option.direction, rect, box), Qt::AlignCenter,
-                                 enabled ? QIcon::Normal : QIcon::Disabled);
+        option.currentIcon.paint(&painter, box, Qt::AlignCenter, enabled ? QIcon::Normal : QIcon::Disabled);
         rect.setLeft(box.right() + Space::group);
     }
     painter.setPen(enabled ? colors().text : colors().disabled);
     const QString shown = option.fontMetrics.elidedText(option.currentText, Qt::ElideRight, rect.width());
-    painter.drawText(QStyle::visualRect(option.direction, rect, rect),
-                     Qt::AlignVCenter | Qt::TextSingleLine |
-                         (option.direction == Qt::RightToLeft ? Qt::AlignRight : Qt::AlignLeft),
-                     shown);
+    painter.drawText(rect, Qt::AlignVCenter | Qt::TextSingleLine | Qt::AlignLeft, shown);
 }
 
 void drawScrollBar(QPainter& painter, const QStyleOptionSlider& option, const QStyle& style, const QWidget* widget)
@@ -96,7 +90,7 @@ void drawSlider(QPainter& painter, const QStyleOptionSlider& option, const QStyl
         state.enabled && (option.state & QStyle::State_Sunken) && option.activeSubControls & QStyle::SC_SliderHandle;
     if (option.orientation == Qt::Horizontal) {
         groove = QRectF(groove.left(), groove.center().y() - Measure::groove / 2.0, groove.width(), Measure::groove);
-        paintSlider(painter, groove, thumb, state, option.upsideDown);
+        paintSlider(painter, groove, thumb, state);
     }
 }
 
@@ -150,9 +144,6 @@ void drawProgress(QPainter& painter, const QStyleOptionProgressBar& option)
     }
     QRectF done = bar;
     done.setWidth(bar.width() * (static_cast<double>(option.progress) - option.minimum) / range);
-    if (option.direction == Qt::RightToLeft) {
-        done.moveRight(bar.right());
-    }
     paintBox(painter, done, Measure::progress / 2.0, colors().accent);
 }
 

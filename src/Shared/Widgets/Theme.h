@@ -65,6 +65,11 @@ struct BackdropColors {
     QColor gray{0x80, 0x80, 0x80};
     QColor lightGray{0xD4, 0xD4, 0xD4};
     QColor white{0xFF, 0xFF, 0xFF};
+
+    [[nodiscard]] const QColor& at(int index) const
+    {
+        return *std::array{&black, &charcoal, &gray, &lightGray, &white}.at(static_cast<std::size_t>(index));
+    }
 };
 
 /// Lengths in logical pixels.

@@ -7,6 +7,8 @@
 #include <QPainter>
 #include <QStyleOptionButton>
 
+#include <algorithm>
+
 namespace ferrow {
 
 ToggleSwitch::ToggleSwitch(const QString& name, QWidget* parent) : QCheckBox(parent)
@@ -17,7 +19,12 @@ ToggleSwitch::ToggleSwitch(const QString& name, QWidget* parent) : QCheckBox(par
 
 QSize ToggleSwitch::sizeHint() const
 {
-    return QSize(Measure::switchWidth, Measure::hitArea);
+    if (text().isEmpty()) {
+        return QSize(Measure::switchWidth, Measure::hitArea);
+    }
+    const QFontMetrics metrics(Theme::current().font(TextRole::body));
+    return QSize(metrics.horizontalAdvance(text()) + Space::row + Measure::switchWidth,
+                 std::max(Measure::hitArea, Theme::current().lineHeight(TextRole::body)));
 }
 
 QSize ToggleSwitch::minimumSizeHint() const
@@ -27,7 +34,7 @@ QSize ToggleSwitch::minimumSizeHint() const
 
 QRectF ToggleSwitch::focusRect() const
 {
-    return QRectF((width() - Measure::switchWidth) / 2, (height() - Measure::switchHeight) / 2, Measure::switchWidth,
+    return QRectF(width() - Measure::switchWidth, (height() - Measure::switchHeight) / 2, Measure::switchWidth,
                   Measure::switchHeight);
 }
 
@@ -41,7 +48,10 @@ void ToggleSwitch::paintEvent(QPaintEvent*)
     QStyleOptionButton option;
     initStyleOption(&option);
     QPainter painter(this);
-    StyleDrawing::paintSwitch(painter, focusRect(), StyleDrawing::ControlState::of(&option, this), isRightToLeft());
+    StyleDrawing::paintSwitch(painter, focusRect(), StyleDrawing::ControlState::of(&option, this));
+    painter.setFont(Theme::current().font(TextRole::body));
+    painter.setPen(themeColor(isEnabled() ? &ThemeColors::text : &ThemeColors::disabled));
+    painter.drawText(rect(), Qt::AlignLeft | Qt::AlignVCenter, text());
 }
 
 void ToggleSwitch::keyPressEvent(QKeyEvent* event)

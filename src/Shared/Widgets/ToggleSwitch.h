@@ -7,8 +7,8 @@
 
 namespace ferrow {
 
-/// A switch of 34 x 20 without text beside it: `name` is for assistive technology. Space and Enter toggle it; `clicked`
-/// tells the user's hand, `toggled` any change.
+/// A switch of 34 x 20: `name` is for assistive technology. A text set on it stands before it and is pressed with it.
+/// Space and Enter toggle it; `clicked` tells the user's hand, `toggled` any change.
 class ToggleSwitch : public QCheckBox, public FocusShape {
     Q_OBJECT
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Shared/Widgets/ValueSlider.h"
 
+#include "Shared/Widgets/InputRules.h"
 #include "Shared/Widgets/Theme.h"
 
 #include <QAccessible>
@@ -70,7 +71,7 @@ double ValueSlider::valueAt(double x) const
 {
     const double span = std::max(1, width() - Measure::thumb);
     const double share = std::clamp((x - Measure::thumb / 2.0) / span, 0.0, 1.0);
-    return least_ + (isRightToLeft() ? 1 - share : share) * (greatest_ - least_);
+    return least_ + share * (greatest_ - least_);
 }
 
 void ValueSlider::mousePressEvent(QMouseEvent* event)
@@ -117,16 +118,12 @@ void ValueSlider::keyPressEvent(QKeyEvent* event)
     const double count = event->modifiers() & Qt::ShiftModifier ? 10 : 1;
     switch (event->key()) {
     case Qt::Key_Up:
+    case Qt::Key_Right:
         emit steps(count);
         return;
     case Qt::Key_Down:
-        emit steps(-count);
-        return;
-    case Qt::Key_Right:
-        emit steps(isRightToLeft() ? -count : count);
-        return;
     case Qt::Key_Left:
-        emit steps(isRightToLeft() ? count : -count);
+        emit steps(-count);
         return;
     case Qt::Key_PageUp:
         emit steps(10);
@@ -147,7 +144,7 @@ void ValueSlider::keyPressEvent(QKeyEvent* event)
 
 void ValueSlider::wheelEvent(QWheelEvent* event)
 {
-    if (!hasFocus()) {
+    if (!wheelIsFor(*this, *event)) {
         event->ignore();
         return;
     }
