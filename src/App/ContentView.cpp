@@ -3,11 +3,8 @@
 
 #include "App/EditSteps.h"
 #include "App/WindowTexts.h"
-#include "Features/Batch/ExportOptionsSheet.h"
 #include "Features/Batch/PhotoListView.h"
 #include "Features/Batch/PhotoSidebar.h"
-#include "Features/Batch/ReportSheet.h"
-#include "Features/Presets/PresetManagerView.h"
 #include "Features/Settings/SettingsView.h"
 #include "Features/Shell/InspectorView.h"
 #include "Features/Shell/MainToolBar.h"
@@ -15,10 +12,8 @@
 #include "Features/Shell/ShortcutsWindow.h"
 #include "Features/Shell/WindowActions.h"
 #include "Features/Shell/WindowColumns.h"
-#include "Platform/Desktop/FileManager.h"
-#include "Platform/Desktop/Notifications.h"
 #include "Platform/Desktop/Portal.h"
-#include "Shared/Widgets/ConfirmSheet.h"
+#include "Shared/Widgets/Overlay.h"
 #include "Shared/Widgets/SmallParts.h"
 #include "Shared/Widgets/Theme.h"
 
@@ -33,7 +28,6 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 
 namespace ferrow {
 
@@ -41,32 +35,13 @@ namespace {
 
 constexpr QSize leastSize(900, 684);
 constexpr QSize idealSize(1'440, 900);
-constexpr qint64 longExport = 10'000; // Milliseconds; a shorter batch ends before anybody has turned away.
-
-QString errorText(const std::exception_ptr& error)
-{
-    try {
-        std::rethrow_exception(error);
-    } catch (const PresetCodingError& presetError) {
-        return UserFacingError::message(presetError);
-    } catch (...) {
-        return UserFacingError::message(std::current_exception());
-    }
-}
 
 } // namespace
 
-WindowServices WindowServices::system()
-{
-    return {.panels = FilePanels::system(),
-            .showItems = FileManager::showItems,
-            .openFolders = FileManager::openFolders,
-            .notify = Notifications::show,
-            .isSandboxed = ferrow::isSandboxed()};
-}
-
 ContentView::ContentView(Preferences& preferences, WindowServices services)
-    : preferences_(preferences), services_(std::move(services)), history_(session_, exportSession_)
+    : preferences_(preferences), services_(std::move(services)), history_(session_, exportSession_), alerts_(*this),
+      presetFlow_(*this, presetLibrary_, session_, exportSession_, history_, alerts_),
+      exportFlow_(*this, session_, exportSession_, preferences_, services_, alerts_)
 {
     setObjectName(QStringLiteral("contentView"));
     setWindowTitle(QStringLiteral("Ferrow"));
@@ -114,7 +89,7 @@ void ContentView::buildViews()
             [this] { toolBar_->setZoom(preview_->zoom(), preview_->isFit()); });
     connect(preview_, &PreviewPane::addPhotosRequested, this, &ContentView::choosePhotos);
     connect(preview_, &PreviewPane::addFolderRequested, this, &ContentView::chooseFolder);
-    connect(preview_, &PreviewPane::cancelExportRequested, this, &ContentView::cancelExport);
+    connect(preview_, &PreviewPane::cancelExportRequested, &exportFlow_, &ExportFlow::cancelExport);
     connect(preview_, &PreviewPane::retryRequested, this, &ContentView::loadSelectedPreview);
     connect(inspector_, &InspectorView::importLogoRequested, this, &ContentView::importLogo);
     connect(&logoImporter_, &LogoImporter::isImportingChanged, inspector_,
@@ -135,7 +110,7 @@ void ContentView::connectActions()
     on(actions_->addPhotos, &ContentView::choosePhotos);
     on(actions_->addFolder, &ContentView::chooseFolder);
     on(actions_->clearAll, &ContentView::clearAll);
-    on(actions_->exportBatch, &ContentView::showExportOptions);
+    on(actions_->exportBatch, [this] { exportFlow_.showExportOptions(); });
     on(actions_->quit, &QWidget::close);
     on(actions_->showInFolder, [this] {
         if (const auto& photoID = session_.selectedPhotoID())
@@ -149,7 +124,7 @@ void ContentView::connectActions()
         if (const auto& photoID = session_.selectedPhotoID())
             history_.pasteFraming({*photoID});
     });
-    on(actions_->presets, &ContentView::showPresets);
+    on(actions_->presets, [this] { presetFlow_.showPresets(); });
     on(actions_->settings, &ContentView::showSettings);
     on(actions_->shortcuts, &ContentView::showShortcuts);
     on(actions_->zoomIn, [this] { preview_->zoomIn(); });
@@ -171,7 +146,8 @@ void ContentView::connectModels()
     connect(&previewLoader_, &PreviewLoader::photoChanged, this, &ContentView::updateActions);
     connect(&exportSession_, &ExportSession::progressChanged, this, &ContentView::updateActions);
     connect(&exportSession_, &ExportSession::isPlanningChanged, this, &ContentView::updateActions);
-    connect(&exportSession_, &ExportSession::reportChanged, this, &ContentView::showReport);
+    connect(&exportSession_, &ExportSession::reportChanged, this, &ContentView::updateActions);
+    connect(&exportFlow_, &ExportFlow::began, columns_, &WindowColumns::closeDrawer);
 }
 
 void ContentView::updateActions()
@@ -214,8 +190,8 @@ void ContentView::importRoots(const std::vector<FileUrl>& urls)
 {
     // Chosen in a panel that was open before the import began.
     if (session_.isImporting() && !urls.empty()) {
-        present(QStringLiteral("Photos Are Still Being Added"),
-                QStringLiteral("Add these once the others have been read."));
+        alerts_.present(QStringLiteral("Photos Are Still Being Added"),
+                        QStringLiteral("Add these once the others have been read."));
         return;
     }
     const QPointer<QWidget> focusedBefore = QApplication::focusWidget();
@@ -225,7 +201,7 @@ void ContentView::importRoots(const std::vector<FileUrl>& urls)
         if (outcome.added > 0 && focusIsLost && !qobject_cast<QLineEdit*>(QApplication::focusWidget()))
             sidebar_->list()->setFocus(Qt::OtherFocusReason);
         if (const std::optional<PresentedError> message = WindowTexts::importMessage(outcome))
-            present(message->title, message->message);
+            alerts_.present(message->title, message->message);
     });
 }
 
@@ -233,9 +209,9 @@ void ContentView::loadSelectedPreview()
 {
     previewLoad_.request_stop();
     const ImportedPhoto* selected = session_.selectedPhoto();
-    previewLoad_ =
-        previewLoader_.load(selected ? std::optional(*selected) : std::nullopt,
-                            [this](const std::exception_ptr& error) { preview_->showLoadError(errorText(error)); });
+    previewLoad_ = previewLoader_.load(
+        selected ? std::optional(*selected) : std::nullopt,
+        [this](const std::exception_ptr& error) { preview_->showLoadError(ErrorAlerts::text(error)); });
 }
 
 void ContentView::importLogo()
@@ -247,7 +223,7 @@ void ContentView::importLogo()
                                   urls.front(),
                                   [this, framing](const LogoAssetReference& asset) { useLogo(asset, framing); },
                                   [this](const std::exception_ptr& error) {
-                                      present(QStringLiteral("Couldn’t Import Logo"), errorText(error));
+                                      alerts_.present(QStringLiteral("Couldn’t Import Logo"), error);
                                   });
                           });
 }
@@ -255,8 +231,9 @@ void ContentView::importLogo()
 void ContentView::useLogo(const LogoAssetReference& asset, const Framing& framing)
 {
     if (exportSession_.isBusy()) {
-        present(QStringLiteral("The Logo Wasn’t Added"),
-                QStringLiteral("An export began before it had been read. Import it again when the export is done."));
+        alerts_.present(
+            QStringLiteral("The Logo Wasn’t Added"),
+            QStringLiteral("An export began before it had been read. Import it again when the export is done."));
         return;
     }
     if (framing.photoID && !session_.indexOf(*framing.photoID))
@@ -274,289 +251,10 @@ void ContentView::clearAll()
     previewLoader_.clear();
 }
 
-void ContentView::showExportOptions()
-{
-    if (exportOptions_)
-        return;
-    exportOptions_ = new ExportOptionsSheet(session_, exportSession_, preferences_, this);
-    exportOptions_->setDeletedAfterClose(true);
-    connect(exportOptions_, &ExportOptionsSheet::startRequested, this, &ContentView::startExport);
-    connect(exportOptions_, &ExportOptionsSheet::chooseFolderRequested, this, &ContentView::chooseExportFolder);
-    connect(exportOptions_, &ExportOptionsSheet::showPhotoRequested, this, [this](const FileUrl& photoID) {
-        exportOptions_->dismiss();
-        session_.setSelectedPhotoID(photoID);
-    });
-    exportOptions_->open();
-}
-
-void ContentView::chooseExportFolder()
-{
-    const BatchExportConfiguration& configuration = exportSession_.configuration();
-    services_.panels.open(this,
-                          {.kind = PanelRequest::Kind::folder,
-                           .title = QStringLiteral("Choose Export Folder"),
-                           .prompt = QStringLiteral("Choose"),
-                           .startsIn = configuration.chosenFolder.value_or(FileUrl())},
-                          [this](const std::vector<FileUrl>& urls) {
-                              session_.accessBroker().retainDestination(urls.front());
-                              BatchExportConfiguration chosen = exportSession_.configuration();
-                              chosen.chosenFolder = urls.front();
-                              exportSession_.setConfiguration(chosen);
-                          });
-}
-
-void ContentView::startExport()
-{
-    if (exportSession_.configuration().destinationMode == ExportDestinationMode::sourceSubfolder &&
-        !mayWriteBesideSources())
-        return;
-    if (exportSession_.configuration().collisionRule == CollisionRule::replace)
-        confirmReplacement();
-    else
-        runExport(ExportRequest::make(session_, exportSession_));
-}
-
-bool ContentView::mayWriteBesideSources()
-{
-    std::vector<FileUrl> photos;
-    for (const ImportedPhoto& photo : session_.includedPhotos())
-        photos.push_back(photo.url);
-    const auto grant = [this](const FileUrl& folder, std::size_t index, std::size_t total) -> std::optional<FileUrl> {
-        // Outside a sandbox the program may go wherever the user may: there is nothing to ask.
-        if (!services_.isSandboxed)
-            return folder;
-        QString title = QStringLiteral("Allow Access to Source Folder");
-        if (total > 1)
-            title += QStringLiteral(" %1 of %2").arg(index + 1).arg(total);
-        // This desktop's panels have no message of their own: it stands behind the title.
-        const QString message =
-            QStringLiteral("To create “%1” beside these photos, select “%2” and click Allow.")
-                .arg(exportSession_.configuration().sourceSubfolderName, folder.lastPathComponent());
-        return services_.panels.openAndWait(this, {.kind = PanelRequest::Kind::folder,
-                                                   .title = title + QStringLiteral(": ") + message,
-                                                   .prompt = QStringLiteral("Allow"),
-                                                   .startsIn = folder.deletingLastPathComponent()});
-    };
-    using Case = SandboxAccessBroker::SourceAccessOutcome::Case;
-    const auto outcome = session_.accessBroker().ensureSourceFolderAccess(photos, grant);
-    switch (outcome.value) {
-    case Case::granted:
-        return true;
-    case Case::outsideScope:
-        present(QStringLiteral("Choose the Source Folder"),
-                QStringLiteral("Select “%1” or one of its parent folders to allow this export.")
-                    .arg(outcome.folder.lastPathComponent()));
-        return false;
-    case Case::accessDenied:
-        present(QStringLiteral("Folder Access Wasn’t Granted"),
-                QStringLiteral("Ferrow still cannot write beside the source photos. Please choose an export folder "
-                               "instead."));
-        return false;
-    case Case::cancelled:
-        break;
-    }
-    return false;
-}
-
-void ContentView::confirmReplacement()
-{
-    const Question question{
-        .title = QStringLiteral("Replace Existing Files?"),
-        .message = QStringLiteral("Existing output files with matching names will be replaced. Source photos can "
-                                  "never be replaced."),
-        .accept = QStringLiteral("Replace and Export"),
-        .leave = QStringLiteral("Cancel"),
-    };
-    ConfirmSheet::ask(this, question, this, [this](const Answer& answer) {
-        if (answer.accepted)
-            runExport(ExportRequest::make(session_, exportSession_));
-    });
-}
-
-void ContentView::runExport(ExportRequest request)
-{
-    if (exportOptions_)
-        exportOptions_->dismiss();
-    columns_->closeDrawer();
-    exportTime_.start();
-    exportSession_.planAndStart(std::move(request));
-}
-
-void ContentView::cancelExport()
-{
-    exportSession_.cancel();
-}
-
-void ContentView::showReport()
-{
-    if (!exportSession_.report())
-        return;
-    updateActions();
-    notifyOfReport();
-    auto* sheet =
-        new ReportSheet(*exportSession_.report(), session_, preferences_, this, exportSession_.skippedPhotos());
-    sheet->setDeletedAfterClose(true);
-    connect(sheet, &ReportSheet::showInFolderRequested, this,
-            [this](const FileUrl& file) { services_.showItems({file}); });
-    connect(sheet, &ReportSheet::openFoldersRequested, this, services_.openFolders);
-    connect(sheet, &ReportSheet::closed, this, &ContentView::finishExportReport);
-    connect(sheet, &ReportSheet::tryAgainRequested, this, [this, sheet](const std::vector<FileUrl>& photos) {
-        disconnect(sheet, &ReportSheet::closed, this, nullptr);
-        sheet->dismiss();
-        exportTime_.start();
-        exportSession_.retry({photos.begin(), photos.end()});
-    });
-    sheet->open();
-}
-
-void ContentView::notifyOfReport()
-{
-    if (isActiveWindow() || !exportTime_.isValid() || !exportTime_.hasExpired(longExport))
-        return;
-    const BatchExportReport& report = *exportSession_.report();
-    QString body = WindowTexts::exported(report.exported, report.total);
-    if (!report.failures.empty())
-        body += QStringLiteral(", %1 failed").arg(report.failures.size());
-    services_.notify(report.cancelled > 0 ? QStringLiteral("Export stopped") : QStringLiteral("Export finished"), body);
-}
-
-void ContentView::finishExportReport()
-{
-    const std::vector<FileUrl> folders =
-        exportSession_.report() ? exportSession_.report()->outputFolders : std::vector<FileUrl>();
-    exportSession_.clearReport();
-    if (preferences_.opensExportFolders() && !folders.empty())
-        services_.openFolders(folders);
-}
-
 void ContentView::stopAllAccess()
 {
     exportSession_.cancel();
     session_.accessBroker().stopAllAccess();
-}
-
-void ContentView::showPresets()
-{
-    if (presets_)
-        return;
-    presets_ = new PresetManagerView(presetLibrary_,
-                                     {.saveCurrent = [this] { saveCurrentPreset(); },
-                                      .apply = [this](const QUuid& id) { applyPreset(id); },
-                                      .renameInPlace =
-                                          [this](const QUuid& id, const QString& name) {
-                                              attempt(QStringLiteral("Couldn’t Rename Preset"),
-                                                      [&] { presetLibrary_.rename(id, name); });
-                                          },
-                                      .rename = [this](const QUuid& id) { renamePreset(id); },
-                                      .duplicate = [this](const QUuid& id) { duplicatePreset(id); },
-                                      .remove = [this](const QUuid& id) { deletePreset(id); }},
-                                     this);
-    presets_->setDeletedAfterClose(true);
-    presets_->open();
-}
-
-void ContentView::attempt(const QString& failureTitle, const std::function<void()>& operation)
-{
-    try {
-        operation();
-    } catch (...) {
-        present(failureTitle, errorText(std::current_exception()));
-    }
-}
-
-const PhotoPreset* ContentView::preset(const QUuid& id) const
-{
-    const auto found = std::ranges::find(presetLibrary_.presets(), id, &PhotoPreset::id);
-    return found == presetLibrary_.presets().end() ? nullptr : &*found;
-}
-
-void ContentView::requestPresetName(const QString& title, const QString& prompt, const QString& defaultValue,
-                                    const std::function<void(const QString&)>& named)
-{
-    const Question question{
-        .title = title,
-        .message = QStringLiteral("Enter a name for this reusable collection of settings."),
-        .accept = prompt,
-        .leave = QStringLiteral("Cancel"),
-        .field = Question::Field{.name = QStringLiteral("Preset name"),
-                                 .placeholder = QStringLiteral("Preset name"),
-                                 .text = defaultValue},
-    };
-    ConfirmSheet::ask(this, question, this, [named](const Answer& answer) {
-        if (answer.accepted)
-            named(answer.text);
-    });
-}
-
-void ContentView::saveCurrentPreset()
-{
-    requestPresetName(QStringLiteral("Save Preset"), QStringLiteral("Save"), {}, [this](const QString& name) {
-        attempt(QStringLiteral("Couldn’t Save Preset"), [&] {
-            presetLibrary_.save(name, PresetPayload::make(session_.batchRecipe(), exportSession_.settings(),
-                                                          exportSession_.configuration()));
-        });
-    });
-}
-
-void ContentView::applyPreset(const QUuid& id)
-{
-    if (const PhotoPreset* chosen = preset(id))
-        history_.applyPreset(*chosen);
-    if (presets_)
-        presets_->dismiss();
-}
-
-void ContentView::renamePreset(const QUuid& id)
-{
-    const PhotoPreset* chosen = preset(id);
-    if (!chosen)
-        return;
-    requestPresetName(QStringLiteral("Rename Preset"), QStringLiteral("Rename"), chosen->name,
-                      [this, id](const QString& name) {
-                          attempt(QStringLiteral("Couldn’t Rename Preset"), [&] { presetLibrary_.rename(id, name); });
-                      });
-}
-
-void ContentView::duplicatePreset(const QUuid& id)
-{
-    attempt(QStringLiteral("Couldn’t Duplicate Preset"), [&] { presetLibrary_.duplicate(id); });
-}
-
-void ContentView::deletePreset(const QUuid& id)
-{
-    const PhotoPreset* chosen = preset(id);
-    if (!chosen)
-        return;
-    const Question question{
-        .title = QStringLiteral("Delete “%1”?").arg(chosen->name),
-        .message = QStringLiteral("This removes the saved preset. Imported logo assets and source photos are not "
-                                  "changed."),
-        .accept = QStringLiteral("Delete"),
-        .leave = QStringLiteral("Cancel"),
-        .kind = Question::Kind::destructive,
-    };
-    ConfirmSheet::ask(this, question, this, [this, id](const Answer& answer) {
-        if (answer.accepted)
-            attempt(QStringLiteral("Couldn’t Delete Preset"), [&] { presetLibrary_.remove(id); });
-    });
-}
-
-void ContentView::present(const QString& title, const QString& message)
-{
-    errors_.push_back({.title = title, .message = message});
-    presentNext();
-}
-
-void ContentView::presentNext()
-{
-    if (alert_ || errors_.empty())
-        return;
-    const PresentedError error = errors_.front();
-    errors_.pop_front();
-    alert_ = ConfirmSheet::alert(this, error.title, error.message, this, [this] {
-        alert_ = nullptr;
-        presentNext();
-    });
 }
 
 void ContentView::showSettings()
