@@ -58,9 +58,12 @@ int runAndClose(bool whileImporting, const FileUrl& out, int argc, char** argv)
 template <typename Condition>
 bool comes(const Condition& condition)
 {
-    for (int i = 0; i < 12'000 && !condition(); ++i)
+    for (int i = 0; i < 12'000; ++i) {
+        if (condition())
+            return true;
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    return condition();
+    }
+    return false;
 }
 
 bool noChildIsLeft()
