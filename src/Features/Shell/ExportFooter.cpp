@@ -116,12 +116,11 @@ void ExportFooter::speak()
 {
     if (!session_.progress()) {
         tenths_.reset();
-        cancel_->setAccessibleDescription(cancel_->toolTip());
         return;
     }
     const BatchExportProgress& counts = session_.progress()->counts;
     if (const std::optional<int> percent = tenths_.reached(counts.completed, counts.total))
-        announce(cancel_, QStringLiteral("Exporting, %1 percent. %2").arg(*percent).arg(cancel_->toolTip()));
+        announce(this, QStringLiteral("Exporting, %1 percent").arg(*percent));
 }
 
 QSize ExportFooter::sizeHint() const
