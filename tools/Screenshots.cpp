@@ -87,7 +87,7 @@ void photographMain(ContentView& window, Photographer& photographer, const FileU
     window.importRoots({photos});
     photographer.waitFor([&] { return !window.session().isImporting() && !window.session().photos().empty(); });
     window.history().editRecipe(QStringLiteral("Frame"), [](RenderRecipe& recipe) {
-        recipe.setCaptionTemplate(QStringLiteral("{filename}  ·  {artist}"));
+        recipe.setCaptionTemplate(QStringLiteral("{filename} · {artist}"));
         recipe.captionPosition = CaptionPosition::borderBottomCenter;
         recipe.captionAlignment = CaptionAlignment::center;
         recipe.captionFontSize = 40;
