@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What it costs that photos are read by other processes: processor time of importing small ones, where the way there
-// and back weighs most, over that of the same import in this process.
+// and back weighs most, over that of the same import in this process; and how long a photo waits when the worker before
+// it was killed, over the same photo's usual time.
 #include "BenchSupport.h"
 
 #include "Batch/BatchImporter.h"
 #include "Engine/Answerer.h"
 #include "Engine/InProcessAnswerer.h"
+#include "Platform/Files/FileAccess.h"
+#include "WorkerPool/WorkerAnswerer.h"
 #include "WorkerPool/WorkerPool.h"
 
 #include <QGuiApplication>
@@ -13,6 +16,8 @@
 #include <sys/resource.h>
 
 #include <algorithm>
+#include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <functional>
@@ -79,6 +84,45 @@ void measure(const char* label, std::int64_t width, std::int64_t height)
                 withWorkers, withWorkers / inProcess, target);
 }
 
+/// The slowest of some rounds, in milliseconds, with `before` done ahead of each.
+double slowest(const std::function<void()>& before, const std::function<void()>& work)
+{
+    using Clock = std::chrono::steady_clock;
+    constexpr int replacements = 20;
+    double milliseconds = 0;
+    for (int i = 0; i < replacements; ++i) {
+        before();
+        const auto start = Clock::now();
+        work();
+        milliseconds = std::max(milliseconds, std::chrono::duration<double, std::milli>(Clock::now() - start).count());
+    }
+    return milliseconds;
+}
+
+void measureReplacement()
+{
+    constexpr double targetMilliseconds = 500;
+    const bench::ScratchFolder folder;
+    const std::string path = folder.file("photo.jpg");
+    bench::writeSourceJpeg(path, {.width = 390, .height = 260});
+    const OpenedFile photo = OpenedFile::open(FileUrl::fromPath(QByteArray::fromStdString(path)));
+    const auto pool = std::make_shared<WorkerPool::Pool>(bench::workerProgram().c_str());
+    WorkerPool::WorkerAnswerer workers(pool);
+    const auto inspect = [&] { static_cast<void>(workers.inspect({{photo.descriptor(), photo.size()}, 280}, {})); };
+    inspect();
+    const double usual = slowest([] {}, inspect);
+    const double replaced = slowest(
+        [&] {
+            auto worker = pool->take(WorkerPool::WorkerKind::photos, {});
+            ::kill(worker->process(), SIGKILL);
+            pool->giveBack(std::move(worker), WorkerPool::Pool::Condition::broken);
+        },
+        inspect);
+    std::printf(
+        "after a killed worker  the next photo's answer at the latest after %.0f ms, else %.0f ms (target %.0f)\n",
+        replaced, usual, targetMilliseconds);
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -89,5 +133,6 @@ int main(int argc, char** argv)
                 atOnce);
     measure("0.1 megapixel", 390, 260);
     measure("2 megapixels", 1730, 1156);
+    measureReplacement();
     return 0;
 }
