@@ -223,7 +223,7 @@ void ExportOptionsSheet::addCollisionRule(QVBoxLayout& form)
     collisionRule_->setObjectName(QStringLiteral("collisionCombo"));
     collisionRule_->setAccessibleName(QStringLiteral("If a file exists"));
     collisionRule_->addItems(rawValues<CollisionRule>());
-    addRow(form, QStringLiteral("If a file exists"), collisionRule_);
+    collisionRow_ = addRow(form, QStringLiteral("If a file exists"), collisionRule_);
     connect(collisionRule_, &QComboBox::activated, this, [this](int index) {
         editConfiguration([&](auto& configuration) { configuration.collisionRule = caseAt<CollisionRule>(index); });
     });
@@ -363,6 +363,10 @@ void ExportOptionsSheet::showConfiguration()
         isValid ? QString() : QStringLiteral("Enter one folder name without slashes, colons, or control characters."));
     setTextKeepingCursor(*template_, configuration.filenameTemplate);
     collisionRule_->setCurrentIndex(indexOf(configuration.collisionRule));
+    // The check says how many, but may lie below the fold.
+    const bool replaces = configuration.collisionRule == CollisionRule::replace;
+    collisionRow_->setMessage(Severity::warning,
+                              replaces ? QStringLiteral("Files of the same name are overwritten.") : QString());
     concurrency_->setValue(double(configuration.maximumConcurrentExports));
     showExample();
 }

@@ -92,6 +92,7 @@ private:
     QLineEdit* template_ = nullptr;
     ElidedLabel* example_ = nullptr;
     QComboBox* collisionRule_ = nullptr;
+    FormRow* collisionRow_ = nullptr;
     NumberField* concurrency_ = nullptr;
     ToggleSwitch* opensFolders_ = nullptr;
     ExportCheckList* findings_ = nullptr;
