@@ -192,13 +192,9 @@ DropOverlay::DropOverlay(QWidget* area) : QWidget(area), area_(area)
     auto* row = new QHBoxLayout(card_);
     row->setContentsMargins(cardMargins(Space::sidebar, Space::row));
     row->setSpacing(Space::row);
-    auto* plus = new QLabel(card_);
-    plus->setPixmap(icon(IconName::add, &ThemeColors::accent).pixmap(Measure::icon));
     text_ = makeLabel({}, TextRole::strong, &ThemeColors::text, card_);
-    row->addWidget(plus);
+    row->addWidget(new IconLabel(IconName::add, Measure::icon, &ThemeColors::accent));
     row->addWidget(text_);
-    connect(&Theme::current(), &Theme::changed, plus,
-            [plus] { plus->setPixmap(icon(IconName::add, &ThemeColors::accent).pixmap(Measure::icon)); });
     hide();
 }
 

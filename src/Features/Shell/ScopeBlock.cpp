@@ -4,12 +4,11 @@
 #include "App/WindowTexts.h"
 #include "Shared/Widgets/ElidedLabel.h"
 #include "Shared/Widgets/FerrowStyle.h"
-#include "Shared/Widgets/Icons.h"
 #include "Shared/Widgets/SegmentedControl.h"
+#include "Shared/Widgets/SmallParts.h"
 #include "Shared/Widgets/Theme.h"
 
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -44,10 +43,7 @@ ScopeBlock::ScopeBlock(const InspectorContext& context, QWidget* parent) : QWidg
     connect(scope_, &SegmentedControl::chosen, this,
             [this](int index) { context_.history.setScope(allCases<RecipeScope>()[std::size_t(index)]); });
 
-    mark_ = new QLabel;
-    mark_->setPixmap(icon(IconName::ownFraming, &ThemeColors::accent).pixmap(Measure::fieldIcon));
-    connect(&Theme::current(), &Theme::changed, mark_,
-            [this] { mark_->setPixmap(icon(IconName::ownFraming, &ThemeColors::accent).pixmap(Measure::fieldIcon)); });
+    mark_ = new IconLabel(IconName::ownFraming, Measure::fieldIcon, &ThemeColors::accent);
     hint_ = new ElidedLabel(QString(), Qt::ElideRight);
     setTextRole(hint_, TextRole::small, &ThemeColors::text2);
     useBatch_ = new QPushButton(QStringLiteral("Use Batch"));

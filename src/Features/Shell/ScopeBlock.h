@@ -5,12 +5,12 @@
 
 #include <QWidget>
 
-class QLabel;
 class QPushButton;
 
 namespace ferrow {
 
 class ElidedLabel;
+class IconLabel;
 class SegmentedControl;
 
 /// Whom edits hit, always in sight above the sections: the batch or the selected photo.
@@ -32,7 +32,7 @@ private:
 
     InspectorContext context_;
     SegmentedControl* scope_ = nullptr;
-    QLabel* mark_ = nullptr;
+    IconLabel* mark_ = nullptr;
     ElidedLabel* hint_ = nullptr;
     QPushButton* useBatch_ = nullptr;
     bool isLocked_ = false;
