@@ -163,15 +163,12 @@ QRect CaptionWell::toView(QRect content) const
 
 QRectF CaptionWell::toView(QRectF content) const
 {
-    content.translate(0, -bar_->value());
-    if (layoutDirection() == Qt::RightToLeft)
-        content.moveLeft(width() - content.right());
-    return content;
+    return content.translated(0, -bar_->value());
 }
 
 QPoint CaptionWell::toContent(const QPoint& view) const
 {
-    return {layoutDirection() == Qt::RightToLeft ? width() - view.x() : view.x(), view.y() + bar_->value()};
+    return view + QPoint(0, bar_->value());
 }
 
 int CaptionWell::chipAt(const QPoint& view) const
@@ -189,8 +186,7 @@ void CaptionWell::placeBar()
     bar_->setRange(0, hidden);
     bar_->setPageStep(height());
     bar_->setSingleStep(pitch);
-    const int edge = layoutDirection() == Qt::RightToLeft ? 1 : width() - Measure::scrollBar - 1;
-    bar_->setGeometry(edge, Radius::row, Measure::scrollBar, height() - 2 * Radius::row);
+    bar_->setGeometry(width() - Measure::scrollBar - 1, Radius::row, Measure::scrollBar, height() - 2 * Radius::row);
     bar_->setVisible(hidden > 0);
 }
 
@@ -274,7 +270,7 @@ void CaptionWell::changeEvent(QEvent* event)
     QWidget::changeEvent(event);
     if (!isEnabled())
         giveUpDrag();
-    if (event->type() == QEvent::EnabledChange || event->type() == QEvent::LayoutDirectionChange)
+    if (event->type() == QEvent::EnabledChange)
         refresh(ChipMotion::Way::atOnce);
 }
 

@@ -122,11 +122,10 @@ bool CaptionWell::handleKey(const QKeyEvent& event)
     }
 
     const bool isMove = event.modifiers() & Qt::AltModifier;
-    const bool isMirrored = layoutDirection() == Qt::RightToLeft;
     switch (event.key()) {
     case Qt::Key_Left:
     case Qt::Key_Right: {
-        const int step = (event.key() == Qt::Key_Right) != isMirrored ? 1 : -1;
+        const int step = event.key() == Qt::Key_Right ? 1 : -1;
         const int next = current_ + step;
         if (!isMove)
             setCurrent(next);
@@ -309,10 +308,7 @@ void CaptionWell::drop()
     }
     if (letGo.isValid()) {
         const QRect view(mapFromGlobal(letGo.topLeft()), letGo.size());
-        QRectF from(view.translated(0, bar_->value()));
-        if (layoutDirection() == Qt::RightToLeft)
-            from.moveLeft(width() - from.right());
-        motion_.place(segments_[std::size_t(*drag.source)].id, from);
+        motion_.place(segments_[std::size_t(*drag.source)].id, view.translated(0, bar_->value()));
     }
     moveChip(*drag.source, drag.gap->index);
 }

@@ -51,14 +51,6 @@ QColor edgeOf(const ChipLook& look)
     return themeColor(look.state == ChipLook::State::hovered ? &ThemeColors::hoverEdge : &ThemeColors::fillEdge);
 }
 
-/// `part` of `rect`, for layouts from right to left on its other side.
-QRectF mirrored(const QPainter& painter, const QRectF& rect, QRectF part)
-{
-    if (painter.layoutDirection() == Qt::RightToLeft)
-        part.moveLeft(rect.left() + rect.right() - part.right());
-    return part;
-}
-
 void strokeInside(QPainter& painter, const QRectF& rect, double width, const QPen& pen)
 {
     const double half = width / 2;
@@ -96,7 +88,7 @@ void paintChip(QPainter& painter, const QRectF& rect, const ChipLook& look)
         strokeInside(painter, rect, 1, QPen(edge, 1));
 
     const QRectF handle(rect.left() + handleInset, rect.top(), Measure::chipIcon, rect.height());
-    paintIcon(painter, IconName::dragHandle, mirrored(painter, rect, handle), Measure::chipIcon,
+    paintIcon(painter, IconName::dragHandle, handle, Measure::chipIcon,
               themeColor(look.isMissing ? &ThemeColors::warning : &ThemeColors::text2));
 
     const QColor ink = themeColor(look.isMissing ? &ThemeColors::warning : &ThemeColors::text);
@@ -105,12 +97,12 @@ void paintChip(QPainter& painter, const QRectF& rect, const ChipLook& look)
     const QFont font = chipFont(look);
     painter.setFont(font);
     painter.setPen(ink);
-    painter.drawText(mirrored(painter, rect, text), Qt::AlignVCenter | Qt::TextSingleLine | Qt::AlignLeft,
+    painter.drawText(text, Qt::AlignVCenter | Qt::TextSingleLine | Qt::AlignLeft,
                      QFontMetricsF(font).elidedText(look.label, Qt::ElideRight, text.width()));
     if (look.isMissing) {
         const QRectF triangle(rect.right() - warningInset - Measure::chipIcon, rect.top(), Measure::chipIcon,
                               rect.height());
-        paintIcon(painter, IconName::warning, mirrored(painter, rect, triangle), Measure::chipIcon, ink);
+        paintIcon(painter, IconName::warning, triangle, Measure::chipIcon, ink);
     }
     painter.restore();
 }
