@@ -44,10 +44,11 @@ void encode(const Bitmap& picture, ByteSink& sink)
     EncodeOptions options;
     options.size = picture.size();
     options.format = hasAlpha ? rgba8 : rgb8;
-    options.profile = ColorProfile::sRGB();
     options.quality = quality;
+    // Without a profile, as these bytes are read again by decode() alone: telling which one it is takes longer than the
+    // picture.
     const auto encoder = openEncoder(hasAlpha ? OutputType::png : OutputType::jpeg, sink, options);
-    const ColorTransform transform(picture.profile(), picture.format(), options.profile, options.format);
+    const ColorTransform transform(picture.profile(), picture.format(), ColorProfile::sRGB(), options.format);
     std::vector<std::byte> row(std::size_t(picture.size().width) * std::size_t(options.format.bytesPerPixel()));
     for (std::int64_t y = 0; y < picture.size().height; ++y) {
         transform.apply(picture.row(y), row.data(), std::size_t(picture.size().width));

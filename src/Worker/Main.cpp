@@ -6,6 +6,7 @@
 
 #include <malloc.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 
 #include <csignal>
 #include <cstdio>
@@ -20,6 +21,9 @@ constexpr int startedWrongly = 2;
 
 /// Each thread's own pool would reserve tens of megabytes of the address space that a job may take.
 constexpr int memoryPools = 2;
+
+/// Below the window and other programs, without standing still beside them: some third of a plain process's share.
+constexpr int niceness = 5;
 
 /// The connection decides when this process ends, not who presses Ctrl-C in the terminal of the one that started it.
 void ignoreSignals()
@@ -58,6 +62,8 @@ int main(int argc, char** argv)
 {
     ignoreSignals();
     ::mallopt(M_ARENA_MAX, memoryPools);
+    // The window is to have its core when it needs it, however many photos are being read.
+    ::setpriority(PRIO_PROCESS, 0, niceness);
     // Where the kernel forgets about this when the thread that started us ends, the closed connection remains.
     ::prctl(PR_SET_PDEATHSIG, SIGKILL, 0, 0, 0);
     Channel channel(Descriptor(workerSocket), Channel::Descriptors::taken);

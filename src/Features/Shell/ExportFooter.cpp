@@ -101,10 +101,13 @@ void ExportFooter::renew()
     if (session_.isStopping() && cancel_->hasFocus())
         setFocus(Qt::OtherFocusReason);
     cancel_->setEnabled(!session_.isStopping());
+    renewDetail();
+    // Not at the end, when the footer goes: a progress bar paints at once, and the whole window with it.
+    if (!session_.isBusy())
+        return;
     const std::optional<ExportProgress>& progress = session_.progress();
     bar_->setRange(0, progress ? int(progress->counts.total) : 0);
     bar_->setValue(progress ? int(progress->counts.completed) : 0);
-    renewDetail();
 }
 
 void ExportFooter::renewDetail()

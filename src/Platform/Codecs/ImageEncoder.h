@@ -31,7 +31,7 @@ struct OutputMetadata {
 struct EncodeOptions {
     PixelSize size;
     PixelFormat format = rgb8; ///< rgb8, or rgba8 (straight) for PNG, TIFF and HEIF.
-    ColorProfile profile;      ///< Embedded as it is; never empty.
+    ColorProfile profile;      ///< Embedded as it is; none where it is empty.
     double quality = 0.9;      ///< 0…1, for JPEG and HEIF.
     OutputMetadata metadata;
 };
