@@ -53,8 +53,14 @@ CaptionSection::CaptionSection(const InspectorContext& context, QWidget* parent)
     rows->addWidget(builder_);
     rows->addWidget(new HairLine);
     buildLook(rows);
-    buildPlace(rows);
-    buildMore(rows);
+    buildAlignment(rows);
+    // The line that folds is higher than its text: that air is part of the distances.
+    auto* last = new QVBoxLayout;
+    last->setSpacing(Space::iconEdge);
+    rows->addLayout(last);
+    buildPosition(last);
+    buildMore(last);
+    body()->setContentsMargins(Space::inspector, 0, Space::inspector, Space::row);
 }
 
 void CaptionSection::buildText()
@@ -93,7 +99,7 @@ void CaptionSection::buildLook(QVBoxLayout* rows)
     addRow(rows, QStringLiteral("Color"), color_);
 }
 
-void CaptionSection::buildPlace(QVBoxLayout* rows)
+void CaptionSection::buildAlignment(QVBoxLayout* rows)
 {
     alignment_ = new SegmentedControl(QStringLiteral("Caption alignment"), choicesOf<CaptionAlignment>());
     alignment_->setObjectName(QStringLiteral("captionAlignmentControl"));
@@ -103,7 +109,10 @@ void CaptionSection::buildPlace(QVBoxLayout* rows)
              [alignment](RenderRecipe& recipe) { recipe.captionAlignment = alignment; });
     });
     addRow(rows, QStringLiteral("Alignment"), alignment_);
+}
 
+void CaptionSection::buildPosition(QVBoxLayout* rows)
+{
     position_ = new PositionButton(QStringLiteral("Caption position"));
     position_->setObjectName(QStringLiteral("captionPositionButton"));
     connect(position_, &QPushButton::clicked, this, &CaptionSection::openPosition);

@@ -32,7 +32,8 @@ public:
 private:
     void buildText();
     void buildLook(QVBoxLayout* rows);
-    void buildPlace(QVBoxLayout* rows);
+    void buildAlignment(QVBoxLayout* rows);
+    void buildPosition(QVBoxLayout* rows);
     void buildMore(QVBoxLayout* rows);
     void edit(const QString& step, const EditHistory::RecipeEdit& edit);
     void openColor();

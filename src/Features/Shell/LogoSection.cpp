@@ -43,6 +43,7 @@ void bindNumber(SliderField* field, EditHistory& history, const QString& step, d
 LogoSection::LogoSection(const InspectorContext& context, QWidget* parent)
     : Section(QStringLiteral("Logo"), parent), context_(context)
 {
+    body()->setContentsMargins(Space::inspector, 0, Space::inspector, Space::row);
     buildSwitch();
     buildFile();
     buildLook();
@@ -115,13 +116,17 @@ void LogoSection::buildLook()
         addSliderRow(rows, QStringLiteral("Opacity"), QStringLiteral("Logo opacity"), InspectorRanges::opacity());
     bindNumber(opacity_, context_.history, QStringLiteral("Logo Opacity"), &LogoConfiguration::opacity);
 
+    // As in the caption's section.
+    auto* last = new QVBoxLayout;
+    last->setSpacing(Space::iconEdge);
+    rows->addLayout(last);
     position_ = new PositionButton(QStringLiteral("Logo position"));
     position_->setObjectName(QStringLiteral("logoPositionButton"));
     connect(position_, &QPushButton::clicked, this, &LogoSection::openPosition);
-    positionRow_ = addRow(rows, QStringLiteral("Position"), position_);
+    positionRow_ = addRow(last, QStringLiteral("Position"), position_);
 
     auto* more = new Disclosure(QStringLiteral("More"), QStringLiteral("More logo settings"));
-    rows->addWidget(more);
+    last->addWidget(more);
     sideInset_ = addSliderRow(more->rows(), QStringLiteral("Side inset"), QStringLiteral("Logo side inset"),
                               InspectorRanges::inset(), QStringLiteral("Distance to the left and right edge"));
     bindNumber(sideInset_, context_.history, QStringLiteral("Logo Side Inset"), &LogoConfiguration::horizontalPadding);

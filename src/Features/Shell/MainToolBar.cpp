@@ -51,7 +51,6 @@ MainToolBar::MainToolBar(WindowActions& actions, QWidget* parent) : QWidget(pare
 {
     setObjectName(QStringLiteral("mainToolBar"));
     setGround(this, &ThemeColors::window);
-    setFixedHeight(Theme::current().scaled(Measure::toolBar));
     verbs_ = buildVerbs();
     view_ = buildView();
     result_ = buildResult();
@@ -63,6 +62,11 @@ MainToolBar::MainToolBar(WindowActions& actions, QWidget* parent) : QWidget(pare
     view_->setParent(this);
     row->addStretch();
     row->addWidget(result_);
+    measure();
+    connect(&Theme::current(), &Theme::changed, this, [this] {
+        measure();
+        placeView();
+    });
 }
 
 QWidget* MainToolBar::buildVerbs()
@@ -87,10 +91,11 @@ QWidget* MainToolBar::buildVerbs()
     row->addWidget(add_);
     row->addSpacing(Space::iconEdge);
 
-    auto* presets = new QPushButton(icon(IconName::presets), QStringLiteral("Presets"));
-    presets->setObjectName(QStringLiteral("presetsButton"));
-    bindButton(presets, actions_.presets, QStringLiteral("Save and apply reusable Ferrow settings"));
-    row->addWidget(presets);
+    presets_ = new QPushButton(icon(IconName::presets), QStringLiteral("Presets"));
+    presets_->setObjectName(QStringLiteral("presetsButton"));
+    presets_->setAccessibleName(QStringLiteral("Presets"));
+    bindButton(presets_, actions_.presets, QStringLiteral("Save and apply reusable Ferrow settings"));
+    row->addWidget(presets_);
     row->addSpacing(Space::group);
     row->addWidget(divider());
     row->addSpacing(Space::group);
@@ -122,8 +127,10 @@ QWidget* MainToolBar::buildView()
          {static_cast<QWidget*>(zoomOut_), static_cast<QWidget*>(zoom_), static_cast<QWidget*>(zoomIn_)})
         row->addWidget(button);
     row->addSpacing(Space::group);
-    row->addWidget(iconButton(IconName::zoomFit, actions_.zoomToFit, QStringLiteral("zoomFitButton")));
-    row->addWidget(iconButton(IconName::zoom100, actions_.zoomToActualPixels, QStringLiteral("zoom100Button")));
+    fit_ = iconButton(IconName::zoomFit, actions_.zoomToFit, QStringLiteral("zoomFitButton"));
+    actualPixels_ = iconButton(IconName::zoom100, actions_.zoomToActualPixels, QStringLiteral("zoom100Button"));
+    row->addWidget(fit_);
+    row->addWidget(actualPixels_);
     row->addSpacing(Space::group);
     row->addWidget(divider());
     row->addSpacing(Space::group);
@@ -147,13 +154,13 @@ QWidget* MainToolBar::buildResult()
     row->addWidget(more);
     row->addWidget(iconButton(IconName::settings, actions_.settings, QStringLiteral("settingsButton")));
     row->addSpacing(Space::group);
-    auto* exportButton =
-        new QPushButton(icon(IconName::exportPhotos, &ThemeColors::onInk), QStringLiteral("Export Batch"));
-    exportButton->setObjectName(QStringLiteral("exportButton"));
-    setButtonRole(exportButton, ButtonRole::main);
-    bindButton(exportButton, actions_.exportBatch,
+    export_ = new QPushButton(icon(IconName::exportPhotos, &ThemeColors::onInk), QStringLiteral("Export Batch"));
+    export_->setObjectName(QStringLiteral("exportButton"));
+    export_->setAccessibleName(QStringLiteral("Export Batch"));
+    setButtonRole(export_, ButtonRole::main);
+    bindButton(export_, actions_.exportBatch,
                QStringLiteral("Review export settings and start exporting included photos"));
-    row->addWidget(exportButton);
+    row->addWidget(export_);
     return host;
 }
 
@@ -213,16 +220,44 @@ void MainToolBar::setAddEnabled(bool enabled)
     add_->setEnabled(enabled);
 }
 
+/// By so many steps, the least missed first: keys, wheel, menus and the list of the percentage do its work.
+void MainToolBar::giveWay(int steps)
+{
+    waysGiven_ = steps;
+    zoomOut_->setVisible(steps < 1);
+    zoomIn_->setVisible(steps < 1);
+    presets_->setText(steps < 2 ? QStringLiteral("Presets") : QString());
+    add_->setText(steps < 3 ? QStringLiteral("Add") : QString());
+    fit_->setVisible(steps < 4);
+    actualPixels_->setVisible(steps < 4);
+    export_->setText(steps < 5 ? QStringLiteral("Export Batch") : QString());
+}
+
+/// What each step needs, so that a window being resized only has to look it up.
+void MainToolBar::measure()
+{
+    setFixedHeight(Theme::current().scaled(Measure::toolBar));
+    for (int steps = 0; steps < int(needed_.size()); ++steps) {
+        giveWay(steps);
+        int& needed = needed_[std::size_t(steps)];
+        needed = (int(groups().size()) + 1) * Space::row;
+        for (const QWidget* group : groups())
+            needed += group->sizeHint().width();
+    }
+    needed_[0] = std::max(needed_[0], fullWidth);
+}
+
 void MainToolBar::placeView()
 {
-    const bool full = width() >= fullWidth;
-    zoomOut_->setVisible(full);
-    zoomIn_->setVisible(full);
+    const auto fitting = std::ranges::find_if(needed_, [this](int needed) { return needed <= width(); });
+    const int steps = std::min(int(fitting - needed_.begin()), int(needed_.size()) - 1);
+    if (steps != waysGiven_)
+        giveWay(steps);
     const QSize size = view_->sizeHint();
     const int centred = (width() - size.width()) / 2;
     const int least = Space::row + verbs_->sizeHint().width() + Space::row;
     const int most = width() - Space::row - result_->sizeHint().width() - Space::row - size.width();
-    view_->setGeometry(std::clamp(centred, std::min(least, most), std::max(least, most)), 0, size.width(), height());
+    view_->setGeometry(std::max(least, std::min(centred, most)), 0, size.width(), height());
 }
 
 void MainToolBar::resizeEvent(QResizeEvent* event)

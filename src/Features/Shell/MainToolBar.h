@@ -3,6 +3,8 @@
 
 #include <QWidget>
 
+#include <array>
+
 class QMenu;
 class QPushButton;
 
@@ -11,7 +13,7 @@ namespace ferrow {
 class MenuButton;
 class WindowActions;
 
-/// Verbs on the left, the view in the middle, the result on the right.
+/// Verbs on the left, the view in the middle, the result on the right. Where they don't fit, buttons and labels leave.
 class MainToolBar : public QWidget {
     Q_OBJECT
 
@@ -38,14 +40,23 @@ private:
     QWidget* buildResult();
     QMenu* zoomMenu();
     QMenu* mainMenu();
+    void giveWay(int steps);
+    void measure();
     void placeView();
+    [[nodiscard]] std::array<QWidget*, 3> groups() const { return {verbs_, view_, result_}; }
 
     WindowActions& actions_;
+    std::array<int, 6> needed_{}; ///< Widths, by how many steps the bar gives way.
+    int waysGiven_ = 0;
     MenuButton* add_ = nullptr;
+    QPushButton* presets_ = nullptr;
     QPushButton* zoom_ = nullptr;
     QPushButton* zoomOut_ = nullptr;
     QPushButton* zoomIn_ = nullptr;
+    QPushButton* fit_ = nullptr;
+    QPushButton* actualPixels_ = nullptr;
     QPushButton* compare_ = nullptr;
+    QPushButton* export_ = nullptr;
     QWidget* verbs_ = nullptr;
     QWidget* view_ = nullptr;
     QWidget* result_ = nullptr;
