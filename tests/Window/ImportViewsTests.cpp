@@ -123,6 +123,12 @@ TEST(LogoSection, asksForNoOtherLogoWhileOneIsOnItsWay)
     EXPECT_EQ(import->text(), QStringLiteral("Importing…"));
     EXPECT_EQ(requested.size(), 0);
     view.setImportingLogo(false);
+    view.show();
+    import->setFocus();
+    view.setImportingLogo(true);
+    EXPECT_NE(view.focusWidget(), import);
+    view.setImportingLogo(false);
+    EXPECT_EQ(view.focusWidget(), import) << "only lent, while the button was at rest";
     import->click();
     shown->click();
     EXPECT_EQ(import->text(), QStringLiteral("Import Logo…"));

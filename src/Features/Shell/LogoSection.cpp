@@ -190,7 +190,15 @@ void LogoSection::refresh()
 void LogoSection::setImporting(bool isImporting)
 {
     isImporting_ = isImporting;
+    const bool hadFocus = isImporting && window()->focusWidget() == import_;
     refreshFile(context_.recipe());
+    // Disabled, the button hands the focus on; whoever has not moved on meanwhile gets it back.
+    if (hadFocus)
+        focusMeanwhile_ = window()->focusWidget();
+    else if (!isImporting && focusMeanwhile_ && focusMeanwhile_ == window()->focusWidget())
+        import_->setFocus(Qt::OtherFocusReason);
+    if (!isImporting)
+        focusMeanwhile_ = nullptr;
 }
 
 void LogoSection::refreshFile(const RenderRecipe& recipe)

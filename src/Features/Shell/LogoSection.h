@@ -45,6 +45,7 @@ private:
 
     InspectorContext context_;
     bool isImporting_ = false;
+    QPointer<QWidget> focusMeanwhile_; ///< Took the focus from the import button, which rests while it imports.
     LogoThumbnail* thumbnail_ = nullptr;
     ElidedLabel* name_ = nullptr;
     QLabel* kind_ = nullptr;

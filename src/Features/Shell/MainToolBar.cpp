@@ -3,6 +3,7 @@
 
 #include "Features/Shell/WindowActions.h"
 #include "Shared/Widgets/FerrowStyle.h"
+#include "Shared/Widgets/FocusRing.h"
 #include "Shared/Widgets/Icons.h"
 #include "Shared/Widgets/SmallParts.h"
 #include "Shared/Widgets/Theme.h"
@@ -19,7 +20,7 @@ namespace {
 
 constexpr int zoomWidth = 56;
 constexpr int dividerHeight = 20;
-/// Narrower than this, minus and plus leave: keys, wheel and the list of the percentage do their work.
+/// Narrower than this, minus and plus leave also where there is room for them.
 constexpr int fullWidth = 1'040;
 
 QPushButton* iconButton(IconName name, QAction* action, const QString& objectName)
@@ -35,6 +36,16 @@ HairLine* divider()
     auto* line = new HairLine(Qt::Vertical);
     line->setFixedHeight(dividerHeight);
     return line;
+}
+
+/// Whoever opens a menu by a key goes on with keys.
+void popUp(QMenu* menu, const QPoint& place)
+{
+    menu->popup(place);
+    const QList<QAction*> actions = menu->actions();
+    const auto first = std::ranges::find_if(actions, &QAction::isEnabled);
+    if (FocusRing::isKeyboardFocus() && first != actions.end())
+        menu->setActiveAction(*first);
 }
 
 QHBoxLayout* rowOf(QWidget* host)
@@ -111,11 +122,10 @@ QWidget* MainToolBar::buildView()
     zoomOut_ = iconButton(IconName::zoomOut, actions_.zoomOut, QStringLiteral("zoomOutButton"));
     zoom_ = new QPushButton;
     zoom_->setObjectName(QStringLiteral("zoomButton"));
-    zoom_->setAccessibleName(QStringLiteral("Zoom"));
     zoom_->setFixedWidth(Theme::current().scaled(zoomWidth));
     setButtonRole(zoom_, ButtonRole::flat);
     connect(zoom_, &QPushButton::clicked, this,
-            [this] { zoomMenu()->popup(zoom_->mapToGlobal(QPoint(0, zoom_->height() + Space::rowGap))); });
+            [this] { popUp(zoomMenu(), zoom_->mapToGlobal(QPoint(0, zoom_->height() + Space::rowGap))); });
     zoomIn_ = iconButton(IconName::zoomIn, actions_.zoomIn, QStringLiteral("zoomInButton"));
     compare_ = makeIconButton(IconName::compare, QStringLiteral("Hold to Compare"));
     compare_->setObjectName(QStringLiteral("compareButton"));
@@ -149,7 +159,7 @@ QWidget* MainToolBar::buildResult()
     connect(more, &QPushButton::clicked, this, [this, more] {
         QMenu* menu = mainMenu();
         const QPoint corner = more->mapToGlobal(QPoint(more->width(), more->height() + Space::rowGap));
-        menu->popup(corner - QPoint(menu->sizeHint().width(), 0));
+        popUp(menu, corner - QPoint(menu->sizeHint().width(), 0));
     });
     row->addWidget(more);
     row->addWidget(iconButton(IconName::settings, actions_.settings, QStringLiteral("settingsButton")));
@@ -204,6 +214,7 @@ void MainToolBar::setZoom(double zoom, bool isFit)
     const bool shown = zoom > 0;
     zoom_->setText(shown ? QStringLiteral("%1%").arg(qRound(zoom * 100)) : QStringLiteral("–"));
     zoom_->setToolTip(QStringLiteral("Zoom"));
+    zoom_->setAccessibleName(shown ? QStringLiteral("Zoom, %1").arg(zoom_->text()) : QStringLiteral("Zoom"));
     zoom_->setEnabled(shown);
     for (QAction* action : {actions_.zoomIn, actions_.zoomOut, actions_.zoomToFit, actions_.zoomToActualPixels})
         action->setEnabled(shown);

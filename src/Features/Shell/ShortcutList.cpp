@@ -108,7 +108,8 @@ QString KeyNames::spoken(const Shortcut& shortcut)
     QStringList ways;
     for (const QKeySequence& keys : shortcut.keys)
         ways.append(spoken(keys));
-    return QStringLiteral("%1, %2").arg(shortcut.text, ways.join(QStringLiteral(" or ")));
+    return ways.isEmpty() ? shortcut.text
+                          : QStringLiteral("%1, %2").arg(shortcut.text, ways.join(QStringLiteral(" or ")));
 }
 
 ShortcutList::ShortcutList(const ShortcutGroup& group, QWidget* parent) : QWidget(parent), group_(group)

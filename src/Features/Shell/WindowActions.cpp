@@ -67,15 +67,22 @@ std::vector<ListedShortcut> WindowActions::listedShortcuts() const
                                               : action->text().remove(u'…');
         list.push_back({group, text, action->shortcuts()});
     }
+    list.push_back({QStringLiteral("Ferrow"), QStringLiteral("Main menu"), {Qt::Key_F10}});
     const QString photoList = QStringLiteral("Photo list");
     list.push_back({photoList, QStringLiteral("Include or leave out"), {Qt::Key_Space}});
     list.push_back({photoList, QStringLiteral("Remove from the list"), {Qt::Key_Delete}});
+    list.push_back({photoList, QStringLiteral("Menu of the photo"), {Qt::Key_Menu}});
+    list.push_back({photoList, QStringLiteral("Type a name to find it"), {}});
     const QString preview = QStringLiteral("Preview");
     list.push_back({preview, QStringLiteral("Show the bare photo while held"), {Qt::Key_Backslash}});
     list.push_back({preview, QStringLiteral("Previous or next photo"), {Qt::Key_Left, Qt::Key_Right}});
     const QString caption = QStringLiteral("Caption");
     list.push_back({caption, QStringLiteral("Move the chip"), {Qt::ALT | Qt::Key_Left, Qt::ALT | Qt::Key_Right}});
     list.push_back({caption, QStringLiteral("Edit the chip"), {Qt::Key_Return, Qt::Key_F2}});
+    list.push_back({caption, QStringLiteral("Remove the chip"), {Qt::Key_Delete}});
+    const QString presetList = QStringLiteral("Presets");
+    list.push_back({presetList, QStringLiteral("Rename the preset"), {Qt::Key_F2}});
+    list.push_back({presetList, QStringLiteral("Delete the preset"), {Qt::Key_Delete}});
     return list;
 }
 
