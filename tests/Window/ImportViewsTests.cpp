@@ -65,8 +65,8 @@ TEST(PhotoSidebar, takesOnlyTheUsersChoiceForAChoice)
     history.stack().undo();
     EXPECT_EQ(selectedName(session), "c");
     EXPECT_EQ(sidebar.list()->currentIndex().row(), 1);
-    EXPECT_EQ(chosen.size(), 0);
-    QTest::keyClick(sidebar.list(), Qt::Key_Down);
+    // Walking through is none either; a click is, on the row that is current already as well.
+    QTest::keyClick(sidebar.list(), Qt::Key_Right);
     EXPECT_EQ(selectedName(session), "d");
     QTest::mouseClick(sidebar.list()->viewport(), Qt::LeftButton, {},
                       sidebar.list()->visualRect(sidebar.list()->model()->index(0, 0)).center());

@@ -34,6 +34,8 @@ PhotoListView::PhotoListView(PhotoListModel& model, ThumbnailCache& thumbnails, 
     setEditTriggers(QAbstractItemView::NoEditTriggers);
     setFocusLook(this, FocusLook::own);
     viewport()->setAutoFillBackground(false);
+    // Enter and a press of the mouse, on the row that is current already as well.
+    connect(this, &QAbstractItemView::clicked, this, &PhotoListView::rowChosen);
     verticalScrollBar()->setSingleStep(Theme::current().scaled(20));
     connect(&Theme::current(), &Theme::changed, this, [this] {
         scheduleDelayedItemsLayout();
@@ -75,17 +77,30 @@ void PhotoListView::currentChanged(const QModelIndex& current, const QModelIndex
 void PhotoListView::keyPressEvent(QKeyEvent* event)
 {
     const int row = currentIndex().row();
-    const bool plain = event->modifiers() == Qt::NoModifier;
+    const bool plain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
     if (plain && row >= 0 && !locked_) {
         if (event->key() == Qt::Key_Space)
             return emit toggleRequested(row);
         if (event->key() == Qt::Key_Delete || event->key() == Qt::Key_Backspace)
             return emit removeRequested(row);
     }
-    // Left and Right belong to the window: they go from photo to photo there as well.
-    if (event->key() == Qt::Key_Left || event->key() == Qt::Key_Right)
-        return event->ignore();
+    if (plain && row >= 0 && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter))
+        return emit rowChosen();
+    // As over the preview.
+    if (plain && (event->key() == Qt::Key_Left || event->key() == Qt::Key_Right)) {
+        const QModelIndex next = model()->index(event->key() == Qt::Key_Left ? row - 1 : row + 1, 0);
+        if (next.isValid())
+            setCurrentIndex(next);
+        return;
+    }
     QListView::keyPressEvent(event);
+}
+
+void PhotoListView::showEvent(QShowEvent* event)
+{
+    QListView::showEvent(event);
+    // Photos may have been stepped through while the list was away.
+    scrollTo(currentIndex());
 }
 
 bool PhotoListView::pressPart(const QMouseEvent& event)

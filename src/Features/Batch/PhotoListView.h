@@ -22,6 +22,8 @@ public:
 signals:
     /// By the user: not when the model changes under the current row.
     void rowSelected(int row);
+    /// The user is done looking: by a click or Enter, not by walking through.
+    void rowChosen();
     void toggleRequested(int row);
     void removeRequested(int row);
     void contextMenuRequestedAt(int row, const QPoint& globalPosition);
@@ -32,6 +34,7 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
+    void showEvent(QShowEvent* event) override;
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
 
 private:

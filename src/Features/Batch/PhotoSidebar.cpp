@@ -73,10 +73,10 @@ void PhotoSidebar::buildList()
     model_ = new PhotoListModel(session_, exportSession_, this);
     thumbnails_ = new ThumbnailCache(session_, this);
     list_ = new PhotoListView(*model_, *thumbnails_);
-    connect(list_, &PhotoListView::rowSelected, this, [this](int row) {
-        session_.setSelectedPhotoID(model_->photoID(row));
-        emit photoChosen();
-    });
+    setFocusProxy(list_);
+    connect(list_, &PhotoListView::rowSelected, this,
+            [this](int row) { session_.setSelectedPhotoID(model_->photoID(row)); });
+    connect(list_, &PhotoListView::rowChosen, this, &PhotoSidebar::photoChosen);
     connect(list_, &PhotoListView::toggleRequested, this,
             [this](int row) { history_.toggleIncluded(model_->photoID(row)); });
     connect(list_, &PhotoListView::removeRequested, this, [this](int row) { history_.remove({model_->photoID(row)}); });

@@ -31,7 +31,7 @@ public:
 signals:
     void clearAllRequested();
     void showInFolderRequested(const ferrow::FileUrl& photoID);
-    /// A photo was chosen by the user's hand, not by the program.
+    /// By a click or Enter, be it the one that is selected already.
     void photoChosen();
 
 private:

@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Features/Shell/WindowColumns.h"
 
+#include "Shared/Widgets/Overlay.h"
 #include "Shared/Widgets/SmallParts.h"
 #include "Shared/Widgets/Theme.h"
 
+#include <QAccessibleWidget>
 #include <QApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPointer>
 #include <QSplitter>
 #include <QVBoxLayout>
 #include <QVariantAnimation>
@@ -50,7 +53,8 @@ int drawerWidth()
 
 } // namespace
 
-/// The sidebar over the preview's left edge. A press outside, Esc or a choice closes it.
+/// The sidebar over the preview's left edge. Takes the focus and keeps it from Tab; a press outside, Esc or a choice
+/// closes it and gives the focus back.
 class SidebarDrawer : public QWidget {
 public:
     explicit SidebarDrawer(WindowColumns* columns) : QWidget(columns), columns_(columns)
@@ -74,14 +78,10 @@ public:
         open_ = open;
         resize(drawerWidth() + shadowWidth, columns_->height());
         raise();
-        if (open) {
-            qApp->installEventFilter(this);
-            if (!isVisible())
-                move(-drawerWidth(), 0);
-            show();
-        } else {
-            qApp->removeEventFilter(this);
-        }
+        if (open)
+            takeFocus();
+        else
+            giveFocusBack();
         slide_.stop();
         slide_.setDuration(Theme::current().duration(Motion::unfold));
         slide_.setStartValue(x());
@@ -95,7 +95,7 @@ public:
         if (event->type() == QEvent::MouseButtonPress && isOutside(*static_cast<QMouseEvent*>(event)))
             setOpen(false);
         if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape &&
-            isAncestorOf(QApplication::focusWidget())) {
+            window()->isActiveWindow() && !QApplication::activePopupWidget() && !Overlay::topmost(this)) {
             setOpen(false);
             return true;
         }
@@ -103,6 +103,20 @@ public:
     }
 
 protected:
+    bool focusNextPrevChild(bool next) override
+    {
+        if (!open_)
+            return QWidget::focusNextPrevChild(next);
+        QWidget* const from = window()->focusWidget();
+        QWidget* to = isAncestorOf(from) ? from : this;
+        QWidget* const start = to;
+        do
+            to = next ? to->nextInFocusChain() : to->previousInFocusChain();
+        while (to != start && !(isAncestorOf(to) && takesTab(*to)));
+        to->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+        return true;
+    }
+
     void paintEvent(QPaintEvent*) override
     {
         QPainter painter(this);
@@ -113,6 +127,37 @@ protected:
     }
 
 private:
+    static bool takesTab(const QWidget& widget)
+    {
+        return (widget.focusPolicy() & Qt::TabFocus) && !widget.focusProxy() && widget.isEnabled() &&
+               widget.isVisible();
+    }
+
+    void takeFocus()
+    {
+        returnFocus_ = window()->focusWidget();
+        qApp->installEventFilter(this);
+        if (!isVisible())
+            move(-drawerWidth(), 0);
+        show();
+        // The sidebar names what of it takes the focus.
+        QWidget* sidebar = layout()->itemAt(0)->widget();
+        QWidget* first = sidebar->focusProxy();
+        (first && first->isVisible() ? first : this)->setFocus(Qt::OtherFocusReason);
+    }
+
+    void giveFocusBack()
+    {
+        qApp->removeEventFilter(this);
+        QWidget* focused = window()->focusWidget();
+        if (focused && focused != this && !isAncestorOf(focused))
+            return;
+        if (returnFocus_ && returnFocus_->isVisible() && returnFocus_->isEnabled())
+            returnFocus_->setFocus(Qt::OtherFocusReason);
+        else
+            QWidget::focusNextPrevChild(true);
+    }
+
     [[nodiscard]] bool isOutside(const QMouseEvent& press) const
     {
         const QPoint here = columns_->mapFromGlobal(press.globalPosition().toPoint());
@@ -121,8 +166,19 @@ private:
 
     WindowColumns* columns_;
     QVariantAnimation slide_;
+    QPointer<QWidget> returnFocus_;
     bool open_ = false;
 };
+
+namespace {
+
+QAccessibleInterface* accessibleDrawer(const QString&, QObject* object)
+{
+    auto* drawer = dynamic_cast<SidebarDrawer*>(object);
+    return drawer ? new QAccessibleWidget(drawer, QAccessible::Dialog) : nullptr;
+}
+
+} // namespace
 
 WindowColumns::WindowColumns(QWidget* sidebar, QWidget* preview, QWidget* inspector, QWidget* parent)
     : QWidget(parent), sidebar_(sidebar), splitter_(new QSplitter(Qt::Horizontal))
@@ -131,6 +187,8 @@ WindowColumns::WindowColumns(QWidget* sidebar, QWidget* preview, QWidget* inspec
         column->setMinimumWidth(width.least);
         column->setMaximumWidth(width.most);
     };
+    static const bool isRegistered = (QAccessible::installFactory(accessibleDrawer), true);
+    Q_UNUSED(isRegistered)
     fit(sidebar, sidebarWidth());
     fit(inspector, inspectorWidth());
     preview->setMinimumWidth(previewLeast);

@@ -10,7 +10,7 @@ namespace ferrow {
 class SidebarDrawer;
 
 /// Sidebar, preview and inspector side by side. The preview takes all extra width. Where the three do not fit, the
-/// sidebar becomes a drawer over the preview.
+/// sidebar becomes a drawer over the preview, which gives the focus to the sidebar's focus proxy.
 class WindowColumns : public QWidget {
     Q_OBJECT
 
