@@ -13,6 +13,7 @@
 #include "Features/Shell/WindowActions.h"
 #include "Features/Shell/WindowColumns.h"
 #include "Platform/Desktop/Portal.h"
+#include "Platform/Files/ImageTypeNames.h"
 #include "Shared/Widgets/Overlay.h"
 #include "Shared/Widgets/SmallParts.h"
 #include "Shared/Widgets/Theme.h"
@@ -35,6 +36,16 @@ namespace {
 
 constexpr QSize leastSize(900, 684);
 constexpr QSize idealSize(1'440, 900);
+
+/// Judged by the names alone, which costs no disk; 0 where folders or other files are among them.
+int carriedPhotoCount(const QMimeData& data)
+{
+    const QList<QUrl> urls = data.urls();
+    const bool arePhotos = std::ranges::all_of(urls, [](const QUrl& url) {
+        return ImageTypeNames::isImageExtension(url.fileName().section(u'.', -1).toLatin1());
+    });
+    return arePhotos ? carriedFileCount(data) : 0;
+}
 
 } // namespace
 
@@ -91,6 +102,11 @@ void ContentView::buildViews()
     connect(preview_, &PreviewPane::addFolderRequested, this, &ContentView::chooseFolder);
     connect(preview_, &PreviewPane::cancelExportRequested, &exportFlow_, &ExportFlow::cancelExport);
     connect(preview_, &PreviewPane::retryRequested, this, &ContentView::loadSelectedPreview);
+    connect(preview_, &PreviewPane::showInFolderRequested, actions_->showInFolder, &QAction::trigger);
+    connect(preview_, &PreviewPane::focusHandedOn, this, [this] {
+        if (sidebar_->list()->isVisible())
+            sidebar_->list()->setFocus(Qt::OtherFocusReason);
+    });
     connect(inspector_, &InspectorView::importLogoRequested, this, &ContentView::importLogo);
     connect(&logoImporter_, &LogoImporter::isImportingChanged, inspector_,
             [this] { inspector_->setImportingLogo(logoImporter_.isImporting()); });
@@ -144,6 +160,11 @@ void ContentView::connectModels()
     connect(&session_, &PhotoSession::isImportingChanged, this, &ContentView::updateActions);
     connect(&history_, &EditHistory::canPasteFramingChanged, this, &ContentView::updateActions);
     connect(&previewLoader_, &PreviewLoader::photoChanged, this, &ContentView::updateActions);
+    connect(&previewLoader_, &PreviewLoader::isLoadingChanged, this, &ContentView::updateActions);
+    connect(&previewLoader_, &PreviewLoader::photoChanged, this, [this] {
+        if (previewLoader_.photo())
+            sidebar_->setUnreadable(previewLoader_.photo()->id(), false);
+    });
     connect(&exportSession_, &ExportSession::progressChanged, this, &ContentView::updateActions);
     connect(&exportSession_, &ExportSession::isPlanningChanged, this, &ContentView::updateActions);
     connect(&exportSession_, &ExportSession::reportChanged, this, &ContentView::updateActions);
@@ -167,7 +188,10 @@ void ContentView::updateActions()
     actions_->copyFraming->setEnabled(hasSelection);
     actions_->pasteFraming->setEnabled(!busy && hasSelection && history_.canPasteFraming());
     actions_->showInFolder->setEnabled(hasSelection);
-    toolBar_->setComparable(previewLoader_.photo().has_value());
+    // The one before stays published while the next is on its way, and where that can't be read.
+    const std::optional<ImportedPhoto>& loaded = previewLoader_.photo();
+    toolBar_->setComparable(hasSelection &&
+                            (previewLoader_.isLoading() || (loaded && loaded->id() == session_.selectedPhotoID())));
     inspector_->setLocked(busy);
 }
 
@@ -209,9 +233,11 @@ void ContentView::loadSelectedPreview()
 {
     previewLoad_.request_stop();
     const ImportedPhoto* selected = session_.selectedPhoto();
-    previewLoad_ = previewLoader_.load(
-        selected ? std::optional(*selected) : std::nullopt,
-        [this](const std::exception_ptr& error) { preview_->showLoadError(ErrorAlerts::text(error)); });
+    previewLoad_ = previewLoader_.load(selected ? std::optional(*selected) : std::nullopt,
+                                       [this, photoID = session_.selectedPhotoID()](const std::exception_ptr& error) {
+                                           preview_->showLoadError(ErrorAlerts::text(error));
+                                           sidebar_->setUnreadable(*photoID, true);
+                                       });
 }
 
 void ContentView::importLogo()
@@ -337,7 +363,7 @@ bool ContentView::handleDrag(QEvent* event)
         preview_->setDropTarget(std::nullopt);
         importRoots(droppedFiles(*drag->mimeData()));
     } else if (event->type() == QEvent::DragEnter) {
-        preview_->setDropTarget(carriedFileCount(*drag->mimeData()));
+        preview_->setDropTarget(carriedPhotoCount(*drag->mimeData()));
     }
     return true;
 }

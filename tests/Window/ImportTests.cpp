@@ -57,6 +57,14 @@ TEST_F(RealWindow, SaysThatItIsStillAddingPhotos)
     QApplication::sendEvent(under, &enter);
     EXPECT_TRUE(enter.isAccepted());
     EXPECT_TRUE(isDropShown());
+    const auto says = [&](const QString& text) {
+        return std::ranges::any_of(widget("dropOverlay")->findChildren<QLabel*>(),
+                                   [&](const QLabel* label) { return label->text() == text; });
+    };
+    EXPECT_TRUE(says(QStringLiteral("Drop to add photos"))) << "nobody knows how many a folder holds";
+    data.setUrls({home_.file("p1.png").toUrl(), home_.file("p2.png").toUrl()});
+    QApplication::sendEvent(under, &enter);
+    EXPECT_TRUE(says(QStringLiteral("Drop to add 2 photos")));
     window_->importRoots({home_.url()});
     ASSERT_TRUE(window_->session().isImporting());
     QDropEvent late({9, 9}, Qt::CopyAction, &data, Qt::LeftButton, {});

@@ -7,6 +7,7 @@
 #include "Features/Shell/InspectorView.h"
 #include "Support/Pictures.h"
 
+#include <QAbstractItemModelTester>
 #include <QLabel>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -48,6 +49,49 @@ TEST(ThumbnailCache, showsWhatTheFileHoldsNowAndRemembersNoAbsence)
     EXPECT_NEAR(redOf("c"), 200, 3);
 }
 
+TEST(PhotoListModel, keepsItsPromisesToViewsInEveryChange)
+{
+    DisklessSession session;
+    ExportSession exportSession;
+    EditHistory history{session, exportSession};
+    PhotoListModel model(session, exportSession);
+    const QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
+    const QSignalSpy resets(&model, &QAbstractItemModel::modelReset);
+    const QSignalSpy changes(&model, &QAbstractItemModel::dataChanged);
+    const auto rows = [&] {
+        std::string all;
+        for (int row = 0; row < model.rowCount(); ++row)
+            all += model.index(row).data().toString().toStdString() + (model.isIncluded(row) ? "" : "-");
+        return all;
+    };
+    importInto(session, photoUrls({"b", "c", "e"}));
+    importInto(session, photoUrls({"d"}));
+    EXPECT_EQ(rows(), "bcde");
+    history.remove(photoUrls({"c", "d"}));
+    EXPECT_EQ(rows(), "be");
+    history.stack().undo();
+    EXPECT_EQ(rows(), "bcde");
+    EXPECT_EQ(resets.size(), 0) << "one run of rows each time";
+    history.remove(photoUrls({"b", "d"}));
+    EXPECT_EQ(rows(), "ce");
+    history.stack().undo();
+    importInto(session, photoUrls({"a", "f"}));
+    EXPECT_EQ(rows(), "abcdef");
+
+    const auto before = changes.size();
+    history.toggleIncluded(photoUrl("e"));
+    EXPECT_EQ(rows(), "abcde-f");
+    EXPECT_GT(changes.size(), before);
+    model.setUnreadable(photoUrl("b"), true);
+    EXPECT_EQ(changes.last().constFirst().toModelIndex().row(), 1);
+    EXPECT_TRUE(model.index(1).data(Qt::AccessibleTextRole).toString().contains(QStringLiteral("not readable")));
+    session.remove(photoUrls({"b"}));
+    importInto(session, photoUrls({"b"}));
+    EXPECT_FALSE(model.isUnreadable(1)) << "added again it may have been mended";
+    session.clearAll();
+    EXPECT_EQ(rows(), "");
+}
+
 TEST(PhotoSidebar, takesOnlyTheUsersChoiceForAChoice)
 {
     DisklessSession session;
@@ -68,10 +112,21 @@ TEST(PhotoSidebar, takesOnlyTheUsersChoiceForAChoice)
     // Walking through is none either; a click is, on the row that is current already as well.
     QTest::keyClick(sidebar.list(), Qt::Key_Right);
     EXPECT_EQ(selectedName(session), "d");
-    QTest::mouseClick(sidebar.list()->viewport(), Qt::LeftButton, {},
-                      sidebar.list()->visualRect(sidebar.list()->model()->index(0, 0)).center());
-    EXPECT_EQ(selectedName(session), "a");
-    EXPECT_EQ(chosen.size(), 2);
+    QTest::keyClick(sidebar.list(), Qt::Key_Left);
+    EXPECT_EQ(selectedName(session), "c");
+    QTest::keyClick(sidebar.list(), Qt::Key_D);
+    EXPECT_EQ(selectedName(session), "d");
+    EXPECT_EQ(chosen.size(), 0);
+    for (int click = 1; click <= 2; ++click) {
+        QTest::mouseClick(sidebar.list()->viewport(), Qt::LeftButton, {},
+                          sidebar.list()->visualRect(sidebar.list()->model()->index(0, 0)).center());
+        EXPECT_EQ(selectedName(session), "a");
+        EXPECT_EQ(chosen.size(), click);
+    }
+    QTest::keyClick(sidebar.list(), Qt::Key_Enter, Qt::KeypadModifier);
+    EXPECT_EQ(chosen.size(), 3);
+    QTest::keyClick(sidebar.list(), Qt::Key_Delete, Qt::KeypadModifier);
+    EXPECT_EQ(session.photos().size(), 2U);
 }
 
 TEST(EmptyPreview, saysThatPhotosAreBeingAddedAndStopsIt)

@@ -84,6 +84,41 @@ TEST_F(Pane, tellsOfAMissingLogoOverThePhotosThatHaveIt)
     EXPECT_FALSE(notice->isVisible());
 }
 
+TEST_F(Pane, leadsOnFromAPhotoThatCannotBeRead)
+{
+    auto* canvas = pane.findChild<QWidget*>(QStringLiteral("previewCanvas"));
+    const auto* card = pane.findChild<ErrorCard*>();
+    const auto button = [&](const char* name) { return pane.findChild<QPushButton*>(QString::fromLatin1(name)); };
+    const QSignalSpy retried(&pane, &PreviewPane::retryRequested);
+    const QSignalSpy shown(&pane, &PreviewPane::showInFolderRequested);
+    pane.showLoadError(QStringLiteral("It is broken."));
+    EXPECT_TRUE(card->isVisible());
+    EXPECT_EQ(pane.zoom(), 0);
+    for (const char* name : {"retryPreviewButton", "showUnreadableButton", "removeUnreadableButton"}) {
+        const QPushButton* wayOut = button(name);
+        EXPECT_GE(wayOut->width(), wayOut->sizeHint().width()) << name;
+    }
+    button("showUnreadableButton")->click();
+    EXPECT_EQ(shown.size(), 1);
+    button("retryPreviewButton")->click();
+    EXPECT_EQ(retried.size(), 1);
+    EXPECT_FALSE(card->isVisible());
+    EXPECT_GT(pane.zoom(), 0) << "the thumbnail stands in meanwhile";
+
+    pane.showLoadError(QStringLiteral("It is broken still."));
+    QTest::keyClick(canvas, Qt::Key_Right);
+    EXPECT_EQ(session.selectedPhotoID(), b);
+    EXPECT_FALSE(card->isVisible());
+    EXPECT_GT(pane.zoom(), 0);
+    emit queue.failed(a, QStringLiteral("Of the photo before."));
+    EXPECT_FALSE(card->isVisible());
+    emit queue.failed(b, QStringLiteral("The frame is too large."));
+    EXPECT_TRUE(card->isVisible());
+    EXPECT_FALSE(button("retryPreviewButton")->isVisible()) << "trying again would change nothing";
+    QTest::keyClick(canvas, Qt::Key_Left);
+    EXPECT_EQ(session.selectedPhotoID(), a);
+}
+
 TEST_F(Pane, removesNothingWhileAnExportIsPlanned)
 {
     pane.showLoadError(QStringLiteral("It is broken."));
@@ -109,6 +144,10 @@ TEST_F(Pane, outlinesTheWholeWindowForADropWithTheCardOverThePicture)
     EXPECT_EQ(QRect(outline->mapTo(&window, QPoint()), outline->size()), window.rect());
     EXPECT_NE(window.childAt(250, 300), outline) << "it takes no clicks";
     const auto* card = outline->findChild<FloatingCard*>();
+    EXPECT_TRUE(pane.geometry().contains(card->geometry()));
+    window.resize(1'200, 700);
+    pane.setGeometry(600, 0, 600, 700);
+    EXPECT_EQ(outline->size(), window.size()) << "also when the window grows under it";
     EXPECT_TRUE(pane.geometry().contains(card->geometry()));
     pane.setDropTarget(std::nullopt);
     EXPECT_FALSE(outline->isVisible());

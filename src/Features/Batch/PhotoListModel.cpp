@@ -38,11 +38,7 @@ PhotoListModel::PhotoListModel(PhotoSession& session, ExportSession& exportSessi
     connect(&session, &PhotoSession::recipeScopeChanged, this, &PhotoListModel::repaintAll);
     connect(&exportSession, &ExportSession::progressChanged, this, &PhotoListModel::repaintAll);
     connect(&exportSession, &ExportSession::reportChanged, this, &PhotoListModel::repaintAll);
-    const auto repaintOne = [this](const FileUrl& photoID) {
-        if (const int row = rowOf(photoID); row >= 0)
-            emit dataChanged(index(row), index(row));
-    };
-    connect(&exportSession, &ExportSession::photoStarted, this, repaintOne);
+    connect(&exportSession, &ExportSession::photoStarted, this, &PhotoListModel::repaint);
 }
 
 int PhotoListModel::rowCount(const QModelIndex& parent) const
@@ -85,6 +81,8 @@ QVariant PhotoListModel::data(const QModelIndex& index, int role) const
     case Qt::AccessibleTextRole: {
         QStringList parts{shown->filename(), shown->pixelSize.formatted(),
                           isIncluded(index.row()) ? QStringLiteral("included") : QStringLiteral("not included")};
+        if (isUnreadable(index.row()))
+            parts << QStringLiteral("not readable");
         if (hasOwnFraming(index.row()))
             parts << QStringLiteral("own framing");
         if (const std::optional<PhotoExportState> state = exportState(index.row()))
@@ -110,6 +108,9 @@ void PhotoListModel::followPhotos()
     for (const ImportedPhoto& photo : session_.photos())
         now.push_back(photo.id());
 
+    // Whoever adds a file again may have mended it.
+    std::erase_if(unreadable_, [this](const FileUrl& photoID) { return !session_.indexOf(photoID); });
+
     const auto [oldBegin, newBegin] = std::ranges::mismatch(rows_, now);
     const auto first = int(oldBegin - rows_.begin());
     const auto [oldEnd, newEnd] = std::mismatch(rows_.rbegin(), std::make_reverse_iterator(oldBegin), now.rbegin(),
@@ -130,6 +131,19 @@ void PhotoListModel::followPhotos()
         rows_ = std::move(now);
         endInsertRows();
     }
+}
+
+void PhotoListModel::setUnreadable(const FileUrl& photoID, bool isUnreadable)
+{
+    const bool changes = isUnreadable ? unreadable_.insert(photoID).second : unreadable_.erase(photoID) > 0;
+    if (changes)
+        repaint(photoID);
+}
+
+void PhotoListModel::repaint(const FileUrl& photoID)
+{
+    if (const int row = rowOf(photoID); row >= 0)
+        emit dataChanged(index(row), index(row));
 }
 
 void PhotoListModel::repaintAll()

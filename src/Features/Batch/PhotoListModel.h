@@ -7,6 +7,7 @@
 #include <QAbstractListModel>
 
 #include <optional>
+#include <unordered_set>
 #include <vector>
 
 namespace ferrow {
@@ -29,16 +30,21 @@ public:
     [[nodiscard]] bool isIncluded(int row) const { return session_.isIncluded(photoID(row)); }
     [[nodiscard]] bool hasOwnFraming(int row) const { return session_.hasOwnRecipe(photoID(row)); }
     [[nodiscard]] std::optional<PhotoExportState> exportState(int row) const;
+    /// Its preview could not be decoded when it was last looked at.
+    [[nodiscard]] bool isUnreadable(int row) const { return unreadable_.contains(photoID(row)); }
+    void setUnreadable(const FileUrl& photoID, bool isUnreadable);
     /// The row of a photo, or -1.
     [[nodiscard]] int rowOf(const std::optional<FileUrl>& photoID) const;
 
 private:
     void followPhotos();
+    void repaint(const FileUrl& photoID);
     void repaintAll();
 
     PhotoSession& session_;
     ExportSession& exportSession_;
     std::vector<FileUrl> rows_;
+    std::unordered_set<FileUrl> unreadable_;
 };
 
 } // namespace ferrow

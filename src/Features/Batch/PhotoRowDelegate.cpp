@@ -168,6 +168,8 @@ int PhotoRowDelegate::paintTrailing(QPainter& painter, const QRect& row, int ind
     case PhotoExportState::cancelled:
         break;
     }
+    if (model_.isUnreadable(index))
+        return drawMark(IconName::error, &ThemeColors::error);
     if (model_.hasOwnFraming(index))
         return drawMark(IconName::ownFraming, &ThemeColors::accent);
     return rowFill(row).right() - Space::group;

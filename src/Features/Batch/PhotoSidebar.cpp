@@ -155,6 +155,11 @@ void PhotoSidebar::followImport()
     importBar_->setRange(0, 0);
 }
 
+void PhotoSidebar::setUnreadable(const FileUrl& photoID, bool isUnreadable)
+{
+    model_->setUnreadable(photoID, isUnreadable);
+}
+
 void PhotoSidebar::updateCounts()
 {
     const auto total = std::int64_t(session_.photos().size());

@@ -27,6 +27,8 @@ public:
     PhotoSidebar(PhotoSession& session, EditHistory& history, ExportSession& exportSession, QWidget* parent = nullptr);
 
     [[nodiscard]] PhotoListView* list() const { return list_; }
+    /// The photo's row shows that it could not be decoded.
+    void setUnreadable(const FileUrl& photoID, bool isUnreadable);
 
 signals:
     void clearAllRequested();

@@ -125,7 +125,7 @@ void PreviewCanvas::paintEvent(QPaintEvent*)
 
 bool PreviewCanvas::moveByKey(int key)
 {
-    const bool pans = viewport_.canPan();
+    const bool pans = picture_.isShown() && viewport_.canPan();
     const double step = keyStep * scale_;
     const auto pan = [this](QPointF delta) { change([this, delta] { viewport_.panBy(delta); }); };
     switch (key) {
@@ -151,13 +151,14 @@ bool PreviewCanvas::moveByKey(int key)
 
 void PreviewCanvas::keyPressEvent(QKeyEvent* event)
 {
-    if (!picture_.isShown() || (event->modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier) {
+    if ((event->modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier) {
         event->ignore();
         return;
     }
+    // Other photos are within reach also where this one can't be shown.
     if (moveByKey(event->key()))
         return;
-    if (event->key() == Qt::Key_Backslash) {
+    if (event->key() == Qt::Key_Backslash && picture_.isShown()) {
         if (!event->isAutoRepeat())
             setComparing(true);
     } else if (event->key() == Qt::Key_Delete) {

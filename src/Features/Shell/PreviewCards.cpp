@@ -96,13 +96,19 @@ ErrorCard::ErrorCard(QWidget* parent) : FloatingCard(parent, errorCardWidth)
     row->setContentsMargins(0, Space::row, 0, 0);
     row->setSpacing(Space::group);
     QPushButton* retry = wayOut(QStringLiteral("Try Again"), QStringLiteral("retryPreviewButton"), buttons_);
-    remove_ = wayOut(QStringLiteral("Remove from List"), QStringLiteral("removeUnreadableButton"), buttons_);
+    QPushButton* showInFolder =
+        wayOut(QStringLiteral("Show in Folder"), QStringLiteral("showUnreadableButton"), buttons_);
+    remove_ = wayOut(QStringLiteral("Remove"), QStringLiteral("removeUnreadableButton"), buttons_);
+    remove_->setAccessibleName(QStringLiteral("Remove from List"));
+    remove_->setToolTip(QStringLiteral("Remove from List"));
     row->addStretch();
     row->addWidget(retry);
+    row->addWidget(showInFolder);
     row->addWidget(remove_);
     row->addStretch();
     column->addWidget(buttons_);
     connect(retry, &QPushButton::clicked, this, &ErrorCard::retryRequested);
+    connect(showInFolder, &QPushButton::clicked, this, &ErrorCard::showInFolderRequested);
     connect(remove_, &QPushButton::clicked, this, &ErrorCard::removeRequested);
     hide();
 }
@@ -112,7 +118,7 @@ void ErrorCard::show(const QString& title, const QString& message, WaysOut waysO
     title_->setText(title);
     message_->setText(message);
     message_->setVisible(!message.isEmpty());
-    buttons_->setVisible(waysOut == WaysOut::retryAndRemove);
+    buttons_->setVisible(waysOut == WaysOut::all);
     updateGeometry();
     setAccessibleName(title);
     setAccessibleDescription(message);
@@ -203,14 +209,28 @@ void DropOverlay::show(int fileCount)
     text_->setText(dropText(fileCount));
     // The area has its window only once it is built into one.
     setParent(area_->window());
+    area_->installEventFilter(this);
+    place();
+    QWidget::show();
+    raise();
+}
+
+/// The area has been laid out anew whenever the window has.
+bool DropOverlay::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::Resize && isVisible())
+        place();
+    return QWidget::eventFilter(watched, event);
+}
+
+void DropOverlay::place()
+{
     setGeometry(parentWidget()->rect());
     const QRect area(area_->mapTo(parentWidget(), QPoint()), area_->size());
     const QSize size = card_->sizeHint();
     // The card itself stands this far above the edge, not its shadow.
     const int bottom = area.top() + area.height() - Space::preview + FloatingCard::shadowRoom;
     card_->setGeometry(area.center().x() - size.width() / 2, bottom - size.height(), size.width(), size.height());
-    QWidget::show();
-    raise();
 }
 
 void DropOverlay::paintEvent(QPaintEvent*)

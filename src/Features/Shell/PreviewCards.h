@@ -40,7 +40,7 @@ class ErrorCard : public FloatingCard {
     Q_OBJECT
 
 public:
-    enum class WaysOut { none, retryAndRemove };
+    enum class WaysOut { none, all };
 
     explicit ErrorCard(QWidget* parent);
     void show(const QString& title, const QString& message, WaysOut waysOut);
@@ -48,6 +48,7 @@ public:
 
 signals:
     void retryRequested();
+    void showInFolderRequested();
     void removeRequested();
 
 protected:
@@ -98,10 +99,14 @@ public:
     /// 0: the number is not known.
     void show(int fileCount);
 
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    void place();
+
     QWidget* area_;
     FloatingCard* card_ = nullptr;
     QLabel* text_ = nullptr;

@@ -156,6 +156,7 @@ void PreviewPane::connectParts()
     connect(empty_, &EmptyPreview::addPhotosRequested, this, &PreviewPane::addPhotosRequested);
     connect(empty_, &EmptyPreview::addFolderRequested, this, &PreviewPane::addFolderRequested);
     connect(error_, &ErrorCard::removeRequested, this, &PreviewPane::removeSelected);
+    connect(error_, &ErrorCard::showInFolderRequested, this, &PreviewPane::showInFolderRequested);
     connect(error_, &ErrorCard::retryRequested, this, [this] {
         hideErrors();
         showStandIn();
@@ -223,7 +224,7 @@ void PreviewPane::showLoadError(const QString& message)
 {
     hasLoadError_ = true;
     canvas_->picture().clear();
-    showError(QStringLiteral("Couldn’t Preview Photo"), message, ErrorCard::WaysOut::retryAndRemove);
+    showError(QStringLiteral("Couldn’t Preview Photo"), message, ErrorCard::WaysOut::all);
     renewTexts();
 }
 

@@ -58,6 +58,10 @@ signals:
     void addFolderRequested();
     void cancelExportRequested();
     void retryRequested();
+    /// Of the selected photo, which can't be read.
+    void showInFolderRequested();
+    /// The first photos took the place of the buttons that had the focus; the picture has it now.
+    void focusHandedOn();
 
 private:
     void buildCanvas();
