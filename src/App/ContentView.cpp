@@ -96,8 +96,7 @@ void ContentView::buildViews()
 
     connect(toolBar_, &MainToolBar::zoomChosen, preview_, &PreviewPane::setZoom);
     connect(toolBar_, &MainToolBar::compareHeld, this, &ContentView::setComparing);
-    connect(preview_, &PreviewPane::zoomChanged, this,
-            [this] { toolBar_->setZoom(preview_->zoom(), preview_->isFit()); });
+    connect(preview_, &PreviewPane::zoomChanged, this, &ContentView::followZoom);
     connect(preview_, &PreviewPane::addPhotosRequested, this, &ContentView::choosePhotos);
     connect(preview_, &PreviewPane::addFolderRequested, this, &ContentView::chooseFolder);
     connect(preview_, &PreviewPane::cancelExportRequested, &exportFlow_, &ExportFlow::cancelExport);
@@ -145,7 +144,10 @@ void ContentView::connectActions()
     on(actions_->shortcuts, &ContentView::showShortcuts);
     on(actions_->zoomIn, [this] { preview_->zoomIn(); });
     on(actions_->zoomOut, [this] { preview_->zoomOut(); });
-    on(actions_->zoomToFit, [this] { preview_->zoomToFit(); });
+    on(actions_->zoomToFit, [this] {
+        preview_->zoomToFit();
+        followZoom(); // The press has taken the tick away, and where it fitted already nothing else gives it back.
+    });
     on(actions_->zoomToActualPixels, [this] { preview_->zoomToActualPixels(); });
     on(actions_->toggleSidebar, [this] { columns_->setSidebarShown(!columns_->isSidebarShown()); });
     on(actions_->nextArea, [this] { moveToArea(1); });
@@ -218,12 +220,7 @@ void ContentView::importRoots(const std::vector<FileUrl>& urls)
                         QStringLiteral("Add these once the others have been read."));
         return;
     }
-    const QPointer<QWidget> focusedBefore = QApplication::focusWidget();
-    session_.importPhotos(urls, [this, focusedBefore](const ImportOutcome& outcome) {
-        // The buttons of the empty window go with the first photo. Whoever types meanwhile is not interrupted.
-        const bool focusIsLost = !focusedBefore || !focusedBefore->isVisible();
-        if (outcome.added > 0 && focusIsLost && !qobject_cast<QLineEdit*>(QApplication::focusWidget()))
-            sidebar_->list()->setFocus(Qt::OtherFocusReason);
+    session_.importPhotos(urls, [this](const ImportOutcome& outcome) {
         if (const std::optional<PresentedError> message = WindowTexts::importMessage(outcome))
             alerts_.present(message->title, message->message);
     });
@@ -305,6 +302,11 @@ void ContentView::showShortcuts()
     auto* window = new ShortcutsWindow(groups, this);
     window->setAttribute(Qt::WA_DeleteOnClose);
     window->open();
+}
+
+void ContentView::followZoom()
+{
+    toolBar_->setZoom(preview_->zoom(), preview_->isFit());
 }
 
 void ContentView::setComparing(bool comparing)

@@ -68,6 +68,7 @@ private:
 
     void showSettings();
     void showShortcuts();
+    void followZoom();
     void setComparing(bool comparing);
     void moveToArea(int direction);
     [[nodiscard]] bool handleDrag(QEvent* event);

@@ -3,7 +3,11 @@
 #include "Support/Files.h"
 #include "Window/RealWindow.h"
 
+#include <QFile>
 #include <QListView>
+#include <QMenu>
+
+#include <map>
 
 namespace ferrow::test {
 
@@ -138,6 +142,104 @@ TEST_F(RealWindow, ClosingEndsAnExportAndKeepsWhatIsFinished)
         ASSERT_FALSE(name.startsWith(u'.'));
         EXPECT_NO_THROW((void)ImageLoader::load(framed.appending(name.toUtf8())));
     }
+}
+
+TEST_F(RealWindow, KeepsItsKeysApartAndBeginsMenusByKey)
+{
+    std::map<QKeySequence, QString> taken;
+    for (const QAction* action : window_->actions())
+        for (const QKeySequence& keys : action->shortcuts()) {
+            const auto [other, isFree] = taken.emplace(keys, action->text());
+            EXPECT_TRUE(isFree) << keys.toString().toStdString() << ": " << other->second.toStdString() << " and "
+                                << action->text().toStdString();
+        }
+    EXPECT_GT(taken.size(), 15U);
+    EXPECT_FALSE(taken.contains(Qt::Key_F10)) << "that of the main menu's button";
+    press(Qt::Key_F10);
+    ASSERT_TRUE(waitFor([&] { return QApplication::activePopupWidget() != nullptr; }));
+    const auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_TRUE(menu);
+    EXPECT_TRUE(menu->activeAction()) << "Enter and the arrows have a place to begin";
+    QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_Escape);
+}
+
+TEST_F(RealWindow, UsesTheDrawerOfANarrowWindowByKeys)
+{
+    for (int i = 0; i < 20; ++i)
+        home_.write("p" + QByteArray::number(i) + ".png", encoded(OutputType::png, noise({30, 20}, rgb8, unsigned(i))));
+    window_->importRoots({home_.url()});
+    PhotoSession& session = window_->session();
+    ASSERT_TRUE(waitFor([&] { return session.photos().size() == 20; }));
+    window_->resize(900, 684);
+    auto* list = window_->findChild<QListView*>(QStringLiteral("photoList"));
+    ASSERT_TRUE(waitFor([&] { return !list->isVisible(); }));
+    session.setSelectedPhotoID(session.photos()[15].id());
+    QWidget* before = widget("previewCanvas");
+    before->setFocus(Qt::TabFocusReason);
+    const auto isOpen = [&] { return list->isVisible(); };
+
+    press(Qt::Key_F9);
+    ASSERT_EQ(QApplication::focusWidget(), list);
+    const auto* drawer = list->parentWidget()->parentWidget();
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(list->parentWidget()->parentWidget())->role(), QAccessible::Dialog);
+    EXPECT_TRUE(list->viewport()->rect().contains(list->visualRect(list->currentIndex())));
+    for (int step = 0; step < 10; ++step) {
+        press(step % 2 == 0 ? Qt::Key_Tab : Qt::Key_Backtab);
+        press(Qt::Key_Tab);
+        EXPECT_TRUE(drawer->isAncestorOf(QApplication::focusWidget()));
+    }
+    press(Qt::Key_Escape);
+    EXPECT_EQ(QApplication::focusWidget(), before);
+    ASSERT_TRUE(waitFor([&] { return !isOpen(); }));
+
+    press(Qt::Key_F9);
+    press(Qt::Key_Down);
+    EXPECT_EQ(session.selectedPhotoID(), session.photos()[16].id());
+    QTest::qWait(300); // As long as it would take to slide away.
+    EXPECT_TRUE(isOpen());
+    widget("borderWidthField")->setFocus(Qt::OtherFocusReason);
+    press(Qt::Key_Escape);
+    ASSERT_TRUE(waitFor([&] { return !isOpen(); })) << "from wherever the focus is";
+
+    press(Qt::Key_F9);
+    ASSERT_TRUE(waitFor([&] { return list->mapTo(window_.get(), QPoint()).x() == 0; }));
+    clickAt(list->viewport(), list->visualRect(list->currentIndex()).center());
+    EXPECT_TRUE(waitFor([&] { return !isOpen(); })) << "a click on the current row is a choice";
+}
+
+TEST_F(RealWindow, StaysWithThePhotosWhenTheLastOneLeavesAndReturns)
+{
+    const FileUrl photo = home_.write("a.png", encoded(OutputType::png, noise({60, 40}, rgb8)));
+    window_->importRoots({photo});
+    PhotoSession& session = window_->session();
+    ASSERT_TRUE(waitFor([&] { return session.photos().size() == 1; }));
+    EXPECT_EQ(QApplication::focusWidget(), widget("photoList"));
+    QAbstractButton* fit = qobject_cast<QAbstractButton*>(widget("zoomFitButton"));
+    ASSERT_TRUE(waitFor([&] { return fit->isEnabled(); }));
+    EXPECT_TRUE(widget("zoomButton")->accessibleName().endsWith(u'%'));
+    for (int press = 0; press < 2; ++press) {
+        click("zoomFitButton");
+        EXPECT_TRUE(fit->isChecked()) << "it fits already";
+    }
+    widget("photoList")->setFocus(Qt::TabFocusReason);
+    press(Qt::Key_Delete);
+    EXPECT_EQ(QApplication::focusWidget(), widget("emptyAddPhotosButton"));
+    EXPECT_FALSE(window_->findChild<QWidget*>(QStringLiteral("includedCount"))->isVisible());
+    press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(QApplication::focusWidget(), widget("photoList"));
+
+    QAbstractButton* compare = qobject_cast<QAbstractButton*>(widget("compareButton"));
+    ASSERT_TRUE(waitFor([&] { return compare->isEnabled(); }));
+    const FileUrl gone = home_.write("gone.png", encoded(OutputType::png, noise({60, 40}, rgb8, 2)));
+    window_->importRoots({gone});
+    ASSERT_TRUE(waitFor([&] { return session.photos().size() == 2; }));
+    QFile::remove(gone.displayPath());
+    session.setSelectedPhotoID(gone);
+    ASSERT_TRUE(
+        waitFor([&] { return window_->findChild<QWidget*>(QStringLiteral("retryPreviewButton"))->isVisible(); }));
+    EXPECT_FALSE(compare->isEnabled()) << "the photo before is not what is shown";
+    const auto* list = qobject_cast<QListView*>(widget("photoList"));
+    EXPECT_TRUE(list->currentIndex().data(Qt::AccessibleTextRole).toString().contains(QStringLiteral("not readable")));
 }
 
 } // namespace ferrow::test

@@ -38,7 +38,7 @@ PhotoSidebar::PhotoSidebar(PhotoSession& session, EditHistory& history, ExportSe
     setObjectName(QStringLiteral("photoSidebar"));
     setGround(this, &ThemeColors::sidebar);
     buildList();
-    empty_ = makeLabel(QStringLiteral("No photos yet"), TextRole::body, &ThemeColors::text2);
+    empty_ = makeLabel({}, TextRole::body, &ThemeColors::text2);
     empty_->setContentsMargins(Space::sidebar, Space::group, Space::sidebar, 0);
     empty_->setAlignment(Qt::AlignTop | Qt::AlignLeft);
 
@@ -49,7 +49,6 @@ PhotoSidebar::PhotoSidebar(PhotoSession& session, EditHistory& history, ExportSe
     column->addWidget(empty_, 1);
     column->addWidget(list_, 1);
     column->addWidget(buildImportBlock());
-    column->addWidget(new HairLine);
     column->addWidget(buildFooter());
 
     connect(&session_, &PhotoSession::selectedPhotoIDChanged, this, &PhotoSidebar::followSelection);
@@ -135,12 +134,18 @@ QWidget* PhotoSidebar::buildImportBlock()
 
 QWidget* PhotoSidebar::buildFooter()
 {
-    auto* footer = new QWidget;
-    QHBoxLayout* row = insetRow(footer, Measure::footer);
+    footer_ = new QWidget;
+    auto* column = new QVBoxLayout(footer_);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(new HairLine);
+    auto* line = new QWidget;
+    QHBoxLayout* row = insetRow(line, Measure::footer);
     status_ = makeLabel({}, TextRole::small, &ThemeColors::text2);
     status_->setObjectName(QStringLiteral("includedCount"));
     row->addWidget(status_);
-    return footer;
+    column->addWidget(line);
+    return footer_;
 }
 
 void PhotoSidebar::followSelection()
@@ -151,6 +156,7 @@ void PhotoSidebar::followSelection()
 void PhotoSidebar::followImport()
 {
     importBlock_->setVisible(session_.isImporting());
+    empty_->setText(session_.isImporting() ? QString() : QStringLiteral("No photos yet"));
     importCount_->clear();
     importBar_->setRange(0, 0);
 }
@@ -167,6 +173,7 @@ void PhotoSidebar::updateCounts()
     const bool locked = exportSession_.isBusy();
     empty_->setVisible(total == 0);
     list_->setVisible(total > 0);
+    footer_->setVisible(total > 0);
     list_->setLocked(locked);
     includeAll_->setVisible(total > 0);
     includeAll_->setEnabled(!locked);
@@ -178,7 +185,7 @@ void PhotoSidebar::updateCounts()
         const BatchExportProgress& counts = exportSession_.progress()->counts;
         status_->setText(WindowTexts::exported(counts.completed, counts.total));
     } else {
-        status_->setText(total > 0 ? WindowTexts::willBeExported(included, total) : QString());
+        status_->setText(WindowTexts::willBeExported(included, total));
     }
     followSelection();
 }

@@ -60,6 +60,7 @@ private:
     QWidget* importBlock_ = nullptr;
     QLabel* importCount_ = nullptr;
     ProgressLine* importBar_ = nullptr;
+    QWidget* footer_ = nullptr;
     QLabel* status_ = nullptr;
 };
 

@@ -237,8 +237,15 @@ void PreviewPane::showError(const QString& title, const QString& message, ErrorC
 void PreviewPane::followSelection()
 {
     const bool isEmpty = session_.photos().empty();
+    const bool handsFocusOn = !isEmpty && empty_->isAncestorOf(window()->focusWidget());
+    if (handsFocusOn) {
+        canvas_->setVisible(true);
+        canvas_->setFocus(Qt::OtherFocusReason);
+    }
     empty_->setVisible(isEmpty);
     canvas_->setVisible(!isEmpty);
+    if (handsFocusOn)
+        emit focusHandedOn();
     footer_->setVisible(!isEmpty && !exportSession_.isBusy());
 
     const ImportedPhoto* photo = session_.selectedPhoto();
