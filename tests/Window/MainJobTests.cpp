@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Features/Shell/MainToolBar.h"
+#include "Features/Shell/WindowActions.h"
 #include "Imaging/ImageLoader.h"
 #include "Support/Files.h"
 #include "Window/RealWindow.h"
@@ -6,6 +8,7 @@
 #include <QFile>
 #include <QListView>
 #include <QMenu>
+#include <QUndoStack>
 
 #include <map>
 
@@ -240,6 +243,36 @@ TEST_F(RealWindow, StaysWithThePhotosWhenTheLastOneLeavesAndReturns)
     EXPECT_FALSE(compare->isEnabled()) << "the photo before is not what is shown";
     const auto* list = qobject_cast<QListView*>(widget("photoList"));
     EXPECT_TRUE(list->currentIndex().data(Qt::AccessibleTextRole).toString().contains(QStringLiteral("not readable")));
+}
+
+TEST(MainToolBar, LaysNothingOverAnotherHoweverNarrow)
+{
+    QWidget host;
+    QUndoStack stack;
+    WindowActions actions(host, stack);
+    MainToolBar bar(actions);
+    bar.setZoom(1, true);
+    bar.show();
+    // Larger text in the least window is the same want of room.
+    for (const int width : {1200, 1000, 850, 780, 720, 660, 600, 560, 1200}) {
+        SCOPED_TRACE(width);
+        bar.resize(width, bar.height());
+        int right = 0;
+        for (const char* name : {"sidebarButton", "addPhotosMenu", "presetsButton", "undoButton", "redoButton",
+                                 "zoomOutButton", "zoomButton", "zoomInButton", "zoomFitButton", "zoom100Button",
+                                 "compareButton", "mainMenuButton", "settingsButton", "exportButton"}) {
+            const auto* button = bar.findChild<QAbstractButton*>(QString::fromLatin1(name));
+            if (!button->isVisible())
+                continue;
+            const int left = button->mapTo(&bar, QPoint()).x();
+            EXPECT_GE(left, right) << name << " lies over the one before";
+            EXPECT_GE(button->width(), std::min(button->sizeHint().width(), button->maximumWidth())) << name;
+            EXPECT_FALSE(button->accessibleName().isEmpty() && button->text().isEmpty()) << name;
+            right = left + button->width();
+        }
+        EXPECT_LE(right, width);
+        EXPECT_EQ(bar.findChild<QWidget*>(QStringLiteral("zoomInButton"))->isVisible(), width == 1200);
+    }
 }
 
 } // namespace ferrow::test

@@ -262,8 +262,13 @@ void MainToolBar::placeView()
 {
     const auto fitting = std::ranges::find_if(needed_, [this](int needed) { return needed <= width(); });
     const int steps = std::min(int(fitting - needed_.begin()), int(needed_.size()) - 1);
-    if (steps != waysGiven_)
+    if (steps != waysGiven_) {
         giveWay(steps);
+        // Now, not with the next round of events: nothing is to flash over its neighbour meanwhile.
+        for (QWidget* group : groups())
+            group->layout()->activate();
+        layout()->activate();
+    }
     const QSize size = view_->sizeHint();
     const int centred = (width() - size.width()) / 2;
     const int least = Space::row + verbs_->sizeHint().width() + Space::row;
