@@ -13,6 +13,8 @@
 #include <QPushButton>
 #include <QSignalSpy>
 
+#include <utility>
+
 namespace ferrow::test {
 
 namespace {
@@ -174,6 +176,9 @@ TEST_F(Sheets, presetsAreAppliedRenamedAndRemovedByKeys)
         for (const auto key : keys)
             QTest::keyClick(list, key);
     };
+    press({Qt::Key_Return});
+    EXPECT_EQ(std::exchange(applied, {}), std::vector{b}) << "the first is selected";
+    list->clearSelection();
     press({Qt::Key_Return, Qt::Key_Delete});
     EXPECT_TRUE(applied.empty() && removed.empty()) << "nothing is selected";
 

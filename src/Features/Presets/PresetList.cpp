@@ -274,7 +274,7 @@ void PresetList::keyPressEvent(QKeyEvent* event)
         return;
     case Qt::Key_Up:
     case Qt::Key_Down:
-        // The list begins without a selection, though with a current row: the first arrow must not pass that row over.
+        // Without a selection there is a current row all the same: the first arrow must not pass it over.
         if (!selected && model_.rowCount() > 0) {
             select(event->key() == Qt::Key_Down ? 0 : model_.rowCount() - 1);
             return;

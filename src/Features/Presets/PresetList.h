@@ -73,6 +73,7 @@ public:
     /// Shown on the selected row from then on, hidden without one.
     void setActions(QWidget* actions);
     [[nodiscard]] std::optional<QUuid> selectedPreset() const;
+    void selectFirst() { select(0); }
     /// After the library's list has changed: the selected preset stays selected; one that has just come is; in place
     /// of one that has gone its neighbour is.
     void renew();

@@ -42,10 +42,12 @@ PresetManagerView::PresetManagerView(PresetLibrary& library, Actions actions, QW
 
 void PresetManagerView::open()
 {
-    if (library_.presets().empty())
+    if (library_.presets().empty()) {
         Sheet::open(save_);
-    else
-        Sheet::open(list_);
+        return;
+    }
+    list_->selectFirst(); // So that what can be done with a preset is in sight.
+    Sheet::open(list_);
 }
 
 void PresetManagerView::buildBody()
