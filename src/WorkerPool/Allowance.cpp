@@ -6,9 +6,9 @@ namespace ferrow::WorkerPool::Allowance {
 namespace {
 
 constexpr std::int64_t millisecondsPerDecodedMegapixel = 200;
-constexpr std::int64_t millisecondsPerDecodedHeifMegapixel = 500;
+constexpr std::int64_t millisecondsPerDecodedHeifMegapixel = 1'000;
 constexpr std::int64_t millisecondsPerEncodedMegapixel = 300;
-constexpr std::int64_t millisecondsPerEncodedHeifMegapixel = 2'000;
+constexpr std::int64_t millisecondsPerEncodedHeifMegapixel = 4'000;
 
 Duration share(std::int64_t pixels, std::int64_t millisecondsPerMegapixel)
 {
