@@ -73,9 +73,6 @@ TEST_F(RealWindow, FramesADroppedFolderWithAPreset)
     press(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_NE(window_->session().batchRecipe().captionTemplate(), QStringLiteral("Summer"));
     click("presetsButton");
-    QListView* presets = listNamed(widget("presetList"));
-    ASSERT_TRUE(presets);
-    clickAt(presets->viewport(), presets->visualRect(presets->model()->index(0, 0)).center());
     click("applyPresetButton");
     EXPECT_EQ(window_->session().batchRecipe().captionTemplate(), QStringLiteral("Summer"));
 
