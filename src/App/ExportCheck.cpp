@@ -35,10 +35,7 @@ void ExportCheck::start(ExportRequest request)
     const auto finish = [this, number = ++generation_](std::vector<ExportFinding> findings) {
         if (number != generation_)
             return;
-        if (findings != findings_) {
-            findings_ = std::move(findings);
-            emit findingsChanged();
-        }
+        findings_ = std::move(findings);
         setChecking(false);
     };
     work_.post([request = std::move(request), operations = operations_, finish, stop = stop_.get_token(),

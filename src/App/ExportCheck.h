@@ -29,7 +29,7 @@ public:
     void cancel();
 
 signals:
-    void findingsChanged();
+    /// At the end of a check findings() are its.
     void isCheckingChanged();
 
 private:

@@ -75,9 +75,6 @@ public:
     /// `block` starts at the byte order mark: leave out "Exif\0\0".
     [[nodiscard]] static std::optional<TiffStructure> open(std::span<const std::byte> block);
 
-    [[nodiscard]] bool isBigEndian() const { return isBigEndian_; }
-    [[nodiscard]] bool isBigTiff() const { return isBigTiff_; }
-
     /// Directory 0: the first page. Absent when it lies outside, is empty or exceeds maximumTiffEntries.
     [[nodiscard]] std::optional<TiffDirectory> firstDirectory() const;
     /// The directory that the `index`-th value of `parent`'s `tag` points to (Exif: 0x8769). Absent as above, and when
