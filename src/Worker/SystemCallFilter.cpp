@@ -254,11 +254,12 @@ bool refuseRest(const Filter& filter)
            refuse(filter, "ioctl", ENOTTY);
 }
 
-/// A descriptor can be made to send signals, to whichever process it is told.
+/// A descriptor can be made to send signals, to whichever process it is told. The kernel takes the lower half of the
+/// register for the command, so that what stands in the upper one must not hide it.
 bool refuseNotices(const Filter& filter)
 {
     for (const int command : {F_SETOWN, F_SETOWN_EX, F_SETSIG, F_NOTIFY, F_SETLEASE})
-        if (!refuseWhen(filter, SCMP_SYS(fcntl), EPERM, SCMP_A1_32(SCMP_CMP_EQ, unsigned(command))))
+        if (!refuseWhen(filter, SCMP_SYS(fcntl), EPERM, SCMP_A1(SCMP_CMP_MASKED_EQ, 0xffffffffu, unsigned(command))))
             return false;
     return true;
 }
