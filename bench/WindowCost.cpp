@@ -3,13 +3,13 @@
 #include "BenchSupport.h"
 #include "SamplePhotos.h"
 
-#include "App/ContentView.h"
-#include "App/FerrowApp.h"
-#include "Features/Batch/PhotoListView.h"
+#include "Features/PhotoSidebar/PhotoListView.h"
 #include "Imaging/ImageLoader.h"
 #include "Imaging/ImageRenderer.h"
-#include "Shared/Widgets/FerrowStyle.h"
-#include "Shared/Widgets/Theme.h"
+#include "Widgets/FerrowStyle.h"
+#include "Widgets/Theme.h"
+#include "Window/ContentView.h"
+#include "Window/FerrowApp.h"
 #include "WorkerPool/WorkerPool.h"
 
 #include <QApplication>

@@ -21,13 +21,16 @@ if(FERROW_FUZZ)
     target_link_options(ferrow_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
-# ferrow_room(Name SOURCES ... LINKS ...): a static library for one room, reached by others as Ferrow::Name. Its link line
-# is the list of rooms that it may include from: tests/Includes checks that.
+# ferrow_room(Name [MOC] SOURCES ... LINKS ...): a static library for one room, reached by others as Ferrow::Name. Its link
+# line is the list of rooms that it may include from: tests/Includes checks that. MOC is for rooms with signals.
 function(ferrow_room name)
-    cmake_parse_arguments(ROOM "" "" "SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
+    cmake_parse_arguments(ROOM "MOC" "" "SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
     add_library(Ferrow${name} STATIC ${ROOM_SOURCES})
     add_library(Ferrow::${name} ALIAS Ferrow${name})
     target_link_libraries(Ferrow${name} PUBLIC ferrow_options ${ROOM_LINKS} PRIVATE ${ROOM_PRIVATE_LINKS})
+    if(ROOM_MOC)
+        set_target_properties(Ferrow${name} PROPERTIES AUTOMOC ON AUTOGEN_ORIGIN_DEPENDS OFF)
+    endif()
     file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR}/src ${CMAKE_CURRENT_SOURCE_DIR})
     string(JOIN " " room "${name}" "${folder}" ${ROOM_SOURCES} LINKS ${ROOM_LINKS} PRIVATE ${ROOM_PRIVATE_LINKS})
     set_property(GLOBAL APPEND_STRING PROPERTY FERROW_ROOMS "${room}\n")

@@ -2,13 +2,13 @@
 // Takes pictures of the window, its sheets and its popovers: Screenshots FOLDER [light|dark] [width height]
 #include "SamplePhotos.h"
 
-#include "App/ContentView.h"
-#include "App/Preferences.h"
 #include "Engine/Answerer.h"
-#include "Features/Shell/PreviewPane.h"
-#include "Shared/Widgets/FerrowStyle.h"
-#include "Shared/Widgets/Overlay.h"
-#include "Shared/Widgets/Theme.h"
+#include "Features/PreviewPane/PreviewPane.h"
+#include "Session/Preferences.h"
+#include "Widgets/FerrowStyle.h"
+#include "Widgets/Overlay.h"
+#include "Widgets/Theme.h"
+#include "Window/ContentView.h"
 
 #include <QAbstractButton>
 #include <QAction>

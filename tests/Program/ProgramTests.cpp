@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "App/ContentView.h"
-#include "App/FerrowApp.h"
 #include "Command/RunProgram.h"
+#include "Window/ContentView.h"
+#include "Window/FerrowApp.h"
 
 #include <QTimer>
 

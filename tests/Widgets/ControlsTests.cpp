@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Shared/Widgets/Section.h"
-#include "Shared/Widgets/SegmentedControl.h"
-#include "Shared/Widgets/SliderField.h"
-#include "Shared/Widgets/SmallParts.h"
-#include "Shared/Widgets/ToggleSwitch.h"
+#include "Widgets/BackdropDots.h"
+#include "Widgets/ChoiceStrip.h"
+#include "Widgets/ScrollPane.h"
+#include "Widgets/Section.h"
+#include "Widgets/SegmentedControl.h"
+#include "Widgets/SliderField.h"
+#include "Widgets/ToggleSwitch.h"
 
 #include <QAccessible>
 #include <QApplication>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Shared/Widgets/ConfirmSheet.h"
-#include "Shared/Widgets/Popover.h"
+#include "Widgets/ConfirmSheet.h"
+#include "Widgets/Popover.h"
 
 #include <QAccessible>
 #include <QApplication>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Shared/Widgets/Theme.h"
+#include "Widgets/Theme.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Shared/Widgets/FerrowStyle.h"
-#include "Shared/Widgets/Theme.h"
+#include "Widgets/FerrowStyle.h"
+#include "Widgets/Theme.h"
 
 #include <QApplication>
 

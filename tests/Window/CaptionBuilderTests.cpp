@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Features/Caption/CaptionBuilder.h"
+#include "Features/CaptionBuilder/CaptionBuilder.h"
 
-#include "Features/Caption/CaptionChips.h"
-#include "Features/Caption/ChipLayout.h"
-#include "Shared/Widgets/Theme.h"
+#include "Features/CaptionBuilder/CaptionChips.h"
+#include "Features/CaptionBuilder/ChipLayout.h"
 #include "Support/TestSupport.h"
+#include "Widgets/Theme.h"
 
 #include <QAccessible>
 #include <QApplication>

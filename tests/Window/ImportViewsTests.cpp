@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "App/AppTestSupport.h"
-#include "Features/Batch/PhotoListView.h"
-#include "Features/Batch/PhotoSidebar.h"
-#include "Features/Batch/ThumbnailCache.h"
-#include "Features/Shell/EmptyPreview.h"
-#include "Features/Shell/InspectorView.h"
+#include "Features/Inspector/InspectorView.h"
+#include "Features/PhotoSidebar/PhotoListView.h"
+#include "Features/PhotoSidebar/PhotoSidebar.h"
+#include "Features/PreviewPane/EmptyPreview.h"
+#include "Session/SessionTestSupport.h"
+#include "Session/ThumbnailCache.h"
 #include "Support/Pictures.h"
 
 #include <QAbstractItemModelTester>

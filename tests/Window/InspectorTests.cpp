@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Features/Shell/CaptionDraft.h"
-#include "Features/Shell/InspectorView.h"
-#include "Features/Shell/PickedColor.h"
-#include "Features/Shell/PositionGrid.h"
-#include "Features/Shell/PositionScene.h"
-#include "Shared/Widgets/ColorWell.h"
-#include "Shared/Widgets/Overlay.h"
-#include "Shared/Widgets/SegmentedControl.h"
+#include "Features/Inspector/CaptionDraft.h"
+#include "Features/Inspector/InspectorView.h"
+#include "Features/Inspector/PickedColor.h"
+#include "Features/Inspector/PositionGrid.h"
+#include "Features/Inspector/PositionScene.h"
+#include "Widgets/ColorWell.h"
+#include "Widgets/Overlay.h"
+#include "Widgets/SegmentedControl.h"
 
 #include <QLineEdit>
 #include <QPushButton>

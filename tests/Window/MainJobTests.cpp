@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Features/Shell/MainToolBar.h"
-#include "Features/Shell/WindowActions.h"
+#include "Features/WindowParts/MainToolBar.h"
+#include "Features/WindowParts/WindowActions.h"
 #include "Imaging/ImageLoader.h"
 #include "Support/Files.h"
 #include "Window/RealWindow.h"

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "App/AppTestSupport.h"
 #include "Export/ImageExporter.h"
-#include "Features/Shell/PaintableImage.h"
-#include "Features/Shell/PreviewFooter.h"
-#include "Features/Shell/PreviewPane.h"
-#include "Features/Shell/PreviewRequester.h"
-#include "Features/Shell/PreviewViewport.h"
-#include "Features/Shell/RegionLoader.h"
+#include "Features/PreviewPane/PaintableImage.h"
+#include "Features/PreviewPane/PreviewFooter.h"
+#include "Features/PreviewPane/PreviewPane.h"
+#include "Features/PreviewPane/PreviewRequester.h"
+#include "Features/PreviewPane/PreviewViewport.h"
+#include "Features/PreviewPane/RegionLoader.h"
+#include "Session/SessionTestSupport.h"
 #include "Support/Pictures.h"
 
-#include "App/ScreenImage.h"
+#include "Session/ScreenImage.h"
 
 #include <QPushButton>
 #include <QSignalSpy>

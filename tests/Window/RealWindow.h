@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "App/ContentView.h"
-#include "Shared/Widgets/Overlay.h"
 #include "Support/Pictures.h"
 #include "Support/TestSupport.h"
+#include "Widgets/Overlay.h"
+#include "Window/ContentView.h"
 
 #include <QAbstractButton>
 #include <QAccessible>

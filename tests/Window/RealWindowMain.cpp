@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // For tests of the whole program in a real window: on whatever display there is, with worker processes.
-#include "Shared/Widgets/FerrowStyle.h"
-#include "Shared/Widgets/Theme.h"
+#include "Widgets/FerrowStyle.h"
+#include "Widgets/Theme.h"
 #include "WorkerPool/WorkerPool.h"
 
 #include <QApplication>

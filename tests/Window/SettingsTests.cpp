@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "App/Preferences.h"
-#include "Features/Settings/BackdropChoice.h"
-#include "Features/Settings/SettingsView.h"
-#include "Shared/Widgets/MessageLine.h"
-#include "Shared/Widgets/SegmentedControl.h"
+#include "Features/SettingsView/BackdropChoice.h"
+#include "Features/SettingsView/SettingsView.h"
+#include "Session/Preferences.h"
 #include "Support/TestSupport.h"
+#include "Widgets/MessageLine.h"
+#include "Widgets/SegmentedControl.h"
 
 #include <QTest>
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "App/AppTestSupport.h"
-#include "Features/Batch/ExportOptionsSheet.h"
-#include "Features/Batch/ExportTexts.h"
-#include "Features/Batch/PhotoListView.h"
-#include "Features/Batch/PhotoSidebar.h"
-#include "Features/Batch/ReportSheet.h"
-#include "Features/Presets/PresetList.h"
-#include "Features/Presets/PresetManagerView.h"
-#include "Features/Presets/PresetSummary.h"
+#include "Features/ExportSheets/ExportOptionsSheet.h"
+#include "Features/ExportSheets/ExportTexts.h"
+#include "Features/ExportSheets/ReportSheet.h"
+#include "Features/PhotoSidebar/PhotoListView.h"
+#include "Features/PhotoSidebar/PhotoSidebar.h"
+#include "Features/PresetManager/PresetList.h"
+#include "Features/PresetManager/PresetManagerView.h"
+#include "Features/PresetManager/PresetSummary.h"
+#include "Session/SessionTestSupport.h"
 
 #include <QLineEdit>
 #include <QPushButton>

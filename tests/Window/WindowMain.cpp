@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Shared/Widgets/FerrowStyle.h"
+#include "Widgets/FerrowStyle.h"
 
 #include <QApplication>
 #include <QTemporaryDir>

@@ -1,7 +1,0 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-#include "App/FerrowApp.h"
-
-int main(int argc, char** argv)
-{
-    return ferrow::runFerrow(argc, argv);
-}

@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Features/ExportSheets/ExportCheckList.h"
+
+#include "Widgets/MessageLine.h"
+#include "Widgets/Theme.h"
+
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace ferrow {
+
+namespace {
+
+Severity shownSeverity(ExportFinding::Severity severity)
+{
+    switch (severity) {
+    case ExportFinding::Severity::ok:
+        return Severity::success;
+    case ExportFinding::Severity::info:
+        return Severity::info;
+    case ExportFinding::Severity::warning:
+        return Severity::warning;
+    case ExportFinding::Severity::error:
+        return Severity::error;
+    }
+    return Severity::plain;
+}
+
+} // namespace
+
+std::vector<ExportFinding> inSheetOrder(std::vector<ExportFinding> findings)
+{
+    // Whether all else is well or merely told makes no difference.
+    const auto rank = [](const ExportFinding& finding) {
+        return std::max(finding.severity, ExportFinding::Severity::info);
+    };
+    std::stable_sort(findings.begin(), findings.end(),
+                     [&](const auto& first, const auto& second) { return rank(first) > rank(second); });
+    return findings;
+}
+
+ExportCheckList::ExportCheckList(QWidget* parent) : QWidget(parent), lines_(new QVBoxLayout(this))
+{
+    lines_->setContentsMargins({});
+    lines_->setSpacing(Space::row);
+    showChecking();
+}
+
+void ExportCheckList::clear()
+{
+    while (auto* item = lines_->takeAt(0)) {
+        // Deleted later: a press on "Show" may be what brought the change about.
+        item->widget()->hide();
+        item->widget()->deleteLater();
+        delete item;
+    }
+}
+
+void ExportCheckList::showChecking()
+{
+    clear();
+    for (const auto& text : {QStringLiteral("Checking photos…"), QStringLiteral("Checking folders…"),
+                             QStringLiteral("Checking names…"), QStringLiteral("Checking captions…")})
+        lines_->addWidget(new MessageLine(Severity::info, text));
+}
+
+void ExportCheckList::showFindings(const std::vector<ExportFinding>& findings)
+{
+    clear();
+    for (const auto& finding : inSheetOrder(findings))
+        addFinding(finding);
+}
+
+void ExportCheckList::addFinding(const ExportFinding& finding)
+{
+    auto* line = new MessageLine(shownSeverity(finding.severity), finding.title);
+    line->setMessage(shownSeverity(finding.severity), finding.title, finding.detail.simplified());
+    lines_->addWidget(line);
+    if (finding.photos.empty())
+        return;
+    auto* button = line->setButton(QStringLiteral("Show"));
+    button->setAccessibleName(QStringLiteral("Show photo: %1").arg(finding.title));
+    connect(button, &QPushButton::clicked, this,
+            [this, photo = finding.photos.front()] { emit showPhotoRequested(photo); });
+}
+
+} // namespace ferrow

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Session/ExportCheck.h"
+
+#include <QWidget>
+
+class QVBoxLayout;
+
+namespace ferrow {
+
+/// The findings in the order that the sheet lists them: what stops the export, then what warns, then all else, so that
+/// it is in sight where the sheet has to scroll.
+[[nodiscard]] std::vector<ExportFinding> inSheetOrder(std::vector<ExportFinding> findings);
+
+/// The lines of the check before an export.
+class ExportCheckList : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit ExportCheckList(QWidget* parent = nullptr);
+
+    /// Lines that only say what is looked at.
+    void showChecking();
+    void showFindings(const std::vector<ExportFinding>& findings);
+
+signals:
+    /// "Show" was pressed beside a finding: the first photo that it is about.
+    void showPhotoRequested(const ferrow::FileUrl& photo);
+
+private:
+    void clear();
+    void addFinding(const ExportFinding& finding);
+
+    QVBoxLayout* lines_ = nullptr;
+};
+
+} // namespace ferrow

@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Features/ExportSheets/ExportTexts.h"
+
+#include "Platform/Base/Localization.h"
+#include "Session/ExportCheck.h"
+#include "Session/WindowTexts.h"
+
+#include <QDir>
+#include <QFile>
+#include <QStringList>
+
+#include <algorithm>
+#include <cmath>
+#include <unordered_set>
+
+namespace ferrow::ExportTexts {
+
+namespace {
+
+QString profileText(const PhotoSession& session)
+{
+    std::optional<OutputColorProfile> common;
+    for (const auto& photo : session.photos()) {
+        if (!session.isIncluded(photo.id()))
+            continue;
+        const auto profile = session.resolvedRecipe(photo.id()).outputColorProfile;
+        if (common && *common != profile)
+            return QStringLiteral("several profiles");
+        common = profile;
+    }
+    return rawValue(common.value_or(session.batchRecipe().outputColorProfile));
+}
+
+QString formatText(const ExportSettings& settings)
+{
+    if (!supportsQuality(settings.format))
+        return rawValue(settings.format);
+    return QStringLiteral("%1, quality %2").arg(rawValue(settings.format)).arg(std::lround(settings.quality * 100));
+}
+
+QString failureCount(std::size_t count)
+{
+    return count == 1 ? QStringLiteral("1 failure")
+                      : QStringLiteral("%1 failures").arg(Localization::number(static_cast<std::int64_t>(count)));
+}
+
+QString countsLine(const BatchExportReport& report)
+{
+    QStringList parts;
+    for (const auto& count : reportCounts(report))
+        parts << QStringLiteral("%1 %2").arg(Localization::number(count.count), count.word);
+    return parts.join(QStringLiteral(", "));
+}
+
+} // namespace
+
+QString subtitle(const PhotoSession& session, const ExportSettings& settings)
+{
+    const auto count = static_cast<std::int64_t>(session.includedCount());
+    return QStringList{WindowTexts::photoCount(count), formatText(settings), profileText(session)}.join(
+        QStringLiteral(" · "));
+}
+
+QString folder(const FileUrl& folder, const FileUrl& home)
+{
+    const auto standard = folder.standardized();
+    if (standard == home.standardized())
+        return QStringLiteral("Home");
+    const auto prefix = home.standardized().path() + '/';
+    if (!standard.path().startsWith(prefix))
+        return standard.displayPath();
+    const auto inHome = standard.displayPath().mid(home.standardized().displayPath().size() + 1);
+    return inHome.split(u'/', Qt::SkipEmptyParts).join(QStringLiteral(" / "));
+}
+
+QString folder(const FileUrl& folder)
+{
+    return ExportTexts::folder(folder, FileUrl::fromPath(QFile::encodeName(QDir::homePath())));
+}
+
+QString exampleName(const PhotoSession& session, const ExportSession& exportSession)
+{
+    const auto& photos = session.photos();
+    const auto isIncluded = [&](const ImportedPhoto& photo) { return session.isIncluded(photo.id()); };
+    auto shown = std::find_if(photos.begin(), photos.end(), [&](const ImportedPhoto& photo) {
+        return isIncluded(photo) && photo.id() == session.selectedPhotoID();
+    });
+    if (shown == photos.end())
+        shown = std::find_if(photos.begin(), photos.end(), isIncluded);
+    if (shown == photos.end())
+        return {};
+    return exampleFilename(exportSession.configuration().filenameTemplate, shown->url,
+                           std::count_if(photos.begin(), shown, isIncluded), exportSession.settings().format);
+}
+
+QString reportTitle(const BatchExportReport& report)
+{
+    const auto title = report.cancelled > 0 ? QStringLiteral("Export stopped") : QStringLiteral("Export finished");
+    if (report.failures.empty())
+        return title;
+    return QStringLiteral("%1, with %2").arg(title, failureCount(report.failures.size()));
+}
+
+bool isAllWell(const BatchExportReport& report)
+{
+    return report.failures.empty() && report.skipped == 0 && report.cancelled == 0;
+}
+
+QString allWellSentence(const BatchExportReport& report)
+{
+    return QStringLiteral("%1 exported").arg(WindowTexts::photoCount(report.exported));
+}
+
+QString whereTo(const std::vector<FileUrl>& folders)
+{
+    if (folders.empty())
+        return {};
+    if (folders.size() == 1)
+        return QStringLiteral("in %1").arg(folder(folders.front()));
+    return QStringLiteral("in %1 folders").arg(Localization::number(static_cast<std::int64_t>(folders.size())));
+}
+
+QString reason(const BatchExportFailure& failure)
+{
+    return failure.message.simplified();
+}
+
+std::vector<ReportRow> reportRows(const BatchExportReport& report, const std::vector<FileUrl>& skippedPhotos)
+{
+    using Kind = ReportRow::Kind;
+    std::vector<ReportRow> rows;
+    if (!report.failures.empty())
+        rows.push_back({Kind::heading, QStringLiteral("Failed"), {}, {}});
+    for (const auto& failure : report.failures)
+        rows.push_back({Kind::failed, failure.filename, reason(failure), failure.source});
+    if (!skippedPhotos.empty())
+        rows.push_back({Kind::heading, QStringLiteral("Skipped"), {}, {}});
+    for (const auto& photo : skippedPhotos)
+        rows.push_back(
+            {Kind::skipped, photo.lastPathComponent(), QStringLiteral("Its output file exists already."), photo});
+    return rows;
+}
+
+std::vector<FileUrl> failedPhotos(const BatchExportReport& report)
+{
+    std::vector<FileUrl> photos;
+    std::unordered_set<FileUrl> seen;
+    for (const auto& failure : report.failures)
+        if (!failure.source.isEmpty() && seen.insert(failure.source).second)
+            photos.push_back(failure.source);
+    return photos;
+}
+
+QString reportText(const BatchExportReport& report, const std::vector<FileUrl>& skippedPhotos)
+{
+    QStringList lines{reportTitle(report), countsLine(report)};
+    for (const auto& row : reportRows(report, skippedPhotos)) {
+        if (row.kind == ReportRow::Kind::heading)
+            lines << QString() << row.title;
+        else if (row.kind == ReportRow::Kind::failed)
+            lines << QStringLiteral("%1: %2").arg(row.title, row.detail);
+        else
+            lines << row.title;
+    }
+    return lines.join(u'\n') + u'\n';
+}
+
+std::vector<ReportCount> reportCounts(const BatchExportReport& report)
+{
+    using Kind = ReportCount::Kind;
+    std::vector<ReportCount> counts{
+        {Kind::exported, report.exported, QStringLiteral("exported")},
+        {Kind::skipped, report.skipped, QStringLiteral("skipped")},
+        {Kind::failed, static_cast<std::int64_t>(report.failures.size()), QStringLiteral("failed")}};
+    if (report.cancelled > 0)
+        counts.push_back({Kind::cancelled, report.cancelled, QStringLiteral("canceled")});
+    return counts;
+}
+
+} // namespace ferrow::ExportTexts

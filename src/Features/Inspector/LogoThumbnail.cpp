@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Features/Inspector/LogoThumbnail.h"
+
+#include "Features/Inspector/CheckerBoard.h"
+#include "Persistence/ManagedLogoStore.h"
+#include "Platform/Base/Cancellation.h"
+#include "Session/ScreenImage.h"
+#include "Shared/UserFacingError.h"
+#include "Widgets/Icons.h"
+#include "Widgets/Theme.h"
+
+#include <QPainter>
+#include <QPainterPath>
+
+namespace ferrow {
+
+namespace {
+
+constexpr int side = 72;
+constexpr int pictureInset = 6;
+/// Enough for a screen of three device pixels each.
+constexpr std::int64_t loadedDimension = 216;
+/// A logo in hand is soon done; a window that closes need not wait long for one that is not.
+constexpr std::chrono::milliseconds patience{200};
+
+} // namespace
+
+LogoThumbnail::LogoThumbnail(Load load, QWidget* parent) : QWidget(parent), load_(std::move(load)), work_(1, patience)
+{
+    if (!load_)
+        load_ = [](const LogoAssetReference& asset, std::int64_t dimension, const std::stop_token& stop) {
+            return ManagedLogoStore::load(asset, dimension, {}, stop);
+        };
+    setFixedSize(side, side);
+}
+
+LogoThumbnail::~LogoThumbnail()
+{
+    stop_.request_stop();
+}
+
+void LogoThumbnail::setLogo(const std::optional<LogoAssetReference>& asset)
+{
+    if (asset == asset_)
+        return;
+    asset_ = asset;
+    stop_.request_stop();
+    stop_ = {};
+    picture_ = {};
+    update();
+    emit loaded({});
+    const std::int64_t number = ++generation_;
+    if (!asset)
+        return;
+    work_.post([this, number, asset = *asset, load = load_, stop = stop_.get_token(), sender = relay_.sender()] {
+        try {
+            const QImage picture = screenImage(load(asset, loadedDimension, stop));
+            sender.post([this, number, picture] { take(number, picture, {}); });
+        } catch (const Cancelled&) {
+        } catch (...) {
+            const QString error = UserFacingError::message(std::current_exception());
+            sender.post([this, number, error] { take(number, {}, error); });
+        }
+    });
+}
+
+void LogoThumbnail::take(std::int64_t generation, const QImage& picture, const QString& error)
+{
+    if (generation != generation_)
+        return;
+    picture_ = picture;
+    update();
+    emit loaded(error);
+}
+
+QSize LogoThumbnail::sizeHint() const
+{
+    return {side, side};
+}
+
+void LogoThumbnail::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    const double line = 1 / devicePixelRatioF();
+    QPainterPath shape;
+    shape.addRoundedRect(QRectF(rect()).adjusted(line / 2, line / 2, -line / 2, -line / 2), Radius::row, Radius::row);
+    if (asset_) {
+        painter.save();
+        painter.setClipPath(shape);
+        paintCheckerBoard(painter, rect());
+        painter.restore();
+    }
+    const QRectF inside = QRectF(rect()).adjusted(pictureInset, pictureInset, -pictureInset, -pictureInset);
+    if (!picture_.isNull()) {
+        QRectF target(QPointF(), QSizeF(picture_.size()).scaled(inside.size(), Qt::KeepAspectRatio));
+        target.moveCenter(inside.center());
+        painter.drawImage(target, picture_);
+    } else if (!asset_) {
+        paintIcon(painter, IconName::logo, inside, Measure::icon + 8, themeColor(&ThemeColors::text2));
+    }
+    painter.setPen(QPen(themeColor(&ThemeColors::border), line));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawPath(shape);
+}
+
+} // namespace ferrow

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Features/PhotoSidebar/PhotoRowDelegate.h"
+
+#include <QListView>
+
+namespace ferrow {
+
+/// The list of photos: arrows move, typing finds, Space ticks, Delete removes; the mouse ticks without selecting.
+class PhotoListView : public QListView {
+    Q_OBJECT
+
+public:
+    PhotoListView(PhotoListModel& model, ThumbnailCache& thumbnails, QWidget* parent = nullptr);
+
+    /// While an export runs: photos can be looked through but not changed.
+    void setLocked(bool locked);
+    /// Selects a row and scrolls to it without telling rowSelected(); -1 for none.
+    void showSelected(int row);
+
+signals:
+    /// By the user: not when the model changes under the current row.
+    void rowSelected(int row);
+    /// The user is done looking: by a click or Enter, not by walking through.
+    void rowChosen();
+    void toggleRequested(int row);
+    void removeRequested(int row);
+    void contextMenuRequestedAt(int row, const QPoint& globalPosition);
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
+
+private:
+    /// Whether the press was on a tick or a remove button, and has been acted on.
+    bool pressPart(const QMouseEvent& event);
+
+    PhotoRowDelegate* delegate_ = nullptr;
+    bool locked_ = false;
+    bool isFollowing_ = false; ///< The current row moves with the models.
+    bool pressedPart_ = false;
+};
+
+} // namespace ferrow

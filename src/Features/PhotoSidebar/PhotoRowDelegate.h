@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Features/PhotoSidebar/PhotoListModel.h"
+#include "Session/ThumbnailCache.h"
+
+#include <QStyledItemDelegate>
+
+namespace ferrow {
+
+/// Draws the rows of the photo list and knows where their parts lie.
+class PhotoRowDelegate : public QStyledItemDelegate {
+    Q_OBJECT
+
+public:
+    PhotoRowDelegate(PhotoListModel& model, ThumbnailCache& thumbnails, QObject* parent = nullptr);
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+    [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+
+    /// Parts of a row that the mouse acts on, in the coordinates of the row's own rectangle `row`.
+    [[nodiscard]] static QRect checkTarget(const QRect& row);
+    [[nodiscard]] static QRect removeButton(const QRect& row);
+
+    /// While an export runs, boxes and remove buttons rest.
+    void setLocked(bool locked) { locked_ = locked; }
+
+private:
+    void paintCheckBox(QPainter& painter, const QStyleOptionViewItem& row, bool checked) const;
+    void paintThumbnail(QPainter& painter, const QRect& row, int index) const;
+    void paintTexts(QPainter& painter, const QRect& row, int index, int right) const;
+    [[nodiscard]] int paintTrailing(QPainter& painter, const QRect& row, int index, bool hovered) const;
+
+    PhotoListModel& model_;
+    ThumbnailCache& thumbnails_;
+    bool locked_ = false;
+};
+
+} // namespace ferrow

@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Session/EditHistory.h"
+#include "Session/ExportSession.h"
+#include "Session/PhotoSession.h"
+
+#include <QWidget>
+
+class QLabel;
+class QMenu;
+class QPushButton;
+
+namespace ferrow {
+
+class BareCheckBox;
+class PhotoListModel;
+class PhotoListView;
+class ProgressLine;
+class ThumbnailCache;
+
+/// The photos of the session with their ticks, what an import has read so far, and how many will be exported.
+class PhotoSidebar : public QWidget {
+    Q_OBJECT
+
+public:
+    PhotoSidebar(PhotoSession& session, EditHistory& history, ExportSession& exportSession, QWidget* parent = nullptr);
+
+    [[nodiscard]] PhotoListView* list() const { return list_; }
+    /// The photo's row shows that it could not be decoded.
+    void setUnreadable(const FileUrl& photoID, bool isUnreadable);
+
+signals:
+    void clearAllRequested();
+    void showInFolderRequested(const ferrow::FileUrl& photoID);
+    /// By a click or Enter, be it the one that is selected already.
+    void photoChosen();
+
+private:
+    QWidget* buildHeader();
+    QWidget* buildImportBlock();
+    QWidget* buildFooter();
+    void buildList();
+
+    void followSelection();
+    void followImport();
+    void updateCounts();
+    void showContextMenu(int row, const QPoint& place);
+
+    PhotoSession& session_;
+    EditHistory& history_;
+    ExportSession& exportSession_;
+    PhotoListModel* model_ = nullptr;
+    ThumbnailCache* thumbnails_ = nullptr;
+    PhotoListView* list_ = nullptr;
+    BareCheckBox* includeAll_ = nullptr;
+    QLabel* count_ = nullptr;
+    QPushButton* clearAll_ = nullptr;
+    QLabel* empty_ = nullptr;
+    QWidget* importBlock_ = nullptr;
+    QLabel* importCount_ = nullptr;
+    ProgressLine* importBar_ = nullptr;
+    QWidget* footer_ = nullptr;
+    QLabel* status_ = nullptr;
+};
+
+} // namespace ferrow

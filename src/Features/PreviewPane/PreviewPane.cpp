@@ -1,0 +1,409 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Features/PreviewPane/PreviewPane.h"
+
+#include "Features/PreviewPane/EmptyPreview.h"
+#include "Features/PreviewPane/ExportFollower.h"
+#include "Features/PreviewPane/ExportFooter.h"
+#include "Features/PreviewPane/PreviewCanvas.h"
+#include "Features/PreviewPane/PreviewFooter.h"
+#include "Features/PreviewPane/PreviewRequester.h"
+#include "Session/WindowTexts.h"
+#include "Widgets/AccessibleItems.h"
+#include "Widgets/Theme.h"
+
+#include <QGridLayout>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace ferrow {
+
+namespace {
+
+constexpr int minimumWidthOfPane = 440;
+/// Most photos are there before anybody notices that they had to be loaded.
+constexpr std::chrono::milliseconds loadingPatience{150};
+
+bool isDark()
+{
+    return Theme::current().appearance() == Appearance::dark;
+}
+
+QString inPixels(PixelSize size)
+{
+    return size.formatted() + QStringLiteral(" px");
+}
+
+/// The same in ever fewer words.
+std::vector<QString> sizeDetails(const ImportedPhoto& photo, const std::optional<PixelSize>& output)
+{
+    if (!output)
+        return {inPixels(photo.pixelSize)};
+    const QString sizes = WindowTexts::sizeChange(photo.pixelSize, *output);
+    std::vector<QString> details{sizes, inPixels(*output)};
+    if (!photo.colorProfileName.isEmpty())
+        details.insert(details.begin(), sizes + QStringLiteral(" · ") + photo.colorProfileName);
+    return details;
+}
+
+} // namespace
+
+PreviewPane::PreviewPane(PhotoSession& session, PreviewLoader& loader, PreviewRenderQueue& queue,
+                         ExportSession& exportSession, EditHistory& history, Preferences& preferences, QWidget* parent)
+    : QWidget(parent), session_(session), loader_(loader), queue_(queue), exportSession_(exportSession),
+      history_(history), preferences_(preferences)
+{
+    setMinimumWidth(minimumWidthOfPane);
+    area_ = new QWidget(this);
+    buildCanvas();
+    empty_ = new EmptyPreview(session_, area_);
+    drop_ = new DropOverlay(area_);
+    auto* layers = new QGridLayout(area_);
+    layers->setContentsMargins(0, 0, 0, 0);
+    layers->addWidget(canvas_, 0, 0);
+    layers->addWidget(empty_, 0, 0);
+    footer_ = new PreviewFooter(this);
+    exportFooter_ = new ExportFooter(exportSession_, this);
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(area_, 1);
+    column->addWidget(footer_);
+    column->addWidget(exportFooter_);
+
+    loadingDelay_.setSingleShot(true);
+    loadingDelay_.setInterval(loadingPatience);
+    requester_ = new PreviewRequester(session_, loader_, queue_, this);
+    new ExportFollower(session_, exportSession_, this);
+    connectModels();
+    connectParts();
+    followBackdrop();
+    followSelection();
+    followExport();
+}
+
+PreviewPane::~PreviewPane()
+{
+    // What dies last loses its focus first, and would tell a pane that is gone already.
+    canvas_->picture().disconnect(this);
+    canvas_->disconnect(this);
+}
+
+void PreviewPane::buildCanvas()
+{
+    canvas_ = new PreviewCanvas(area_);
+    canvas_->setObjectName(QStringLiteral("previewCanvas"));
+    error_ = new ErrorCard(canvas_);
+    notice_ = new NoticeCard(canvas_);
+    loadingLine_ = new LoadingLine(canvas_);
+    auto* layers = new QGridLayout(canvas_);
+    layers->setSizeConstraint(QLayout::SetNoConstraint);
+    // The notice stands as far above the edge as photos do, its shadow not counted.
+    layers->setContentsMargins(0, 0, 0, Space::preview - FloatingCard::shadowRoom);
+    layers->addWidget(error_, 0, 0, Qt::AlignCenter);
+    layers->addWidget(notice_, 0, 0, Qt::AlignHCenter | Qt::AlignBottom);
+    layers->addWidget(loadingLine_, 0, 0, Qt::AlignTop);
+}
+
+void PreviewPane::connectModels()
+{
+    connect(&session_, &PhotoSession::selectedPhotoIDChanged, this, &PreviewPane::followSelection);
+    connect(&session_, &PhotoSession::photosChanged, this, &PreviewPane::followSelection);
+    for (const auto signal :
+         {&PhotoSession::batchRecipeChanged, &PhotoSession::photoRecipesChanged, &PhotoSession::recipeScopeChanged})
+        connect(&session_, signal, this, &PreviewPane::followRecipe);
+    connect(&loader_, &PreviewLoader::photoChanged, this, &PreviewPane::followLoader);
+    for (const auto signal : {&ExportSession::progressChanged, &ExportSession::isPlanningChanged})
+        connect(&exportSession_, signal, this, &PreviewPane::followExport);
+    connect(&preferences_, &Preferences::previewBackdropChanged, this, &PreviewPane::followBackdrop);
+    connect(&Theme::current(), &Theme::changed, this, &PreviewPane::followBackdrop);
+
+    connect(&queue_, &PreviewRenderQueue::rendered, this, [this](const PreviewResult& result) {
+        if (shownPhoto_ != result.photoID)
+            return;
+        if (!hasLoadError_)
+            hideErrors();
+        canvas_->picture().showRendered(result);
+    });
+    connect(&queue_, &PreviewRenderQueue::failed, this, [this](const FileUrl& photoID, const QString& message) {
+        if (shownPhoto_ == photoID)
+            showError(QStringLiteral("This Frame Can’t Be Shown"), message, ErrorCard::WaysOut::none);
+    });
+    connect(&queue_, &PreviewRenderQueue::logoFailed, this, [this](const QString& message) {
+        const ImportedPhoto* photo = session_.selectedPhoto();
+        if (!photo || !session_.resolvedRecipe(photo->id()).logo)
+            return;
+        missingLogo_ = session_.resolvedRecipe(photo->id()).logo->asset;
+        missingLogoText_ = message;
+        notice_->show(Severity::warning, message);
+        announce(canvas_, message);
+    });
+}
+
+void PreviewPane::connectParts()
+{
+    connect(canvas_, &PreviewCanvas::zoomChanged, this, &PreviewPane::zoomChanged);
+    connect(canvas_, &PreviewCanvas::stepRequested, this, &PreviewPane::step);
+    connect(canvas_, &PreviewCanvas::removeRequested, this, &PreviewPane::removeSelected);
+    connect(&canvas_->picture(), &PreviewPicture::changed, this, &PreviewPane::renewLoading);
+    connect(&loadingDelay_, &QTimer::timeout, this, [this] {
+        loadingLine_->show();
+        loadingLine_->raise();
+        renewTexts();
+    });
+    connect(empty_, &EmptyPreview::addPhotosRequested, this, &PreviewPane::addPhotosRequested);
+    connect(empty_, &EmptyPreview::addFolderRequested, this, &PreviewPane::addFolderRequested);
+    connect(error_, &ErrorCard::removeRequested, this, &PreviewPane::removeSelected);
+    connect(error_, &ErrorCard::showInFolderRequested, this, &PreviewPane::showInFolderRequested);
+    connect(error_, &ErrorCard::retryRequested, this, [this] {
+        hideErrors();
+        showStandIn();
+        emit retryRequested();
+    });
+    connect(footer_, &PreviewFooter::stepRequested, this, &PreviewPane::step);
+    connect(footer_, &PreviewFooter::backdropChosen, this, &PreviewPane::chooseBackdrop);
+    connect(exportFooter_, &ExportFooter::cancelRequested, this, &PreviewPane::cancelExportRequested);
+}
+
+double PreviewPane::zoom() const
+{
+    return canvas_->picture().isShown() ? canvas_->viewport().zoom() : 0;
+}
+
+bool PreviewPane::isFit() const
+{
+    return canvas_->viewport().isFit();
+}
+
+void PreviewPane::zoomIn()
+{
+    canvas_->setZoom(canvas_->viewport().stepAbove());
+}
+
+void PreviewPane::zoomOut()
+{
+    canvas_->setZoom(canvas_->viewport().stepBelow());
+}
+
+void PreviewPane::zoomToFit()
+{
+    canvas_->fit();
+}
+
+void PreviewPane::zoomToActualPixels()
+{
+    canvas_->setZoom(1);
+}
+
+void PreviewPane::setZoom(double zoom)
+{
+    canvas_->setZoom(zoom);
+}
+
+void PreviewPane::setComparing(bool isComparing)
+{
+    canvas_->setComparing(isComparing);
+}
+
+void PreviewPane::setDropTarget(std::optional<int> fileCount)
+{
+    if (fileCount)
+        drop_->show(*fileCount);
+    else
+        drop_->hide();
+}
+
+void PreviewPane::setNarrow(bool isNarrow)
+{
+    footer_->setPagerShown(isNarrow);
+}
+
+void PreviewPane::showLoadError(const QString& message)
+{
+    hasLoadError_ = true;
+    canvas_->picture().clear();
+    showError(QStringLiteral("Couldn’t Preview Photo"), message, ErrorCard::WaysOut::all);
+    renewTexts();
+}
+
+void PreviewPane::showError(const QString& title, const QString& message, ErrorCard::WaysOut waysOut)
+{
+    error_->show(title, message, waysOut);
+    announce(canvas_, title + QStringLiteral(". ") + message);
+}
+
+void PreviewPane::followSelection()
+{
+    const bool isEmpty = session_.photos().empty();
+    const bool handsFocusOn = !isEmpty && empty_->isAncestorOf(window()->focusWidget());
+    if (handsFocusOn) {
+        canvas_->setVisible(true);
+        canvas_->setFocus(Qt::OtherFocusReason);
+    }
+    empty_->setVisible(isEmpty);
+    canvas_->setVisible(!isEmpty);
+    if (handsFocusOn)
+        emit focusHandedOn();
+    footer_->setVisible(!isEmpty && !exportSession_.isBusy());
+
+    const ImportedPhoto* photo = session_.selectedPhoto();
+    const std::optional<FileUrl> selected = photo ? std::optional(photo->id()) : std::nullopt;
+    if (selected != shownPhoto_) {
+        shownPhoto_ = selected;
+        hideErrors();
+        renewNotice();
+        canvas_->fit();
+        showStandIn();
+    }
+    renewTexts();
+}
+
+void PreviewPane::followRecipe()
+{
+    const ImportedPhoto* photo = session_.selectedPhoto();
+    if (!photo)
+        return;
+    // A render follows by itself. A stand-in with the same framing stays, and with it the render on its way.
+    const RenderRecipe& recipe = session_.resolvedRecipe(photo->id());
+    const PreviewPicture& picture = canvas_->picture();
+    if (!hasLoadError_ && (!picture.isShown() || (picture.isStandIn() && picture.recipe() != recipe)))
+        showStandIn();
+    renewNotice();
+    renewTexts();
+}
+
+void PreviewPane::followLoader()
+{
+    const std::optional<ImportedPhoto>& loaded = loader_.photo();
+    if (hasLoadError_ && loaded && shownPhoto_ == loaded->id()) {
+        hideErrors();
+        showStandIn();
+    }
+    giveBare();
+}
+
+void PreviewPane::giveBare()
+{
+    const std::optional<ImportedPhoto>& loaded = loader_.photo();
+    if (loaded && shownPhoto_ == loaded->id())
+        canvas_->picture().setBare(loaded->previewSource);
+}
+
+void PreviewPane::showStandIn()
+{
+    const ImportedPhoto* photo = session_.selectedPhoto();
+    if (photo)
+        canvas_->picture().showStandIn(*photo, session_.resolvedRecipe(photo->id()), session_.thumbnail(photo->id()));
+    else
+        canvas_->picture().clear();
+    giveBare();
+}
+
+void PreviewPane::hideErrors()
+{
+    hasLoadError_ = false;
+    error_->hide();
+    canvas_->setAccessibleDescription({});
+}
+
+/// The queue tells of a missing logo once: going to another photo and back has to show the notice again.
+void PreviewPane::renewNotice()
+{
+    const ImportedPhoto* photo = session_.selectedPhoto();
+    const std::optional<LogoConfiguration> logo =
+        photo ? session_.resolvedRecipe(photo->id()).logo : std::optional<LogoConfiguration>();
+    if (!logo || !logo->isEnabled || logo->asset != missingLogo_)
+        notice_->hide();
+    else if (notice_->isHidden())
+        notice_->show(Severity::warning, missingLogoText_);
+}
+
+void PreviewPane::renewLoading()
+{
+    if (canvas_->picture().isStandIn()) {
+        if (!loadingDelay_.isActive() && loadingLine_->isHidden())
+            loadingDelay_.start();
+        return;
+    }
+    loadingDelay_.stop();
+    if (loadingLine_->isHidden())
+        return;
+    loadingLine_->hide();
+    renewTexts();
+}
+
+void PreviewPane::followExport()
+{
+    const bool isBusy = exportSession_.isBusy();
+    if (exportFooter_->isHidden() == !isBusy)
+        return;
+    const bool hadFocus = exportFooter_->isAncestorOf(window()->focusWidget());
+    error_->setRemoveEnabled(!isBusy);
+    exportFooter_->setVisible(isBusy);
+    footer_->setVisible(!isBusy && !session_.photos().empty());
+    if (hadFocus && !isBusy)
+        canvas_->setFocus(Qt::OtherFocusReason);
+}
+
+void PreviewPane::removeSelected()
+{
+    if (!exportSession_.isBusy())
+        history_.removeSelected();
+}
+
+void PreviewPane::chooseBackdrop(PreviewBackdrop backdrop)
+{
+    preferences_.setPreviewBackdrop(isDark(), backdrop);
+    const QString note = preferences_.unsavedNote();
+    if (note.isEmpty() || std::exchange(hasToldUnsaved_, true))
+        return;
+    notice_->show(Severity::warning, note);
+    announce(canvas_, note);
+}
+
+void PreviewPane::followBackdrop()
+{
+    const PreviewBackdrop backdrop = preferences_.previewBackdrop(isDark());
+    canvas_->setBackdrop(backdropColor(backdrop));
+    footer_->setBackdrop(backdrop);
+}
+
+void PreviewPane::step(int places)
+{
+    const std::optional<std::size_t> index = shownPhoto_ ? session_.indexOf(*shownPhoto_) : std::nullopt;
+    if (!index)
+        return;
+    const std::int64_t last = std::int64_t(session_.photos().size()) - 1;
+    const std::int64_t next = std::clamp<std::int64_t>(std::int64_t(*index) + places, 0, last);
+    session_.setSelectedPhotoID(session_.photos()[std::size_t(next)].id());
+}
+
+void PreviewPane::renewTexts()
+{
+    const ImportedPhoto* photo = session_.selectedPhoto();
+    const std::optional<std::size_t> index = photo ? session_.indexOf(photo->id()) : std::nullopt;
+    footer_->setPosition(index ? int(*index) : -1, int(session_.photos().size()));
+    if (!photo) {
+        footer_->setPhoto({}, {});
+        canvas_->setAccessibleName(QStringLiteral("Preview, no photo selected"));
+        return;
+    }
+
+    const QString name = photo->filename();
+    if (hasLoadError_) {
+        footer_->setPhoto(name, {QStringLiteral("Not readable")});
+        canvas_->setAccessibleName(QStringLiteral("Preview of %1, not readable").arg(name));
+        return;
+    }
+    const std::optional<PixelSize> output = framedSize(*photo, session_.resolvedRecipe(photo->id()));
+    if (loadingLine_->isHidden())
+        footer_->setPhoto(name, sizeDetails(*photo, output));
+    else
+        footer_->setPhoto(name, {QStringLiteral("Loading %1").arg(photo->pixelSize.formatted())});
+    canvas_->setAccessibleName(
+        QStringLiteral("Preview of %1, framed, %2").arg(name, inPixels(output.value_or(PixelSize()))));
+}
+
+} // namespace ferrow

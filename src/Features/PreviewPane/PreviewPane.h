@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Features/PreviewPane/PreviewCards.h"
+#include "Session/EditHistory.h"
+#include "Session/ExportSession.h"
+#include "Session/PhotoSession.h"
+#include "Session/Preferences.h"
+#include "Session/PreviewLoader.h"
+#include "Session/PreviewRenderQueue.h"
+
+#include <QTimer>
+#include <QWidget>
+
+#include <optional>
+
+namespace ferrow {
+
+class EmptyPreview;
+class ExportFooter;
+class PreviewCanvas;
+class PreviewFooter;
+class PreviewRequester;
+
+/// The selected photo in its frame, on the backdrop of the user's choice. Feeds the render queue and selects other
+/// photos; decoding the selected one is the business of whoever owns the loader.
+class PreviewPane : public QWidget {
+    Q_OBJECT
+
+public:
+    PreviewPane(PhotoSession& session, PreviewLoader& loader, PreviewRenderQueue& queue, ExportSession& exportSession,
+                EditHistory& history, Preferences& preferences, QWidget* parent = nullptr);
+    ~PreviewPane() override;
+
+    /// Device pixels for one output pixel; 0 while nothing is shown.
+    [[nodiscard]] double zoom() const;
+    [[nodiscard]] bool isFit() const;
+    void zoomIn();
+    void zoomOut();
+    void zoomToFit();
+    void zoomToActualPixels();
+    void setZoom(double zoom);
+
+    /// Shows the bare photo, for as long as a button or key is held.
+    void setComparing(bool isComparing);
+    /// A drop of so many photos would be taken, anywhere in the window; 0: of an unknown number. Nothing when it has
+    /// left or been dropped.
+    void setDropTarget(std::optional<int> fileCount);
+    /// There is no list beside it: the footer leads through the photos.
+    void setNarrow(bool isNarrow);
+    /// The selected photo could not be decoded. Gone with the next selection, a retry, or when it has been loaded after
+    /// all.
+    void showLoadError(const QString& message);
+
+signals:
+    void zoomChanged();
+    void addPhotosRequested();
+    void addFolderRequested();
+    void cancelExportRequested();
+    void retryRequested();
+    /// Of the selected photo, which can't be read.
+    void showInFolderRequested();
+    /// The first photos took the place of the buttons that had the focus; the picture has it now.
+    void focusHandedOn();
+
+private:
+    void buildCanvas();
+    void connectModels();
+    void connectParts();
+    void followSelection();
+    void followRecipe();
+    void followLoader();
+    void followExport();
+    void followBackdrop();
+    void chooseBackdrop(PreviewBackdrop backdrop);
+    void step(int places);
+    void removeSelected();
+    void showStandIn();
+    void giveBare();
+    void showError(const QString& title, const QString& message, ErrorCard::WaysOut waysOut);
+    void hideErrors();
+    void renewNotice();
+    void renewLoading();
+    void renewTexts();
+
+    PhotoSession& session_;
+    PreviewLoader& loader_;
+    PreviewRenderQueue& queue_;
+    ExportSession& exportSession_;
+    EditHistory& history_;
+    Preferences& preferences_;
+    std::optional<FileUrl> shownPhoto_;
+    std::optional<LogoAssetReference> missingLogo_; ///< The last that could not be loaded.
+    QString missingLogoText_;
+    bool hasLoadError_ = false;
+    bool hasToldUnsaved_ = false;
+    QTimer loadingDelay_;
+
+    PreviewRequester* requester_ = nullptr;
+    QWidget* area_ = nullptr;
+    PreviewCanvas* canvas_ = nullptr;
+    EmptyPreview* empty_ = nullptr;
+    ErrorCard* error_ = nullptr;
+    NoticeCard* notice_ = nullptr;
+    LoadingLine* loadingLine_ = nullptr;
+    DropOverlay* drop_ = nullptr;
+    PreviewFooter* footer_ = nullptr;
+    ExportFooter* exportFooter_ = nullptr;
+};
+
+} // namespace ferrow

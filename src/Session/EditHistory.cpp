@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Session/EditHistory.h"
+
+#include "Session/EditSteps.h"
+
+#include <utility>
+
+namespace ferrow {
+
+EditHistory::EditHistory(PhotoSession& session, ExportSession& exportSession, QObject* parent)
+    : QObject(parent), session_(session), exportSession_(exportSession)
+{
+}
+
+void EditHistory::push(std::unique_ptr<QUndoCommand> step)
+{
+    if (!step->isObsolete())
+        stack_.push(step.release());
+}
+
+void EditHistory::editRecipe(const QString& name, const RecipeEdit& edit)
+{
+    RenderRecipe recipe = session_.activeRecipe();
+    edit(recipe);
+    push(std::make_unique<FramingStep>(session_, name, Framing::active(session_), recipe, gesture()));
+}
+
+void EditHistory::beginGesture()
+{
+    if (gestureDepth_++ == 0)
+        ++gesture_;
+}
+
+void EditHistory::endGesture()
+{
+    if (gestureDepth_ > 0)
+        --gestureDepth_;
+}
+
+void EditHistory::setScope(RecipeScope scope)
+{
+    const auto& selected = session_.selectedPhotoID();
+    if (scope != RecipeScope::selected || !selected || session_.hasOwnRecipe(*selected)) {
+        session_.setScope(scope);
+        return;
+    }
+    push(std::make_unique<OwnFramingStep>(session_, QStringLiteral("Frame Photo by Itself"), std::vector{*selected},
+                                          session_.batchRecipe()));
+}
+
+void EditHistory::useBatch(const FileUrl& photoID)
+{
+    push(std::make_unique<OwnFramingStep>(session_, QStringLiteral("Use Batch"), std::vector{photoID}, std::nullopt));
+}
+
+void EditHistory::setIncluded(const std::vector<FileUrl>& photoIDs, bool included)
+{
+    std::vector<FileUrl> changing;
+    for (const FileUrl& id : photoIDs)
+        if (session_.isIncluded(id) != included)
+            changing.push_back(id);
+    push(std::make_unique<InclusionStep>(session_, std::move(changing), included));
+}
+
+void EditHistory::toggleIncluded(const FileUrl& photoID)
+{
+    setIncluded({photoID}, !session_.isIncluded(photoID));
+}
+
+void EditHistory::setAllIncluded(bool included)
+{
+    std::vector<FileUrl> all;
+    all.reserve(session_.photos().size());
+    for (const ImportedPhoto& photo : session_.photos())
+        all.push_back(photo.id());
+    setIncluded(all, included);
+}
+
+void EditHistory::removeSelected()
+{
+    if (const auto& selected = session_.selectedPhotoID())
+        remove({*selected});
+}
+
+void EditHistory::remove(const std::vector<FileUrl>& photoIDs)
+{
+    std::vector<FileUrl> present;
+    for (const FileUrl& id : photoIDs)
+        if (session_.indexOf(id))
+            present.push_back(id);
+    push(std::make_unique<RemovalStep>(session_, std::move(present)));
+}
+
+void EditHistory::clearAll()
+{
+    session_.clearAll();
+    stack_.clear();
+}
+
+void EditHistory::applyPreset(const PhotoPreset& preset)
+{
+    push(std::make_unique<PresetStep>(session_, exportSession_, preset.payload));
+}
+
+void EditHistory::copyFraming(const FileUrl& photoID)
+{
+    const bool couldPaste = canPasteFraming();
+    copiedFraming_ = session_.resolvedRecipe(photoID);
+    if (!couldPaste)
+        emit canPasteFramingChanged();
+}
+
+void EditHistory::pasteFraming(const std::vector<FileUrl>& photoIDs)
+{
+    std::vector<FileUrl> present;
+    for (const FileUrl& id : photoIDs)
+        if (session_.indexOf(id))
+            present.push_back(id);
+    if (copiedFraming_)
+        push(std::make_unique<OwnFramingStep>(session_, QStringLiteral("Paste Framing"), std::move(present),
+                                              copiedFraming_));
+}
+
+void EditHistory::setLogoAsset(const LogoAssetReference& asset)
+{
+    const bool replaces = session_.activeRecipe().logo.has_value();
+    editRecipe(replaces ? QStringLiteral("Replace Logo") : QStringLiteral("Import Logo"), [&](RenderRecipe& recipe) {
+        if (!recipe.logo)
+            recipe.logo = LogoConfiguration{};
+        recipe.logo->asset = asset;
+    });
+}
+
+void EditHistory::removeLogo()
+{
+    editRecipe(QStringLiteral("Remove Logo"), [](RenderRecipe& recipe) { recipe.logo.reset(); });
+}
+
+} // namespace ferrow

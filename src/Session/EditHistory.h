@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Persistence/PresetModels.h"
+#include "Session/ExportSession.h"
+#include "Session/PhotoSession.h"
+
+#include <QObject>
+#include <QUndoStack>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace ferrow {
+
+/// The way of every edit from a view into the models, as steps that can be taken back. Verbs that change nothing make
+/// no step. Undo and redo of a framing show where it happens: they bring back the scope it was made in and select the
+/// photo it was made on. Names of steps read after "Undo": "Border Width". Lives on the main thread; the two sessions
+/// must outlive it.
+class EditHistory : public QObject {
+    Q_OBJECT
+
+public:
+    using RecipeEdit = std::function<void(RenderRecipe&)>;
+
+    EditHistory(PhotoSession& session, ExportSession& exportSession, QObject* parent = nullptr);
+
+    /// For undo and redo actions; nothing is pushed from outside.
+    [[nodiscard]] QUndoStack& stack() { return stack_; }
+
+    /// Changes the active recipe: the batch's, or the selected photo's own.
+    void editRecipe(const QString& name, const RecipeEdit& edit);
+    /// Between these two, edits of one name are one step: a slider drag, a burst of the wheel. They may nest.
+    void beginGesture();
+    void endGesture();
+
+    /// A change of scope alone is a way of looking and no step. It is one where the selected photo gets its own
+    /// recipe by it: taking that back gives the photo back to the batch.
+    void setScope(RecipeScope scope);
+    /// Takes the photo's own framing away.
+    void useBatch(const FileUrl& photoID);
+
+    void setIncluded(const std::vector<FileUrl>& photoIDs, bool included);
+    void toggleIncluded(const FileUrl& photoID);
+    void setAllIncluded(bool included);
+
+    void removeSelected();
+    void remove(const std::vector<FileUrl>& photoIDs);
+    /// Can't be taken back: empties the session and the history.
+    void clearAll();
+
+    /// Batch recipe, scope, export settings and configuration in one step; per-photo recipes stay for later.
+    void applyPreset(const PhotoPreset& preset);
+
+    /// Remembers the framing that this photo shows.
+    void copyFraming(const FileUrl& photoID);
+    [[nodiscard]] bool canPasteFraming() const { return copiedFraming_.has_value(); }
+    /// Gives the remembered framing to these photos as their own, and edits go to the selected photo from then on:
+    /// own framings show in that scope alone.
+    void pasteFraming(const std::vector<FileUrl>& photoIDs);
+
+    /// "Import Logo" or "Replace Logo": the active recipe's logo, with the settings it had, else the default ones.
+    void setLogoAsset(const LogoAssetReference& asset);
+    /// The managed file stays.
+    void removeLogo();
+
+signals:
+    void canPasteFramingChanged();
+
+private:
+    void push(std::unique_ptr<QUndoCommand> step);
+    [[nodiscard]] std::int64_t gesture() const { return gestureDepth_ > 0 ? gesture_ : 0; }
+
+    PhotoSession& session_;
+    ExportSession& exportSession_;
+    std::optional<RenderRecipe> copiedFraming_;
+    int gestureDepth_ = 0;
+    std::int64_t gesture_ = 0; ///< Number of the present gesture.
+    QUndoStack stack_;
+};
+
+} // namespace ferrow

@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Session/EditSteps.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ferrow {
+
+Framing Framing::active(const PhotoSession& session)
+{
+    if (session.recipeScope() == RecipeScope::selected && session.selectedPhotoID())
+        return {RecipeScope::selected, session.selectedPhotoID()};
+    return {session.recipeScope(), std::nullopt};
+}
+
+std::optional<RenderRecipe> Framing::stored(const PhotoSession& session) const
+{
+    if (!photoID)
+        return session.batchRecipe();
+    const auto own = session.photoRecipes().find(*photoID);
+    return own == session.photoRecipes().end() ? std::nullopt : std::optional(own->second);
+}
+
+void Framing::store(PhotoSession& session, const std::optional<RenderRecipe>& recipe) const
+{
+    session.setRecipeScope(scope);
+    if (!photoID) {
+        session.setBatchRecipe(*recipe);
+        return;
+    }
+    session.setPhotoRecipe(*photoID, recipe);
+    if (session.indexOf(*photoID))
+        session.setSelectedPhotoID(photoID);
+}
+
+FramingStep::FramingStep(PhotoSession& session, const QString& name, Framing framing, RenderRecipe after,
+                         GestureNumber gesture)
+    : QUndoCommand(name), session_(session), framing_(std::move(framing)), before_(framing_.stored(session)),
+      after_(std::move(after)), gesture_(gesture)
+{
+    setObsolete(*after_ == session.activeRecipe());
+}
+
+bool FramingStep::mergeWith(const QUndoCommand* other)
+{
+    const auto* next = dynamic_cast<const FramingStep*>(other);
+    if (!next || gesture_ == 0 || next->gesture_ != gesture_ || next->framing_ != framing_ || next->text() != text())
+        return false;
+    after_ = next->after_;
+    setObsolete(before_ == after_);
+    return true;
+}
+
+OwnFramingStep::OwnFramingStep(PhotoSession& session, const QString& name, std::vector<FileUrl> photoIDs,
+                               std::optional<RenderRecipe> recipe)
+    : QUndoCommand(name), session_(session), photoIDs_(std::move(photoIDs)), recipe_(std::move(recipe)),
+      scopeBefore_(session.recipeScope()), scopeAfter_(recipe_ ? RecipeScope::selected : scopeBefore_)
+{
+    bool changes = scopeAfter_ != scopeBefore_ && !photoIDs_.empty();
+    for (const FileUrl& id : photoIDs_) {
+        before_.push_back(Framing{RecipeScope::selected, id}.stored(session));
+        changes |= before_.back() != recipe_;
+    }
+    setObsolete(!changes);
+}
+
+void OwnFramingStep::undo()
+{
+    for (std::size_t i = 0; i < photoIDs_.size(); ++i)
+        session_.setPhotoRecipe(photoIDs_[i], before_[i]);
+    show(scopeBefore_);
+}
+
+void OwnFramingStep::redo()
+{
+    for (const FileUrl& id : photoIDs_)
+        session_.setPhotoRecipe(id, recipe_);
+    show(scopeAfter_);
+}
+
+void OwnFramingStep::show(RecipeScope scope)
+{
+    session_.setRecipeScope(scope);
+    const auto isSelected = [this](const FileUrl& id) { return session_.selectedPhotoID() == id; };
+    if (std::ranges::none_of(photoIDs_, isSelected) && session_.indexOf(photoIDs_.front()))
+        session_.setSelectedPhotoID(photoIDs_.front());
+}
+
+InclusionStep::InclusionStep(PhotoSession& session, std::vector<FileUrl> photoIDs, bool included)
+    : session_(session), photoIDs_(std::move(photoIDs)), included_(included)
+{
+    const QString verb = included ? QStringLiteral("Include") : QStringLiteral("Exclude");
+    setText(photoIDs_.size() == 1 ? verb + QStringLiteral(" Photo") : verb + QStringLiteral(" Photos"));
+    setObsolete(photoIDs_.empty());
+}
+
+RemovalStep::RemovalStep(PhotoSession& session, std::vector<FileUrl> photoIDs)
+    : session_(session), photoIDs_(std::move(photoIDs))
+{
+    setText(photoIDs_.size() == 1 ? QStringLiteral("Remove Photo") : QStringLiteral("Remove Photos"));
+    setObsolete(photoIDs_.empty());
+}
+
+PresetStep::PresetStep(PhotoSession& session, ExportSession& exportSession, PresetPayload payload)
+    : QUndoCommand(QStringLiteral("Apply Preset")), session_(session), exportSession_(exportSession),
+      recipe_(payload.recipe()), recipeBefore_(session.batchRecipe()), scopeBefore_(session.recipeScope()),
+      exportBefore_(PresetPayload::make(recipeBefore_, exportSession.settings(), exportSession.configuration())),
+      exportAfter_(std::move(payload))
+{
+    setObsolete(exportBefore_ == exportAfter_ && scopeBefore_ == RecipeScope::batch);
+}
+
+void PresetStep::undo()
+{
+    session_.setBatchRecipe(recipeBefore_);
+    session_.setRecipeScope(scopeBefore_);
+    exchangeExport(exportAfter_, exportBefore_);
+}
+
+void PresetStep::redo()
+{
+    session_.setBatchRecipe(recipe_);
+    session_.setRecipeScope(RecipeScope::batch);
+    exchangeExport(exportBefore_, exportAfter_);
+}
+
+/// Goes from one to the other in the fields that still are as `from` left them. Both then hold what was and what is, so
+/// that the way back leads exactly there.
+void PresetStep::exchangeExport(PresetPayload& from, PresetPayload& to)
+{
+    const PresetPayload now = PresetPayload::make(recipe_, exportSession_.settings(), exportSession_.configuration());
+    const auto keep = [&](auto... field) { ((to.*field = now.*field == from.*field ? to.*field : now.*field), ...); };
+    keep(&PresetPayload::exportFormat, &PresetPayload::exportQuality, &PresetPayload::destinationMode,
+         &PresetPayload::sourceSubfolderName, &PresetPayload::filenameTemplate, &PresetPayload::collisionRule);
+    from = now;
+    exportSession_.apply(to);
+}
+
+} // namespace ferrow

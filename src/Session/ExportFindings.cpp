@@ -1,0 +1,402 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Session/ExportFindings.h"
+
+#include "Export/ExportPlanner.h"
+#include "Imaging/RenderLayout.h"
+#include "Metadata/MetadataTemplateExpander.h"
+#include "Models/ErrorTexts.h"
+#include "Persistence/ManagedLogoStore.h"
+#include "Platform/Base/ByteText.h"
+#include "Platform/Base/Cancellation.h"
+#include "Platform/Base/Localization.h"
+#include "Platform/Codecs/ImageEncoder.h"
+#include "Platform/Files/FolderWalk.h"
+#include "Session/WindowTexts.h"
+#include "Shared/UserFacingError.h"
+
+#include <QStringList>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <exception>
+#include <filesystem>
+#include <map>
+#include <unordered_map>
+#include <utility>
+
+namespace ferrow {
+
+namespace {
+
+using Severity = ExportFinding::Severity;
+using Findings = std::vector<ExportFinding>;
+
+/// File names that a line of the check gives as examples.
+constexpr std::size_t exampleNames = 3;
+
+/// "1 photo has", "3 photos have".
+QString photosThat(std::size_t count, const QString& singular, const QString& plural)
+{
+    return WindowTexts::photoCount(std::int64_t(count)) + u' ' + (count == 1 ? singular : plural);
+}
+
+QString examples(const QStringList& names)
+{
+    if (names.size() <= qsizetype(exampleNames))
+        return names.join(QStringLiteral(", "));
+    return names.mid(0, exampleNames).join(QStringLiteral(", ")) + QStringLiteral(" …");
+}
+
+QString examples(const std::vector<FileUrl>& photos)
+{
+    QStringList names;
+    for (std::size_t i = 0; i < std::min(photos.size(), exampleNames + 1); ++i)
+        names.append(photos[i].lastPathComponent());
+    return examples(names);
+}
+
+/// A line has no room for the paragraphs of an alert.
+QString inOneLine(QString message)
+{
+    return message.replace(QStringLiteral("\n\n"), QStringLiteral(" "));
+}
+
+/// What fails some photos is a warning: the rest can be exported. What fails all is an error.
+Severity severityFor(const std::vector<FileUrl>& failing, const ExportRequest& request)
+{
+    return failing.size() == request.photos.size() ? Severity::error : Severity::warning;
+}
+
+void checkSources(const ExportRequest& request, const ExportCheckOperations& operations, const std::stop_token& stop,
+                  Findings& findings)
+{
+    std::vector<FileUrl> unreadable;
+    for (const ImportedPhoto& photo : request.photos) {
+        throwIfCancelled(stop);
+        if (!operations.isReadable(photo.url))
+            unreadable.push_back(photo.id());
+    }
+    const auto count = std::int64_t(request.photos.size());
+    if (unreadable.empty()) {
+        findings.push_back({Severity::ok,
+                            count == 1 ? QStringLiteral("The photo can be read")
+                                       : QStringLiteral("All %1 photos can be read").arg(Localization::number(count)),
+                            {},
+                            {}});
+        return;
+    }
+    findings.push_back({severityFor(unreadable, request),
+                        photosThat(unreadable.size(), QStringLiteral("can’t be read"), QStringLiteral("can’t be read")),
+                        QStringLiteral("No longer where they were added from: %1").arg(examples(unreadable)),
+                        unreadable});
+}
+
+/// What names and folders say before anything is looked up. Answers whether planning makes sense.
+bool checkConfiguration(const BatchExportConfiguration& configuration, Findings& findings)
+{
+    if (configuration.destinationMode == ExportDestinationMode::chosenFolder && !configuration.chosenFolder) {
+        findings.push_back({Severity::error,
+                            QStringLiteral("No folder is chosen"),
+                            UserFacingError::message(BatchPlanningError::missingDestination),
+                            {}});
+        return false;
+    }
+    if (configuration.destinationMode == ExportDestinationMode::sourceSubfolder &&
+        !SafePathComponent::isValid(configuration.sourceSubfolderName)) {
+        findings.push_back({Severity::error,
+                            QStringLiteral("The subfolder can’t have this name"),
+                            UserFacingError::message(BatchPlanningError::invalidSubfolder),
+                            {}});
+        return false;
+    }
+    if (configuration.filenameTemplate.trimmed().isEmpty())
+        findings.push_back({Severity::warning,
+                            QStringLiteral("The file names are empty"),
+                            QStringLiteral("Every copy is called “framed” with a number."),
+                            {}});
+    return true;
+}
+
+/// A plan as the export would make it, but for the folders that it would create.
+BatchExportPlan dryPlan(const ExportRequest& request, const ExportCheckOperations& operations,
+                        const std::stop_token& stop)
+{
+    const bool createsFolders = request.configuration.destinationMode == ExportDestinationMode::sourceSubfolder;
+    ExportPlanner planner;
+    planner.createDirectory = [](const FileUrl&) {};
+    planner.checkWritable = [&](const FileUrl& folder) {
+        if (operations.exists(folder))
+            operations.checkWritable(folder);
+        else if (createsFolders)
+            operations.checkWritable(folder.deletingLastPathComponent());
+        else
+            throw SystemError{ENOENT, folder};
+    };
+    // The one question asked for each photo outside the planner's own error handling.
+    planner.fileExists = [&](const FileUrl& file) {
+        throwIfCancelled(stop);
+        return operations.exists(file);
+    };
+    return request.plan(std::move(planner));
+}
+
+/// "48 GB free" where all folders say the same, as those of one disk do.
+QString freeSpace(const BatchExportPlan& plan, const ExportCheckOperations& operations)
+{
+    std::optional<std::int64_t> bytes;
+    for (const FileUrl& folder : plan.outputFolders) {
+        const auto here = operations.freeBytes(operations.exists(folder) ? folder : folder.deletingLastPathComponent());
+        if (!here || (bytes && *bytes != *here))
+            return {};
+        bytes = here;
+    }
+    return bytes ? QStringLiteral("%1 free").arg(Localization::fileSize(*bytes)) : QString();
+}
+
+void checkFolders(const ExportRequest& request, const BatchExportPlan& plan, const ExportCheckOperations& operations,
+                  Findings& findings)
+{
+    std::map<QString, std::vector<FileUrl>> failing;
+    for (const BatchExportFailure& failure : plan.failures)
+        failing[inOneLine(failure.message)].push_back(failure.source);
+    for (const auto& [message, photos] : failing)
+        findings.push_back(
+            {severityFor(photos, request),
+             photos.size() == request.photos.size()
+                 ? QStringLiteral("The folder can’t be written")
+                 : photosThat(photos.size(), QStringLiteral("can’t be written"), QStringLiteral("can’t be written")),
+             message, photos});
+    if (!failing.empty())
+        return;
+    findings.push_back({Severity::ok,
+                        plan.outputFolders.size() == 1 ? QStringLiteral("The folder can be written")
+                                                       : QStringLiteral("The folders can be written"),
+                        freeSpace(plan, operations),
+                        {}});
+}
+
+/// "1 name is taken already", "3 names are taken already".
+QString namesTaken(std::size_t count)
+{
+    return count == 1 ? QStringLiteral("1 name is taken already")
+                      : QStringLiteral("%1 names are taken already").arg(Localization::number(std::int64_t(count)));
+}
+
+void checkNames(const ExportRequest& request, const BatchExportPlan& plan, Findings& findings)
+{
+    std::unordered_map<FileUrl, std::int64_t> positions;
+    for (std::size_t i = 0; i < request.photos.size(); ++i)
+        positions.emplace(request.photos[i].id(), std::int64_t(i));
+    std::vector<FileUrl> numbered;
+    std::vector<FileUrl> replacing;
+    std::vector<FileUrl> overItself;
+    QStringList newNames;
+    const QString extension = filenameExtension(request.settings.format);
+    for (const BatchExportJob& job : plan.jobs) {
+        const FileUrl& id = job.photo.id();
+        if (job.destination == id.standardized())
+            overItself.push_back(id);
+        else if (job.replaceExisting)
+            replacing.push_back(id);
+        else if (job.destination.lastPathComponentBytes() !=
+                 FilenameTemplate::filename(request.configuration.filenameTemplate, id, positions[id], extension)) {
+            numbered.push_back(id);
+            newNames.append(job.destination.lastPathComponent());
+        }
+    }
+    if (!numbered.empty())
+        findings.push_back(
+            {Severity::info, namesTaken(numbered.size()),
+             (numbered.size() == 1 ? QStringLiteral("It gets a number: %1") : QStringLiteral("They get a number: %1"))
+                 .arg(examples(newNames)),
+             numbered});
+    if (!plan.skippedPhotos.empty())
+        findings.push_back(
+            {severityFor(plan.skippedPhotos, request) == Severity::error ? Severity::warning : Severity::info,
+             namesTaken(plan.skippedPhotos.size()),
+             (plan.skippedPhotos.size() == 1 ? QStringLiteral("This photo is skipped: %1")
+                                             : QStringLiteral("These photos are skipped: %1"))
+                 .arg(examples(plan.skippedPhotos)),
+             plan.skippedPhotos});
+    if (!replacing.empty())
+        findings.push_back({Severity::warning, namesTaken(replacing.size()),
+                            replacing.size() == 1 ? QStringLiteral("The file is replaced.")
+                                                  : QStringLiteral("The files are replaced."),
+                            replacing});
+    if (!overItself.empty())
+        findings.push_back(
+            {severityFor(overItself, request),
+             photosThat(overItself.size(), QStringLiteral("would replace itself"),
+                        QStringLiteral("would replace themselves")),
+             inOneLine(UserFacingError::message(ImagePipelineError(ImagePipelineError::destinationIsSource))),
+             overItself});
+}
+
+/// The tokens that a recipe's template really holds, each once.
+std::vector<MetadataToken> tokensOf(const QString& captionTemplate)
+{
+    std::vector<MetadataToken> tokens;
+    for (const CaptionSegment& segment : CaptionSegment::parse(captionTemplate))
+        if (const auto* token = std::get_if<MetadataToken>(&segment.content);
+            token && std::ranges::find(tokens, *token) == tokens.end())
+            tokens.push_back(*token);
+    return tokens;
+}
+
+void checkCaptions(const ExportRequest& request, const std::stop_token& stop, Findings& findings)
+{
+    struct Caption {
+        QString text;
+        std::vector<MetadataToken> tokens;
+    };
+    std::unordered_map<const RenderRecipe*, Caption> captions;
+    std::vector<FileUrl> empty;
+    std::map<MetadataToken, std::vector<FileUrl>> missing;
+    for (const ImportedPhoto& photo : request.photos) {
+        throwIfCancelled(stop);
+        const RenderRecipe& recipe = request.resolvedRecipe(photo.id());
+        if (!recipe.captionEnabled)
+            continue;
+        const auto [entry, isNew] = captions.try_emplace(&recipe);
+        Caption& caption = entry->second;
+        if (isNew) {
+            caption.text = recipe.captionTemplate();
+            caption.tokens = tokensOf(caption.text);
+        }
+        if (MetadataTemplateExpander::expand(caption.text, photo.metadata).isEmpty()) {
+            empty.push_back(photo.id());
+            continue;
+        }
+        for (const MetadataToken token : caption.tokens)
+            if (MetadataTemplateExpander::tokenValue(token, photo.metadata).value_or(QString()).trimmed().isEmpty())
+                missing[token].push_back(photo.id());
+    }
+    if (!empty.empty())
+        findings.push_back(
+            {Severity::warning,
+             photosThat(empty.size(), QStringLiteral("has an empty caption"), QStringLiteral("have an empty caption")),
+             empty.size() == 1 ? QStringLiteral("It is framed without one.")
+                               : QStringLiteral("They are framed without one."),
+             empty});
+    for (const auto& [token, photos] : missing)
+        findings.push_back({Severity::warning,
+                            photosThat(photos.size(), QStringLiteral("has no %1"), QStringLiteral("have no %1"))
+                                .arg(displayName(token)),
+                            photos.size() == 1 ? QStringLiteral("Its caption leaves it out.")
+                                               : QStringLiteral("Their captions leave it out."),
+                            photos});
+}
+
+void checkLogos(const ExportRequest& request, const ExportCheckOperations& operations, const std::stop_token& stop,
+                Findings& findings)
+{
+    std::unordered_map<QString, QString> messages; // By file name; empty for a logo that is well.
+    std::map<QString, std::vector<FileUrl>> failing;
+    for (const ImportedPhoto& photo : request.photos) {
+        throwIfCancelled(stop);
+        const auto& logo = request.resolvedRecipe(photo.id()).logo;
+        if (!logo || !logo->isEnabled)
+            continue;
+        const auto [entry, isNew] = messages.try_emplace(logo->asset.managedFilename);
+        if (isNew) {
+            try {
+                static_cast<void>(operations.loadLogo(logo->asset, stop));
+            } catch (const Cancelled&) {
+                throw;
+            } catch (...) {
+                entry->second = inOneLine(UserFacingError::message(std::current_exception()));
+            }
+        }
+        if (!entry->second.isEmpty())
+            failing[entry->second].push_back(photo.id());
+    }
+    for (const auto& [message, photos] : failing)
+        findings.push_back({severityFor(photos, request), QStringLiteral("The logo can’t be drawn"), message, photos});
+}
+
+/// Why this photo's framed copy can't be made, if so.
+std::optional<QString> sizeProblem(const ImportedPhoto& photo, const RenderRecipe& recipe, ExportFormat format)
+try {
+    validateRenderBounds(photo.pixelSize, recipe, 1);
+    const PixelSize output = RenderLayout::framedLayout(photo.pixelSize, recipe).canvasSize;
+    if (format == ExportFormat::heic && output.longestSide() > heifMaximumSide)
+        return QStringLiteral("HEIC files are at most %1 pixels a side.")
+            .arg(Localization::number(std::int64_t(heifMaximumSide)));
+    return std::nullopt;
+} catch (const ImagePipelineError& error) {
+    return inOneLine(UserFacingError::message(error));
+}
+
+void checkSizes(const ExportRequest& request, const std::stop_token& stop, Findings& findings)
+{
+    std::vector<FileUrl> tooLarge;
+    QString firstReason;
+    for (const ImportedPhoto& photo : request.photos) {
+        throwIfCancelled(stop);
+        const auto problem = sizeProblem(photo, request.resolvedRecipe(photo.id()), request.settings.format);
+        if (!problem)
+            continue;
+        if (tooLarge.empty())
+            firstReason = *problem;
+        tooLarge.push_back(photo.id());
+    }
+    if (!tooLarge.empty())
+        findings.push_back({severityFor(tooLarge, request),
+                            photosThat(tooLarge.size(), QStringLiteral("can’t be framed like this"),
+                                       QStringLiteral("can’t be framed like this")),
+                            firstReason, tooLarge});
+}
+
+} // namespace
+
+ExportCheckOperations ExportCheckOperations::system()
+{
+    return {.isReadable = [](const FileUrl& file) { return ::access(file.path().constData(), R_OK) == 0; },
+            .exists = ExportPlanner::exists,
+            .checkWritable = ExportPlanner::checkFolderWritable,
+            .freeBytes = [](const FileUrl& folder) -> std::optional<std::int64_t> {
+                std::error_code error;
+                const auto space = std::filesystem::space(folder.path().constData(), error);
+                return error ? std::nullopt : std::optional(std::int64_t(space.available));
+            },
+            .loadLogo =
+                [](const LogoAssetReference& asset, const std::stop_token& stop) {
+                    return ManagedLogoStore::load(asset, ManagedLogoStore::renderDimension, {}, stop);
+                }};
+}
+
+Findings findingsFor(const ExportRequest& request, const ExportCheckOperations& operations, const std::stop_token& stop)
+{
+    Findings findings;
+    if (request.photos.empty()) {
+        findings.push_back({Severity::error,
+                            QStringLiteral("No photo is included"),
+                            QStringLiteral("Tick at least one photo in the list."),
+                            {}});
+        return findings;
+    }
+    checkSources(request, operations, stop, findings);
+    if (checkConfiguration(request.configuration, findings)) {
+        const BatchExportPlan plan = dryPlan(request, operations, stop);
+        checkFolders(request, plan, operations, findings);
+        checkNames(request, plan, findings);
+    }
+    checkCaptions(request, stop, findings);
+    checkLogos(request, operations, stop, findings);
+    checkSizes(request, stop, findings);
+    return findings;
+}
+
+bool hasErrors(const Findings& findings)
+{
+    return std::ranges::any_of(findings, [](const auto& finding) { return finding.severity == Severity::error; });
+}
+
+QString exampleFilename(const QString& nameTemplate, const FileUrl& photo, std::int64_t index, ExportFormat format)
+{
+    return ByteText::display(FilenameTemplate::filename(nameTemplate, photo, index, filenameExtension(format)));
+}
+
+} // namespace ferrow

@@ -1,0 +1,260 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Session/ExportSession.h"
+
+#include "Batch/BatchExportCoordinator.h"
+#include "Export/ImageExporter.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ferrow {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// Closing the window ends the program within two seconds; what else there is to end takes its share of them.
+constexpr std::chrono::milliseconds patienceAtEnd{1'500};
+
+void exportToDisk(const BatchExportJob& job, const std::stop_token& stop)
+{
+    ImageExporter::exportPhoto(job.photo, job.recipe, job.settings, job.destination, job.replaceExisting, stop);
+}
+
+PhotoExportState stateOf(const BatchExportOutcome& outcome)
+{
+    if (std::holds_alternative<BatchExportOutcome::Exported>(outcome.result))
+        return PhotoExportState::exported;
+    if (std::holds_alternative<BatchExportOutcome::Cancelled>(outcome.result))
+        return PhotoExportState::cancelled;
+    return PhotoExportState::failed;
+}
+
+/// Where each photo stands before the first job starts.
+std::unordered_map<FileUrl, PhotoExportState> statesAtStart(const BatchExportPlan& plan)
+{
+    std::unordered_map<FileUrl, PhotoExportState> states;
+    for (const BatchExportJob& job : plan.jobs)
+        states.insert_or_assign(job.photo.id(), PhotoExportState::waiting);
+    for (const FileUrl& photo : plan.skippedPhotos)
+        states.insert_or_assign(photo, PhotoExportState::skipped);
+    for (const BatchExportFailure& failure : plan.failures)
+        states.insert_or_assign(failure.source, PhotoExportState::failed);
+    return states;
+}
+
+} // namespace
+
+/// What the worker reads; not changed once it runs.
+struct ExportSession::Run {
+    BatchExportPlan plan;
+    std::int64_t batchCount = 0;
+    std::stop_source stop;
+};
+
+ExportSession::ExportSession(Export exportJob, ExportPlanner planner, QObject* parent)
+    : QObject(parent), export_(exportJob ? std::move(exportJob) : exportToDisk), planner_(std::move(planner)),
+      work_(1, patienceAtEnd)
+{
+}
+
+ExportSession::~ExportSession()
+{
+    if (run_)
+        run_->stop.request_stop();
+}
+
+std::optional<PhotoExportState> ExportSession::photoState(const FileUrl& photoID) const
+{
+    const auto found = photoStates_.find(photoID);
+    return found == photoStates_.end() ? std::nullopt : std::optional(found->second);
+}
+
+void ExportSession::setSettings(const ExportSettings& settings)
+{
+    if (settings == settings_)
+        return;
+    settings_ = settings;
+    emit settingsChanged();
+}
+
+void ExportSession::setConfiguration(const BatchExportConfiguration& configuration)
+{
+    if (configuration == configuration_)
+        return;
+    configuration_ = configuration;
+    emit configurationChanged();
+}
+
+void ExportSession::apply(const PresetPayload& payload)
+{
+    ExportSettings settings = settings_;
+    BatchExportConfiguration configuration = configuration_;
+    payload.applyTo(settings, configuration);
+    setSettings(settings);
+    setConfiguration(configuration);
+}
+
+void ExportSession::planAndStart(ExportRequest request, Planned planned)
+{
+    if (isRunning() || isPlanning_)
+        return;
+    request_ = std::move(request);
+    planInBackground(std::move(planned));
+}
+
+void ExportSession::retry(const std::unordered_set<FileUrl>& photoIDs)
+{
+    if (!report_ || isPlanning_)
+        return;
+    clearReport();
+    request_.retried = photoIDs;
+    planInBackground({});
+}
+
+void ExportSession::planInBackground(Planned planned)
+{
+    setPlanning(true);
+    const std::int64_t number = ++planning_;
+    const auto begin = [this, number, planned = std::move(planned)](BatchExportPlan& plan, std::int64_t batchCount) {
+        if (number != planning_)
+            return;
+        if (planned)
+            planned(plan);
+        // Both change at once for whoever asks "is it busy".
+        isPlanning_ = false;
+        start(std::move(plan), batchCount);
+        emit isPlanningChanged();
+    };
+    work_.post([request = request_, begin, planner = planner_, sender = relay_.sender()] {
+        const auto plan = std::make_shared<BatchExportPlan>(request.plan(planner));
+        sender.post([begin, plan, count = request.count()] { begin(*plan, count); });
+    });
+}
+
+void ExportSession::start(BatchExportPlan plan, std::int64_t batchCount)
+{
+    if (isRunning() || isPlanning_)
+        return;
+    const auto run = std::make_shared<Run>();
+    run->plan = std::move(plan);
+    run->batchCount = batchCount;
+    run_ = run;
+    photoStates_ = statesAtStart(run->plan);
+    skippedPhotos_ = run->plan.skippedPhotos;
+    if (run->plan.jobs.empty()) {
+        finish({});
+        return;
+    }
+    setReport(std::nullopt);
+    const std::int64_t settled = run->plan.skipped + std::int64_t(run->plan.failures.size());
+    setProgress(ExportProgress{{settled, batchCount, run->plan.jobs.front().photo.filename()}, settled, Clock::now()});
+    beginRun(run);
+}
+
+void ExportSession::beginRun(const std::shared_ptr<Run>& run)
+{
+    work_.post([this, run, exportJob = export_, concurrency = configuration_.maximumConcurrentExports,
+                sender = relay_.sender()] {
+        const auto& jobs = run->plan.jobs;
+        auto outcomes = BatchExportCoordinator::run(
+            jobs, concurrency,
+            [&](const BatchExportJob& job, const std::stop_token& stop) {
+                sender.post([this, index = std::size_t(&job - jobs.data())] { noteStarted(index); });
+                exportJob(job, stop);
+            },
+            [&](const BatchExportOutcome& outcome) { sender.post([this, outcome] { noteOutcome(outcome); }); },
+            run->stop.get_token());
+        if (run->stop.stop_requested())
+            std::ranges::move(BatchExportCoordinator::neverStarted(jobs, outcomes), std::back_inserter(outcomes));
+        sender.post([this, outcomes = std::move(outcomes)] { finish(outcomes); });
+    });
+}
+
+void ExportSession::noteStarted(std::size_t jobIndex)
+{
+    const FileUrl photoID = run_->plan.jobs[jobIndex].photo.id();
+    photoStates_[photoID] = PhotoExportState::exporting;
+    emit photoStarted(photoID);
+}
+
+void ExportSession::noteOutcome(const BatchExportOutcome& outcome)
+{
+    const FileUrl photoID = run_->plan.jobs[outcome.jobIndex].photo.id();
+    photoStates_[photoID] = stateOf(outcome);
+    emit photoSettled(photoID, outcome);
+    ExportProgress next = *progress_;
+    ++next.counts.completed;
+    next.counts.currentFilename = outcome.filename();
+    setProgress(next);
+}
+
+void ExportSession::finish(const std::vector<BatchExportOutcome>& outcomes)
+{
+    const std::shared_ptr<Run> run = std::exchange(run_, nullptr);
+    for (const BatchExportOutcome& outcome : outcomes) {
+        const BatchExportJob& job = run->plan.jobs[outcome.jobIndex];
+        const PhotoExportState state = stateOf(outcome);
+        photoStates_[job.photo.id()] = state;
+        if (state == PhotoExportState::exported)
+            request_.written.push_back(job.destination);
+    }
+    progress_.reset();
+    const bool wasStopping = std::exchange(isStopping_, false);
+    setReport(BatchExportCoordinator::report(run->plan, run->batchCount, outcomes));
+    if (!run->plan.jobs.empty())
+        emit progressChanged();
+    if (wasStopping)
+        emit isStoppingChanged();
+}
+
+void ExportSession::cancel()
+{
+    if (isPlanning_) {
+        ++planning_;
+        setPlanning(false);
+    }
+    if (!run_ || run_->stop.stop_requested())
+        return;
+    run_->stop.request_stop();
+    setStopping(true);
+}
+
+void ExportSession::clearReport()
+{
+    if (isRunning())
+        return;
+    photoStates_.clear();
+    skippedPhotos_.clear();
+    setReport(std::nullopt);
+}
+
+void ExportSession::setProgress(std::optional<ExportProgress> progress)
+{
+    if (progress == progress_)
+        return;
+    progress_ = std::move(progress);
+    emit progressChanged();
+}
+
+void ExportSession::setReport(std::optional<BatchExportReport> report)
+{
+    if (!report && !report_)
+        return;
+    report_ = std::move(report);
+    emit reportChanged();
+}
+
+void ExportSession::setPlanning(bool isPlanning)
+{
+    if (std::exchange(isPlanning_, isPlanning) != isPlanning)
+        emit isPlanningChanged();
+}
+
+void ExportSession::setStopping(bool isStopping)
+{
+    if (std::exchange(isStopping_, isStopping) != isStopping)
+        emit isStoppingChanged();
+}
+
+} // namespace ferrow

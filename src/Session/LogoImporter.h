@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Models/RenderRecipe.h"
+#include "Platform/Base/FileUrl.h"
+#include "Session/Background.h"
+
+#include <QObject>
+
+#include <exception>
+#include <functional>
+#include <optional>
+#include <stop_token>
+
+namespace ferrow {
+
+/// Brings a logo file into the managed folder without holding up the window. Lives on the main thread.
+class LogoImporter : public QObject {
+    Q_OBJECT
+
+public:
+    /// Throws LogoAssetError, SystemError and Cancelled; on a worker thread.
+    using Import = std::function<LogoAssetReference(const FileUrl&, const std::stop_token&)>;
+    using Imported = std::function<void(const LogoAssetReference&)>;
+    using Failed = std::function<void(const std::exception_ptr&)>;
+
+    explicit LogoImporter(Import import = {}, QObject* parent = nullptr);
+    ~LogoImporter() override;
+
+    [[nodiscard]] bool isImporting() const { return isImporting_; }
+    /// One of the two is called on the main thread, unless a newer import was begun meanwhile.
+    void importLogo(const FileUrl& url, Imported imported, Failed failed);
+
+signals:
+    void isImportingChanged();
+
+private:
+    void setImporting(bool isImporting);
+
+    Import import_;
+    bool isImporting_ = false;
+    std::int64_t generation_ = 0;
+    std::stop_source stop_;
+    MainThreadRelay relay_;
+    WorkQueue work_;
+};
+
+} // namespace ferrow

@@ -1,0 +1,181 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Session/PreviewRenderQueue.h"
+
+#include "Imaging/ImageRenderer.h"
+#include "Imaging/RenderLayout.h"
+#include "Persistence/ManagedLogoStore.h"
+#include "Platform/Base/Cancellation.h"
+#include "Platform/Pixels/Resampler.h"
+#include "Session/ScreenImage.h"
+#include "Shared/UserFacingError.h"
+
+#include <QTimer>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace ferrow {
+
+namespace {
+
+double scaleOf(PixelSize picture, PixelSize original)
+{
+    return std::min(double(picture.width) / double(original.width), double(picture.height) / double(original.height));
+}
+
+/// The source, or a smaller one where the frame around it would grow beyond what a screen shows.
+Bitmap boundedSource(const Bitmap& source, PixelSize canvas)
+{
+    const double factor = PreviewRenderQueue::maximumSide / double(canvas.longestSide());
+    if (factor >= 1)
+        return source;
+    const auto shrunk = [factor](std::int64_t side) { return std::max(std::llround(double(side) * factor), 1LL); };
+    return Resampler::scaled(source, {shrunk(source.size().width), shrunk(source.size().height)});
+}
+
+/// The layout counts from the bottom left corner.
+QRectF fromTop(const RenderLayout& layout)
+{
+    const QRectF& rect = layout.imageRect;
+    return {rect.x(), double(layout.canvasSize.height) - rect.y() - rect.height(), rect.width(), rect.height()};
+}
+
+PreviewResult framed(PreviewRequest request, const Bitmap& logo, const PreviewRenderQueue::Operations& operations,
+                     const std::stop_token& stop)
+{
+    if (!request.source.isNull() && request.pixelSize.width > 0 && request.pixelSize.height > 0) {
+        validateRenderBounds(request.pixelSize, request.recipe, 1);
+        const double scale = scaleOf(request.source.size(), request.pixelSize);
+        request.source =
+            boundedSource(request.source, RenderLayout::calculate(request.pixelSize, request.recipe, scale).canvasSize);
+    }
+    PreviewResult result;
+    result.image = screenImage(operations.render(request, logo, stop));
+    const double scale = scaleOf(request.source.size(), request.pixelSize);
+    result.photoRect = fromTop(RenderLayout::calculate(request.pixelSize, request.recipe, scale));
+    result.outputSize = RenderLayout::framedLayout(request.pixelSize, request.recipe).canvasSize;
+    result.photoID = std::move(request.photoID);
+    result.recipe = std::move(request.recipe);
+    return result;
+}
+
+} // namespace
+
+/// What a render came to. None of the three when it was given up.
+struct PreviewRenderQueue::Outcome {
+    FileUrl photoID;
+    std::optional<PreviewResult> result;
+    QString failure;
+    QString logoFilename;
+    QString logoFailure;
+};
+
+PreviewRenderQueue::Operations PreviewRenderQueue::Operations::system()
+{
+    return {.render =
+                [](const PreviewRequest& request, const Bitmap& logo, const std::stop_token& stop) {
+                    return ImageRenderer::render(request.source, request.pixelSize, request.recipe, request.metadata,
+                                                 logo, ImageRenderer::SourceScale::fromSource, stop);
+                },
+            .loadLogo = [](const std::optional<LogoConfiguration>& logo,
+                           const std::stop_token& stop) { return ManagedLogoStore::loadIfEnabled(logo, {}, stop); },
+            .now = &Clock::now,
+            .callLater = {}};
+}
+
+PreviewRenderQueue::PreviewRenderQueue(Operations operations, QObject* parent)
+    : QObject(parent), operations_(std::move(operations)), work_(1)
+{
+    if (!operations_.callLater)
+        operations_.callLater = [this](std::chrono::milliseconds delay, const std::function<void()>& call) {
+            QTimer::singleShot(delay, Qt::PreciseTimer, this, call);
+        };
+}
+
+PreviewRenderQueue::~PreviewRenderQueue()
+{
+    stop_.request_stop();
+}
+
+void PreviewRenderQueue::request(PreviewRequest request)
+{
+    if (currentPhoto_ != request.photoID) {
+        clear();
+        currentPhoto_ = request.photoID;
+    }
+    pending_ = std::move(request);
+    startIfPossible();
+}
+
+void PreviewRenderQueue::clear()
+{
+    ++generation_;
+    stop_.request_stop();
+    pending_.reset();
+    currentPhoto_.reset();
+}
+
+void PreviewRenderQueue::startIfPossible()
+{
+    if (isInFlight_ || isWaiting_ || !pending_)
+        return;
+    const Clock::time_point now = operations_.now();
+    if (lastStart_ && now < *lastStart_ + minimumInterval) {
+        isWaiting_ = true;
+        const auto rest = std::chrono::ceil<std::chrono::milliseconds>(*lastStart_ + minimumInterval - now);
+        operations_.callLater(rest, [this] {
+            isWaiting_ = false;
+            startIfPossible();
+        });
+        return;
+    }
+    lastStart_ = now;
+    isInFlight_ = true;
+    stop_ = {};
+    work_.post([this, request = *std::exchange(pending_, std::nullopt), operations = operations_,
+                generation = generation_, stop = stop_.get_token(), sender = relay_.sender()] {
+        Outcome outcome;
+        outcome.photoID = request.photoID;
+        Bitmap logo;
+        try {
+            logo = operations.loadLogo(request.recipe.logo, stop).value_or(Bitmap());
+        } catch (const Cancelled&) {
+        } catch (...) {
+            outcome.logoFilename = request.recipe.logo ? request.recipe.logo->asset.managedFilename : QString();
+            outcome.logoFailure = UserFacingError::message(std::current_exception());
+        }
+        try {
+            outcome.result = framed(request, logo, operations, stop);
+        } catch (const Cancelled&) {
+        } catch (...) {
+            outcome.failure = UserFacingError::message(std::current_exception());
+        }
+        sender.post([this, generation, outcome = std::move(outcome)] { finish(generation, outcome); });
+    });
+}
+
+void PreviewRenderQueue::finish(std::int64_t generation, const Outcome& outcome)
+{
+    isInFlight_ = false;
+    if (generation == generation_) {
+        reportLogo(outcome);
+        if (outcome.result)
+            emit rendered(*outcome.result);
+        else if (!outcome.failure.isEmpty() && !pending_)
+            emit failed(outcome.photoID, outcome.failure);
+    }
+    startIfPossible();
+}
+
+void PreviewRenderQueue::reportLogo(const Outcome& outcome)
+{
+    if (outcome.logoFailure.isEmpty()) {
+        reportedLogo_.reset();
+        return;
+    }
+    if (std::exchange(reportedLogo_, outcome.logoFilename) != outcome.logoFilename)
+        emit logoFailed(outcome.logoFailure);
+}
+
+} // namespace ferrow

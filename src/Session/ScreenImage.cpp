@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Session/ScreenImage.h"
+
+#include "Platform/Pixels/ColorTransform.h"
+
+#include <cstring>
+
+namespace ferrow {
+
+namespace {
+
+Bitmap inSRGB(const Bitmap& picture)
+{
+    if (picture.profile().isEquivalentTo(ColorProfile::sRGB()))
+        return picture;
+    Bitmap converted(picture.size(), picture.format(), ColorProfile::sRGB());
+    const ColorTransform transform(picture.profile(), picture.format(), ColorProfile::sRGB(), picture.format());
+    for (std::int64_t y = 0; y < picture.size().height; ++y)
+        transform.apply(picture.row(y), converted.row(y), std::size_t(picture.size().width));
+    return converted;
+}
+
+QImage::Format formatOf(const PixelFormat& format)
+{
+    switch (format.alpha) {
+    case Alpha::none:
+        return QImage::Format_RGB888;
+    case Alpha::straight:
+        return QImage::Format_RGBA8888;
+    case Alpha::premultiplied:
+        break;
+    }
+    return QImage::Format_RGBA8888_Premultiplied;
+}
+
+} // namespace
+
+QImage screenImage(const Bitmap& picture)
+{
+    if (picture.isNull())
+        return {};
+    auto* shared = new Bitmap(inSRGB(picture));
+    // Without constant data QImage would write through to pixels that others may be reading.
+    const Bitmap& pixels = *shared;
+    return {reinterpret_cast<const uchar*>(pixels.row(0)),
+            int(pixels.size().width),
+            int(pixels.size().height),
+            qsizetype(pixels.stride()),
+            formatOf(pixels.format()),
+            [](void* bitmap) { delete static_cast<Bitmap*>(bitmap); },
+            shared};
+}
+
+} // namespace ferrow

@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Session/WindowTexts.h"
+
+#include "Metadata/MetadataTemplateExpander.h"
+#include "Platform/Base/Localization.h"
+
+#include <QStringList>
+
+#include <algorithm>
+#include <cmath>
+
+namespace ferrow::WindowTexts {
+
+namespace {
+
+/// Failures that an alert lists; the rest is a number.
+constexpr std::size_t listedFailures = 5;
+
+constexpr std::chrono::seconds tooEarlyToTell{3};
+constexpr std::int64_t secondsStep = 5;
+/// From here on seconds are no help.
+constexpr std::int64_t minutesFrom = 120; // Seconds.
+
+QString number(std::int64_t value)
+{
+    return Localization::number(value);
+}
+
+/// A length or share as fields show it: decimals only where it has some.
+QString measure(double value)
+{
+    const bool isWhole = std::abs(value - std::round(value)) < 0.05;
+    return Localization::number(value, isWhole ? 0 : 1);
+}
+
+QString nameOf(const CaptionSegment& segment)
+{
+    if (const auto* token = std::get_if<MetadataToken>(&segment.content))
+        return displayName(*token);
+    if (const auto* separator = std::get_if<CaptionSeparator>(&segment.content))
+        return rawValue(*separator);
+    return std::get<QString>(segment.content);
+}
+
+} // namespace
+
+QString photoCount(std::int64_t count)
+{
+    return count == 1 ? QStringLiteral("1 photo") : QStringLiteral("%1 photos").arg(number(count));
+}
+
+QString willBeExported(std::int64_t included, std::int64_t total)
+{
+    return QStringLiteral("%1 of %2 will be exported").arg(number(included), number(total));
+}
+
+QString exported(std::int64_t exported, std::int64_t total)
+{
+    return QStringLiteral("%1 of %2 exported").arg(number(exported), number(total));
+}
+
+QString importCount(std::int64_t read, std::int64_t total)
+{
+    return QStringLiteral("%1 of %2").arg(number(read), number(total));
+}
+
+QString sizeChange(PixelSize source, PixelSize output)
+{
+    return QStringLiteral("%1 → %2 px").arg(source.formatted(), output.formatted());
+}
+
+std::optional<QString> remainingTime(std::chrono::milliseconds elapsed, std::int64_t done, std::int64_t left)
+{
+    if (elapsed < tooEarlyToTell || done < 1 || left < 1)
+        return std::nullopt;
+    const double seconds = double(elapsed.count()) / 1'000 * double(left) / double(done);
+    const auto rounded =
+        std::max(std::int64_t(std::ceil(seconds / double(secondsStep))), std::int64_t(1)) * secondsStep;
+    if (rounded < minutesFrom)
+        return QStringLiteral("about %1 seconds left").arg(number(rounded));
+    return QStringLiteral("about %1 minutes left").arg(number((rounded + 30) / 60));
+}
+
+QString exporting(std::int64_t completed, std::int64_t total)
+{
+    return QStringLiteral("Exporting %1 of %2").arg(number(std::min(completed + 1, total)), number(total));
+}
+
+QString exportButton(std::int64_t count)
+{
+    return count == 1 ? QStringLiteral("Export 1 Photo") : QStringLiteral("Export %1 Photos").arg(number(count));
+}
+
+std::optional<PresentedError> importMessage(const ImportOutcome& outcome)
+{
+    PresentedError presented;
+    if (outcome.hadNothingNew) {
+        presented.title = QStringLiteral("No New Photos");
+        presented.message = QStringLiteral("The selection contained no new supported images.");
+        return presented;
+    }
+    if (outcome.failures.empty())
+        return std::nullopt;
+    presented.title = QStringLiteral("Some Files Weren’t Added");
+    const std::size_t listed = std::min(outcome.failures.size(), listedFailures);
+    QStringList lines;
+    for (std::size_t i = 0; i < listed; ++i)
+        lines.append(outcome.failures[i].filename + QStringLiteral(": ") + outcome.failures[i].message);
+    if (const std::size_t rest = outcome.failures.size() - listed; rest > 0)
+        lines.append(QStringLiteral("…and %1 more.").arg(rest));
+    presented.message = lines.join(u'\n');
+    return presented;
+}
+
+QString scopeHint(const PhotoSession& session)
+{
+    const ImportedPhoto* photo = session.selectedPhoto();
+    if (session.recipeScope() == RecipeScope::batch) {
+        const auto count = std::int64_t(session.photos().size());
+        if (count == 0)
+            return QStringLiteral("Changes apply to every photo you add.");
+        return count == 1 ? QStringLiteral("Changes apply to the photo.")
+                          : QStringLiteral("Changes apply to all %1 photos.").arg(number(count));
+    }
+    if (!photo)
+        return QStringLiteral("No photo is selected: changes apply to the batch.");
+    return session.hasOwnRecipe(photo->id()) ? QStringLiteral("%1 has its own framing.").arg(photo->filename())
+                                             : QStringLiteral("%1 is framed like the batch.").arg(photo->filename());
+}
+
+QString borderSummary(const RenderRecipe& recipe)
+{
+    const QString unit = recipe.borderUnit == BorderUnit::pixels ? QStringLiteral("px") : QStringLiteral("%");
+    return QStringLiteral("%1 %2").arg(measure(recipe.borderWidth), unit);
+}
+
+QString captionSummary(const RenderRecipe& recipe, const PhotoMetadata* metadata)
+{
+    if (metadata)
+        return MetadataTemplateExpander::expand(recipe.captionTemplate(), *metadata).simplified();
+    QString names;
+    for (const CaptionSegment& segment : recipe.captionSegments)
+        names += nameOf(segment);
+    return names.simplified();
+}
+
+QString logoSummary(const RenderRecipe& recipe)
+{
+    return recipe.logo ? recipe.logo->asset.displayName : QString();
+}
+
+QString outputSummary(const ExportSettings& settings, const RenderRecipe& recipe)
+{
+    return rawValue(settings.format) + QStringLiteral(" · ") + rawValue(recipe.outputColorProfile);
+}
+
+} // namespace ferrow::WindowTexts

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Models/PhotoMetadata.h"
+#include "Models/RenderRecipe.h"
+#include "Session/PhotoSession.h"
+#include "Shared/UserFacingError.h"
+
+#include <QString>
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+
+/// The sentences that the window puts together from values.
+namespace ferrow::WindowTexts {
+
+/// "1 photo", "11 photos".
+[[nodiscard]] QString photoCount(std::int64_t count);
+/// "11 of 11 will be exported".
+[[nodiscard]] QString willBeExported(std::int64_t included, std::int64_t total);
+/// "2 of 11 exported".
+[[nodiscard]] QString exported(std::int64_t exported, std::int64_t total);
+/// "48 of 120", for what has been read of an import.
+[[nodiscard]] QString importCount(std::int64_t read, std::int64_t total);
+/// "6,000 × 4,000 → 6,480 × 4,480 px".
+[[nodiscard]] QString sizeChange(PixelSize source, PixelSize output);
+
+/// "about 20 seconds left": absent in the first three seconds and before anything was done. Rounded up to five seconds,
+/// from two minutes on to minutes. `done` and `left` count what this run does, without what planning settled.
+[[nodiscard]] std::optional<QString> remainingTime(std::chrono::milliseconds elapsed, std::int64_t done,
+                                                   std::int64_t left);
+/// "Exporting 3 of 11": the photo in hand, never beyond the last.
+[[nodiscard]] QString exporting(std::int64_t completed, std::int64_t total);
+/// "Export 11 Photos".
+[[nodiscard]] QString exportButton(std::int64_t count);
+
+/// What to tell of an import, if anything.
+[[nodiscard]] std::optional<PresentedError> importMessage(const ImportOutcome& outcome);
+
+/// Whom edits hit: "Changes apply to all 11 photos." or "pug.heic has its own framing."
+[[nodiscard]] QString scopeHint(const PhotoSession& session);
+
+/// What a closed section of the inspector shows of its values.
+[[nodiscard]] QString borderSummary(const RenderRecipe& recipe);
+/// The caption as it reads for a photo, in one line; the names of its parts where there is no photo.
+[[nodiscard]] QString captionSummary(const RenderRecipe& recipe, const PhotoMetadata* metadata);
+[[nodiscard]] QString logoSummary(const RenderRecipe& recipe);
+/// "JPEG · Preserve source profile".
+[[nodiscard]] QString outputSummary(const ExportSettings& settings, const RenderRecipe& recipe);
+
+} // namespace ferrow::WindowTexts

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Widgets/FocusRing.h"
+
+#include <QPushButton>
+#include <QVariantAnimation>
+#include <QWidget>
+
+class QVBoxLayout;
+
+namespace ferrow {
+
+/// A button that opens and closes what lies below it, and says to assistive technology which it has done.
+class FoldButton : public QPushButton, public FocusShape {
+    Q_OBJECT
+
+public:
+    using QPushButton::QPushButton;
+
+    [[nodiscard]] bool isOpen() const { return open_; }
+    void setOpen(bool open);
+    /// What stands for the rows while they are folded away; read out as the button's description.
+    [[nodiscard]] virtual QString summary() const { return {}; }
+    double focusRadius() const override;
+
+private:
+    bool open_ = true;
+};
+
+/// The rows that a FoldButton folds away. Open at first.
+class Fold : public QWidget {
+    Q_OBJECT
+
+public:
+    Fold(FoldButton* opener, QWidget* parent);
+
+    [[nodiscard]] QVBoxLayout* rows() const { return rows_; }
+    /// At once; the user's own opening and closing is animated.
+    void setOpen(bool open);
+
+private:
+    void unfold();
+    void finish();
+    [[nodiscard]] int contentHeight() const;
+
+    FoldButton* opener_;
+    QWidget* content_;
+    QVBoxLayout* rows_;
+    QVariantAnimation animation_;
+};
+
+} // namespace ferrow

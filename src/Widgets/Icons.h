@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Widgets/Theme.h"
+
+#include <QIcon>
+#include <QPixmap>
+
+class QPushButton;
+
+namespace ferrow {
+
+enum class IconName {
+    add,
+    check,
+    chevronDown,
+    chevronRight,
+    close,
+    colour,
+    compare,
+    dragHandle,
+    error,
+    exportPhotos,
+    folder,
+    info,
+    logo,
+    more,
+    ownFraming,
+    photo,
+    presets,
+    redo,
+    remove,
+    separatorChip,
+    settings,
+    showInFolder,
+    sidebar,
+    textChip,
+    tokenChip,
+    undo,
+    warning,
+    zoom100,
+    zoomFit,
+    zoomIn,
+    zoomOut
+};
+
+/// An icon that draws itself in the theme's colour of `role` at any size and scale, also after the theme has changed;
+/// greyed when disabled.
+[[nodiscard]] QIcon icon(IconName name, ColorRole role = &ThemeColors::text);
+
+/// The icon as a square of `size` logical pixels at `scale` device pixels each. Does not follow the theme: for
+/// painting.
+[[nodiscard]] QPixmap iconPixmap(IconName name, int size, const QColor& color, double scale);
+
+/// Paints the icon centred in `rect`, `size` logical pixels large.
+void paintIcon(QPainter& painter, IconName name, const QRectF& rect, int size, const QColor& color);
+
+/// A flat button of 32 x 32 with a tooltip; `text` is tooltip and accessible name.
+[[nodiscard]] QPushButton* makeIconButton(IconName name, const QString& text, QWidget* parent = nullptr);
+
+} // namespace ferrow

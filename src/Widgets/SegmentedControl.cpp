@@ -1,0 +1,238 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Widgets/SegmentedControl.h"
+
+#include "Widgets/StyleDrawing.h"
+
+#include <QEvent>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+
+#include <algorithm>
+#include <numeric>
+#include <utility>
+
+namespace ferrow {
+
+namespace {
+
+constexpr int textPadding = 12;
+
+} // namespace
+
+SegmentedControl::SegmentedControl(const QString& name, QWidget* parent) : QWidget(parent)
+{
+    setAccessibleName(name);
+    setFocusPolicy(Qt::StrongFocus);
+    setMouseTracking(true);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    connect(&Theme::current(), &Theme::changed, this, &QWidget::updateGeometry);
+}
+
+SegmentedControl::SegmentedControl(const QString& name, const QStringList& texts, QWidget* parent)
+    : SegmentedControl(name, parent)
+{
+    for (const QString& text : texts) {
+        addSegment(text);
+    }
+}
+
+int SegmentedControl::addSegment(const QString& text)
+{
+    segments_.push_back({text});
+    updateGeometry();
+    update();
+    return count() - 1;
+}
+
+void SegmentedControl::setSegmentEnabled(int index, bool enabled)
+{
+    segments_.at(static_cast<std::size_t>(index)).enabled = enabled;
+    update();
+    notifyItemsChanged(this);
+}
+
+void SegmentedControl::setCurrentIndex(int index)
+{
+    if (std::exchange(current_, index) != index) {
+        update();
+        notifyItemsChanged(this);
+    }
+}
+
+int SegmentedControl::naturalWidth(int index) const
+{
+    const QFontMetrics metrics(Theme::current().font(TextRole::strong));
+    return metrics.horizontalAdvance(segments_[static_cast<std::size_t>(index)].text) + 2 * textPadding;
+}
+
+QSize SegmentedControl::sizeHint() const
+{
+    int width = 0;
+    for (int i = 0; i < count(); ++i) {
+        width += naturalWidth(i);
+    }
+    return QSize(width, Theme::current().scaled(Measure::control));
+}
+
+QSize SegmentedControl::minimumSizeHint() const
+{
+    const int padding = count() * textPadding;
+    return QSize(std::max(0, sizeHint().width() - padding), sizeHint().height());
+}
+
+/// Equal widths where every text fits its share; else each its own, with what is left over, or lacking, spread evenly.
+std::vector<QRect> SegmentedControl::rects() const
+{
+    std::vector<int> widths;
+    for (int i = 0; i < count(); ++i) {
+        widths.push_back(naturalWidth(i));
+    }
+    const int natural = std::accumulate(widths.begin(), widths.end(), 0);
+    const bool equalFits = !widths.empty() && *std::max_element(widths.begin(), widths.end()) * count() <= width();
+    std::vector<QRect> rects;
+    int x = 0;
+    for (int i = 0; i < count(); ++i) {
+        // The ends are computed from the start, so that roundings do not add up.
+        const int spare = (width() - natural) * (i + 1) / count() - (width() - natural) * i / count();
+        const int end = equalFits ? width() * (i + 1) / count() : x + widths[static_cast<std::size_t>(i)] + spare;
+        const QRect rect(x, 0, end - x, height());
+        rects.push_back(rect);
+        x = end;
+    }
+    return rects;
+}
+
+int SegmentedControl::indexAt(QPoint point) const
+{
+    const std::vector<QRect> all = rects();
+    const auto hit = std::find_if(all.begin(), all.end(), [point](const QRect& rect) { return rect.contains(point); });
+    return hit == all.end() ? -1 : static_cast<int>(hit - all.begin());
+}
+
+void SegmentedControl::choose(int index)
+{
+    if (index < 0 || index >= count() || index == current_ || !segments_[static_cast<std::size_t>(index)].enabled) {
+        return;
+    }
+    setCurrentIndex(index);
+    notifyItemFocused(this, index);
+    emit chosen(index);
+}
+
+void SegmentedControl::paintEvent(QPaintEvent*)
+{
+    using namespace StyleDrawing;
+    QPainter painter(this);
+    const ThemeColors& colors = Theme::current().colors();
+    painter.setOpacity(isEnabled() ? 1 : disabledOpacity);
+    paintBox(painter, rect(), Radius::control, colors.fill, colors.fillEdge);
+    painter.setFont(Theme::current().font(TextRole::strong));
+    const std::vector<QRect> all = rects();
+    for (int i = 0; i < count(); ++i) {
+        const Segment& segment = segments_[static_cast<std::size_t>(i)];
+        const QRect box = all[static_cast<std::size_t>(i)];
+        const bool isCurrent = i == current_;
+        const bool isHovered = isEnabled() && segment.enabled && i == hovered_;
+        if (isCurrent) {
+            paintBox(painter, box, Radius::control, colors.chosen, isHovered ? colors.hoverEdge : colors.border);
+        } else if (isHovered && i == pressed_) {
+            paintBox(painter, box, Radius::control, colors.pressed);
+        }
+        painter.setPen(!segment.enabled ? colors.disabled : isCurrent || isHovered ? colors.text : colors.text2);
+        const int room = box.width() - textPadding;
+        painter.drawText(box, Qt::AlignCenter, painter.fontMetrics().elidedText(segment.text, Qt::ElideRight, room));
+    }
+}
+
+void SegmentedControl::keyPressEvent(QKeyEvent* event)
+{
+    const auto nextEnabled = [this](int from, int step) {
+        int index = from;
+        while (index >= 0 && index < count() && !segments_[static_cast<std::size_t>(index)].enabled) {
+            index += step;
+        }
+        return index;
+    };
+    switch (event->key()) {
+    case Qt::Key_Right:
+    case Qt::Key_Down:
+        return choose(nextEnabled(current_ + 1, 1));
+    case Qt::Key_Left:
+    case Qt::Key_Up:
+        return choose(nextEnabled(current_ - 1, -1));
+    case Qt::Key_Home:
+        return choose(nextEnabled(0, 1));
+    case Qt::Key_End:
+        return choose(nextEnabled(count() - 1, -1));
+    default:
+        event->ignore();
+    }
+}
+
+void SegmentedControl::mousePressEvent(QMouseEvent* event)
+{
+    if (event->button() != Qt::LeftButton) {
+        event->ignore();
+        return;
+    }
+    pressed_ = indexAt(event->position().toPoint());
+    hovered_ = pressed_;
+    update();
+}
+
+void SegmentedControl::mouseReleaseEvent(QMouseEvent* event)
+{
+    const int pressed = std::exchange(pressed_, -1);
+    update();
+    if (pressed >= 0 && indexAt(event->position().toPoint()) == pressed) {
+        choose(pressed);
+    }
+}
+
+void SegmentedControl::mouseMoveEvent(QMouseEvent* event)
+{
+    const int index = indexAt(event->position().toPoint());
+    if (std::exchange(hovered_, index) != index) {
+        update();
+    }
+}
+
+void SegmentedControl::leaveEvent(QEvent* event)
+{
+    QWidget::leaveEvent(event);
+    hovered_ = -1;
+    update();
+}
+
+void SegmentedControl::changeEvent(QEvent* event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::EnabledChange) {
+        update();
+    }
+}
+
+int SegmentedControl::itemCount() const
+{
+    return count();
+}
+
+AccessibleItem SegmentedControl::item(int index) const
+{
+    const Segment& segment = segments_[static_cast<std::size_t>(index)];
+    AccessibleItem item;
+    item.name = segment.text;
+    item.rect = rects()[static_cast<std::size_t>(index)];
+    item.isChosen = index == current_;
+    item.isFocused = index == current_;
+    item.isEnabled = segment.enabled;
+    return item;
+}
+
+void SegmentedControl::pressItem(int index)
+{
+    choose(index);
+}
+
+} // namespace ferrow

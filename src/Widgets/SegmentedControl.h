@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Widgets/AccessibleItems.h"
+
+#include <QString>
+#include <QWidget>
+
+#include <vector>
+
+namespace ferrow {
+
+/// One of a few choices, side by side. One tab stop; Left and Right (Up, Down) choose at once, Home and End too.
+class SegmentedControl : public QWidget, public AccessibleItems {
+    Q_OBJECT
+
+public:
+    /// `name` is what assistive technology calls the group: "Border unit".
+    explicit SegmentedControl(const QString& name, QWidget* parent = nullptr);
+    SegmentedControl(const QString& name, const QStringList& texts, QWidget* parent = nullptr);
+
+    int addSegment(const QString& text);
+    void setSegmentEnabled(int index, bool enabled);
+    [[nodiscard]] int count() const { return static_cast<int>(segments_.size()); }
+
+    [[nodiscard]] int currentIndex() const { return current_; }
+    /// Does not emit `chosen`. -1 chooses none.
+    void setCurrentIndex(int index);
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+    int itemCount() const override;
+    AccessibleItem item(int index) const override;
+    void pressItem(int index) override;
+
+signals:
+    /// By the user's hand only, and only when another segment was chosen.
+    void chosen(int index);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    struct Segment {
+        QString text;
+        bool enabled = true;
+    };
+
+    [[nodiscard]] std::vector<QRect> rects() const;
+    [[nodiscard]] int indexAt(QPoint point) const;
+    [[nodiscard]] int naturalWidth(int index) const;
+    void choose(int index);
+
+    std::vector<Segment> segments_;
+    int current_ = 0;
+    int hovered_ = -1;
+    int pressed_ = -1;
+};
+
+} // namespace ferrow

@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Persistence/PresetLibrary.h"
+#include "Session/EditHistory.h"
+#include "Session/ExportSession.h"
+#include "Session/LogoImporter.h"
+#include "Session/PhotoSession.h"
+#include "Session/Preferences.h"
+#include "Session/PreviewLoader.h"
+#include "Session/PreviewRenderQueue.h"
+#include "Window/ErrorAlerts.h"
+#include "Window/ExportFlow.h"
+#include "Window/PresetFlow.h"
+#include "Window/WindowServices.h"
+
+#include <QPointer>
+#include <QWidget>
+
+#include <stop_token>
+
+namespace ferrow {
+
+struct Framing;
+class InspectorView;
+class MainToolBar;
+class PhotoSidebar;
+class PreviewPane;
+class SettingsView;
+class WindowActions;
+class WindowColumns;
+
+/// The main window: owns the models, lays out the views, and turns commands into calls on the models with the panels,
+/// questions and alerts that they need. Closing it stops an import or export; finished files stay.
+class ContentView : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit ContentView(Preferences& preferences, WindowServices services = WindowServices::system());
+    ~ContentView() override;
+
+    void importRoots(const std::vector<FileUrl>& urls);
+
+    [[nodiscard]] PhotoSession& session() { return session_; }
+    [[nodiscard]] ExportSession& exportSession() { return exportSession_; }
+    [[nodiscard]] PresetLibrary& presetLibrary() { return presetLibrary_; }
+    [[nodiscard]] EditHistory& history() { return history_; }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void buildViews();
+    void connectActions();
+    void connectModels();
+    void updateActions();
+
+    void choosePhotos();
+    void chooseFolder();
+    void loadSelectedPreview();
+    void importLogo();
+    /// Where it was asked for, be another photo selected by now.
+    void useLogo(const LogoAssetReference& asset, const Framing& framing);
+    void clearAll();
+
+    void stopAllAccess();
+
+    void showSettings();
+    void showShortcuts();
+    void followZoom();
+    void setComparing(bool comparing);
+    void moveToArea(int direction);
+    [[nodiscard]] bool handleDrag(QEvent* event);
+    [[nodiscard]] bool handleCompareKey(const QEvent& event);
+    [[nodiscard]] bool acceptsPhotos() const;
+
+    Preferences& preferences_;
+    WindowServices services_;
+    PhotoSession session_;
+    PreviewLoader previewLoader_;
+    PreviewRenderQueue renderQueue_;
+    ExportSession exportSession_;
+    PresetLibrary presetLibrary_;
+    LogoImporter logoImporter_;
+    EditHistory history_;
+    ErrorAlerts alerts_;
+    PresetFlow presetFlow_;
+    ExportFlow exportFlow_;
+
+    WindowActions* actions_ = nullptr;
+    MainToolBar* toolBar_ = nullptr;
+    PhotoSidebar* sidebar_ = nullptr;
+    PreviewPane* preview_ = nullptr;
+    InspectorView* inspector_ = nullptr;
+    WindowColumns* columns_ = nullptr;
+    QPointer<SettingsView> settings_;
+
+    std::stop_source previewLoad_;
+};
+
+} // namespace ferrow

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Session/ExportRequest.h"
+#include "Window/WindowServices.h"
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QPointer>
+#include <QWidget>
+
+namespace ferrow {
+
+class ErrorAlerts;
+class ExportOptionsSheet;
+class ExportSession;
+class PhotoSession;
+class Preferences;
+
+/// An export from its options to its report, with the questions between. All that is given must outlive it.
+class ExportFlow : public QObject {
+    Q_OBJECT
+
+public:
+    ExportFlow(QWidget& window, PhotoSession& session, ExportSession& exportSession, Preferences& preferences,
+               const WindowServices& services, ErrorAlerts& alerts);
+
+    void showExportOptions();
+    void cancelExport();
+
+signals:
+    /// The options are left, and planning is about to begin.
+    void began();
+
+private:
+    void chooseExportFolder();
+    void startExport();
+    [[nodiscard]] bool mayWriteBesideSources();
+    void confirmReplacement();
+    void runExport(ExportRequest request);
+    void showReport();
+    void finishExportReport();
+    void notifyOfReport();
+
+    QWidget& window_;
+    PhotoSession& session_;
+    ExportSession& exportSession_;
+    Preferences& preferences_;
+    const WindowServices& services_;
+    ErrorAlerts& alerts_;
+    QPointer<ExportOptionsSheet> exportOptions_;
+    QElapsedTimer exportTime_;
+};
+
+} // namespace ferrow

@@ -1,0 +1,191 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Session/EditHistory.h"
+
+#include "SessionTestSupport.h"
+
+namespace ferrow {
+
+using testing::ElementsAre;
+
+namespace {
+
+class EditHistoryTest : public testing::Test {
+protected:
+    EditHistoryTest()
+    {
+        test::importInto(session, test::photoUrls({"a", "b", "c"}));
+        session.setSelectedPhotoID(a);
+    }
+
+    void setBorder(double width)
+    {
+        history.editRecipe(QStringLiteral("Border Width"),
+                           [width](RenderRecipe& recipe) { recipe.borderWidth = width; });
+    }
+    [[nodiscard]] double shown(const FileUrl& photo) const { return session.resolvedRecipe(photo).borderWidth; }
+
+    const FileUrl a = test::photoUrl("a");
+    const FileUrl b = test::photoUrl("b");
+    test::DisklessSession session;
+    ExportSession exportSession;
+    EditHistory history{session, exportSession};
+    QUndoStack& stack = history.stack();
+};
+
+} // namespace
+
+TEST_F(EditHistoryTest, makesOneStepOfAGestureAndNoneOfNothing)
+{
+    setBorder(120);
+    EXPECT_EQ(stack.count(), 0);
+    setBorder(10);
+    history.beginGesture();
+    for (const double width : {20, 30, 40})
+        setBorder(width);
+    history.endGesture();
+    history.beginGesture();
+    setBorder(50);
+    setBorder(40);
+    history.endGesture();
+    EXPECT_EQ(stack.count(), 2) << "a drag that ends where it began leaves no step";
+    EXPECT_EQ(stack.undoText(), QStringLiteral("Border Width"));
+    stack.undo();
+    EXPECT_EQ(session.batchRecipe().borderWidth, 10);
+    stack.undo();
+    EXPECT_EQ(session.batchRecipe(), RenderRecipe());
+    stack.redo();
+    stack.redo();
+    EXPECT_EQ(session.batchRecipe().borderWidth, 40);
+}
+
+TEST_F(EditHistoryTest, undoesWhereTheEditWasMade)
+{
+    setBorder(10);
+    history.setScope(RecipeScope::selected);
+    setBorder(20);
+    session.setSelectedPhotoID(b);
+    setBorder(30);
+    EXPECT_EQ(stack.count(), 4) << "one of them the photo's leaving the batch";
+    stack.undo();
+    EXPECT_FALSE(session.hasOwnRecipe(b));
+    history.setScope(RecipeScope::batch);
+    EXPECT_EQ(stack.undoText(), QStringLiteral("Border Width"));
+    stack.undo();
+    EXPECT_EQ(session.recipeScope(), RecipeScope::selected);
+    EXPECT_EQ(session.selectedPhotoID(), a);
+    EXPECT_EQ(shown(a), 10);
+    session.setSelectedPhotoID(b);
+    stack.undo();
+    EXPECT_FALSE(session.hasOwnRecipe(a));
+    EXPECT_EQ(session.selectedPhotoID(), a);
+    EXPECT_EQ(session.recipeScope(), RecipeScope::batch);
+    session.setSelectedPhotoID(b);
+    stack.redo();
+    EXPECT_EQ(session.selectedPhotoID(), a);
+    stack.undo();
+    stack.undo();
+    EXPECT_EQ(shown(a), 120);
+}
+
+TEST_F(EditHistoryTest, bringsRemovedPhotosBackAsTheyWere)
+{
+    history.setScope(RecipeScope::selected);
+    setBorder(20);
+    history.toggleIncluded(a);
+    history.remove({a, test::photoUrl("c"), test::photoUrl("unknown")});
+    EXPECT_EQ(stack.undoText(), QStringLiteral("Remove Photos"));
+    EXPECT_THAT(test::names(session.photos()), ElementsAre("b"));
+    session.setSelectedPhotoID(b);
+    stack.undo();
+    EXPECT_THAT(test::names(session.photos()), ElementsAre("a", "b", "c"));
+    EXPECT_EQ(test::selectedName(session), "a");
+    EXPECT_FALSE(session.isIncluded(a));
+    EXPECT_EQ(shown(a), 20);
+    stack.undo();
+    EXPECT_TRUE(session.isIncluded(a));
+    stack.redo();
+    stack.redo();
+    EXPECT_THAT(test::names(session.photos()), ElementsAre("b"));
+    // Imported anew before the removal is undone, it is there once, with what it had.
+    test::importInto(session, {a});
+    stack.undo();
+    EXPECT_THAT(test::names(session.photos()), ElementsAre("a", "b", "c"));
+    EXPECT_FALSE(session.isIncluded(a));
+    history.clearAll();
+    EXPECT_FALSE(stack.canUndo());
+}
+
+TEST_F(EditHistoryTest, appliesAPresetInOneStep)
+{
+    history.setScope(RecipeScope::selected);
+    setBorder(20);
+    PhotoPreset preset;
+    preset.payload =
+        PresetPayload::make(test::border(77), {ExportFormat::png, 0.5}, {.filenameTemplate = QStringLiteral("x")});
+    const RenderRecipe before = session.batchRecipe();
+    history.applyPreset(preset);
+    EXPECT_EQ(shown(a), 77);
+    EXPECT_EQ(exportSession.settings().format, ExportFormat::png);
+    BatchExportConfiguration configuration = exportSession.configuration();
+    configuration.chosenFolder = test::photoUrl("out");
+    exportSession.setConfiguration(configuration);
+    const int steps = stack.count();
+    history.applyPreset(preset);
+    EXPECT_EQ(stack.count(), steps);
+    stack.undo();
+    EXPECT_EQ(session.batchRecipe(), before);
+    EXPECT_EQ(session.recipeScope(), RecipeScope::selected);
+    EXPECT_EQ(exportSession.settings(), ExportSettings());
+    EXPECT_EQ(exportSession.configuration().filenameTemplate, BatchExportConfiguration().filenameTemplate);
+    EXPECT_EQ(exportSession.configuration().chosenFolder, test::photoUrl("out"));
+    EXPECT_EQ(shown(a), 20);
+}
+
+TEST_F(EditHistoryTest, undoesAPresetButNotTheExportSettingsChosenSince)
+{
+    PhotoPreset preset;
+    preset.payload = PresetPayload::make({}, {ExportFormat::png, 0.5}, {.filenameTemplate = QStringLiteral("x")});
+    history.applyPreset(preset);
+    const auto choose = [this](ExportFormat format) {
+        exportSession.setSettings({format, exportSession.settings().quality});
+    };
+    const ExportSettings& settings = exportSession.settings();
+    choose(ExportFormat::tiff);
+    stack.undo();
+    EXPECT_EQ(settings, (ExportSettings{ExportFormat::tiff, ExportSettings().quality}));
+    EXPECT_EQ(exportSession.configuration(), BatchExportConfiguration());
+    stack.redo();
+    EXPECT_EQ(settings, (ExportSettings{ExportFormat::tiff, 0.5}));
+    EXPECT_EQ(exportSession.configuration().filenameTemplate, QStringLiteral("x"));
+    choose(ExportSettings().format);
+    stack.undo();
+    stack.redo();
+    EXPECT_EQ(settings, (ExportSettings{ExportSettings().format, 0.5})) << "chosen by hand, though it was so before";
+    stack.undo();
+    choose(ExportFormat::heic);
+    stack.redo();
+    EXPECT_EQ(settings, (ExportSettings{ExportFormat::heic, 0.5}));
+}
+
+TEST_F(EditHistoryTest, pastesAndGivesUpFramings)
+{
+    history.pasteFraming({b});
+    EXPECT_EQ(stack.count(), 0);
+    setBorder(10);
+    history.copyFraming(a);
+    setBorder(15);
+    history.pasteFraming({b, test::photoUrl("unknown")});
+    EXPECT_EQ(shown(b), 10);
+    EXPECT_EQ(shown(a), 15);
+    history.useBatch(b);
+    EXPECT_EQ(shown(b), 15);
+    history.useBatch(b);
+    EXPECT_EQ(stack.count(), 4);
+    stack.undo();
+    EXPECT_EQ(shown(b), 10);
+    stack.undo();
+    EXPECT_TRUE(session.photoRecipes().empty());
+    EXPECT_EQ(session.recipeScope(), RecipeScope::batch);
+}
+
+} // namespace ferrow

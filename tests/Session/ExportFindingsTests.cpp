@@ -1,0 +1,199 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Session/ExportCheck.h"
+
+#include "SessionTestSupport.h"
+
+#include <atomic>
+#include <functional>
+#include <new>
+#include <set>
+#include <thread>
+
+namespace ferrow {
+
+namespace {
+
+using Severity = ExportFinding::Severity;
+
+/// An export of three photos where all is well, for rows to spoil.
+struct Situation {
+    Situation()
+    {
+        for (const char* name : {"a.jpg", "b.jpg", "c.jpg"})
+            request.photos.push_back(test::photoAt(test::photoUrl(name)));
+        request.batchRecipe.setCaptionTemplate(QStringLiteral("Here: {camera}"));
+        for (ImportedPhoto& photo : request.photos)
+            photo.metadata.cameraModel = QStringLiteral("Model");
+        request.configuration.chosenFolder = FileUrl::fromPath(QByteArray("/out"));
+        operations.isReadable = [this](const FileUrl& file) {
+            return !gone.contains(file.lastPathComponent().toStdString());
+        };
+        operations.exists = [this](const FileUrl& file) { return present.contains(file.path().toStdString()); };
+        operations.checkWritable = [this](const FileUrl& folder) {
+            if (refused.contains(folder.path().toStdString()))
+                throw SystemError{EACCES, folder};
+        };
+        operations.freeBytes = [](const FileUrl&) { return 48'000'000'000; };
+        operations.loadLogo = [](const LogoAssetReference&, const std::stop_token&) -> Bitmap {
+            throw LogoAssetError{LogoAssetError::Case::missingManagedAsset};
+        };
+    }
+
+    ExportRequest request;
+    std::set<std::string> gone;
+    std::set<std::string> present{"/out", "/photos"};
+    std::set<std::string> refused;
+    ExportCheckOperations operations;
+};
+
+struct Row {
+    const char* title; ///< Of the finding that must be there, besides those that say that all is well.
+    Severity severity;
+    std::size_t photos;
+    const char* detail; ///< Part of it.
+    std::function<void(Situation&)> spoil;
+};
+
+} // namespace
+
+TEST(ExportFindings, findsNothingWhereAllIsWell)
+{
+    const Situation well;
+    const auto findings = findingsFor(well.request, well.operations, {});
+    ASSERT_EQ(findings.size(), 2u);
+    EXPECT_EQ(findings[0].title, QStringLiteral("All 3 photos can be read"));
+    EXPECT_EQ(findings[1].title, QStringLiteral("The folder can be written"));
+    EXPECT_EQ(findings[1].detail, QStringLiteral("48 GB free"));
+    std::stop_source stop;
+    stop.request_stop();
+    EXPECT_THROW(static_cast<void>(findingsFor(well.request, well.operations, stop.get_token())), Cancelled);
+}
+
+TEST(ExportFindings, namesEachCauseOnce)
+{
+    const auto beside = [](Situation& s, const char* photo, const char* refused) {
+        s.request.configuration.destinationMode = ExportDestinationMode::sourceSubfolder;
+        s.request.photos[1].url = FileUrl::fromPath(QByteArray(photo));
+        s.refused = {refused};
+    };
+    // Copies named like the originals beside them, or like what stands in the chosen folder.
+    const auto colliding = [](Situation& s, CollisionRule rule, const char* folder, const char* nameTemplate) {
+        s.present.merge(std::set<std::string>{"/out/c_framed.jpg", "/photos/a.jpg", "/photos/b.jpg", "/photos/c.jpg"});
+        s.request.configuration.collisionRule = rule;
+        s.request.configuration.chosenFolder = FileUrl::fromPath(QByteArray(folder));
+        s.request.configuration.filenameTemplate = QString::fromUtf8(nameTemplate);
+    };
+    const Row rows[] = {
+        {"No photo is included", Severity::error, 0, "", [](auto& s) { s.request.photos.clear(); }},
+        {"1 photo can’t be read", Severity::warning, 1, "b.jpg", [](auto& s) { s.gone = {"b.jpg"}; }},
+        {"3 photos can’t be read", Severity::error, 3, "",
+         [](auto& s) {
+             s.gone = {"a.jpg", "b.jpg", "c.jpg"};
+         }},
+        {"No folder is chosen", Severity::error, 0, "Choose an export folder.",
+         [](auto& s) { s.request.configuration.chosenFolder.reset(); }},
+        {"The folder can’t be written", Severity::error, 3, "out", [](auto& s) { s.refused = {"/out"}; }},
+        {"The folder can’t be written", Severity::error, 3, "out", [](auto& s) { s.present.erase("/out"); }},
+        {"The folder can’t be written", Severity::error, 3, "photos",
+         [&](auto& s) { beside(s, "/photos/b.jpg", "/photos"); }},
+        {"1 photo can’t be written", Severity::warning, 1, "locked",
+         [&](auto& s) { beside(s, "/locked/b.jpg", "/locked"); }},
+        {"The subfolder can’t have this name", Severity::error, 0, "Enter a valid source subfolder name.",
+         [&](auto& s) {
+             beside(s, "/photos/b.jpg", "");
+             s.request.configuration.sourceSubfolderName = QStringLiteral("a/b");
+         }},
+        {"1 name is taken already", Severity::info, 1, "c_framed 2.jpg",
+         [&](auto& s) { colliding(s, CollisionRule::appendNumber, "/out", "{filename}_framed"); }},
+        {"2 names are taken already", Severity::info, 2, "same 2.jpg, same 3.jpg",
+         [&](auto& s) { colliding(s, CollisionRule::replace, "/out", "same"); }},
+        {"1 name is taken already", Severity::info, 1, "skipped: c.jpg",
+         [&](auto& s) { colliding(s, CollisionRule::skip, "/out", "{filename}_framed"); }},
+        {"1 name is taken already", Severity::warning, 1, "replaced",
+         [&](auto& s) { colliding(s, CollisionRule::replace, "/out", "{filename}_framed"); }},
+        {"3 photos would replace themselves", Severity::error, 3, "",
+         [&](auto& s) { colliding(s, CollisionRule::replace, "/photos", "{filename}"); }},
+        {"1 photo has no Camera", Severity::warning, 1, "leaves it out",
+         [](auto& s) { s.request.photos[1].metadata.cameraModel.reset(); }},
+        {"2 photos have an empty caption", Severity::warning, 2, "",
+         [](auto& s) {
+             s.request.batchRecipe.setCaptionTemplate(QStringLiteral("{artist}"));
+             s.request.photos[1].metadata.artist = QStringLiteral("x");
+         }},
+        {"The logo can’t be drawn", Severity::error, 3, "", [](auto& s) { s.request.batchRecipe.logo.emplace(); }},
+        {"1 photo can’t be framed like this", Severity::warning, 1, "",
+         [](auto& s) {
+             s.request.photos[0].pixelSize = {49'900, 100};
+         }},
+        {"1 photo can’t be framed like this", Severity::warning, 1, "32,768",
+         [](auto& s) {
+             s.request.settings.format = ExportFormat::heic;
+             s.request.photos[0].pixelSize = {32'529, 100};
+         }},
+        {"1 photo can’t be framed like this", Severity::warning, 1, "",
+         [](auto& s) {
+             s.request.recipeScope = RecipeScope::selected;
+             s.request.photoRecipes[s.request.photos[2].id()] = s.request.batchRecipe;
+             s.request.photoRecipes[s.request.photos[2].id()].borderWidth = 30'000;
+         }},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.title);
+        Situation situation;
+        row.spoil(situation);
+        std::vector<ExportFinding> bad = findingsFor(situation.request, situation.operations, {});
+        EXPECT_EQ(hasErrors(bad), row.severity == Severity::error);
+        std::erase_if(bad, [](const ExportFinding& finding) { return finding.severity == Severity::ok; });
+        ASSERT_EQ(bad.size(), 1u);
+        EXPECT_EQ(bad[0].title, QString::fromUtf8(row.title));
+        EXPECT_EQ(bad[0].severity, row.severity);
+        EXPECT_EQ(bad[0].photos.size(), row.photos);
+        EXPECT_TRUE(bad[0].detail.contains(QString::fromUtf8(row.detail))) << bad[0].detail.toStdString();
+    }
+}
+
+TEST(ExportCheck, answersTheLastQuestion)
+{
+    Situation situation;
+    ExportCheck check(situation.operations);
+    check.start(situation.request);
+    situation.request.photos.clear();
+    check.start(situation.request);
+    ASSERT_TRUE(test::waitUntil([&] { return !check.isChecking(); }));
+    ASSERT_EQ(check.findings().size(), 1u);
+    EXPECT_TRUE(hasErrors(check.findings()));
+    EXPECT_EQ(
+        exampleFilename(QStringLiteral("{index} {filename}"), test::photoUrl("caf\xe9.png"), 2, ExportFormat::heic),
+        QStringLiteral("3 caf\uFFFD.heic"));
+    situation.request.photos = {test::photoAt(test::photoUrl("a.jpg"))};
+    situation.operations.isReadable = [](const FileUrl&) -> bool { throw std::bad_alloc(); };
+    ExportCheck broken(situation.operations);
+    broken.start(situation.request);
+    ASSERT_TRUE(test::waitUntil([&] { return !broken.isChecking(); }));
+    ASSERT_EQ(broken.findings().size(), 1u);
+    EXPECT_EQ(broken.findings()[0].title, QStringLiteral("The check could not be completed"));
+}
+
+TEST(ExportCheck, stopsALogoThatIsBeingDrawnWhenItGoes)
+{
+    Situation situation;
+    situation.request.batchRecipe.logo = LogoConfiguration{};
+    std::atomic<bool> isDrawing = false;
+    std::atomic<bool> wasStopped = false;
+    situation.operations.loadLogo = [&](const LogoAssetReference&, const std::stop_token& stop) -> Bitmap {
+        isDrawing = true;
+        while (!stop.stop_requested())
+            std::this_thread::yield();
+        wasStopped = true;
+        throw Cancelled{};
+    };
+    {
+        ExportCheck check(situation.operations);
+        check.start(situation.request);
+        QObject::connect(&check, &ExportCheck::isCheckingChanged, [] { ADD_FAILURE(); });
+        ASSERT_TRUE(test::waitUntil([&] { return isDrawing.load(); }));
+    }
+    EXPECT_TRUE(test::waitUntil([&] { return wasStopped && WorkQueue::threadsLeftBehind() == 0; }));
+}
+
+} // namespace ferrow

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Session/WindowTexts.h"
+
+#include "SessionTestSupport.h"
+
+namespace ferrow {
+
+TEST(WindowTexts, listsFiveFailuresOfAnImport)
+{
+    ImportOutcome outcome;
+    EXPECT_FALSE(WindowTexts::importMessage(outcome).has_value());
+    for (int i = 1; i <= 8; ++i)
+        outcome.failures.push_back({.filename = QString::number(i), .message = QStringLiteral("no")});
+    EXPECT_EQ(WindowTexts::importMessage(outcome)->title, QStringLiteral("Some Files Weren’t Added"));
+    EXPECT_EQ(WindowTexts::importMessage(outcome)->message,
+              QStringLiteral("1: no\n2: no\n3: no\n4: no\n5: no\n…and 3 more."));
+    EXPECT_EQ(WindowTexts::importMessage({.hadNothingNew = true})->message,
+              QStringLiteral("The selection contained no new supported images."));
+}
+
+TEST(WindowTexts, tellsTheRestOfTheTimeOnceItIsKnown)
+{
+    const struct {
+        int milliseconds;
+        int done;
+        int left;
+        const char* text;
+    } rows[] = {{2'999, 2, 9, nullptr},
+                {4'000, 0, 9, nullptr},
+                {4'000, 2, 0, nullptr},
+                {4'000, 2, 8, "about 20 seconds left"},
+                {4'000, 4, 1, "about 5 seconds left"},
+                {10'000, 2, 23, "about 115 seconds left"},
+                {10'000, 2, 30, "about 3 minutes left"}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text ? row.text : "nothing");
+        EXPECT_EQ(WindowTexts::remainingTime(std::chrono::milliseconds(row.milliseconds), row.done, row.left)
+                      .value_or(QString()),
+                  QString::fromUtf8(row.text));
+    }
+}
+
+} // namespace ferrow
