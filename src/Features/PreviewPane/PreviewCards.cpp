@@ -7,6 +7,7 @@
 #include "Widgets/Shadow.h"
 #include "Widgets/Theme.h"
 
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
