@@ -6,6 +6,7 @@
 #include "Platform/Base/Localization.h"
 #include "Platform/Files/FileAccess.h"
 #include "Platform/Files/FilePlacement.h"
+#include "Platform/Files/FolderLock.h"
 #include "Shared/UserFacingError.h"
 
 #include <algorithm>
@@ -108,10 +109,15 @@ PresetLibrary::PresetLibrary(const std::optional<FileUrl>& fileURL, Clock clock)
                        : FerrowStorage::applicationSupportDirectory().appending(QByteArrayLiteral("presets.json"))),
       clock_(std::move(clock))
 {
+    refresh();
+}
+
+void PresetLibrary::refresh()
+{
     try {
         load();
     } catch (...) {
-        // The message says what happened; the list stays empty.
+        // The message says what happened.
     }
 }
 
@@ -127,6 +133,8 @@ void PresetLibrary::load()
     }
     loadErrorMessage_.reset();
     unreadableFileStands_ = false;
+    for (const Change& change : unsaved_)
+        change(presets);
     setPresets(std::move(presets));
 }
 
@@ -134,23 +142,21 @@ PhotoPreset PresetLibrary::save(const QString& name, const PresetPayload& payloa
 {
     const QDateTime now = clock_();
     const PhotoPreset preset{QUuid::createUuid(), validated(name), payload, now, now};
-    auto presets = presets_;
-    presets.push_back(preset);
-    setPresets(std::move(presets));
-    persist();
+    change([preset](std::vector<PhotoPreset>& presets) { presets.push_back(preset); });
     return preset;
 }
 
 void PresetLibrary::rename(const QUuid& id, const QString& name)
 {
-    auto presets = presets_;
-    const auto preset = std::ranges::find(presets, id, &PhotoPreset::id);
-    if (preset == presets.end())
+    if (std::ranges::find(presets_, id, &PhotoPreset::id) == presets_.end())
         return;
-    preset->name = validated(name);
-    preset->modifiedAt = clock_();
-    setPresets(std::move(presets));
-    persist();
+    change([id, name = validated(name), now = clock_()](std::vector<PhotoPreset>& presets) {
+        const auto preset = std::ranges::find(presets, id, &PhotoPreset::id);
+        if (preset == presets.end())
+            return; // Removed in another window.
+        preset->name = name;
+        preset->modifiedAt = now;
+    });
 }
 
 std::optional<PhotoPreset> PresetLibrary::duplicate(const QUuid& id)
@@ -163,9 +169,17 @@ std::optional<PhotoPreset> PresetLibrary::duplicate(const QUuid& id)
 
 void PresetLibrary::remove(const QUuid& id)
 {
+    change([id](std::vector<PhotoPreset>& presets) {
+        std::erase_if(presets, [&](const PhotoPreset& preset) { return preset.id == id; });
+    });
+}
+
+void PresetLibrary::change(Change change)
+{
     auto presets = presets_;
-    std::erase_if(presets, [&](const PhotoPreset& preset) { return preset.id == id; });
+    change(presets);
     setPresets(std::move(presets));
+    unsaved_.push_back(std::move(change));
     persist();
 }
 
@@ -180,12 +194,16 @@ void PresetLibrary::setPresets(std::vector<PhotoPreset> presets)
 
 void PresetLibrary::persist()
 {
+    const FileUrl folder = fileURL_.deletingLastPathComponent();
+    createFolder(folder);
+    const FolderLock lock(folder);
+    refresh(); // Another window may have written since.
     const QByteArray bytes = PresetDocument{.presets = presets_}.encode();
-    createFolder(fileURL_.deletingLastPathComponent());
     if (unreadableFileStands_)
         keepUnreadableFile();
     writeAtomically(fileURL_, bytes);
     unreadableFileStands_ = false;
+    unsaved_.clear();
 }
 
 void PresetLibrary::keepUnreadableFile()

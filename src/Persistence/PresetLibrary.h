@@ -12,7 +12,8 @@
 
 namespace ferrow {
 
-/// The user's presets: loaded once from one file, kept sorted, and written whole after every change. For one thread.
+/// The user's presets, kept sorted, in one file that other windows of the program change as well: each change is made
+/// to what the file holds by then, under a lock, and the whole is written back. For one thread.
 ///
 /// Names are trimmed; one that is empty then throws PresetPersistenceError. A failing write throws SystemError and
 /// leaves the change in memory, from where the next successful write takes it to disk. A file that could not be loaded
@@ -31,9 +32,11 @@ public:
     [[nodiscard]] const std::optional<QString>& loadErrorMessage() const { return loadErrorMessage_; }
     [[nodiscard]] const FileUrl& fileURL() const { return fileURL_; }
 
-    /// No file means no presets. Throws SystemError, PresetCodingError or PresetPersistenceError; the presets in memory
-    /// are then left as they are.
+    /// Reads what the file holds now; no file means no presets. Throws SystemError, PresetCodingError or
+    /// PresetPersistenceError; the presets in memory are then left as they are.
     void load();
+    /// The same, with a failure in loadErrorMessage() alone.
+    void refresh();
 
     PhotoPreset save(const QString& name, const PresetPayload& payload);
     /// An unknown `id` changes and writes nothing.
@@ -47,6 +50,10 @@ signals:
     void presetsChanged();
 
 private:
+    /// Made to whatever list stands in the file when it is written.
+    using Change = std::function<void(std::vector<PhotoPreset>&)>;
+
+    void change(Change change);
     void setPresets(std::vector<PhotoPreset> presets);
     void persist();
     void keepUnreadableFile();
@@ -54,6 +61,7 @@ private:
     FileUrl fileURL_;
     Clock clock_;
     std::vector<PhotoPreset> presets_;
+    std::vector<Change> unsaved_; ///< In memory alone since their writing failed; oldest first.
     std::optional<QString> loadErrorMessage_;
     bool unreadableFileStands_ = false; ///< And its bytes are nowhere else.
 };

@@ -24,6 +24,7 @@ void PresetFlow::showPresets()
 {
     if (presets_)
         return;
+    library_.refresh(); // Another window may have saved some.
     presets_ = new PresetManagerView(library_,
                                      {.saveCurrent = [this] { saveCurrentPreset(); },
                                       .apply = [this](const QUuid& id) { applyPreset(id); },

@@ -5,6 +5,9 @@
 #include "Persistence/Presets.h"
 #include "Support/Files.h"
 
+#include <sys/wait.h>
+
+#include <array>
 #include <ranges>
 
 namespace ferrow {
@@ -147,6 +150,55 @@ TEST_F(PresetLibraryTest, keepsAChangeInMemoryThatCouldNotBeWritten)
     setMode(folder.url(), 0755);
     library.save(u"Newer"_s, payload);
     EXPECT_EQ(PresetLibrary(file).presets(), library.presets());
+}
+
+TEST_F(PresetLibraryTest, keepsWhatOtherWindowsSaved)
+{
+    PresetLibrary(file, clock).save(u"Old"_s, payload);
+    PresetLibrary first(file, clock);
+    PresetLibrary second(file, clock);
+    const QUuid old = first.presets().front().id;
+    first.rename(old, u"Renamed"_s);
+    const QUuid removed = first.save(u"Removed"_s, payload).id;
+    second.save(u"Second"_s, payload);
+    EXPECT_EQ(names(second), u"Removed,Renamed,Second"_s);
+    second.remove(removed);
+    first.rename(removed, u"Again"_s);
+    EXPECT_EQ(names(first), u"Renamed,Second"_s) << "a preset that another window removed comes back";
+    second.rename(old, u"Twice"_s);
+    first.refresh();
+    EXPECT_EQ(names(first), u"Second,Twice"_s);
+}
+
+TEST_F(PresetLibraryTest, losesNothingWhenSixProcessesSaveAtOnce)
+{
+    constexpr int savesEach = 5;
+    std::array<int, 2> gate{};
+    ASSERT_EQ(::pipe(gate.data()), 0);
+    std::array<pid_t, 6> children{};
+    for (pid_t& child : children) {
+        child = ::fork();
+        if (child != 0)
+            continue;
+        ::close(gate[1]);
+        PresetLibrary library(file, clock);
+        char none = 0;
+        (void)!::read(gate[0], &none, 1); // Ends when the gate is closed for all.
+        const bool failed = errorOf<SystemError>([&] {
+                                for (int i = 0; i < savesEach; ++i)
+                                    library.save(u"Preset"_s, payload);
+                                return 0;
+                            }).has_value();
+        ::_exit(failed ? 1 : 0);
+    }
+    ::close(gate[0]);
+    ::close(gate[1]);
+    for (const pid_t child : children) {
+        int status = -1;
+        EXPECT_EQ(::waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0);
+    }
+    EXPECT_EQ(PresetLibrary(file).presets().size(), children.size() * savesEach);
 }
 
 } // namespace ferrow
