@@ -37,17 +37,6 @@ void EditHistory::endGesture()
         --gestureDepth_;
 }
 
-void EditHistory::setScope(RecipeScope scope)
-{
-    const auto& selected = session_.selectedPhotoID();
-    if (scope != RecipeScope::selected || !selected || session_.hasOwnRecipe(*selected)) {
-        session_.setScope(scope);
-        return;
-    }
-    push(std::make_unique<OwnFramingStep>(session_, QStringLiteral("Frame Photo by Itself"), std::vector{*selected},
-                                          session_.batchRecipe()));
-}
-
 void EditHistory::useBatch(const FileUrl& photoID)
 {
     push(std::make_unique<OwnFramingStep>(session_, QStringLiteral("Use Batch"), std::vector{photoID}, std::nullopt));
@@ -93,8 +82,10 @@ void EditHistory::remove(const std::vector<FileUrl>& photoIDs)
 
 void EditHistory::clearAll()
 {
-    session_.clearAll();
-    stack_.clear();
+    if (session_.photos().empty())
+        session_.clearAll();
+    else
+        push(std::make_unique<ClearStep>(session_));
 }
 
 void EditHistory::applyPreset(const PhotoPreset& preset)

@@ -37,9 +37,6 @@ public:
     void beginGesture();
     void endGesture();
 
-    /// A change of scope alone is a way of looking and no step. It is one where the selected photo gets its own
-    /// recipe by it: taking that back gives the photo back to the batch.
-    void setScope(RecipeScope scope);
     /// Takes the photo's own framing away.
     void useBatch(const FileUrl& photoID);
 
@@ -49,7 +46,7 @@ public:
 
     void removeSelected();
     void remove(const std::vector<FileUrl>& photoIDs);
-    /// Can't be taken back: empties the session and the history.
+    /// Photos, ticks and own framings in one step; batch recipe and scope stay. An import that runs ends.
     void clearAll();
 
     /// Batch recipe, scope, export settings and configuration in one step; per-photo recipes stay for later.

@@ -47,6 +47,11 @@ bool FramingStep::mergeWith(const QUndoCommand* other)
     if (!next || gesture_ == 0 || next->gesture_ != gesture_ || next->framing_ != framing_ || next->text() != text())
         return false;
     after_ = next->after_;
+    // A photo without a framing of its own that is back where the batch is was only looked at.
+    if (!before_ && after_ == session_.batchRecipe()) {
+        after_ = before_;
+        framing_.store(session_, before_);
+    }
     setObsolete(before_ == after_);
     return true;
 }

@@ -99,6 +99,19 @@ private:
     RemovedPhotos removed_;
 };
 
+/// The whole list goes. Batch recipe and scope are no part of it.
+class ClearStep : public QUndoCommand {
+public:
+    explicit ClearStep(PhotoSession& session) : QUndoCommand(QStringLiteral("Clear All")), session_(session) {}
+
+    void undo() override { session_.restore(removed_); }
+    void redo() override { removed_ = session_.clearAll(); }
+
+private:
+    PhotoSession& session_;
+    RemovedPhotos removed_;
+};
+
 /// All that a preset sets. Export settings are edited without steps: those that were changed since the preset, or since
 /// its undo, stay as they are, and so does the chosen folder, which is no part of presets.
 class PresetStep : public QUndoCommand {

@@ -93,6 +93,20 @@ void checkSources(const ExportRequest& request, const ExportCheckOperations& ope
                         unreadable});
 }
 
+/// The rule is the user's choice of the scope; that it leaves work of theirs aside is easily forgotten.
+void checkOwnFramings(const ExportRequest& request, Findings& findings)
+{
+    if (request.recipeScope == RecipeScope::selected)
+        return;
+    std::vector<FileUrl> unused;
+    for (const ImportedPhoto& photo : request.photos)
+        if (request.photoRecipes.contains(photo.id()))
+            unused.push_back(photo.id());
+    if (!unused.empty())
+        findings.push_back({Severity::warning, WindowTexts::ownFramingUnused(unused.size()), examples(unused), unused,
+                            ExportFinding::Remedy::useOwnFraming});
+}
+
 /// What names and folders say before anything is looked up. Answers whether planning makes sense.
 bool checkConfiguration(const BatchExportConfiguration& configuration, Findings& findings)
 {
@@ -378,6 +392,7 @@ Findings findingsFor(const ExportRequest& request, const ExportCheckOperations& 
         return findings;
     }
     checkSources(request, operations, stop, findings);
+    checkOwnFramings(request, findings);
     if (checkConfiguration(request.configuration, findings)) {
         const BatchExportPlan plan = dryPlan(request, operations, stop);
         checkFolders(request, plan, operations, findings);

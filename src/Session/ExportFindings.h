@@ -18,10 +18,14 @@ namespace ferrow {
 struct ExportFinding {
     enum class Severity { ok, info, warning, error }; ///< An error leaves nothing to start.
 
+    enum class Remedy { none, useOwnFraming }; ///< What one press can do about it.
+
     Severity severity = Severity::ok;
     QString title;
     QString detail;              ///< May be empty.
     std::vector<FileUrl> photos; ///< Those it is about, where it is about some of them; in list order.
+
+    Remedy remedy = Remedy::none;
 
     bool operator==(const ExportFinding&) const = default;
 };
@@ -38,8 +42,8 @@ struct ExportCheckOperations {
     [[nodiscard]] static ExportCheckOperations system();
 };
 
-/// The findings in the order of the sheet: photos, folder, names, captions, logos, sizes. Creates and changes
-/// nothing. Throws Cancelled.
+/// The findings in the order of the sheet: photos, own framings, folder, names, captions, logos, sizes. Creates and
+/// changes nothing. Throws Cancelled.
 [[nodiscard]] std::vector<ExportFinding>
 findingsFor(const ExportRequest& request, const ExportCheckOperations& operations, const std::stop_token& stop);
 

@@ -303,12 +303,21 @@ void PhotoSession::applyRecipe(const RenderRecipe& recipe)
         setBatchRecipe(recipe);
 }
 
-void PhotoSession::setScope(RecipeScope scope)
+void PhotoSession::useOwnFramings()
 {
-    Change change(*this);
-    if (scope == RecipeScope::selected && selectedPhotoID_)
-        change.photoRecipes = photoRecipes_.try_emplace(*selectedPhotoID_, batchRecipe_).second;
-    recipeScope_ = scope;
+    const Change change(*this);
+    recipeScope_ = RecipeScope::selected;
+    const auto own = std::ranges::find_if(photos_, [this](const auto& photo) { return hasOwnRecipe(photo.id()); });
+    if (!selectedPhoto() && own != photos_.end())
+        selectedPhotoID_ = own->id();
+}
+
+std::size_t PhotoSession::unusedOwnFramings() const
+{
+    if (recipeScope_ == RecipeScope::selected)
+        return 0;
+    return std::size_t(
+        std::ranges::count_if(photoRecipes_, [this](const auto& own) { return index_.contains(own.first); }));
 }
 
 RemovedPhotos PhotoSession::removeSelected()
@@ -333,21 +342,8 @@ RemovedPhotos PhotoSession::remove(const std::vector<FileUrl>& photoIDs)
     const std::size_t selected =
         (selectedPhotoID_ ? indexOf(*selectedPhotoID_) : std::nullopt).value_or(photos_.size());
     const bool selectedGoes = std::ranges::binary_search(places, selected);
-    for (const std::size_t place : places) {
-        ImportedPhoto& photo = photos_[place];
-        RemovedPhotos::Entry entry;
-        entry.index = place;
-        if (const auto recipe = photoRecipes_.extract(photo.id()); !recipe.empty()) {
-            entry.recipe = recipe.mapped();
-            change.photoRecipes = true;
-        }
-        entry.isExcluded = excludedPhotoIDs_.erase(photo.id()) > 0;
-        change.excludedPhotoIDs |= entry.isExcluded;
-        if (auto thumbnail = thumbnails_.extract(photo.id()); !thumbnail.empty())
-            entry.thumbnail = thumbnail.mapped();
-        entry.photo = std::move(photo);
-        removed.entries.push_back(std::move(entry));
-    }
+    for (const std::size_t place : places)
+        removed.entries.push_back(takeOut(place, change));
     // From the first gap on, those that stay close up.
     auto gap = places.begin();
     std::size_t to = places.front();
@@ -366,6 +362,24 @@ RemovedPhotos PhotoSession::remove(const std::vector<FileUrl>& photoIDs)
     return removed;
 }
 
+/// All that belongs to the photo; of the list itself its place stays, emptied.
+RemovedPhotos::Entry PhotoSession::takeOut(std::size_t index, Change& change)
+{
+    ImportedPhoto& photo = photos_[index];
+    RemovedPhotos::Entry entry;
+    entry.index = index;
+    if (const auto recipe = photoRecipes_.extract(photo.id()); !recipe.empty()) {
+        entry.recipe = recipe.mapped();
+        change.photoRecipes = true;
+    }
+    entry.isExcluded = excludedPhotoIDs_.erase(photo.id()) > 0;
+    change.excludedPhotoIDs |= entry.isExcluded;
+    if (auto thumbnail = thumbnails_.extract(photo.id()); !thumbnail.empty())
+        entry.thumbnail = thumbnail.mapped();
+    entry.photo = std::move(photo);
+    return entry;
+}
+
 void PhotoSession::reselect(std::size_t index)
 {
     if (photos_.empty())
@@ -378,6 +392,7 @@ void PhotoSession::restore(const RemovedPhotos& removed)
 {
     if (removed.entries.empty())
         return;
+    accessBroker_.retainAccess(removed.accessedRoots);
     Change change(*this);
     std::vector<ImportedPhoto> merged;
     merged.reserve(photos_.size() + removed.entries.size());
@@ -415,23 +430,30 @@ void PhotoSession::restore(const RemovedPhotos& removed)
         selectedPhotoID_ = removed.selectedPhotoID;
 }
 
-void PhotoSession::clearAll()
+RemovedPhotos PhotoSession::clearAll()
 {
+    RemovedPhotos removed;
     {
         Change change(*this);
+        removed.selectedPhotoID = selectedPhotoID_;
+        removed.entries.reserve(photos_.size());
         change.photos = !photos_.empty();
         change.photoRecipes = !photoRecipes_.empty();
         change.excludedPhotoIDs = !excludedPhotoIDs_.empty();
+        for (std::size_t index = 0; index < photos_.size(); ++index)
+            removed.entries.push_back(takeOut(index, change));
         photos_.clear();
         photoRecipes_.clear();
         excludedPhotoIDs_.clear();
         thumbnails_.clear();
         index_.clear();
         selectedPhotoID_.reset();
+        removed.accessedRoots = accessBroker_.accessedRoots();
         accessBroker_.stopSourceAccess();
     }
     if (import_)
         abandonImport();
+    return removed;
 }
 
 void PhotoSession::rebuildIndex()

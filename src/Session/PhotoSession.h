@@ -48,6 +48,7 @@ struct RemovedPhotos {
     std::vector<Entry> entries;
     std::optional<FileUrl> selectedPhotoID; ///< Before the removal.
     std::optional<FileUrl> selectedAfter;   ///< What the removal left selected.
+    std::vector<FileUrl> accessedRoots;     ///< Given back with them: where they were opened from.
 };
 
 /// The working set: the photos in the file browser's order of their names, the selected one, those left out of export,
@@ -97,6 +98,8 @@ public:
     [[nodiscard]] const ImportedPhoto* photo(const FileUrl& photoID) const;
     [[nodiscard]] bool isIncluded(const FileUrl& photoID) const { return !excludedPhotoIDs_.contains(photoID); }
     [[nodiscard]] bool hasOwnRecipe(const FileUrl& photoID) const { return photoRecipes_.contains(photoID); }
+    /// How many photos of the list have a framing of their own and are framed like the batch all the same.
+    [[nodiscard]] std::size_t unusedOwnFramings() const;
 
     /// The photo's thumbnail in sRGB, at most 280 pixels long, decoded anew at each call: views keep those they show.
     [[nodiscard]] QImage thumbnail(const FileUrl& photoID) const;
@@ -114,7 +117,7 @@ public:
     /// Any id: also one that is not, or no longer, in the list.
     void setSelectedPhotoID(const std::optional<FileUrl>& photoID);
     void setBatchRecipe(const RenderRecipe& recipe);
-    /// The scope alone, as applying a preset sets it; setScope() is what the user's choice does.
+    /// A way of looking: a photo gets a framing of its own by an edit alone.
     void setRecipeScope(RecipeScope scope);
     /// Stores the photo's own recipe, or takes it away.
     void setPhotoRecipe(const FileUrl& photoID, const std::optional<RenderRecipe>& recipe);
@@ -124,8 +127,8 @@ public:
 
     /// Stores an edited recipe where the scope says.
     void applyRecipe(const RenderRecipe& recipe);
-    /// Changes the scope; the selected photo without its own recipe starts from the batch's.
-    void setScope(RecipeScope scope);
+    /// Goes to the scope in which own framings count, and to a photo that has one where none is selected.
+    void useOwnFramings();
 
     /// Then selects the photo that followed, else the last.
     RemovedPhotos removeSelected();
@@ -135,8 +138,8 @@ public:
     /// Puts photos back at their places with recipe and inclusion, and the selection unless another photo was chosen
     /// since. One that was imported anew meanwhile is not doubled.
     void restore(const RemovedPhotos& removed);
-    /// Keeps batch recipe and scope. An import that runs ends, and none of its photos joins the list.
-    void clearAll();
+    /// Removes all. Keeps batch recipe and scope. An import that runs ends, and none of its photos joins the list.
+    RemovedPhotos clearAll();
 
 signals:
     void photosChanged();
@@ -158,6 +161,7 @@ private:
     void addLoaded(const std::shared_ptr<Import>& import);
     void endImport(const ImportOutcome& outcome);
     void abandonImport();
+    [[nodiscard]] RemovedPhotos::Entry takeOut(std::size_t index, Change& change);
     void reselect(std::size_t index);
     void rebuildIndex();
 

@@ -128,6 +128,13 @@ QString scopeHint(const PhotoSession& session)
                                              : QStringLiteral("%1 is framed like the batch.").arg(photo->filename());
 }
 
+QString ownFramingUnused(std::size_t count)
+{
+    const QString whose = count == 1 ? QStringLiteral("has its own framing") : QStringLiteral("have their own framing");
+    return QStringLiteral("%1 %2, not used while %3 is chosen")
+        .arg(photoCount(std::int64_t(count)), whose, rawValue(RecipeScope::batch));
+}
+
 QString borderSummary(const RenderRecipe& recipe)
 {
     const QString unit = recipe.borderUnit == BorderUnit::pixels ? QStringLiteral("px") : QStringLiteral("%");

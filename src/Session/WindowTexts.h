@@ -41,6 +41,9 @@ namespace ferrow::WindowTexts {
 /// Whom edits hit: "Changes apply to all 11 photos." or "pug.heic has its own framing."
 [[nodiscard]] QString scopeHint(const PhotoSession& session);
 
+/// "2 photos have their own framing, not used while Entire Batch is chosen".
+[[nodiscard]] QString ownFramingUnused(std::size_t count);
+
 /// What a closed section of the inspector shows of its values.
 [[nodiscard]] QString borderSummary(const RenderRecipe& recipe);
 /// The caption as it reads for a photo, in one line; the names of its parts where there is no photo.

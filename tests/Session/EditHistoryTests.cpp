@@ -61,35 +61,32 @@ TEST_F(EditHistoryTest, makesOneStepOfAGestureAndNoneOfNothing)
 TEST_F(EditHistoryTest, undoesWhereTheEditWasMade)
 {
     setBorder(10);
-    history.setScope(RecipeScope::selected);
+    session.setRecipeScope(RecipeScope::selected);
     setBorder(20);
     session.setSelectedPhotoID(b);
     setBorder(30);
-    EXPECT_EQ(stack.count(), 4) << "one of them the photo's leaving the batch";
     stack.undo();
     EXPECT_FALSE(session.hasOwnRecipe(b));
-    history.setScope(RecipeScope::batch);
+    session.setRecipeScope(RecipeScope::batch);
     EXPECT_EQ(stack.undoText(), QStringLiteral("Border Width"));
     stack.undo();
     EXPECT_EQ(session.recipeScope(), RecipeScope::selected);
     EXPECT_EQ(session.selectedPhotoID(), a);
     EXPECT_EQ(shown(a), 10);
-    session.setSelectedPhotoID(b);
-    stack.undo();
     EXPECT_FALSE(session.hasOwnRecipe(a));
-    EXPECT_EQ(session.selectedPhotoID(), a);
-    EXPECT_EQ(session.recipeScope(), RecipeScope::batch);
     session.setSelectedPhotoID(b);
     stack.redo();
     EXPECT_EQ(session.selectedPhotoID(), a);
+    EXPECT_EQ(shown(a), 20);
     stack.undo();
     stack.undo();
     EXPECT_EQ(shown(a), 120);
+    EXPECT_EQ(session.recipeScope(), RecipeScope::batch);
 }
 
 TEST_F(EditHistoryTest, bringsRemovedPhotosBackAsTheyWere)
 {
-    history.setScope(RecipeScope::selected);
+    session.setRecipeScope(RecipeScope::selected);
     setBorder(20);
     history.toggleIncluded(a);
     history.remove({a, test::photoUrl("c"), test::photoUrl("unknown")});
@@ -111,13 +108,58 @@ TEST_F(EditHistoryTest, bringsRemovedPhotosBackAsTheyWere)
     stack.undo();
     EXPECT_THAT(test::names(session.photos()), ElementsAre("a", "b", "c"));
     EXPECT_FALSE(session.isIncluded(a));
+}
+
+TEST_F(EditHistoryTest, bringsBackAListThatWasCleared)
+{
+    session.setRecipeScope(RecipeScope::selected);
+    setBorder(20);
+    history.toggleIncluded(b);
+    const std::vector<FileUrl> roots = session.accessBroker().accessedRoots();
     history.clearAll();
-    EXPECT_FALSE(stack.canUndo());
+    EXPECT_EQ(stack.undoText(), QStringLiteral("Clear All"));
+    EXPECT_TRUE(session.photos().empty() && session.photoRecipes().empty() && !session.selectedPhotoID());
+    EXPECT_TRUE(session.accessBroker().accessedRoots().empty());
+    history.clearAll(); // Nothing is left to clear.
+    stack.undo();
+    EXPECT_THAT(test::names(session.photos()), ElementsAre("a", "b", "c"));
+    EXPECT_EQ(test::selectedName(session), "a");
+    EXPECT_EQ(shown(a), 20);
+    EXPECT_FALSE(session.isIncluded(b));
+    EXPECT_EQ(session.accessBroker().accessedRoots(), roots);
+    stack.redo();
+    test::importInto(session, test::photoUrls({"b", "bb"}));
+    stack.undo();
+    EXPECT_THAT(test::names(session.photos()), ElementsAre("a", "b", "bb", "c"));
+    stack.undo();
+    stack.undo();
+    EXPECT_TRUE(session.isIncluded(b) && !session.hasOwnRecipe(a)) << "the history before it is gone";
+}
+
+TEST_F(EditHistoryTest, marksNoPhotoThatWasOnlyLookedAt)
+{
+    session.setRecipeScope(RecipeScope::selected);
+    EXPECT_FALSE(session.hasOwnRecipe(a));
+    history.beginGesture();
+    setBorder(20);
+    EXPECT_TRUE(session.hasOwnRecipe(a));
+    setBorder(session.batchRecipe().borderWidth);
+    history.endGesture();
+    EXPECT_FALSE(session.hasOwnRecipe(a)) << "a drag that ends where the batch is";
+    EXPECT_EQ(stack.count(), 0);
+    setBorder(20);
+    EXPECT_EQ(session.unusedOwnFramings(), 0u);
+    session.setRecipeScope(RecipeScope::batch);
+    EXPECT_EQ(session.unusedOwnFramings(), 1u);
+    session.setSelectedPhotoID(std::nullopt);
+    session.useOwnFramings();
+    EXPECT_EQ(session.recipeScope(), RecipeScope::selected);
+    EXPECT_EQ(session.selectedPhotoID(), a);
 }
 
 TEST_F(EditHistoryTest, appliesAPresetInOneStep)
 {
-    history.setScope(RecipeScope::selected);
+    session.setRecipeScope(RecipeScope::selected);
     setBorder(20);
     PhotoPreset preset;
     preset.payload =

@@ -130,6 +130,13 @@ TEST(ExportFindings, namesEachCauseOnce)
              s.request.settings.format = ExportFormat::heic;
              s.request.photos[0].pixelSize = {32'529, 100};
          }},
+        {"1 photo has its own framing, not used while Entire Batch is chosen", Severity::warning, 1, "b.jpg",
+         [](auto& s) { s.request.photoRecipes[s.request.photos[1].id()].borderWidth = 7; }},
+        {"2 photos have their own framing, not used while Entire Batch is chosen", Severity::warning, 2, "a.jpg, b.jpg",
+         [](auto& s) {
+             for (const std::size_t photo : {0, 1})
+                 s.request.photoRecipes[s.request.photos[photo].id()].borderWidth = 7;
+         }},
         {"1 photo can’t be framed like this", Severity::warning, 1, "",
          [](auto& s) {
              s.request.recipeScope = RecipeScope::selected;

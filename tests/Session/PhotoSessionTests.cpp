@@ -98,21 +98,22 @@ TEST(PhotoSession, keepsTheSelectionValidAndForgetsWhatIsRemoved)
 TEST(PhotoSession, editsWhereTheScopeSays)
 {
     test::DisklessSession session;
-    session.setScope(RecipeScope::selected);
+    session.setRecipeScope(RecipeScope::selected);
     session.applyRecipe(test::border(1));
     EXPECT_EQ(session.batchRecipe().borderWidth, 1);
-    session.setScope(RecipeScope::batch);
+    session.setRecipeScope(RecipeScope::batch);
 
     test::importInto(session, test::photoUrls({"a", "b"}));
     const FileUrl a = test::photoUrl("a");
     session.setSelectedPhotoID(a);
-    session.setScope(RecipeScope::selected);
-    EXPECT_EQ(session.photoRecipes().at(a).borderWidth, 1);
+    session.setRecipeScope(RecipeScope::selected);
+    EXPECT_EQ(session.activeRecipe().borderWidth, 1);
+    EXPECT_FALSE(session.hasOwnRecipe(a)) << "it was only looked at";
     session.applyRecipe(test::border(2));
-    session.setScope(RecipeScope::batch);
+    session.setRecipeScope(RecipeScope::batch);
     EXPECT_EQ(session.activeRecipe().borderWidth, 1);
     EXPECT_EQ(session.resolvedRecipe(a).borderWidth, 1);
-    session.setScope(RecipeScope::selected);
+    session.setRecipeScope(RecipeScope::selected);
     EXPECT_EQ(session.activeRecipe().borderWidth, 2);
     session.setSelectedPhotoID(test::photoUrl("b"));
     EXPECT_FALSE(session.hasOwnRecipe(test::photoUrl("b")));
@@ -140,7 +141,7 @@ TEST(PhotoSession, tellsNobodyOfNothing)
     session.setPhotoRecipe(test::photoUrl("a"), test::border(3));
     session.setPhotoRecipe(test::photoUrl("b"), std::nullopt);
     session.setAllIncluded(true);
-    session.setScope(RecipeScope::batch);
+    session.setRecipeScope(RecipeScope::batch);
     session.remove(test::photoUrls({"b"}));
     EXPECT_EQ(told, 0);
     // Whoever hears of the list finds the rest of the change done.

@@ -22,10 +22,10 @@ TEST_F(RealWindow, GivesALogoToTheFramingItWasAskedFor)
     const auto hasEnded = [&] { return import->text() != QStringLiteral("Importing…"); };
 
     session.setSelectedPhotoID(a);
-    session.setScope(RecipeScope::selected);
+    session.setRecipeScope(RecipeScope::selected);
     import->click();
     EXPECT_FALSE(hasEnded() || import->isEnabled());
-    session.setScope(RecipeScope::batch);
+    session.setRecipeScope(RecipeScope::batch);
     session.setSelectedPhotoID(b);
     ASSERT_TRUE(waitFor(hasEnded));
     ASSERT_TRUE(session.photoRecipes().at(a).logo.has_value());

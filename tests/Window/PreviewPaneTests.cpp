@@ -188,7 +188,7 @@ TEST(PreviewRequester, asksWhenThePictureIsThereAndForEachNewFramingOnce)
     EXPECT_EQ(rendersAfter([&] { load(a); }), 1);
     EXPECT_EQ(rendersAfter([&] { session.setBatchRecipe(bordered(7)); }), 2);
     EXPECT_EQ(rendersAfter([&] { session.setPhotoRecipe(b, bordered(9)); }), 2) << "not what is shown";
-    EXPECT_EQ(rendersAfter([&] { session.setScope(RecipeScope::selected); }), 2) << "the same framing, now its own";
+    EXPECT_EQ(rendersAfter([&] { session.setRecipeScope(RecipeScope::selected); }), 2) << "the same framing";
     EXPECT_EQ(rendersAfter([&] { session.setSelectedPhotoID(b); }), 2) << "its picture is still on the way";
     EXPECT_EQ(rendersAfter([&] { load(b); }), 3);
 }

@@ -28,6 +28,17 @@ Severity shownSeverity(ExportFinding::Severity severity)
     return Severity::plain;
 }
 
+QString remedyText(ExportFinding::Remedy remedy)
+{
+    switch (remedy) {
+    case ExportFinding::Remedy::useOwnFraming:
+        return QStringLiteral("Use Own Framing");
+    case ExportFinding::Remedy::none:
+        break;
+    }
+    return {};
+}
+
 } // namespace
 
 std::vector<ExportFinding> inSheetOrder(std::vector<ExportFinding> findings)
@@ -78,6 +89,12 @@ void ExportCheckList::addFinding(const ExportFinding& finding)
     auto* line = new MessageLine(shownSeverity(finding.severity), finding.title);
     line->setMessage(shownSeverity(finding.severity), finding.title, finding.detail.simplified());
     lines_->addWidget(line);
+    if (finding.remedy != ExportFinding::Remedy::none) {
+        auto* button = line->setButton(remedyText(finding.remedy));
+        button->setObjectName(QStringLiteral("remedyButton"));
+        connect(button, &QPushButton::clicked, this, [this, remedy = finding.remedy] { emit remedyRequested(remedy); });
+        return;
+    }
     if (finding.photos.empty())
         return;
     auto* button = line->setButton(QStringLiteral("Show"));

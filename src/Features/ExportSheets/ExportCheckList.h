@@ -27,6 +27,7 @@ public:
 signals:
     /// "Show" was pressed beside a finding: the first photo that it is about.
     void showPhotoRequested(const ferrow::FileUrl& photo);
+    void remedyRequested(ferrow::ExportFinding::Remedy remedy);
 
 private:
     void clear();

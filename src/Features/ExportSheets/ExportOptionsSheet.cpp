@@ -265,6 +265,7 @@ void ExportOptionsSheet::buildCheck(QVBoxLayout& page)
     findings_->setObjectName(QStringLiteral("checkList"));
     block->addWidget(findings_);
     connect(findings_, &ExportCheckList::showPhotoRequested, this, &ExportOptionsSheet::showPhotoRequested);
+    connect(findings_, &ExportCheckList::remedyRequested, this, &ExportOptionsSheet::remedy);
 
     beforeCheck_.setSingleShot(true);
     beforeCheck_.setInterval(beforeCheckMilliseconds);
@@ -400,6 +401,17 @@ void ExportOptionsSheet::showFindings()
     const bool starts = std::exchange(startsWhenChecked_, false);
     if (starts && mainButton()->isEnabled())
         emit startRequested();
+}
+
+void ExportOptionsSheet::remedy(ExportFinding::Remedy remedy)
+{
+    mainButton()->setFocus(Qt::OtherFocusReason); // The line with the button is about to go.
+    switch (remedy) {
+    case ExportFinding::Remedy::useOwnFraming:
+        return session_.useOwnFramings();
+    case ExportFinding::Remedy::none:
+        break;
+    }
 }
 
 void ExportOptionsSheet::putFindingsInTabOrder()

@@ -63,6 +63,7 @@ private:
     void showPhotos();
     void showExample();
     void showFindings();
+    void remedy(ExportFinding::Remedy remedy);
     /// They are made after the buttons of the foot, and stand before them.
     void putFindingsInTabOrder();
     void updateMainButton();

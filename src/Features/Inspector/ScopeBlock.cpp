@@ -6,6 +6,7 @@
 #include "Widgets/FerrowStyle.h"
 #include "Widgets/IconLabel.h"
 #include "Widgets/Icons.h"
+#include "Widgets/MessageLine.h"
 #include "Widgets/SegmentedControl.h"
 #include "Widgets/Theme.h"
 
@@ -42,7 +43,7 @@ ScopeBlock::ScopeBlock(const InspectorContext& context, QWidget* parent) : QWidg
     for (const RecipeScope scope : allCases<RecipeScope>())
         scope_->addSegment(rawValue(scope));
     connect(scope_, &SegmentedControl::chosen, this,
-            [this](int index) { context_.history.setScope(allCases<RecipeScope>()[std::size_t(index)]); });
+            [this](int index) { context_.session.setRecipeScope(allCases<RecipeScope>()[std::size_t(index)]); });
 
     mark_ = new IconLabel(IconName::ownFraming, Measure::fieldIcon, &ThemeColors::accent);
     hint_ = new ElidedLabel(QString(), Qt::ElideRight);
@@ -69,6 +70,23 @@ ScopeBlock::ScopeBlock(const InspectorContext& context, QWidget* parent) : QWidg
     column->setSpacing(Space::rowGap);
     column->addWidget(scope_);
     column->addLayout(line);
+    column->addWidget(makeUnused());
+}
+
+QWidget* ScopeBlock::makeUnused()
+{
+    unused_ = new MessageLine(Severity::info, QString());
+    unused_->setObjectName(QStringLiteral("unusedFramings"));
+    unused_->setRole(TextRole::small);
+    QPushButton* use = unused_->setButton(QStringLiteral("Use Own"));
+    use->setObjectName(QStringLiteral("useOwnButton"));
+    use->setToolTip(QStringLiteral("Frame these photos by themselves again"));
+    setButtonRole(use, ButtonRole::link);
+    connect(use, &QPushButton::clicked, this, [this] {
+        scope_->setFocus(Qt::OtherFocusReason); // This button is about to go.
+        context_.session.useOwnFramings();
+    });
+    return unused_;
 }
 
 void ScopeBlock::setLocked(bool locked)
@@ -86,6 +104,9 @@ void ScopeBlock::refresh()
     scope_->setCurrentIndex(editsPhoto(session) ? photoSegment : batchSegment);
     mark_->setVisible(hasOwn && !isLocked_);
     useBatch_->setVisible(hasOwn && !isLocked_);
+    const std::size_t unused = session.unusedOwnFramings();
+    unused_->setMessage(Severity::info, unused > 0 ? WindowTexts::ownFramingUnused(unused) : QString());
+    unused_->setVisible(unused > 0 && !isLocked_);
     showHint();
 }
 

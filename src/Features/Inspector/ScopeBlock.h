@@ -11,6 +11,7 @@ namespace ferrow {
 
 class ElidedLabel;
 class IconLabel;
+class MessageLine;
 class SegmentedControl;
 
 /// Whom edits hit, always in sight above the sections: the batch or the selected photo.
@@ -28,6 +29,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    [[nodiscard]] QWidget* makeUnused();
     void showHint();
 
     InspectorContext context_;
@@ -35,6 +37,7 @@ private:
     IconLabel* mark_ = nullptr;
     ElidedLabel* hint_ = nullptr;
     QPushButton* useBatch_ = nullptr;
+    MessageLine* unused_ = nullptr; ///< What the batch's framing passes over.
     bool isLocked_ = false;
 };
 

@@ -84,7 +84,7 @@ QVariant PhotoListModel::data(const QModelIndex& index, int role) const
         if (isUnreadable(index.row()))
             parts << QStringLiteral("not readable");
         if (hasOwnFraming(index.row()))
-            parts << QStringLiteral("own framing");
+            parts << (areOwnFramingsUsed() ? QStringLiteral("own framing") : QStringLiteral("own framing, not used"));
         if (const std::optional<PhotoExportState> state = exportState(index.row()))
             parts << stateText(*state);
         return parts.join(QStringLiteral(", "));

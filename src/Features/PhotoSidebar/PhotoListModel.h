@@ -29,6 +29,7 @@ public:
     [[nodiscard]] const ImportedPhoto* photo(int row) const;
     [[nodiscard]] bool isIncluded(int row) const { return session_.isIncluded(photoID(row)); }
     [[nodiscard]] bool hasOwnFraming(int row) const { return session_.hasOwnRecipe(photoID(row)); }
+    [[nodiscard]] bool areOwnFramingsUsed() const { return session_.recipeScope() == RecipeScope::selected; }
     [[nodiscard]] std::optional<PhotoExportState> exportState(int row) const;
     /// Its preview could not be decoded when it was last looked at.
     [[nodiscard]] bool isUnreadable(int row) const { return unreadable_.contains(photoID(row)); }

@@ -171,7 +171,7 @@ int PhotoRowDelegate::paintTrailing(QPainter& painter, const QRect& row, int ind
     if (model_.isUnreadable(index))
         return drawMark(IconName::error, &ThemeColors::error);
     if (model_.hasOwnFraming(index))
-        return drawMark(IconName::ownFraming, &ThemeColors::accent);
+        return drawMark(IconName::ownFraming, model_.areOwnFramingsUsed() ? &ThemeColors::accent : &ThemeColors::text2);
     return rowFill(row).right() - Space::group;
 }
 
