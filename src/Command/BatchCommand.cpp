@@ -10,6 +10,7 @@
 #include "Models/ErrorTexts.h"
 #include "Persistence/ManagedLogoStore.h"
 #include "Persistence/PresetLibrary.h"
+#include "Platform/Base/Cancellation.h"
 #include "Platform/Base/Localization.h"
 #include "Platform/Files/FolderWalk.h"
 #include "Shared/UserFacingError.h"
@@ -35,7 +36,8 @@ constexpr int importConcurrency = 4;
 PresetPayload findPreset(const Arguments& arguments)
 {
     const QByteArray option = arguments.presetFile ? "--preset-file" : "--preset";
-    if (arguments.presetFile && fileKind(*arguments.presetFile) != FileKind::file)
+    const FileKind kind = arguments.presetFile ? fileKind(*arguments.presetFile) : FileKind::file;
+    if (kind == FileKind::missing || kind == FileKind::folder)
         throw UsageError{
             QStringLiteral("--preset-file: there is no file “%1”.").arg(arguments.presetFile->displayPath())};
     const auto library = arguments.presetFile ? std::make_unique<PresetLibrary>(*arguments.presetFile)
@@ -261,7 +263,7 @@ private:
     ProgressLine& progress_;
 };
 
-BatchExportPlan makePlan(const ImportedBatch& batch, const Settings& settings, bool dryRun)
+BatchExportPlan makePlan(const ImportedBatch& batch, const Settings& settings, bool dryRun, const std::stop_token& stop)
 {
     ExportPlanner planner;
     if (dryRun)
@@ -270,7 +272,7 @@ BatchExportPlan makePlan(const ImportedBatch& batch, const Settings& settings, b
     for (const BatchExportFailure& failure : batch.failures)
         planner.originals.push_back(failure.source);
     return planner.plan(batch.photos, settings.configuration, settings.exportSettings, RecipeScope::batch,
-                        settings.recipe, {});
+                        settings.recipe, {}, stop);
 }
 
 std::vector<BatchExportOutcome> exportJobs(const BatchExportPlan& plan, const Settings& settings,
@@ -306,7 +308,7 @@ int exitStatus(const BatchExportReport& report, const std::stop_token& stop)
     return report.failures.empty() ? allDone : somePhotoFailed;
 }
 
-int reportCancelledImport(const ImportedBatch& batch, Reporter& reporter)
+int reportAllCancelled(const ImportedBatch& batch, Reporter& reporter)
 {
     BatchExportReport report;
     report.total = std::int64_t(batch.photos.size() + batch.failures.size());
@@ -333,9 +335,14 @@ int runBatch(const Arguments& arguments, const std::stop_token& stop)
     for (const BatchExportFailure& failure : batch.failures)
         reporter.failed(failure);
     if (stop.stop_requested())
-        return reportCancelledImport(batch, reporter);
+        return reportAllCancelled(batch, reporter);
 
-    BatchExportPlan plan = makePlan(batch, settings, arguments.dryRun);
+    BatchExportPlan plan;
+    try {
+        plan = makePlan(batch, settings, arguments.dryRun, stop);
+    } catch (const Cancelled&) {
+        return reportAllCancelled(batch, reporter);
+    }
     for (const BatchExportFailure& failure : plan.failures)
         reporter.failed(failure);
     for (const FileUrl& photo : plan.skippedPhotos)

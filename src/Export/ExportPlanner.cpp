@@ -1,15 +1,23 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Export/ExportPlanner.h"
 
+#include "Platform/Base/ByteText.h"
+#include "Platform/Base/Cancellation.h"
 #include "Platform/Base/Localization.h"
 #include "Platform/Base/SystemErrors.h"
 #include "Platform/Files/FilePlacement.h"
 #include "Shared/UserFacingError.h"
 
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <linux/magic.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <exception>
 #include <set>
@@ -26,6 +34,71 @@ int lookUp(const FileUrl& url, struct stat& status)
         return EINVAL;
     return ::stat(url.path().constData(), &status) == 0 ? 0 : errno;
 }
+
+bool isMissing(int errorNumber)
+{
+    return errorNumber == ENOENT || errorNumber == ENOTDIR;
+}
+
+/// The folder itself where it is there, else the nearest of those it lies in.
+FileUrl nearestExisting(FileUrl folder)
+{
+    struct stat status {};
+    while (folder.path() != "/" && ::lstat(folder.path().constData(), &status) != 0 && isMissing(errno))
+        folder = folder.deletingLastPathComponent();
+    return folder;
+}
+
+/// File systems whose names are bytes, unless a folder of theirs is marked otherwise.
+bool tellsNamesByBytes(std::uint32_t magic)
+{
+    constexpr std::array<std::uint32_t, 7> known{EXT4_SUPER_MAGIC,     BTRFS_SUPER_MAGIC, XFS_SUPER_MAGIC,
+                                                 F2FS_SUPER_MAGIC,     TMPFS_MAGIC,       RAMFS_MAGIC,
+                                                 OVERLAYFS_SUPER_MAGIC};
+    return std::ranges::find(known, magic) != known.end();
+}
+
+/// One text for all names that any volume may take for this one. Upper case first: some tables know no other, and for
+/// them the dotless i is an i.
+QByteArray foldedName(const QByteArray& name)
+{
+    const QString text = ByteText::decode(name).normalized(QString::NormalizationForm_D);
+    return ByteText::encode(text.toUpper().toCaseFolded().normalized(QString::NormalizationForm_C));
+}
+
+/// What tells places apart. A folder is known by its number, so that a way through links leads to the same one.
+class PlaceKeys {
+public:
+    explicit PlaceKeys(const ExportPlanner& planner) : planner_(planner) {}
+
+    [[nodiscard]] FileUrl of(const FileUrl& place)
+    {
+        const FileUrl folder = place.deletingLastPathComponent();
+        const auto [entry, isNew] = folders_.try_emplace(folder);
+        if (isNew)
+            entry->second = {keyOf(folder), planner_.foldsNames(folder)};
+        const QByteArray name = place.lastPathComponentBytes();
+        return entry->second.key.appending(entry->second.folds ? foldedName(name) : name);
+    }
+
+private:
+    struct Folder {
+        FileUrl key;
+        bool folds = false;
+    };
+
+    [[nodiscard]] FileUrl keyOf(const FileUrl& folder) const
+    {
+        const std::optional<FileNumber> number = planner_.fileNumber(folder);
+        if (!number)
+            return folder;
+        return FileUrl::fromPath('/' + QByteArray::number(quint64(number->device)) + ':' +
+                                 QByteArray::number(quint64(number->inode)));
+    }
+
+    const ExportPlanner& planner_;
+    std::unordered_map<FileUrl, Folder> folders_;
+};
 
 bool isFolder(const FileUrl& url)
 {
@@ -121,6 +194,11 @@ private:
     std::optional<std::set<FileNumber>> numbers_; ///< Asked for late: few batches replace anything.
 };
 
+BatchExportFailure failureOf(const ImportedPhoto& photo, const std::exception_ptr& error)
+{
+    return {.filename = photo.filename(), .message = UserFacingError::message(error), .source = photo.url};
+}
+
 std::vector<FileUrl> sortedAsFileBrowsersDo(const std::unordered_set<FileUrl>& folders)
 {
     std::vector<std::pair<QString, FileUrl>> rows;
@@ -144,16 +222,29 @@ std::vector<FileUrl> sortedAsFileBrowsersDo(const std::unordered_set<FileUrl>& f
 BatchExportPlan ExportPlanner::plan(const std::vector<ImportedPhoto>& photos,
                                     const BatchExportConfiguration& configuration, const ExportSettings& settings,
                                     RecipeScope recipeScope, const RenderRecipe& batchRecipe,
-                                    const std::unordered_map<FileUrl, RenderRecipe>& perPhotoRecipes) const
+                                    const std::unordered_map<FileUrl, RenderRecipe>& perPhotoRecipes,
+                                    const std::stop_token& stop) const
 {
     BatchExportPlan plan;
     FolderReadiness readiness(*this, configuration.destinationMode);
-    ReservedDestinations reserved{.urls = {written.begin(), written.end()}};
+    PlaceKeys keys(*this);
+    ReservedDestinations reserved{.key = [&](const FileUrl& place) { return keys.of(place); },
+                                  .fileNumber = fileNumber};
+    for (const FileUrl& place : written) {
+        reserved.add(place);
+        if (configuration.collisionRule == CollisionRule::replace)
+            static_cast<void>(reserved.claimFile(place));
+    }
     Originals protectedOnes(*this, photos);
     std::unordered_set<FileUrl> folders;
     const QString extension = filenameExtension(settings.format);
+    const auto isTaken = [&](const FileUrl& place) {
+        throwIfCancelled(stop);
+        return fileExists(place);
+    };
 
     for (std::size_t index = 0; index < photos.size(); ++index) {
+        throwIfCancelled(stop);
         const ImportedPhoto& photo = photos[index];
         if (only && !only->contains(photo.id()))
             continue;
@@ -162,9 +253,7 @@ BatchExportPlan ExportPlanner::plan(const std::vector<ImportedPhoto>& photos,
             folder = destinationFolder(photo, configuration);
             readiness.require(folder);
         } catch (...) {
-            plan.failures.push_back({.filename = photo.filename(),
-                                     .message = UserFacingError::message(std::current_exception()),
-                                     .source = photo.url});
+            plan.failures.push_back(failureOf(photo, std::current_exception()));
             continue;
         }
         // Before names are given out: a folder whose photos are all skipped is still one that the user wants to see.
@@ -176,7 +265,13 @@ BatchExportPlan ExportPlanner::plan(const std::vector<ImportedPhoto>& photos,
         CollisionRule rule = configuration.collisionRule;
         if (rule == CollisionRule::replace && protectedOnes.hasAnother(proposed, photo.url))
             rule = CollisionRule::appendNumber;
-        const auto resolution = BatchCollisionResolver::destination(proposed, rule, reserved, fileExists);
+        std::optional<BatchCollisionResolver::Resolution> resolution;
+        try {
+            resolution = BatchCollisionResolver::destination(proposed, rule, reserved, isTaken);
+        } catch (const SystemError&) {
+            plan.failures.push_back(failureOf(photo, std::current_exception()));
+            continue;
+        }
         if (!resolution) {
             ++plan.skipped;
             plan.skippedPhotos.push_back(photo.url);
@@ -203,7 +298,9 @@ void ExportPlanner::createDirectories(const FileUrl& folder)
         createFolder(folder);
     } catch (const SystemError& error) {
         // That something of this name exists already would read as if nothing were wrong.
-        throw SystemError{error.errorNumber == EEXIST ? ENOTDIR : error.errorNumber, folder};
+        const FileUrl existing = nearestExisting(folder);
+        throw exists(existing) && !isFolder(existing) ? SystemError{ENOTDIR, existing}
+                                                      : SystemError{error.errorNumber, folder};
     }
     if (!isFolder(folder))
         throw SystemError{ENOTDIR, folder};
@@ -212,23 +309,30 @@ void ExportPlanner::createDirectories(const FileUrl& folder)
 bool ExportPlanner::exists(const FileUrl& url)
 {
     struct stat status {};
-    if (!url.hasFileSystemRepresentation() || ::lstat(url.path().constData(), &status) == 0)
+    if (!url.hasFileSystemRepresentation())
+        throw SystemError{EINVAL, url};
+    if (::lstat(url.path().constData(), &status) == 0)
         return true;
-    return errno != ENOENT && errno != ENOTDIR;
+    // A name that the volume can't hold, a path too long, a disk that fails: nobody knows whether anything stands
+    // there.
+    if (!isMissing(errno))
+        throw SystemError{errno, url};
+    return false;
 }
 
 void ExportPlanner::checkFolderWritable(const FileUrl& folder)
 {
     struct stat status {};
-    const int failure = lookUp(folder, status);
-    if (failure == ENOENT)
-        return;
+    if (!folder.hasFileSystemRepresentation())
+        throw SystemError{EINVAL, folder};
+    const FileUrl existing = nearestExisting(folder);
+    const int failure = lookUp(existing, status);
     if (failure != 0)
-        throw SystemError{failure, folder};
+        throw SystemError{failure, existing};
     if (!S_ISDIR(status.st_mode))
-        throw SystemError{ENOTDIR, folder};
-    if (::access(folder.path().constData(), W_OK | X_OK) != 0)
-        throw SystemError{errno, folder};
+        throw SystemError{ENOTDIR, existing};
+    if (::faccessat(AT_FDCWD, existing.path().constData(), W_OK | X_OK, AT_EACCESS) != 0)
+        throw SystemError{errno, existing};
 }
 
 std::optional<FileNumber> ExportPlanner::numberOf(const FileUrl& url)
@@ -237,6 +341,21 @@ std::optional<FileNumber> ExportPlanner::numberOf(const FileUrl& url)
     if (lookUp(url, status) != 0)
         return std::nullopt;
     return FileNumber{status.st_dev, status.st_ino};
+}
+
+bool ExportPlanner::mayFoldNames(const FileUrl& folder)
+{
+    const FileUrl existing = nearestExisting(folder);
+    struct statfs volume {};
+    if (::statfs(existing.path().constData(), &volume) != 0 || !tellsNamesByBytes(std::uint32_t(volume.f_type)))
+        return true;
+    const int descriptor = ::open(existing.path().constData(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0)
+        return true;
+    int flags = 0;
+    const bool isMarked = ::ioctl(descriptor, FS_IOC_GETFLAGS, &flags) == 0 && (flags & FS_CASEFOLD_FL) != 0;
+    ::close(descriptor);
+    return isMarked;
 }
 
 } // namespace ferrow

@@ -6,23 +6,14 @@
 #include "Models/RenderRecipe.h"
 #include "Platform/Base/FileUrl.h"
 
-#include <compare>
-#include <cstdint>
 #include <functional>
 #include <optional>
+#include <stop_token>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
 namespace ferrow {
-
-/// Tells a file from every other, however its path is spelled.
-struct FileNumber {
-    std::uint64_t device = 0;
-    std::uint64_t inode = 0;
-
-    auto operator<=>(const FileNumber&) const = default;
-};
 
 /// Turns a request to export into jobs with their final names, before any pixel is touched. It creates destination
 /// folders and asks what exists; it never writes, replaces or removes a file. Works on the calling thread.
@@ -30,13 +21,16 @@ struct ExportPlanner {
     /// Creates a folder with its missing parents; one that exists is fine. Throws SystemError.
     std::function<void(const FileUrl&)> createDirectory = createDirectories;
     /// Whether anything stands at a place, be it a link to nothing: placing the output would not replace that either.
+    /// Throws SystemError where that can't be known.
     std::function<bool(const FileUrl&)> fileExists = exists;
-    /// Throws SystemError when a folder exists and takes no new files. A missing folder passes: the export itself says
-    /// so.
+    /// Throws SystemError when a folder takes no new files, or is missing and could not be made. A missing folder that
+    /// could be made passes.
     std::function<void(const FileUrl&)> checkWritable = checkFolderWritable;
-    /// Of what a path leads to, links followed; absent where that is nothing. Asked about photos only before a file
-    /// would be replaced.
+    /// Of what a path leads to, links followed; absent where that is nothing. Asked about folders, and about photos
+    /// only before a file would be replaced.
     std::function<std::optional<FileNumber>(const FileUrl&)> fileNumber = numberOf;
+    /// Whether two names that differ in case, or in how accents are composed, may be one file in a folder.
+    std::function<bool(const FileUrl&)> foldsNames = mayFoldNames;
 
     /// Photos that no output may replace, beside those that are planned.
     std::vector<FileUrl> originals = {};
@@ -46,16 +40,20 @@ struct ExportPlanner {
     std::optional<std::unordered_set<FileUrl>> only = std::nullopt;
 
     /// Never fails as a whole: every photo that is planned is in exactly one of jobs, skipped photos and failures, in
-    /// the order of `photos`, which is the order of export. Each folder is created and checked once.
+    /// the order of `photos`, which is the order of export. Each folder is created and checked once. Throws Cancelled.
     [[nodiscard]] BatchExportPlan plan(const std::vector<ImportedPhoto>& photos,
                                        const BatchExportConfiguration& configuration, const ExportSettings& settings,
                                        RecipeScope recipeScope, const RenderRecipe& batchRecipe,
-                                       const std::unordered_map<FileUrl, RenderRecipe>& perPhotoRecipes) const;
+                                       const std::unordered_map<FileUrl, RenderRecipe>& perPhotoRecipes,
+                                       const std::stop_token& stop) const;
 
     static void createDirectories(const FileUrl& folder);
     [[nodiscard]] static bool exists(const FileUrl& url);
     static void checkFolderWritable(const FileUrl& folder);
     [[nodiscard]] static std::optional<FileNumber> numberOf(const FileUrl& url);
+    /// For a missing folder, what its nearest parent says. Only file systems that are known to tell names apart by
+    /// their bytes do: a number too many costs less than a photo.
+    [[nodiscard]] static bool mayFoldNames(const FileUrl& folder);
 };
 
 } // namespace ferrow

@@ -70,11 +70,11 @@ FileUrl numbered(const FileUrl& proposed, std::int64_t number)
 FileUrl firstFreeNumbered(const FileUrl& proposed, ReservedDestinations& reserved,
                           const std::function<bool(const FileUrl&)>& fileExists)
 {
-    std::int64_t& number = reserved.nextNumbers.try_emplace(proposed, 2).first->second;
+    std::int64_t& number = reserved.nextNumbers.try_emplace(reserved.key(proposed), 2).first->second;
     while (true) {
         FileUrl candidate = numbered(proposed, number);
         number = incremented(number);
-        if (!reserved.urls.contains(candidate) && !fileExists(candidate))
+        if (!reserved.contains(candidate) && !fileExists(candidate))
             return candidate;
     }
 }
@@ -136,21 +136,27 @@ QString FilenameTemplate::truncatedUTF8(const QString& text, std::int64_t maximu
     return taken > 0 ? text.left(taken) : fallbackName();
 }
 
+bool ReservedDestinations::claimFile(const FileUrl& url)
+{
+    const std::optional<FileNumber> number = fileNumber(url);
+    return !number || files.insert(*number).second;
+}
+
 std::optional<BatchCollisionResolver::Resolution>
 BatchCollisionResolver::destination(const FileUrl& proposed, CollisionRule rule, ReservedDestinations& reserved,
                                     const std::function<bool(const FileUrl&)>& fileExists)
 {
     const auto take = [&](const FileUrl& url, bool replaceExisting) {
-        reserved.urls.insert(url);
+        reserved.add(url);
         return Resolution{url, replaceExisting};
     };
     // Two photos of one batch never share an output, whatever the rule says about files that were there before.
-    if (!reserved.urls.contains(proposed)) {
+    if (!reserved.contains(proposed)) {
         if (!fileExists(proposed))
             return take(proposed, false);
         if (rule == CollisionRule::skip)
             return std::nullopt;
-        if (rule == CollisionRule::replace)
+        if (rule == CollisionRule::replace && reserved.claimFile(proposed))
             return take(proposed, true);
     }
     return take(firstFreeNumbered(proposed, reserved, fileExists), false);

@@ -10,9 +10,11 @@
 #include <QString>
 #include <QUuid>
 
+#include <compare>
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <set>
 #include <unordered_map>
 #include <unordered_set>
 #include <variant>
@@ -117,12 +119,32 @@ namespace FilenameTemplate {
 [[nodiscard]] QString truncatedUTF8(const QString& text, std::int64_t maximumBytes);
 } // namespace FilenameTemplate
 
+/// Tells a file from every other, however its path is spelled.
+struct FileNumber {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+
+    auto operator<=>(const FileNumber&) const = default;
+};
+
 /// The destinations that earlier jobs of a plan were given.
 struct ReservedDestinations {
-    std::unordered_set<FileUrl> urls;
-    /// By proposed url, the first number that was not yet found taken: thousands of photos of one name would otherwise
-    /// each ask for all numbers before theirs.
-    std::unordered_map<FileUrl, std::int64_t> nextNumbers;
+    /// Alike for all places that may be one file: volumes that fold case hold one file under many names.
+    std::function<FileUrl(const FileUrl&)> key = [](const FileUrl& url) { return url; };
+    /// Of the file that stands at a place; absent where that is nothing. Asked before one is replaced.
+    std::function<std::optional<FileNumber>(const FileUrl&)> fileNumber = [](const FileUrl&) { return std::nullopt; };
+    std::unordered_set<FileUrl> keys = {};
+    /// What stands at these places and is to be replaced. It says what the keys can't: that two names lead to one file
+    /// by a rule of the volume's own, such as its short names.
+    std::set<FileNumber> files = {};
+    /// By key of the proposed url, the first number that was not yet found taken: thousands of photos of one name would
+    /// otherwise each ask for all numbers before theirs.
+    std::unordered_map<FileUrl, std::int64_t> nextNumbers = {};
+
+    [[nodiscard]] bool contains(const FileUrl& url) const { return keys.contains(key(url)); }
+    void add(const FileUrl& url) { keys.insert(key(url)); }
+    /// Whether no earlier job has the file that stands at `url`, which is this job's from now on.
+    [[nodiscard]] bool claimFile(const FileUrl& url);
 };
 
 /// Picks a free name for one output.
@@ -134,6 +156,7 @@ struct Resolution {
     bool operator==(const Resolution&) const = default;
 };
 /// Absent when the photo is to be skipped. The url returned is added to `reserved`. `proposed` must be standardized.
+/// Throws what `fileExists` throws, with nothing reserved.
 [[nodiscard]] std::optional<Resolution> destination(const FileUrl& proposed, CollisionRule rule,
                                                     ReservedDestinations& reserved,
                                                     const std::function<bool(const FileUrl&)>& fileExists);

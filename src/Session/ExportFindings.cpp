@@ -148,12 +148,8 @@ BatchExportPlan dryPlan(const ExportRequest& request, const ExportCheckOperation
         else
             throw SystemError{ENOENT, folder};
     };
-    // The one question asked for each photo outside the planner's own error handling.
-    planner.fileExists = [&](const FileUrl& file) {
-        throwIfCancelled(stop);
-        return operations.exists(file);
-    };
-    return request.plan(std::move(planner));
+    planner.fileExists = operations.exists;
+    return request.plan(std::move(planner), stop);
 }
 
 /// "48 GB free" where all folders say the same, as those of one disk do.
@@ -161,7 +157,9 @@ QString freeSpace(const BatchExportPlan& plan, const ExportCheckOperations& oper
 {
     std::optional<std::int64_t> bytes;
     for (const FileUrl& folder : plan.outputFolders) {
-        const auto here = operations.freeBytes(operations.exists(folder) ? folder : folder.deletingLastPathComponent());
+        auto here = operations.freeBytes(folder);
+        if (!here)
+            here = operations.freeBytes(folder.deletingLastPathComponent()); // It is yet to be made.
         if (!here || (bytes && *bytes != *here))
             return {};
         bytes = here;

@@ -33,8 +33,9 @@ struct ExportFinding {
 /// What the check asks of the system, replaceable in tests.
 struct ExportCheckOperations {
     std::function<bool(const FileUrl&)> isReadable;
-    std::function<bool(const FileUrl&)> exists;        ///< Whether anything stands there, be it a dangling link.
-    std::function<void(const FileUrl&)> checkWritable; ///< Throws SystemError; a missing folder passes.
+    /// Whether anything stands there, be it a dangling link. Throws SystemError where that can't be known.
+    std::function<bool(const FileUrl&)> exists;
+    std::function<void(const FileUrl&)> checkWritable;                    ///< Throws SystemError.
     std::function<std::optional<std::int64_t>(const FileUrl&)> freeBytes; ///< Absent where nobody knows.
     /// Throws LogoAssetError, SystemError and Cancelled.
     std::function<Bitmap(const LogoAssetReference&, const std::stop_token&)> loadLogo;

@@ -25,12 +25,12 @@ ExportRequest ExportRequest::make(const PhotoSession& session, const ExportSessi
             .written = {}};
 }
 
-BatchExportPlan ExportRequest::plan(ExportPlanner planner) const
+BatchExportPlan ExportRequest::plan(ExportPlanner planner, const std::stop_token& stop) const
 {
     planner.originals = originals;
     planner.written = written;
     planner.only = retried;
-    return planner.plan(photos, configuration, settings, recipeScope, batchRecipe, photoRecipes);
+    return planner.plan(photos, configuration, settings, recipeScope, batchRecipe, photoRecipes, stop);
 }
 
 const RenderRecipe& ExportRequest::resolvedRecipe(const FileUrl& photoID) const

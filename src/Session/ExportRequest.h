@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <stop_token>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -32,7 +33,8 @@ struct ExportRequest {
     [[nodiscard]] static ExportRequest make(const PhotoSession& session, const ExportSession& exportSession);
     /// How many photos are to be exported.
     [[nodiscard]] std::int64_t count() const { return std::int64_t(retried ? retried->size() : photos.size()); }
-    [[nodiscard]] BatchExportPlan plan(ExportPlanner planner) const;
+    /// Throws Cancelled.
+    [[nodiscard]] BatchExportPlan plan(ExportPlanner planner, const std::stop_token& stop) const;
     [[nodiscard]] const RenderRecipe& resolvedRecipe(const FileUrl& photoID) const;
 };
 

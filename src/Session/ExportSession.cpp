@@ -3,6 +3,7 @@
 
 #include "Batch/BatchExportCoordinator.h"
 #include "Export/ImageExporter.h"
+#include "Platform/Base/Cancellation.h"
 
 #include <algorithm>
 #include <utility>
@@ -60,6 +61,7 @@ ExportSession::ExportSession(Export exportJob, ExportPlanner planner, QObject* p
 
 ExportSession::~ExportSession()
 {
+    planningStop_.request_stop();
     if (run_)
         run_->stop.request_stop();
 }
@@ -115,6 +117,7 @@ void ExportSession::retry(const std::unordered_set<FileUrl>& photoIDs)
 void ExportSession::planInBackground(Planned planned)
 {
     setPlanning(true);
+    planningStop_ = {};
     const std::int64_t number = ++planning_;
     const auto begin = [this, number, planned = std::move(planned)](BatchExportPlan& plan, std::int64_t batchCount) {
         if (number != planning_)
@@ -126,10 +129,15 @@ void ExportSession::planInBackground(Planned planned)
         start(std::move(plan), batchCount);
         emit isPlanningChanged();
     };
-    work_.post([request = request_, begin, planner = planner_, sender = relay_.sender()] {
-        const auto plan = std::make_shared<BatchExportPlan>(request.plan(planner));
-        sender.post([begin, plan, count = request.count()] { begin(*plan, count); });
-    });
+    work_.post(
+        [request = request_, begin, planner = planner_, stop = planningStop_.get_token(), sender = relay_.sender()] {
+            try {
+                const auto plan = std::make_shared<BatchExportPlan>(request.plan(planner, stop));
+                sender.post([begin, plan, count = request.count()] { begin(*plan, count); });
+            } catch (const Cancelled&) {
+                // Whoever cancelled waits for nothing.
+            }
+        });
 }
 
 void ExportSession::start(BatchExportPlan plan, std::int64_t batchCount)
@@ -212,6 +220,7 @@ void ExportSession::cancel()
 {
     if (isPlanning_) {
         ++planning_;
+        planningStop_.request_stop();
         setPlanning(false);
     }
     if (!run_ || run_->stop.stop_requested())

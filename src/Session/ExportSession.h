@@ -117,6 +117,7 @@ private:
     bool isPlanning_ = false;
     bool isStopping_ = false;
     std::int64_t planning_ = 0; ///< Number of the newest planning; results of others are stale.
+    std::stop_source planningStop_;
     std::shared_ptr<Run> run_;
     ExportRequest request_; ///< Of the run that was planned last, with what it and its retries have written.
     MainThreadRelay relay_;

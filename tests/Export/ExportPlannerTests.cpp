@@ -2,6 +2,7 @@
 #include "Export/ExportPlanner.h"
 
 #include "Files/OrdinaryUser.h"
+#include "Platform/Base/Cancellation.h"
 #include "Support/Files.h"
 
 #include <gmock/gmock.h>
@@ -37,7 +38,9 @@ struct FakeDisk {
     std::set<FileUrl> existing = {};
     std::map<FileUrl, int> uncreatable = {}; ///< With the errno.
     std::map<FileUrl, int> locked = {};
+    std::map<FileUrl, int> unknown = {};        ///< Where asking what stands there fails.
     std::map<FileUrl, FileNumber> numbers = {}; ///< Of files that have more than one name.
+    bool folds = false;
     std::vector<FileUrl> originals = {};
     std::vector<FileUrl> created = {};
     std::vector<FileUrl> checked = {};
@@ -45,7 +48,8 @@ struct FakeDisk {
 
     BatchExportPlan plan(const Paths& sources, const BatchExportConfiguration& configuration,
                          const ExportSettings& settings = {}, const RenderRecipe& recipe = {},
-                         const std::unordered_map<FileUrl, RenderRecipe>& perPhoto = {})
+                         const std::unordered_map<FileUrl, RenderRecipe>& perPhoto = {},
+                         const std::stop_token& stop = {})
     {
         const auto refuse = [](const std::map<FileUrl, int>& folders, const FileUrl& folder) {
             if (folders.contains(folder))
@@ -56,7 +60,12 @@ struct FakeDisk {
             created.push_back(folder);
             refuse(uncreatable, folder);
         };
-        planner.fileExists = [&](const FileUrl& url) { return ++questions, existing.contains(url); };
+        planner.fileExists = [&](const FileUrl& url) {
+            ++questions;
+            refuse(unknown, url);
+            return existing.contains(url);
+        };
+        planner.foldsNames = [&](const FileUrl&) { return folds; };
         planner.checkWritable = [&](const FileUrl& folder) {
             checked.push_back(folder);
             refuse(locked, folder);
@@ -69,7 +78,7 @@ struct FakeDisk {
         std::vector<ImportedPhoto> photos;
         for (const QByteArray& path : sources)
             photos.emplace_back().url = place(path);
-        return planner.plan(photos, configuration, settings, RecipeScope::selected, recipe, perPhoto);
+        return planner.plan(photos, configuration, settings, RecipeScope::selected, recipe, perPhoto, stop);
     }
 };
 
@@ -158,6 +167,84 @@ TEST(ExportPlanner, leaveToReplaceNeverCoversAnotherOriginal)
         FakeDisk disk{.existing = {heic, jpeg}, .numbers = row.numbers, .originals = row.originals};
         EXPECT_EQ(destinations(disk.plan(row.sources, configuration)), row.expected);
     }
+}
+
+TEST(ExportPlanner, failsPhotosWhosePlaceCannotBeAskedAbout)
+{
+    // A name that the volume can't hold; and one that stands in the way of numbering.
+    FakeDisk disk{.existing = {place("/out/c_framed.jpg")},
+                  .unknown = {{place("/out/b_framed.jpg"), EILSEQ}, {place("/out/c_framed 2.jpg"), EIO}}};
+    for (const CollisionRule rule : allCases<CollisionRule>()) {
+        SCOPED_TRACE(rawValue(rule).toStdString());
+        const BatchExportPlan plan = disk.plan({"/x/a.jpg", "/x/b.jpg", "/x/c.jpg"}, into("/out", rule));
+        const bool numbers = rule == CollisionRule::appendNumber;
+        ASSERT_EQ(plan.failures.size(), numbers ? 2U : 1U);
+        EXPECT_EQ(plan.failures[0].source, place("/x/b.jpg"));
+        EXPECT_EQ(plan.failures[0].message, (SystemError{EILSEQ, place("/out/b_framed.jpg")}.description()));
+        EXPECT_EQ(plan.skipped, rule == CollisionRule::skip ? 1 : 0);
+        EXPECT_EQ(destinations(plan).front(), "/out/a_framed.jpg");
+    }
+}
+
+TEST(ExportPlanner, heedsAStopWhileItNumbers)
+{
+    std::stop_source stop;
+    ExportPlanner planner;
+    int questions = 0;
+    planner.checkWritable = [](const FileUrl&) {};
+    planner.fileExists = [&](const FileUrl&) {
+        if (++questions == 100)
+            stop.request_stop();
+        return questions < 10'000; // Enough to fail, not to run for ever.
+    };
+    std::vector<ImportedPhoto> photos(1);
+    photos[0].url = place("/x/a.jpg");
+    EXPECT_THROW((void)planner.plan(photos, into("/out"), {}, RecipeScope::batch, {}, {}, stop.get_token()), Cancelled);
+}
+
+TEST(ExportPlanner, neverGivesTwoPhotosOneFile)
+{
+    const auto replace = CollisionRule::replace;
+    const struct {
+        const char* name;
+        Paths sources;
+        FakeDisk disk;
+        Paths expected;
+    } rows[] = {
+        {"bytes count", {"/a/I.jpg", "/b/i.jpg"}, {}, {"/out/I_framed.jpg", "/out/i_framed.jpg"}},
+        {"case", {"/a/I.jpg", "/b/i.jpg"}, {.folds = true}, {"/out/I_framed.jpg", "/out/i_framed 2.jpg"}},
+        {"case of numbers",
+         {"/a/I.jpg", "/b/i.jpg", "/c/I.jpg"},
+         {.folds = true},
+         {"/out/I_framed.jpg", "/out/i_framed 2.jpg", "/out/I_framed 3.jpg"}},
+        {"accents",
+         {"/a/\u00e9.jpg", "/b/E\u0301.jpg"},
+         {.folds = true},
+         {"/out/\u00e9_framed.jpg", "/out/E\u0301_framed 2.jpg"}},
+        {"dotless i",
+         {"/a/\u0131.jpg", "/b/I.jpg"},
+         {.folds = true},
+         {"/out/\u0131_framed.jpg", "/out/I_framed 2.jpg"}},
+        {"one file under two names",
+         {"/a/long.jpg", "/b/lo~1.jpg"},
+         {.existing = {place("/out/long_framed.jpg"), place("/out/lo~1_framed.jpg")},
+          .numbers = {{place("/out/long_framed.jpg"), {1, 5}}, {place("/out/lo~1_framed.jpg"), {1, 5}}}},
+         {"! /out/long_framed.jpg", "/out/lo~1_framed 2.jpg"}},
+        {"two files",
+         {"/a/a.jpg", "/b/b.jpg"},
+         {.existing = {place("/out/a_framed.jpg"), place("/out/b_framed.jpg")},
+          .numbers = {{place("/out/a_framed.jpg"), {1, 5}}, {place("/out/b_framed.jpg"), {1, 6}}}},
+         {"! /out/a_framed.jpg", "! /out/b_framed.jpg"}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        FakeDisk disk = row.disk;
+        EXPECT_EQ(destinations(disk.plan(row.sources, into("/out", replace))), row.expected);
+    }
+    // One folder by two ways.
+    FakeDisk linked{.numbers = {{place("/p/Framed"), {1, 9}}, {place("/link/Framed"), {1, 9}}}};
+    EXPECT_EQ(destinations(linked.plan({"/p/a.jpg", "/link/a.jpg"}, besideEach("Framed"))),
+              (Paths{"/p/Framed/a_framed.jpg", "/link/Framed/a_framed 2.jpg"}));
 }
 
 TEST(ExportPlanner, knowsAFileByAnyOfItsNames)
@@ -258,6 +345,8 @@ TEST(ExportPlanner, worksOnARealDisk)
     EXPECT_TRUE(ExportPlanner::exists(deep));
     EXPECT_TRUE(ExportPlanner::exists(dangling));
     EXPECT_FALSE(ExportPlanner::exists(file.appending("inside")));
+    EXPECT_EQ(test::errnoOf([&] { return ExportPlanner::exists(folder.file(QByteArray(300, 'n'))); }), ENAMETOOLONG);
+    EXPECT_TRUE(ExportPlanner::mayFoldNames(place("/proc"))); // Nobody vouches for it.
 
     const auto creating = [](const FileUrl& url) {
         return test::errnoOf([&] { ExportPlanner::createDirectories(url); });
@@ -272,11 +361,14 @@ TEST(ExportPlanner, worksOnARealDisk)
     EXPECT_EQ(creating(folder.file(QByteArray(300, 'n'))), ENAMETOOLONG);
     EXPECT_EQ(checking(file), ENOTDIR);
     EXPECT_EQ(checking(folder.file("missing")), 0);
+    EXPECT_EQ(checking(file.appending("inside")), ENOTDIR);
+    EXPECT_EQ(checking(dangling), ENOENT);
     EXPECT_EQ(checking(FileUrl::fromPath(QByteArray("/proc/self/fdinfo"))), ::geteuid() == 0 ? 0 : EACCES);
     test::setMode(deep, 0555);
     {
         const test::OrdinaryUser user(folder.url());
         EXPECT_EQ(creating(deep.appending("inside")), EACCES);
+        EXPECT_EQ(checking(deep.appending("inside")), EACCES);
     }
     // The temporary folder's own clearing passes over names that are not UTF-8.
     std::filesystem::remove_all(folder.file("one").path().toStdString());

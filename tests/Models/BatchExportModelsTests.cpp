@@ -103,11 +103,11 @@ TEST(BatchCollisionResolver, followsTheRule)
     // What comes of "a" where some names exist and others are reserved: "+" that it replaces, "" that it is skipped.
     using Places = std::set<FileUrl>;
     const auto chosen = [](CollisionRule rule, const Places& existing, const Places& taken) {
-        ReservedDestinations reserved{.urls = {taken.begin(), taken.end()}, .nextNumbers = {}};
+        ReservedDestinations reserved{.keys = {taken.begin(), taken.end()}};
         const auto exists = [&](const FileUrl& url) { return existing.contains(url); };
         const auto result = BatchCollisionResolver::destination(place("a"), rule, reserved, exists);
-        EXPECT_EQ(reserved.urls.size(), taken.size() + (result ? 1 : 0));
-        EXPECT_TRUE(!result || reserved.urls.contains(result->url));
+        EXPECT_EQ(reserved.keys.size(), taken.size() + (result ? 1 : 0));
+        EXPECT_TRUE(!result || reserved.contains(result->url));
         return result ? result->url.stem() + (result->replaceExisting ? "+" : "") : QByteArray();
     };
     const FileUrl a = place("a");
@@ -160,7 +160,7 @@ TEST(BatchCollisionResolver, asksForEachNumberOnce)
     ReservedDestinations reserved;
     for (int i = 0; i < 2000; ++i)
         (void)BatchCollisionResolver::destination(place("a"), CollisionRule::appendNumber, reserved, exists);
-    EXPECT_TRUE(reserved.urls.contains(place("a 2500")));
+    EXPECT_TRUE(reserved.contains(place("a 2500")));
     EXPECT_LE(questions, 2000 + 2500); // Each photo asks for its own name, and for no number twice.
 }
 

@@ -135,6 +135,30 @@ TEST(ExportSession, plansInTheBackgroundUnlessCancelled)
     EXPECT_FALSE(session.isPlanning());
 }
 
+TEST(ExportSession, endsPlanningThatWouldNeverEnd)
+{
+    ExportPlanner planner;
+    std::atomic<bool> isAsking = false;
+    planner.checkWritable = [](const FileUrl&) {};
+    planner.fileExists = [&isAsking](const FileUrl&) {
+        isAsking = true;
+        return true;
+    };
+    ExportRequest request;
+    request.photos.push_back(test::photoAt(test::photoUrl("a.jpg")));
+    request.configuration.chosenFolder = FileUrl::fromPath(QByteArray("/out"));
+    const int before = WorkQueue::threadsLeftBehind();
+    for (const bool cancels : {true, false}) {
+        isAsking = false;
+        ExportSession session({}, planner);
+        session.planAndStart(request);
+        ASSERT_TRUE(test::waitUntil([&] { return isAsking.load(); }));
+        if (cancels)
+            session.cancel();
+    }
+    EXPECT_EQ(WorkQueue::threadsLeftBehind(), before);
+}
+
 TEST(ExportSession, triesFailedPhotosAgainWithoutTouchingWhatItHasWritten)
 {
     const struct {

@@ -51,7 +51,7 @@ QString statement(int errorNumber)
     case EISDIR:
         return QStringLiteral("is a folder, not a file.");
     case ENOTDIR:
-        return QStringLiteral("could not be found because a part of its path is not a folder.");
+        return QStringLiteral("is not a folder, or lies below something that is not one.");
     case ENOTEMPTY:
         return QStringLiteral("is a folder that is not empty.");
     case EEXIST:

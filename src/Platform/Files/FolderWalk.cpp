@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -50,8 +51,10 @@ EntryKind kindOf(const dirent& entry, int folderDescriptor)
 FileKind fileKind(const FileUrl& url)
 {
     struct stat status {};
-    if (!url.hasFileSystemRepresentation() || ::stat(url.path().constData(), &status) != 0)
+    if (!url.hasFileSystemRepresentation())
         return FileKind::missing;
+    if (::stat(url.path().constData(), &status) != 0)
+        return errno == ENOENT || errno == ENOTDIR ? FileKind::missing : FileKind::unknown;
     return S_ISDIR(status.st_mode) ? FileKind::folder : FileKind::file;
 }
 

@@ -7,8 +7,8 @@
 
 namespace ferrow {
 
-/// What stands at a path, following links.
-enum class FileKind { missing, file, folder };
+/// What stands at a path, following links; unknown where the system does not say.
+enum class FileKind { missing, file, folder, unknown };
 [[nodiscard]] FileKind fileKind(const FileUrl& url);
 
 /// Calls `visit` for everything below `folder` that is not itself a folder to be entered: hidden names (a leading dot)
