@@ -97,6 +97,38 @@ TextAlignment textAlignment(CaptionAlignment alignment)
     return TextAlignment::right;
 }
 
+/// A caption on its way to the canvas. Rows count from the top.
+struct PlacedCaption {
+    TextFrame frame;
+    double fontSize = 1;
+    QRectF box;  ///< Of the text.
+    QRectF clip; ///< Beyond it nothing of the text is seen.
+};
+
+/// Absent where there is no room at all.
+std::optional<PlacedCaption> placeCaption(const QString& text, const RenderLayout& layout, const RenderRecipe& recipe,
+                                          double scale)
+{
+    const double fontSize = std::max(recipe.captionFontSize * scale, 1.0);
+    TextStyle style = captionFont(recipe.captionFont, fontSize);
+    style.alignment = textAlignment(recipe.captionAlignment);
+    style.lineSpacing = std::max(recipe.captionLineSpacing * scale, 0.0);
+
+    const QRectF area =
+        captionArea(recipe.captionPosition, layout.imageRect, layout.canvasRect(),
+                    std::max(recipe.captionPadding * scale, 0.0), std::max(recipe.captionVerticalPadding * scale, 0.0));
+    if (area.width() <= 0 || area.height() <= 0)
+        return std::nullopt;
+
+    TextFrame frame(text, style);
+    const double width = wrappingWidth(recipe.captionPosition, area.width(), fontSize);
+    const QSizeF suggested = frame.suggestedSize({width, area.height()});
+    const QSizeF boxSize(std::min(std::max(std::ceil(suggested.width()), fontSize), area.width()),
+                         std::min(std::max(std::ceil(suggested.height()), 1.2 * fontSize), area.height()));
+    const QRectF box = fromTop(anchoredRect(boxSize, area, recipe.captionPosition), layout);
+    return PlacedCaption{std::move(frame), fontSize, box, fromTop(area, layout)};
+}
+
 double scaleOf(PixelSize picture, PixelSize original)
 {
     return std::min(double(picture.width) / double(original.width), double(picture.height) / double(original.height));
@@ -203,26 +235,13 @@ std::vector<Engine::Overlay> drawLogo(const Bitmap& logo, const RenderLayout& la
 std::vector<Engine::Overlay> drawCaption(const QString& text, const RenderLayout& layout, const RenderRecipe& recipe,
                                          double scale)
 {
-    const double fontSize = std::max(recipe.captionFontSize * scale, 1.0);
-    TextStyle style = captionFont(recipe.captionFont, fontSize);
-    style.alignment = textAlignment(recipe.captionAlignment);
-    style.lineSpacing = std::max(recipe.captionLineSpacing * scale, 0.0);
-
-    const QRectF area =
-        captionArea(recipe.captionPosition, layout.imageRect, layout.canvasRect(),
-                    std::max(recipe.captionPadding * scale, 0.0), std::max(recipe.captionVerticalPadding * scale, 0.0));
     RGBAColor color = recipe.captionColor;
     color.alpha = std::clamp(recipe.captionOpacity, 0.0, 1.0);
-    if (area.width() <= 0 || area.height() <= 0 || color.alpha <= 0)
+    const std::optional<PlacedCaption> placed =
+        color.alpha > 0 ? placeCaption(text, layout, recipe, scale) : std::nullopt;
+    if (!placed)
         return {};
-
-    const TextFrame frame(text, style);
-    const double width = wrappingWidth(recipe.captionPosition, area.width(), fontSize);
-    const QSizeF suggested = frame.suggestedSize({width, area.height()});
-    const QSizeF boxSize(std::min(std::max(std::ceil(suggested.width()), fontSize), area.width()),
-                         std::min(std::max(std::ceil(suggested.height()), 1.2 * fontSize), area.height()));
-    const QRectF box = fromTop(anchoredRect(boxSize, area, recipe.captionPosition), layout);
-    const QRectF clip = fromTop(area, layout);
+    const auto& [frame, fontSize, box, clip] = *placed;
 
     const int overhang = int(std::ceil(std::min(glyphOverhang * fontSize, widestGap(box, clip))));
     std::vector<Engine::Overlay> overlays;
@@ -235,6 +254,22 @@ std::vector<Engine::Overlay> drawCaption(const QString& text, const RenderLayout
     }
     overlays.push_back(clipped(textOverlay(frame, box, overhang, color), clip));
     return overlays;
+}
+
+TextCut captionCut(PixelSize pixelSize, const RenderRecipe& recipe, const PhotoMetadata& metadata)
+try {
+    if (!recipe.captionEnabled || !(recipe.captionOpacity > 0))
+        return {};
+    const QString text = MetadataTemplateExpander::expand(recipe.captionTemplate(), metadata);
+    if (text.isEmpty())
+        return {};
+    validateRenderBounds(pixelSize, recipe, 1.0);
+    const auto placed = placeCaption(text, RenderLayout::calculate(pixelSize, recipe, 1.0), recipe, 1.0);
+    if (!placed)
+        return {text.simplified(), false};
+    return placed->frame.cutIn(placed->box.size(), placed->clip.translated(-placed->box.topLeft()));
+} catch (const ImagePipelineError&) {
+    return {}; // It is not framed at all, which is said elsewhere.
 }
 
 Engine::Composition composition(const RenderLayout& layout, const RenderRecipe& recipe, const PhotoMetadata& metadata,

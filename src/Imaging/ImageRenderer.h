@@ -26,6 +26,10 @@ namespace ferrow::ImageRenderer {
 [[nodiscard]] std::vector<Engine::Overlay> drawCaption(const QString& text, const RenderLayout& layout,
                                                        const RenderRecipe& recipe, double scale);
 
+/// What an export of a photo of `pixelSize` cuts off its caption; nothing where it draws none, or can't be drawn at
+/// all. Some milliseconds at most.
+[[nodiscard]] TextCut captionCut(PixelSize pixelSize, const RenderRecipe& recipe, const PhotoMetadata& metadata);
+
 /// Everything an export or a preview draws, as values. `logo` may be null. The photo lies where the layout has it,
 /// rounded to whole pixels. Throws Cancelled.
 [[nodiscard]] Engine::Composition composition(const RenderLayout& layout, const RenderRecipe& recipe,

@@ -2,6 +2,7 @@
 #include "Session/ExportFindings.h"
 
 #include "Export/ExportPlanner.h"
+#include "Imaging/ImageRenderer.h"
 #include "Imaging/RenderLayout.h"
 #include "Metadata/MetadataTemplateExpander.h"
 #include "Models/ErrorTexts.h"
@@ -265,6 +266,7 @@ void checkCaptions(const ExportRequest& request, const std::stop_token& stop, Fi
     };
     std::unordered_map<const RenderRecipe*, Caption> captions;
     std::vector<FileUrl> empty;
+    std::vector<FileUrl> cut;
     std::map<MetadataToken, std::vector<FileUrl>> missing;
     for (const ImportedPhoto& photo : request.photos) {
         throwIfCancelled(stop);
@@ -281,6 +283,8 @@ void checkCaptions(const ExportRequest& request, const std::stop_token& stop, Fi
             empty.push_back(photo.id());
             continue;
         }
+        if (ImageRenderer::captionCut(photo.pixelSize, recipe, photo.metadata).isCut())
+            cut.push_back(photo.id());
         for (const MetadataToken token : caption.tokens)
             if (MetadataTemplateExpander::tokenValue(token, photo.metadata).value_or(QString()).trimmed().isEmpty())
                 missing[token].push_back(photo.id());
@@ -292,6 +296,13 @@ void checkCaptions(const ExportRequest& request, const std::stop_token& stop, Fi
              empty.size() == 1 ? QStringLiteral("It is framed without one.")
                                : QStringLiteral("They are framed without one."),
              empty});
+    if (!cut.empty())
+        findings.push_back({Severity::warning,
+                            photosThat(cut.size(), QStringLiteral("has a caption that doesn’t fit"),
+                                       QStringLiteral("have captions that don’t fit")),
+                            cut.size() == 1 ? QStringLiteral("A part of it is cut off.")
+                                            : QStringLiteral("A part of each is cut off."),
+                            cut});
     for (const auto& [token, photos] : missing)
         findings.push_back({Severity::warning,
                             photosThat(photos.size(), QStringLiteral("has no %1"), QStringLiteral("have no %1"))

@@ -151,6 +151,16 @@ QString captionSummary(const RenderRecipe& recipe, const PhotoMetadata* metadata
     return names.simplified();
 }
 
+QString captionCutNote(const TextCut& cut)
+{
+    constexpr qsizetype longest = 80;
+    if (cut.leftOut.isEmpty())
+        return cut.cutsLetters ? QStringLiteral("Doesn’t fit: letters are cut off.") : QString();
+    const QString leftOut =
+        cut.leftOut.size() <= longest ? cut.leftOut : cut.leftOut.left(longest) + QStringLiteral("…");
+    return QStringLiteral("Doesn’t fit: “%1” is left out.").arg(leftOut);
+}
+
 QString logoSummary(const RenderRecipe& recipe)
 {
     return recipe.logo ? recipe.logo->asset.displayName : QString();

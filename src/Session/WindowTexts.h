@@ -3,6 +3,7 @@
 
 #include "Models/PhotoMetadata.h"
 #include "Models/RenderRecipe.h"
+#include "Platform/Text/TextFrame.h"
 #include "Session/PhotoSession.h"
 #include "Shared/UserFacingError.h"
 
@@ -48,6 +49,8 @@ namespace ferrow::WindowTexts {
 [[nodiscard]] QString borderSummary(const RenderRecipe& recipe);
 /// The caption as it reads for a photo, in one line; the names of its parts where there is no photo.
 [[nodiscard]] QString captionSummary(const RenderRecipe& recipe, const PhotoMetadata* metadata);
+/// What is lost of a caption; empty for nothing.
+[[nodiscard]] QString captionCutNote(const TextCut& cut);
 [[nodiscard]] QString logoSummary(const RenderRecipe& recipe);
 /// "JPEG · Preserve source profile".
 [[nodiscard]] QString outputSummary(const ExportSettings& settings, const RenderRecipe& recipe);

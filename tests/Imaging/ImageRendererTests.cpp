@@ -3,6 +3,8 @@
 
 #include "Support/Pictures.h"
 
+#include <limits>
+
 namespace ferrow {
 
 namespace {
@@ -86,6 +88,24 @@ TEST(ImageRenderer, leavesOutWhatHasNoRoomOrIsSwitchedOff)
     EXPECT_FALSE(hasInk([](RenderRecipe& recipe) { recipe.captionEnabled = false; }));
     // Nothing but separators is left of it.
     EXPECT_FALSE(hasInk([](RenderRecipe& recipe) { recipe.setCaptionTemplate(QStringLiteral("{lens} · {iso}")); }));
+}
+
+TEST(ImageRenderer, tellsWhatAnExportCutsOffACaption)
+{
+    RenderRecipe recipe;
+    recipe.setCaptionTemplate(QStringLiteral("Hamburg, in March"));
+    const auto cut = [&](PixelSize size) { return ImageRenderer::captionCut(size, recipe, {}); };
+    EXPECT_FALSE(cut({6000, 4000}).isCut());
+    EXPECT_TRUE(cut({40, 400}).leftOut.endsWith(QStringLiteral("March")));
+    recipe.borderWidth = 40;
+    EXPECT_EQ(cut({6000, 4000}), (TextCut{{}, true}));
+    recipe.captionVerticalPadding = 40; // No room at all.
+    EXPECT_EQ(cut({6000, 4000}), (TextCut{QStringLiteral("Hamburg, in March"), false}));
+    recipe.captionOpacity = 0;
+    EXPECT_FALSE(cut({6000, 4000}).isCut());
+    recipe.captionOpacity = 1;
+    recipe.borderWidth = std::numeric_limits<double>::infinity();
+    EXPECT_FALSE(cut({6000, 4000}).isCut());
 }
 
 TEST(ImageRenderer, logosLieInTheirBoxUnderTheCaption)

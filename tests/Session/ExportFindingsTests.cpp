@@ -120,6 +120,12 @@ TEST(ExportFindings, namesEachCauseOnce)
              s.request.batchRecipe.setCaptionTemplate(QStringLiteral("{artist}"));
              s.request.photos[1].metadata.artist = QStringLiteral("x");
          }},
+        {"1 photo has a caption that doesn’t fit", Severity::warning, 1, "cut off",
+         [](auto& s) {
+             s.request.photos[1].pixelSize = {40, 400};
+         }},
+        {"3 photos have captions that don’t fit", Severity::warning, 3, "cut off",
+         [](auto& s) { s.request.batchRecipe.borderWidth = 30; }},
         {"The logo can’t be drawn", Severity::error, 3, "", [](auto& s) { s.request.batchRecipe.logo.emplace(); }},
         {"1 photo can’t be framed like this", Severity::warning, 1, "",
          [](auto& s) {

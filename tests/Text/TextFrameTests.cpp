@@ -47,6 +47,41 @@ TEST(TextFrame, leavesOutLinesThatDoNotFitButNeverTheFirst)
     EXPECT_GT(bottomIn(two), int(one));
 }
 
+TEST(TextFrame, saysWhatABoxCutsOff)
+{
+    const TextStyle style = styleFor("Helvetica Neue");
+    const double height = sizeOf(u"H"_s, style).height();
+    const double advance = advanceOf(style);
+    const double word = sizeOf(u"Hamburg"_s, style).width();
+    const QString words = u"Hamburg Hamburg\nend"_s;
+    const struct {
+        const char* name;
+        QString text;
+        QSizeF box;
+        QRectF visible; ///< The box itself where it is null.
+        TextCut cut;
+    } rows[] = {
+        {"whole", words, {word + 1, height + 2 * advance}, {}, {}},
+        {"a wrapped line", words, {word + 1, height + advance}, {}, {u"end"_s, false}},
+        {"two lines", words, {word + 1, height}, {}, {u"Hamburg end"_s, false}},
+        {"nothing but line feeds", u"Hamburg\n \n"_s, {word + 1, height}, {}, {}},
+        {"a part of a word", u"HHHH"_s, {sizeOf(u"HH"_s, style).width() + 1, height}, {}, {u"HH"_s, false}},
+        {"upper half", u"Hamburg"_s, {word + 1, height / 2}, {}, {{}, true}},
+        {"room for descenders alone", u"HAH"_s, {word, height}, {0, 0, word, height - 3}, {}},
+        {"descenders", u"Hag"_s, {word, height}, {0, 0, word, height - 8}, {{}, true}},
+        {"both", words, {word + 1, height / 2}, {}, {u"Hamburg end"_s, true}},
+        {"emoji", u"👍"_s, {word, height / 2}, {}, {{}, true}},
+        {"whole emoji", u"👍"_s, {word, 2 * height}, {}, {}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const TextCut cut =
+            TextFrame(row.text, style).cutIn(row.box, row.visible.isNull() ? QRectF({}, row.box) : row.visible);
+        EXPECT_EQ(cut.leftOut, row.cut.leftOut);
+        EXPECT_EQ(cut.cutsLetters, row.cut.cutsLetters);
+    }
+}
+
 TEST(TextFrame, breaksAlikeInTheBoxItSuggested)
 {
     std::mt19937 random(11);

@@ -63,9 +63,12 @@ TEST(PositionScene, warnsOfBordersThatHoldNoCaption)
     };
     ImportedPhoto photo;
     photo.pixelSize = {600, 400};
+    RenderRecipe recipe;
+    recipe.setCaptionTemplate(QStringLiteral("So many words that they need a third line in a border that has two"));
+    EXPECT_FALSE(borderWarning(PlacedElement::caption, recipe, &photo).isEmpty());
+    recipe.setCaptionTemplate(QStringLiteral("Hamburg"));
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        RenderRecipe recipe;
         recipe.borderUnit = row.unit;
         recipe.borderWidth = row.width;
         recipe.captionPosition = row.position;

@@ -28,7 +28,8 @@ CaptionBuilder::CaptionBuilder(QWidget* parent)
     column->addWidget(makeLabel(QStringLiteral("Reads as"), TextRole::small, &ThemeColors::text2, this));
     column->addSpacing(Space::rowGap);
     column->addWidget(reading_);
-    column->addWidget(makeNote());
+    column->addWidget(makeNote(cut_, QStringLiteral("captionCutNote")));
+    column->addWidget(makeNote(missing_, QStringLiteral("missingTokensNote")));
     connectWell();
     read({});
 }
@@ -56,16 +57,23 @@ void CaptionBuilder::buildPalette()
         QStringLiteral("addSeparatorButton"), QStringLiteral("Add separator"));
 }
 
-QWidget* CaptionBuilder::makeNote()
+QWidget* CaptionBuilder::makeNote(MessageLine*& line, const QString& objectName)
 {
-    note_ = new QWidget(this);
-    auto* column = new QVBoxLayout(note_);
+    auto* note = new QWidget(this);
+    auto* column = new QVBoxLayout(note);
     column->setContentsMargins(0, Space::group, 0, 0);
-    missing_ = new MessageLine(Severity::warning, QString());
-    missing_->setObjectName(QStringLiteral("missingTokensNote"));
-    missing_->setRole(TextRole::small);
-    column->addWidget(missing_);
-    return note_;
+    line = new MessageLine(Severity::warning, QString());
+    line->setObjectName(objectName);
+    line->setRole(TextRole::small);
+    column->addWidget(line);
+    note->hide();
+    return note;
+}
+
+void CaptionBuilder::showNote(MessageLine* line, const QString& text)
+{
+    line->setMessage(Severity::warning, text);
+    line->parentWidget()->setVisible(!text.isEmpty());
 }
 
 void CaptionBuilder::connectWell()
@@ -113,6 +121,12 @@ void CaptionBuilder::setMetadata(const std::optional<PhotoMetadata>& metadata)
     read(read_);
 }
 
+void CaptionBuilder::setCutNote(const QString& text)
+{
+    if (text != cut_->text())
+        showNote(cut_, text);
+}
+
 const std::vector<CaptionSegment>& CaptionBuilder::segments() const
 {
     return well_->segments();
@@ -150,8 +164,7 @@ void CaptionBuilder::read(const std::vector<CaptionSegment>& segments)
                 reading.isHint ? &ThemeColors::text2 : &ThemeColors::text);
     const QString note =
         metadata_ ? CaptionChips::missingNote(CaptionChips::missingTokens(read_, *metadata_)) : QString();
-    missing_->setMessage(Severity::warning, note);
-    note_->setVisible(!note.isEmpty());
+    showNote(missing_, note);
 }
 
 } // namespace ferrow

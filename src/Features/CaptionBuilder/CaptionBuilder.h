@@ -28,6 +28,8 @@ public:
     void setSegments(const std::vector<CaptionSegment>& segments);
     /// Of the selected photo; absent where none is selected.
     void setMetadata(const std::optional<PhotoMetadata>& metadata);
+    /// What is lost of the caption on the shown photo; empty for nothing.
+    void setCutNote(const QString& text);
     /// Without what is being typed or dragged.
     const std::vector<CaptionSegment>& segments() const;
 
@@ -44,7 +46,8 @@ protected:
 
 private:
     void buildPalette();
-    QWidget* makeNote();
+    QWidget* makeNote(MessageLine*& line, const QString& objectName);
+    static void showNote(MessageLine* line, const QString& text);
     void connectWell();
     void fitPalette();
     void read(const std::vector<CaptionSegment>& segments);
@@ -53,7 +56,7 @@ private:
     QWidget* palette_ = nullptr;
     std::vector<PaletteButton*> buttons_;
     QLabel* reading_ = nullptr;
-    QWidget* note_ = nullptr;
+    MessageLine* cut_ = nullptr;
     MessageLine* missing_ = nullptr;
     std::optional<PhotoMetadata> metadata_;
     std::vector<CaptionSegment> read_; ///< What the line below the chips is about.

@@ -7,6 +7,7 @@
 #include "Features/Inspector/InspectorRows.h"
 #include "Features/Inspector/PositionButton.h"
 #include "Features/Inspector/PositionPopover.h"
+#include "Imaging/ImageRenderer.h"
 #include "Session/WindowTexts.h"
 #include "Widgets/ColorWell.h"
 #include "Widgets/FormRow.h"
@@ -180,6 +181,9 @@ void CaptionSection::refresh()
 
     builder_->setMetadata(photo ? std::optional(photo->metadata) : std::nullopt);
     builder_->setSegments(recipe.captionSegments);
+    builder_->setCutNote(
+        photo ? WindowTexts::captionCutNote(ImageRenderer::captionCut(photo->pixelSize, recipe, photo->metadata))
+              : QString());
     font_->setCurrentIndex(int(recipe.captionFont));
     size_->setValue(recipe.captionFontSize);
     color_->setColor(recipe.captionColor);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Features/Inspector/PositionScene.h"
 
-#include "Metadata/MetadataTemplateExpander.h"
+#include "Imaging/ImageRenderer.h"
 
 #include <algorithm>
 #include <cmath>
@@ -23,14 +23,6 @@ std::optional<double> borderThickness(const RenderRecipe& recipe, const Imported
     return std::max(recipe.borderWidth, 0.0);
 }
 
-double captionHeight(const RenderRecipe& recipe, const ImportedPhoto* photo)
-{
-    double lines = 1;
-    if (photo)
-        lines += double(MetadataTemplateExpander::expand(recipe.captionTemplate(), photo->metadata).count(u'\n'));
-    return lines * lineHeight * recipe.captionFontSize + (lines - 1) * std::max(recipe.captionLineSpacing, 0.0);
-}
-
 } // namespace
 
 QString borderWarning(PlacedElement element, const RenderRecipe& recipe, const ImportedPhoto* photo)
@@ -40,7 +32,9 @@ QString borderWarning(PlacedElement element, const RenderRecipe& recipe, const I
         return {};
     if (element == PlacedElement::caption) {
         const double room = *thickness - std::max(recipe.captionVerticalPadding, 0.0);
-        const bool fits = !isInBorder(recipe.captionPosition) || room >= captionHeight(recipe, photo);
+        const bool fits = !isInBorder(recipe.captionPosition) ||
+                          (photo ? !ImageRenderer::captionCut(photo->pixelSize, recipe, photo->metadata).isCut()
+                                 : room >= lineHeight * recipe.captionFontSize);
         return fits ? QString() : QStringLiteral("The border is too thin for the caption.");
     }
     const bool isAffected = recipe.logo && isInBorder(recipe.logo->position);

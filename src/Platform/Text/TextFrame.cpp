@@ -135,6 +135,22 @@ void fade(Bitmap& bitmap, double alpha)
     }
 }
 
+/// How far beyond what is visible letters are looked for. A stroke that is cut goes on right behind the edge.
+constexpr int cutMargin = 48;
+/// A pixel of less is the soft edge of one inside.
+constexpr unsigned visibleInk = 64;
+
+bool hasInkOutside(const Bitmap& bitmap, const QRect& visible)
+{
+    for (std::int64_t y = 0; y < bitmap.size().height; ++y) {
+        const std::byte* row = bitmap.row(y);
+        for (std::int64_t x = 0; x < bitmap.size().width; ++x)
+            if (std::to_integer<unsigned>(row[4 * x + 3]) >= visibleInk && !visible.contains(int(x), int(y)))
+                return true;
+    }
+    return false;
+}
+
 } // namespace
 
 struct TextFrame::Implementation {
@@ -190,6 +206,15 @@ struct TextFrame::Implementation {
             layout.endLayout();
         }
         return lines;
+    }
+
+    /// What comes behind that line, on one line.
+    [[nodiscard]] QString textBehind(const LineRange& line) const
+    {
+        QString rest = paragraphs[line.paragraph].text.mid(line.start + line.length);
+        for (std::size_t next = line.paragraph + 1; next < paragraphs.size(); ++next)
+            rest += u' ' + paragraphs[next].text;
+        return rest.simplified();
     }
 
     /// What the lines that layOut() hands out are to be scaled by.
@@ -275,6 +300,26 @@ QSizeF TextFrame::suggestedSize(const QSizeF& constraint) const
     while (width < constraint.width() && self.breakLines(width, most) != lines)
         width += self.pixelSize / 50;
     return {width, self.inkHeight + self.advance * (static_cast<double>(lines.size()) - 1)};
+}
+
+TextCut TextFrame::cutIn(const QSizeF& box, const QRectF& visible) const
+{
+    const Implementation& self = *implementation_;
+    const LineRanges lines = self.breakLines(box.width(), self.linesWithin(box.height()));
+    TextCut cut;
+    cut.leftOut = self.textBehind(lines.back());
+    // As the fonts have it, letters may stick out where none does: then they are drawn and looked at.
+    bool mayStickOut = false;
+    self.layOut(lines, box.width(), [&](const QTextLine& line, std::size_t index) {
+        const double baseline = self.ascent + self.advance * static_cast<double>(index);
+        mayStickOut = mayStickOut || line.naturalTextWidth() * self.lineScale() > visible.width() + 1 ||
+                      baseline - line.ascent() * self.lineScale() < visible.top() - tolerance ||
+                      baseline + line.descent() * self.lineScale() > visible.bottom() + tolerance;
+    });
+    if (mayStickOut)
+        cut.cutsLetters = hasInkOutside(drawn(box, {}, cutMargin, 0, 0, 0, 1),
+                                        visible.translated(cutMargin, cutMargin).toAlignedRect());
+    return cut;
 }
 
 Bitmap TextFrame::drawn(const QSizeF& box, QPointF offset, int margin, double red, double green, double blue,

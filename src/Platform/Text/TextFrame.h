@@ -4,6 +4,7 @@
 #include "Platform/Pixels/Bitmap.h"
 
 #include <QPointF>
+#include <QRectF>
 #include <QSizeF>
 #include <QString>
 #include <QStringList>
@@ -31,6 +32,15 @@ namespace FontFamilies {
 [[nodiscard]] QStringList chainFor(const QString& name);
 } // namespace FontFamilies
 
+/// What a box shows less of a text than the whole.
+struct TextCut {
+    QString leftOut;          ///< What stands in lines that are not drawn, on one line.
+    bool cutsLetters = false; ///< Of what is drawn, some letters are not whole.
+
+    [[nodiscard]] bool isCut() const { return cutsLetters || !leftOut.isEmpty(); }
+    bool operator==(const TextCut&) const = default;
+};
+
 /// A text broken into lines, measured and drawn. Needs a QGuiApplication (the offscreen platform will do); any thread.
 /// Fractional sizes and unhinted metrics, so that lines break alike at every scale. Line feeds of all kinds begin a new
 /// line; other control characters and white space at the end of a line are left out.
@@ -51,6 +61,10 @@ public:
     /// overhang the box; the box's left top corner lies `offset` (0…1 each way) inside pixel (margin, margin).
     [[nodiscard]] Bitmap drawn(const QSizeF& box, QPointF offset, int margin, double red, double green, double blue,
                                double alpha) const;
+
+    /// What drawn() with that box leaves out, and what is lost of it outside `visible`, in coordinates of the box.
+    /// Letters are looked at in pixels: only what would be seen counts.
+    [[nodiscard]] TextCut cutIn(const QSizeF& box, const QRectF& visible) const;
 
 private:
     struct Implementation;
