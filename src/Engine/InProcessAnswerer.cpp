@@ -238,8 +238,8 @@ void InProcessAnswerer::frame(const FrameRequest& request, const std::stop_token
         encoder->finish();
     } catch (const EncoderError&) {
         throw ImagePipelineError(ImagePipelineError::EncodingFailed{formatName});
-    } catch (const InputOutputError&) {
-        throw ImagePipelineError(ImagePipelineError::EncodingFailed{formatName});
+    } catch (const InputOutputError& error) {
+        throw ImagePipelineError(ImagePipelineError::OutputWriteFailed{formatName, SystemError{error.errorNumber, {}}});
     } catch (const std::bad_alloc&) {
         throw ImagePipelineError(ImagePipelineError::renderingFailed);
     }

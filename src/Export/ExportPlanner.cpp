@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Export/ExportPlanner.h"
 
-#include "Platform/Base/ByteText.h"
+#include "Export/VolumeNames.h"
 #include "Platform/Base/Cancellation.h"
 #include "Platform/Base/Localization.h"
 #include "Platform/Base/SystemErrors.h"
@@ -9,15 +9,10 @@
 #include "Shared/UserFacingError.h"
 
 #include <fcntl.h>
-#include <linux/fs.h>
-#include <linux/magic.h>
-#include <sys/ioctl.h>
 #include <sys/stat.h>
-#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <exception>
 #include <set>
@@ -49,23 +44,6 @@ FileUrl nearestExisting(FileUrl folder)
     return folder;
 }
 
-/// File systems whose names are bytes, unless a folder of theirs is marked otherwise.
-bool tellsNamesByBytes(std::uint32_t magic)
-{
-    constexpr std::array<std::uint32_t, 7> known{EXT4_SUPER_MAGIC,     BTRFS_SUPER_MAGIC, XFS_SUPER_MAGIC,
-                                                 F2FS_SUPER_MAGIC,     TMPFS_MAGIC,       RAMFS_MAGIC,
-                                                 OVERLAYFS_SUPER_MAGIC};
-    return std::ranges::find(known, magic) != known.end();
-}
-
-/// One text for all names that any volume may take for this one. Upper case first: some tables know no other, and for
-/// them the dotless i is an i.
-QByteArray foldedName(const QByteArray& name)
-{
-    const QString text = ByteText::decode(name).normalized(QString::NormalizationForm_D);
-    return ByteText::encode(text.toUpper().toCaseFolded().normalized(QString::NormalizationForm_C));
-}
-
 /// What tells places apart. A folder is known by its number, so that a way through links leads to the same one.
 class PlaceKeys {
 public:
@@ -78,7 +56,7 @@ public:
         if (isNew)
             entry->second = {keyOf(folder), planner_.foldsNames(folder)};
         const QByteArray name = place.lastPathComponentBytes();
-        return entry->second.key.appending(entry->second.folds ? foldedName(name) : name);
+        return entry->second.key.appending(entry->second.folds ? VolumeNames::folded(name) : name);
     }
 
 private:
@@ -157,7 +135,8 @@ private:
 /// The photos that leave to replace never covers.
 class Originals {
 public:
-    Originals(const ExportPlanner& planner, const std::vector<ImportedPhoto>& photos) : planner_(planner)
+    Originals(const ExportPlanner& planner, PlaceKeys& keys, const std::vector<ImportedPhoto>& photos)
+        : planner_(planner), keys_(keys)
     {
         for (const ImportedPhoto& photo : photos)
             places_.insert(photo.url.standardized());
@@ -173,11 +152,22 @@ public:
             return false;
         if (places_.contains(place))
             return true;
+        // Not every volume that folds case gives a file the same number under all its names.
+        if (const FileUrl key = keys_.of(place); keysOfPlaces().contains(key))
+            return key != keys_.of(own.standardized());
         const std::optional<FileNumber> number = planner_.fileNumber(place);
         return number && numbers().contains(*number) && number != planner_.fileNumber(own);
     }
 
 private:
+    const std::unordered_set<FileUrl>& keysOfPlaces()
+    {
+        if (keysOfPlaces_.empty())
+            for (const FileUrl& place : places_)
+                keysOfPlaces_.insert(keys_.of(place));
+        return keysOfPlaces_;
+    }
+
     const std::set<FileNumber>& numbers()
     {
         if (!numbers_) {
@@ -190,8 +180,11 @@ private:
     }
 
     const ExportPlanner& planner_;
+    PlaceKeys& keys_;
     std::unordered_set<FileUrl> places_;
-    std::optional<std::set<FileNumber>> numbers_; ///< Asked for late: few batches replace anything.
+    // Asked for late: few batches replace anything.
+    std::unordered_set<FileUrl> keysOfPlaces_;
+    std::optional<std::set<FileNumber>> numbers_;
 };
 
 BatchExportFailure failureOf(const ImportedPhoto& photo, const std::exception_ptr& error)
@@ -235,7 +228,7 @@ BatchExportPlan ExportPlanner::plan(const std::vector<ImportedPhoto>& photos,
         if (configuration.collisionRule == CollisionRule::replace)
             static_cast<void>(reserved.claimFile(place));
     }
-    Originals protectedOnes(*this, photos);
+    Originals protectedOnes(*this, keys, photos);
     std::unordered_set<FileUrl> folders;
     const QString extension = filenameExtension(settings.format);
     const auto isTaken = [&](const FileUrl& place) {
@@ -345,17 +338,7 @@ std::optional<FileNumber> ExportPlanner::numberOf(const FileUrl& url)
 
 bool ExportPlanner::mayFoldNames(const FileUrl& folder)
 {
-    const FileUrl existing = nearestExisting(folder);
-    struct statfs volume {};
-    if (::statfs(existing.path().constData(), &volume) != 0 || !tellsNamesByBytes(std::uint32_t(volume.f_type)))
-        return true;
-    const int descriptor = ::open(existing.path().constData(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC);
-    if (descriptor < 0)
-        return true;
-    int flags = 0;
-    const bool isMarked = ::ioctl(descriptor, FS_IOC_GETFLAGS, &flags) == 0 && (flags & FS_CASEFOLD_FL) != 0;
-    ::close(descriptor);
-    return isMarked;
+    return VolumeNames::mayFold(nearestExisting(folder));
 }
 
 } // namespace ferrow

@@ -51,8 +51,7 @@ struct ExportPlanner {
     [[nodiscard]] static bool exists(const FileUrl& url);
     static void checkFolderWritable(const FileUrl& folder);
     [[nodiscard]] static std::optional<FileNumber> numberOf(const FileUrl& url);
-    /// For a missing folder, what its nearest parent says. Only file systems that are known to tell names apart by
-    /// their bytes do: a number too many costs less than a photo.
+    /// VolumeNames::mayFold(); for a missing folder, what its nearest parent says.
     [[nodiscard]] static bool mayFoldNames(const FileUrl& folder);
 };
 

@@ -2,6 +2,7 @@
 #include "Export/ImageExporter.h"
 
 #include "Engine/Answerer.h"
+#include "Export/VolumeNames.h"
 #include "Imaging/ImageLoader.h"
 #include "Imaging/ImageRenderer.h"
 #include "Models/ErrorTexts.h"
@@ -14,6 +15,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstdlib>
 
@@ -51,11 +53,23 @@ bool exists(const FileUrl& url)
     return ::lstat(url.path().constData(), &state) == 0;
 }
 
+/// Whether `destination` may be `source` in other letters: not every volume that folds case gives a file the same
+/// number under all its names.
+bool mayBeFoldedName(const FileUrl& source, const FileUrl& destination)
+{
+    const FileUrl folder = destination.deletingLastPathComponent();
+    return VolumeNames::folded(source.lastPathComponentBytes()) ==
+               VolumeNames::folded(destination.lastPathComponentBytes()) &&
+           isSameFile(source.deletingLastPathComponent(), folder) && exists(destination) &&
+           VolumeNames::mayFold(folder);
+}
+
 void guardDestination(const FileUrl& source, const FileUrl& destination, bool replaceExisting)
 {
     if (!source.hasFileSystemRepresentation() || !destination.hasFileSystemRepresentation())
         throw ImagePipelineError(ImagePipelineError::OutputWriteFailed{});
-    if (resolved(source) == resolved(destination) || isSameFile(source, destination))
+    if (resolved(source) == resolved(destination) || isSameFile(source, destination) ||
+        mayBeFoldedName(source, destination))
         throw ImagePipelineError(ImagePipelineError::destinationIsSource);
     if (!replaceExisting && exists(destination))
         throw ImagePipelineError(ImagePipelineError::destinationExists);
@@ -79,34 +93,51 @@ double usableQuality(double quality)
     return std::isnan(quality) ? 0.0 : std::clamp(quality, 0.0, 1.0);
 }
 
-StagedFile stage(const FileUrl& destination, const ExportSettings& settings)
+/// The file that will be the output, with all that can go wrong with it before the photo is framed behind it. Throws
+/// SystemError.
+StagedFile stage(const FileUrl& destination, bool replaceExisting, const ExportSettings& settings)
 {
-    try {
-        return StagedFile::create(destination.deletingLastPathComponent(), filenameExtension(settings.format).toUtf8());
-    } catch (const SystemError&) {
-        throw ImagePipelineError(ImagePipelineError::EncodingFailed{rawValue(settings.format)});
-    }
+    StagedFile staged =
+        StagedFile::create(destination.deletingLastPathComponent(), filenameExtension(settings.format).toUtf8());
+    const QByteArray name = destination.lastPathComponentBytes();
+    staged.checkName(name);
+    if (replaceExisting && S_ISDIR(staged.takeModeOf(name)))
+        throw SystemError{EISDIR, destination};
+    return staged;
 }
 
-void flush(StagedFile& staged, const ExportSettings& settings)
+ImagePipelineError writeFailed(int errorNumber, const FileUrl& destination, const ExportSettings& settings)
 {
-    try {
-        staged.flushAndClose();
-    } catch (const SystemError&) {
-        throw ImagePipelineError(ImagePipelineError::EncodingFailed{rawValue(settings.format)});
-    }
+    return ImagePipelineError::OutputWriteFailed{rawValue(settings.format), SystemError{errorNumber, destination}};
 }
 
-void placeOutput(const StagedFile& staged, const FileUrl& destination, bool replaceExisting,
-                 const ExportSettings& settings)
+/// The engine writes to a descriptor: what failed there is told of the file that the user knows.
+void frame(const Engine::FrameRequest& request, const FileUrl& destination, const std::stop_token& stop)
+try {
+    Engine::answerer().frame(request, stop);
+} catch (ImagePipelineError& error) {
+    if (auto* failed = std::get_if<ImagePipelineError::OutputWriteFailed>(&error.value); failed && failed->reason)
+        failed->reason->file = destination;
+    throw;
+}
+
+void flush(StagedFile& staged, const FileUrl& destination, const ExportSettings& settings)
+try {
+    staged.flushAndClose();
+} catch (const SystemError& error) {
+    throw writeFailed(error.errorNumber, destination, settings);
+}
+
+void placeOutput(StagedFile& staged, const FileUrl& destination, bool replaceExisting, const ExportSettings& settings)
 {
-    switch (place(staged.url(), destination, replaceExisting)) {
+    int errorNumber = 0;
+    switch (staged.place(destination.lastPathComponentBytes(), replaceExisting, &errorNumber)) {
     case PlacementResult::placed:
         return;
     case PlacementResult::destinationExists:
         throw ImagePipelineError(ImagePipelineError::destinationExists);
     case PlacementResult::failed:
-        throw ImagePipelineError(ImagePipelineError::OutputWriteFailed{rawValue(settings.format)});
+        throw writeFailed(errorNumber, destination, settings);
     }
 }
 
@@ -129,13 +160,13 @@ void exportPhoto(const ImportedPhoto& photo, const RenderRecipe& recipe, const E
     request.quality = usableQuality(settings.quality);
     request.metadata = outputMetadata(photo.metadata);
 
-    StagedFile staged = stage(destination, settings);
+    StagedFile staged = stage(destination, replaceExisting, settings);
     request.outputDescriptor = staged.descriptor();
-    Engine::answerer().frame(request, stop);
+    frame(request, destination, stop);
     // Pixels of a file that somebody wrote to meanwhile may be of two minds.
     if (source.currentIdentity() != source.identity())
         throw ImagePipelineError(ImagePipelineError::decodingFailed);
-    flush(staged, settings);
+    flush(staged, destination, settings);
     placeOutput(staged, destination, replaceExisting, settings);
 }
 

@@ -128,12 +128,19 @@ QString ImagePipelineError::errorDescription() const
                     .arg(error.format);
             },
             [](const OutputWriteFailed& error) {
-                return QStringLiteral("The %1 image was created, but macOS could not write it to the selected "
-                                      "location. No output file was written.")
+                return QStringLiteral(
+                           "The %1 image was created, but it could not be written to the selected location. No "
+                           "output file was written.")
                     .arg(error.format);
             },
             [](Plain error) { return description(error); }},
         value);
+}
+
+std::optional<QString> ImagePipelineError::failureReason() const
+{
+    const auto* failed = std::get_if<OutputWriteFailed>(&value);
+    return failed && failed->reason ? std::optional(failed->reason->description()) : std::nullopt;
 }
 
 QString ImagePipelineError::recoverySuggestion() const
@@ -190,7 +197,9 @@ QString LogoAssetError::recoverySuggestion() const
 
 LocalizedErrorTexts localizedTexts(const ImagePipelineError& error)
 {
-    return texts(error.errorDescription(), error.recoverySuggestion());
+    LocalizedErrorTexts all = texts(error.errorDescription(), error.recoverySuggestion());
+    all.failureReason = error.failureReason();
+    return all;
 }
 
 LocalizedErrorTexts localizedTexts(const LogoAssetError& error)

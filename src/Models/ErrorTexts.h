@@ -3,6 +3,7 @@
 
 #include "Models/BatchExportModels.h"
 #include "Platform/Base/PixelSize.h"
+#include "Platform/Base/SystemErrors.h"
 
 #include <QString>
 
@@ -58,6 +59,7 @@ public:
     };
     struct OutputWriteFailed {
         QString format;
+        std::optional<SystemError> reason = std::nullopt; ///< The system's, where it gave one.
         bool operator==(const OutputWriteFailed&) const = default;
     };
     /// The cases without a value.
@@ -91,6 +93,7 @@ public:
     Case value;
 
     [[nodiscard]] QString errorDescription() const;
+    [[nodiscard]] std::optional<QString> failureReason() const;
     [[nodiscard]] QString recoverySuggestion() const;
 
     bool operator==(const ImagePipelineError&) const = default;

@@ -191,8 +191,16 @@ Inspected readInspected(ByteReader& reader)
 /// Only these are what an answer can be refused with; the rest is for the caller to find out.
 constexpr std::array plainRefusals{ImagePipelineError::unreadableFile, ImagePipelineError::malformedImage,
                                    ImagePipelineError::decodingFailed, ImagePipelineError::renderingFailed};
-enum class Refusal : std::uint8_t { plain, unsupportedType, unreasonableDimensions, mismatch, encodingFailed };
-constexpr Refusal lastRefusal = Refusal::encodingFailed;
+enum class Refusal : std::uint8_t {
+    plain,
+    unsupportedType,
+    unreasonableDimensions,
+    mismatch,
+    encodingFailed,
+    outputWriteFailed
+};
+constexpr Refusal lastRefusal = Refusal::outputWriteFailed;
+constexpr int largestErrorNumber = 4095; // MAX_ERRNO of the kernel.
 
 void write(ByteWriter& writer, const PhotoRefused& refused)
 {
@@ -210,6 +218,10 @@ void write(ByteWriter& writer, const PhotoRefused& refused)
     } else if (const auto* encoding = std::get_if<Error::EncodingFailed>(&refused.error.value)) {
         writer.enumerator(Refusal::encodingFailed);
         writer.text(encoding->format, maximumLabel);
+    } else if (const auto* writing = std::get_if<Error::OutputWriteFailed>(&refused.error.value)) {
+        writer.enumerator(Refusal::outputWriteFailed);
+        writer.text(writing->format, maximumLabel);
+        writer.number(std::int32_t(writing->reason ? writing->reason->errorNumber : 0));
     } else {
         const auto* plain = std::get_if<Error::Plain>(&refused.error.value);
         const auto found = std::ranges::find(plainRefusals, plain ? *plain : Error::decodingFailed);
@@ -245,6 +257,12 @@ ImagePipelineError readRefusal(ByteReader& reader)
     }
     case Refusal::encodingFailed:
         return Error::EncodingFailed{readLabel(reader)};
+    case Refusal::outputWriteFailed: {
+        Error::OutputWriteFailed failed{readLabel(reader)};
+        if (const auto number = reader.number<std::int32_t>(0, largestErrorNumber); number != 0)
+            failed.reason = SystemError{number, {}};
+        return failed;
+    }
     }
     return Error::decodingFailed;
 }

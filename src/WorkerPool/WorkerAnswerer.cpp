@@ -73,6 +73,11 @@ void throwRefusal(JobRun& job, const Worker::Answer& answer, const Engine::Frame
             throw NoAnswer{};
         encoding->format = rawValue(frame->format);
     }
+    if (auto* writing = std::get_if<Error::OutputWriteFailed>(&error.value)) {
+        if (!frame)
+            throw NoAnswer{};
+        writing->format = rawValue(frame->format);
+    }
     if (auto* mismatch = std::get_if<Error::FullResolutionMismatch>(&error.value))
         mismatch->expected = expected;
     job.accept();

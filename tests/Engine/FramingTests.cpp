@@ -127,7 +127,7 @@ TEST(Framing, heedsAStopAndReportsAFullDisk)
         SCOPED_TRACE(rawValue(format).toStdString());
         request.format = format;
         EXPECT_EQ(test::pipelineErrorOf([&] { InProcessAnswerer().frame(request, {}); }),
-                  Error(Error::EncodingFailed{rawValue(format)}).value);
+                  Error(Error::OutputWriteFailed{rawValue(format), SystemError{ENOSPC, {}}}).value);
     }
     ::close(request.outputDescriptor);
 }

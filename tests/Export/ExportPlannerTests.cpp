@@ -144,6 +144,7 @@ TEST(ExportPlanner, leaveToReplaceNeverCoversAnotherOriginal)
         std::vector<FileUrl> originals;
         std::map<FileUrl, FileNumber> numbers;
         Paths expected;
+        bool folds = false;
     } rows[] = {
         // Its own name is left to the exporter, which refuses it with the sentence for that.
         {"of the batch", {"/p/a.heic", "/p/a.jpg"}, {}, {}, {"/p/a 2.jpg", "! /p/a.jpg"}},
@@ -153,6 +154,8 @@ TEST(ExportPlanner, leaveToReplaceNeverCoversAnotherOriginal)
          {heic, place("/link/a.jpg")},
          {{jpeg, {1, 7}}, {place("/link/a.jpg"), {1, 7}}, {heic, {1, 8}}},
          {"/p/a 2.jpg"}},
+        {"in other letters", {"/p/a.heic"}, {heic, place("/p/A.JPG")}, {}, {"/p/a 2.jpg"}, true},
+        {"its own in other letters", {"/p/A.JPG"}, {}, {}, {"! /p/A.jpg"}, true},
         {"its own by another path",
          {"/link/a.jpg"},
          {},
@@ -164,7 +167,8 @@ TEST(ExportPlanner, leaveToReplaceNeverCoversAnotherOriginal)
     configuration.filenameTemplate = QStringLiteral("{filename}");
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        FakeDisk disk{.existing = {heic, jpeg}, .numbers = row.numbers, .originals = row.originals};
+        FakeDisk disk{.existing = {heic, jpeg, place("/p/A.jpg")}, .numbers = row.numbers, .folds = row.folds};
+        disk.originals = row.originals;
         EXPECT_EQ(destinations(disk.plan(row.sources, configuration)), row.expected);
     }
 }

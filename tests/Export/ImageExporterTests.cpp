@@ -83,6 +83,12 @@ protected:
         return test::pipelineErrorOf([&] { frame(photo, place, replace, settings); });
     }
 
+    [[nodiscard]] std::optional<SystemError> systemError(const ImportedPhoto& photo, const FileUrl& place,
+                                                         bool replace = false) const
+    {
+        return test::errorOf<SystemError>([&] { return frame(photo, place, replace), 0; });
+    }
+
     test::TemporaryFolder folder;
     FileUrl output = folder.file("out");
     FileUrl destination = output.appending("framed.jpg");
@@ -140,6 +146,7 @@ TEST_F(ImageExporterTest, replacesAsAWholeAndLeavesTheSourceAsItWas)
     test::setMode(source, 0440);
     const QByteArray before = stateOf(source);
     folder.write("out/framed.jpg", "old");
+    test::setMode(destination, 0604);
     const OpenedFile reader = OpenedFile::open(destination);
     frame(ImageLoader::load(source, 0), destination, true);
 
@@ -148,6 +155,9 @@ TEST_F(ImageExporterTest, replacesAsAWholeAndLeavesTheSourceAsItWas)
     EXPECT_EQ(reader.source().readAt(0, old), 3u);
     EXPECT_EQ(std::memcmp(old, "old", 3), 0);
     EXPECT_EQ(test::decoded(test::readFile(destination)).size(), (PixelSize{80, 60}));
+    struct stat replaced {};
+    EXPECT_EQ(::stat(destination.path().constData(), &replaced), 0);
+    EXPECT_EQ(replaced.st_mode & 07777, 0604u);
     EXPECT_EQ(stateOf(source), before);
     EXPECT_EQ(test::namesIn(output), QStringList{QStringLiteral("framed.jpg")});
 }
@@ -177,28 +187,29 @@ TEST_F(ImageExporterTest, leavesNothingBehindWhenItFails)
     EXPECT_THROW(ImageExporter::exportPhoto(photo, missingLogo, {}, destination, false, {}, folder.url()),
                  LogoAssetError);
 
-    EXPECT_EQ(failure(photo, folder.file("none/framed.jpg")),
-              Error(Error::EncodingFailed{QStringLiteral("JPEG")}).value);
-    ASSERT_EQ(::mkdir(output.appending("folder.jpg").path().constData(), 0777), 0);
-    EXPECT_EQ(failure(photo, output.appending("folder.jpg"), true),
-              Error(Error::OutputWriteFailed{QStringLiteral("JPEG")}).value);
+    meddler->before = [](const auto&) { ADD_FAILURE() << "framed for nothing"; };
+    const FileUrl none = folder.file("none");
+    EXPECT_EQ(systemError(photo, none.appending("framed.jpg")), (SystemError{ENOENT, none}));
+    const FileUrl inTheWay = output.appending("folder.jpg");
+    ASSERT_EQ(::mkdir(inTheWay.path().constData(), 0777), 0);
+    EXPECT_EQ(systemError(photo, inTheWay, true), (SystemError{EISDIR, inTheWay}));
     EXPECT_EQ(test::namesIn(output), QStringList{QStringLiteral("folder.jpg")});
 }
 
-TEST_F(ImageExporterTest, saysThatAFullDiskOrClosedFolderFailedTheEncodingOfEachFormat)
+TEST_F(ImageExporterTest, saysWhyEachFormatCouldNotBeWritten)
 {
     const ImportedPhoto photo = ImageLoader::load(writeSource(photoBytes({300, 200})), 0);
     const QByteArray before = stateOf(photo.url);
     for (const ExportFormat format : allFormats) {
-        const Error::Case encodingFailed = Error::EncodingFailed{rawValue(format)};
         test::setMode(output, 0777);
         {
             const test::FileSizeLimit limit(1'500);
-            EXPECT_EQ(failure(photo, destination, false, {.format = format}), encodingFailed);
+            EXPECT_EQ(failure(photo, destination, false, {.format = format}),
+                      Error(Error::OutputWriteFailed{rawValue(format), SystemError{EFBIG, destination}}).value);
         }
         test::setMode(output, 0555);
         const test::OrdinaryUser user(folder.url());
-        EXPECT_EQ(failure(photo, destination, false, {.format = format}), encodingFailed);
+        EXPECT_EQ(systemError(photo, destination), (SystemError{EACCES, output}));
     }
     test::setMode(output, 0777);
     EXPECT_EQ(stateOf(photo.url), before);

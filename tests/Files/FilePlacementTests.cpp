@@ -31,13 +31,13 @@ TEST(FilePlacement, choosesTheCallThatTheVolumeOffers)
     // Which calls were made (e: exclusive rename, l: link, x: existence check, r: rename), and the number that came
     // out.
     using Made = std::pair<std::string, int>;
-    const auto placing = [&](bool replace, int exclusively, int link = 0, bool isTaken = false, int rename = 0) {
+    const auto placing = [&](bool replace, int exclusively, int link = 0, int standing = ENOENT, int rename = 0) {
         Made made;
         const auto answering = [&](char letter, int number) {
             return [&made, letter, number](const auto&...) { return made.first += letter, number; };
         };
         const PlacementCalls calls{answering('e', exclusively), answering('l', link), answering('r', rename),
-                                   answering('x', isTaken)};
+                                   answering('x', standing)};
         const auto result = place(folder.file("staged"), folder.file("a.jpg"), replace, &made.second, calls);
         EXPECT_EQ(result == PlacementResult::placed, made.second == 0);
         EXPECT_EQ(result == PlacementResult::destinationExists, made.second == EEXIST);
@@ -49,15 +49,16 @@ TEST(FilePlacement, choosesTheCallThatTheVolumeOffers)
     EXPECT_EQ(placing(false, EINVAL), Made("el", 0));
     EXPECT_EQ(placing(false, ENOSYS, EEXIST), Made("el", EEXIST));
     EXPECT_EQ(placing(false, EINVAL, EPERM), Made("elxr", 0));
-    EXPECT_EQ(placing(false, EINVAL, EPERM, true), Made("elx", EEXIST));
-    EXPECT_EQ(placing(false, EINVAL, ENOSYS, false, ENOSPC), Made("elxr", ENOSPC));
-    EXPECT_EQ(placing(true, EEXIST, EEXIST, true), Made("r", 0));
+    EXPECT_EQ(placing(false, EINVAL, EPERM, 0), Made("elx", EEXIST));
+    EXPECT_EQ(placing(false, EINVAL, EPERM, EIO), Made("elx", EIO)); // Nobody knows whether that is free.
+    EXPECT_EQ(placing(false, EINVAL, ENOSYS, ENOENT, ENOSPC), Made("elxr", ENOSPC));
+    EXPECT_EQ(placing(true, EEXIST, EEXIST, 0), Made("r", 0));
 }
 
 TEST(FilePlacement, letsOneOfTwoRacersWin)
 {
     PlacementCalls linksOnly = PlacementCalls::system();
-    linksOnly.renameExclusively = [](const QByteArray&, const QByteArray&) { return EINVAL; };
+    linksOnly.renameExclusively = [](int, const QByteArray&, const QByteArray&) { return EINVAL; };
     const TemporaryFolder folder;
     const FileUrl photo = folder.file("photo.jpg");
     const QByteArray names[] = {"one", "other"};
@@ -103,6 +104,48 @@ TEST(StagedFile, isHiddenFreshAndGoneUnlessPlaced)
     }
     EXPECT_EQ(namesIn(folder.url()), QStringList(u"any"_s));
     EXPECT_EQ(errnoOf([&] { return StagedFile::create(folder.file("none"), "jpg"); }), ENOENT);
+}
+
+TEST(StagedFile, staysWithItsFolder)
+{
+    const TemporaryFolder folder;
+    createFolder(folder.file("out"));
+    {
+        StagedFile placed = StagedFile::create(folder.file("out"), "jpg");
+        const StagedFile dropped = StagedFile::create(folder.file("out"), "jpg");
+        ASSERT_EQ(::rename(folder.file("out").path().constData(), folder.file("moved").path().constData()), 0);
+        createFolder(folder.file("out")); // Somebody else's.
+        placed.flushAndClose();
+        EXPECT_EQ(placed.place("a.jpg", false), PlacementResult::placed);
+        EXPECT_EQ(placed.place("a.jpg", true), PlacementResult::failed); // It has been placed.
+    }
+    EXPECT_EQ(namesIn(folder.file("moved")), QStringList(u"a.jpg"_s));
+    EXPECT_TRUE(namesIn(folder.file("out")).isEmpty());
+}
+
+TEST(StagedFile, triesAnOddNameAndLeavesNothingOfIt)
+{
+    const TemporaryFolder folder;
+    StagedFile staged = StagedFile::create(folder.url(), "jpg");
+    const QStringList before = namesIn(folder.url());
+    EXPECT_EQ(errnoOf([&] { staged.checkName("wh?t \xC3\xA9.jpg"); }), 0);
+    EXPECT_EQ(errnoOf([&] { staged.checkName(QByteArray(250, '?')); }), 0); // Too long for a trial alone.
+    EXPECT_EQ(namesIn(folder.url()), before);
+    std::filesystem::remove_all(folder.url().path().toStdString());
+    EXPECT_EQ(errnoOf([&] { staged.checkName("plain (1).jpg"); }), 0); // Not tried.
+    EXPECT_EQ(errnoOf([&] { staged.checkName("wh?t.jpg"); }), ENOENT);
+}
+
+TEST(CreatePrivateFolder, keepsOthersOutOfWhatItMakes)
+{
+    const TemporaryFolder folder;
+    createPrivateFolder(folder.file("a/b"));
+    createPrivateFolder(folder.file("a/b"));
+    EXPECT_EQ(modeOf(folder.file("a")), 0700u);
+    EXPECT_EQ(modeOf(folder.file("a/b")), 0700u);
+    const FileUrl file = folder.write("file", {});
+    EXPECT_EQ(errnoOf([&] { createPrivateFolder(file); }), ENOTDIR);
+    EXPECT_EQ(errnoOf([&] { createPrivateFolder(file.appending("inside")); }), ENOTDIR);
 }
 
 TEST(WriteAtomically, keepsTheOldFileWhenTheDiskIsFull)

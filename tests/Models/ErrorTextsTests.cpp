@@ -52,6 +52,9 @@ TEST(ErrorTexts, insertTheirValues)
          "Ferrow decoded this image at 3000 × 2000 instead of"},
         {Error::UnsupportedType{}, "is not supported. Choose a JPEG, PNG, TIFF, or HEIC image.\n\nExport the source"},
         {Error::UnsupportedType{u"%1 %L2"_s}, "%1 %L2 is not supported. Choose a JPEG"},
+        {Error::OutputWriteFailed{u"PNG"_s, SystemError{ENOSPC, FileUrl::fromPath(QByteArray("/a.png"))}},
+         "The PNG image was created, but it could not be written to the selected location. No output file was "
+         "written.\n\n“a.png” could not be written because there is no space left on its disk.\n\nCheck available"},
         {Error::renderingFailed, "Ferrow could not render the framed image.\n\nReduce the frame or logo size"},
     };
     for (const auto& [error, beginning] : rows)

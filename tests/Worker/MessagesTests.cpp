@@ -25,11 +25,13 @@ Inspected inspected()
 TEST(Messages, areNotBelievedWhenCutOrLonger)
 {
     using Error = ImagePipelineError;
-    for (const Answer& answer : {Answer{0, Hello{}}, Answer{1, HeaderRead{}}, Answer{2, inspected()},
-                                 Answer{3, RegionComposed{}}, Answer{4, LogoRasterised{"pdf", {}}},
-                                 Answer{5, PhotoRefused{Error::UnsupportedType{QStringLiteral("GIF image")}}},
-                                 Answer{6, PhotoRefused{Error::FullResolutionMismatch{{4, 4}, {4, 5}}}},
-                                 Answer{7, LogoRefused{LogoAssetError::Case::malformed}}}) {
+    for (const Answer& answer :
+         {Answer{0, Hello{}}, Answer{1, HeaderRead{}}, Answer{2, inspected()}, Answer{3, RegionComposed{}},
+          Answer{4, LogoRasterised{"pdf", {}}},
+          Answer{5, PhotoRefused{Error::UnsupportedType{QStringLiteral("GIF image")}}},
+          Answer{6, PhotoRefused{Error::OutputWriteFailed{QStringLiteral("PNG"), SystemError{ENOSPC, {}}}}},
+          Answer{6, PhotoRefused{Error::FullResolutionMismatch{{4, 4}, {4, 5}}}},
+          Answer{7, LogoRefused{LogoAssetError::Case::malformed}}}) {
         SCOPED_TRACE(answer.job);
         const std::vector<std::byte> whole = encode(answer).bytes;
         EXPECT_TRUE(parseAnswer(whole));

@@ -8,8 +8,10 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <filesystem>
 #include <span>
@@ -64,26 +66,43 @@ bool areLinksNotOffered(int errorNumber)
 }
 
 /// The number of the call that decided, EEXIST when the name was taken, 0 when the file stands there.
-int placeExclusively(const QByteArray& from, const QByteArray& to, const PlacementCalls& calls)
+int placeExclusively(int folder, const QByteArray& from, const QByteArray& to, const PlacementCalls& calls)
 {
-    const int renamed = calls.renameExclusively(from, to);
+    const int renamed = calls.renameExclusively(folder, from, to);
     if (!isNotOffered(renamed))
         return renamed;
-    const int linked = calls.link(from, to);
+    const int linked = calls.link(folder, from, to);
     if (!areLinksNotOffered(linked)) {
         if (linked == 0)
-            ::unlink(from.constData()); // The second name of the same file; left behind, it is swept later.
+            ::unlinkat(folder, from.constData(),
+                       0); // The second name of the same file; left behind, it is swept later.
         return linked;
     }
     // Neither is offered (some memory cards and network volumes): a file that appears between these two lines is lost.
-    return calls.exists(to) ? EEXIST : calls.rename(from, to);
+    switch (const int standing = calls.lookUp(folder, to)) {
+    case 0:
+        return EEXIST;
+    case ENOENT:
+        return calls.rename(folder, from, to);
+    default:
+        return standing;
+    }
+}
+
+PlacementResult resultOf(int number, bool replaceExisting, int* errorNumber)
+{
+    if (errorNumber)
+        *errorNumber = number;
+    if (number == 0)
+        return PlacementResult::placed;
+    return number == EEXIST && !replaceExisting ? PlacementResult::destinationExists : PlacementResult::failed;
 }
 
 /// Makes the new name survive a power loss. Failing, it is passed over: the file stands whole under its name, and
 /// calling that a failure would tell the user the opposite.
-void flushFolder(const FileUrl& folder)
+void flushFolder(int parent, const char* folder)
 {
-    const int descriptor = ::open(folder.path().constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int descriptor = ::openat(parent, folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0)
         return;
     ::fsync(descriptor);
@@ -108,20 +127,12 @@ FileUrl resolvingFinalLinks(FileUrl url)
     throw SystemError{ELOOP, url};
 }
 
-void keepMode(const StagedFile& staged, const FileUrl& target)
+/// Whether every volume can hold this name, so that it need not be tried.
+bool isPlainName(const QByteArray& name)
 {
-    struct stat existing {};
-    if (::lstat(target.path().constData(), &existing) != 0)
-        return;
-    // Renaming over a device or a pipe would do away with it.
-    if (!S_ISREG(existing.st_mode))
-        throw SystemError{S_ISDIR(existing.st_mode) ? EISDIR : EINVAL, target};
-    struct stat fresh {};
-    if (::fstat(staged.descriptor(), &fresh) != 0)
-        throw SystemError{errno, target};
-    if ((fresh.st_mode & modeBits) != (existing.st_mode & modeBits) &&
-        ::fchmod(staged.descriptor(), existing.st_mode & modeBits) != 0)
-        throw SystemError{errno, target};
+    return std::ranges::none_of(name, [](char character) {
+        return static_cast<signed char>(character) < ' ' || std::strchr("\"*:<>?\\|\x7f", character);
+    });
 }
 
 /// Runs `steps` and says of their failures that they happened to `file`: the user never hears of staging names.
@@ -144,25 +155,37 @@ StagedFile StagedFile::create(const FileUrl& folder, const QByteArray& extension
     if (!folder.hasFileSystemRepresentation())
         throw SystemError{EINVAL, folder};
     const QByteArray suffix = extension.isEmpty() ? QByteArray() : '.' + extension;
+    // A folder may take files without being readable.
+    StagedFile staged(::open(folder.path().constData(), O_PATH | O_DIRECTORY | O_CLOEXEC), -1, {});
+    if (staged.folder_ < 0)
+        throw SystemError{errno, folder};
     while (true) {
         const FileUrl url = folder.appending(stagingPrefix + newUuid() + suffix);
-        const int descriptor = ::open(url.path().constData(), O_CREAT | O_EXCL | O_NOFOLLOW | O_RDWR | O_CLOEXEC, 0666);
-        if (descriptor >= 0)
-            return {descriptor, url};
+        staged.descriptor_ = ::openat(staged.folder_, url.lastPathComponentBytes().constData(),
+                                      O_CREAT | O_EXCL | O_NOFOLLOW | O_RDWR | O_CLOEXEC, 0666);
+        if (staged.descriptor_ >= 0) {
+            staged.url_ = url;
+            return staged;
+        }
         if (errno != EINTR && errno != EEXIST)
             throw SystemError{errno, folder};
     }
 }
 
-StagedFile::StagedFile(int descriptor, FileUrl url) : descriptor_(descriptor), url_(std::move(url)) {}
+StagedFile::StagedFile(int folder, int descriptor, FileUrl url)
+    : folder_(folder), descriptor_(descriptor), url_(std::move(url))
+{
+}
 
 StagedFile::StagedFile(StagedFile&& other) noexcept
-    : descriptor_(std::exchange(other.descriptor_, -1)), url_(std::exchange(other.url_, {}))
+    : folder_(std::exchange(other.folder_, -1)), descriptor_(std::exchange(other.descriptor_, -1)),
+      url_(std::exchange(other.url_, {}))
 {
 }
 
 StagedFile& StagedFile::operator=(StagedFile&& other) noexcept
 {
+    std::swap(folder_, other.folder_);
     std::swap(descriptor_, other.descriptor_);
     std::swap(url_, other.url_);
     return *this;
@@ -174,7 +197,56 @@ StagedFile::~StagedFile()
         ::close(descriptor_);
     // Once placed the name is gone, and its random part keeps this from meeting another file.
     if (!url_.isEmpty())
-        ::unlink(url_.path().constData());
+        ::unlinkat(folder_, url_.lastPathComponentBytes().constData(), 0);
+    if (folder_ >= 0)
+        ::close(folder_);
+}
+
+void StagedFile::checkName(const QByteArray& name) const
+{
+    if (isPlainName(name))
+        return;
+    const QByteArray trial = url_.lastPathComponentBytes() + '.' + name; // Swept as ours, should the program end here.
+    const int descriptor =
+        ::openat(folder_, trial.constData(), O_CREAT | O_EXCL | O_NOFOLLOW | O_WRONLY | O_CLOEXEC, 0600);
+    if (descriptor >= 0) {
+        ::close(descriptor);
+        ::unlinkat(folder_, trial.constData(), 0);
+        return;
+    }
+    const int refused = errno;
+    if (refused == ENAMETOOLONG)
+        return; // The name alone may still fit.
+    // Some volumes find no file of a name that they can't hold even when they are to make it.
+    struct stat status {};
+    const bool isFolderThere =
+        ::fstatat(folder_, url_.lastPathComponentBytes().constData(), &status, AT_SYMLINK_NOFOLLOW) == 0;
+    throw SystemError{refused == ENOENT && isFolderThere ? EILSEQ : refused,
+                      url_.deletingLastPathComponent().appending(name)};
+}
+
+mode_t StagedFile::takeModeOf(const QByteArray& name)
+{
+    struct stat existing {};
+    if (::fstatat(folder_, name.constData(), &existing, AT_SYMLINK_NOFOLLOW) != 0)
+        return 0;
+    struct stat fresh {};
+    if (S_ISREG(existing.st_mode) &&
+        (::fstat(descriptor_, &fresh) != 0 || ((fresh.st_mode ^ existing.st_mode) & modeBits) != 0) &&
+        ::fchmod(descriptor_, existing.st_mode & modeBits) != 0)
+        throw SystemError{errno, url_.deletingLastPathComponent().appending(name)};
+    return existing.st_mode;
+}
+
+PlacementResult StagedFile::place(const QByteArray& name, bool replaceExisting, int* errorNumber,
+                                  const PlacementCalls& calls)
+{
+    const QByteArray staged = url_.lastPathComponentBytes();
+    const int number =
+        replaceExisting ? calls.rename(folder_, staged, name) : placeExclusively(folder_, staged, name, calls);
+    if (number == 0)
+        flushFolder(folder_, ".");
+    return resultOf(number, replaceExisting, errorNumber);
 }
 
 void StagedFile::flushAndClose()
@@ -194,37 +266,33 @@ void StagedFile::flushAndClose()
 PlacementCalls PlacementCalls::system()
 {
     return {
-        [](const QByteArray& from, const QByteArray& to) {
+        [](int folder, const QByteArray& from, const QByteArray& to) {
             return errnoOf(
-                [&] { return ::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE); });
+                [&] { return ::renameat2(folder, from.constData(), folder, to.constData(), RENAME_NOREPLACE); });
         },
-        [](const QByteArray& from, const QByteArray& to) {
-            return errnoOf([&] { return ::link(from.constData(), to.constData()); });
+        [](int folder, const QByteArray& from, const QByteArray& to) {
+            return errnoOf([&] { return ::linkat(folder, from.constData(), folder, to.constData(), 0); });
         },
-        [](const QByteArray& from, const QByteArray& to) {
-            return errnoOf([&] { return ::rename(from.constData(), to.constData()); });
+        [](int folder, const QByteArray& from, const QByteArray& to) {
+            return errnoOf([&] { return ::renameat(folder, from.constData(), folder, to.constData()); });
         },
-        [](const QByteArray& path) {
+        [](int folder, const QByteArray& name) {
             struct stat status {};
-            return ::lstat(path.constData(), &status) == 0;
+            return errnoOf([&] { return ::fstatat(folder, name.constData(), &status, AT_SYMLINK_NOFOLLOW); });
         },
     };
 }
 
-PlacementResult place(const FileUrl& staged, const FileUrl& destination, bool replaceExisting, int* errorNumber,
+PlacementResult place(const FileUrl& from, const FileUrl& destination, bool replaceExisting, int* errorNumber,
                       const PlacementCalls& calls)
 {
     int number = EINVAL;
-    if (staged.hasFileSystemRepresentation() && destination.hasFileSystemRepresentation())
-        number = replaceExisting ? calls.rename(staged.path(), destination.path())
-                                 : placeExclusively(staged.path(), destination.path(), calls);
-    if (errorNumber)
-        *errorNumber = number;
-    if (number == 0) {
-        flushFolder(destination.deletingLastPathComponent());
-        return PlacementResult::placed;
-    }
-    return number == EEXIST && !replaceExisting ? PlacementResult::destinationExists : PlacementResult::failed;
+    if (from.hasFileSystemRepresentation() && destination.hasFileSystemRepresentation())
+        number = replaceExisting ? calls.rename(AT_FDCWD, from.path(), destination.path())
+                                 : placeExclusively(AT_FDCWD, from.path(), destination.path(), calls);
+    if (number == 0)
+        flushFolder(AT_FDCWD, destination.deletingLastPathComponent().path().constData());
+    return resultOf(number, replaceExisting, errorNumber);
 }
 
 void writeAtomically(const FileUrl& destination, const QByteArray& bytes)
@@ -233,15 +301,18 @@ void writeAtomically(const FileUrl& destination, const QByteArray& bytes)
         throw SystemError{EINVAL, destination};
     const FileUrl target = resolvingFinalLinks(destination);
     StagedFile staged = StagedFile::create(target.deletingLastPathComponent(), target.pathExtension());
-    keepMode(staged, target);
     asErrorsOf(destination, [&] {
+        const mode_t mode = staged.takeModeOf(target.lastPathComponentBytes());
+        // Renaming over a device or a pipe would do away with it.
+        if (mode != 0 && !S_ISREG(mode))
+            throw SystemError{S_ISDIR(mode) ? EISDIR : EINVAL, target};
         ByteSink sink(staged.descriptor());
         sink.write(std::as_bytes(std::span(bytes.constData(), size_t(bytes.size()))));
         sink.flush();
         staged.flushAndClose();
     });
     int errorNumber = 0;
-    if (place(staged.url(), target, true, &errorNumber) != PlacementResult::placed)
+    if (staged.place(target.lastPathComponentBytes(), true, &errorNumber) != PlacementResult::placed)
         throw SystemError{errorNumber, destination};
 }
 
@@ -264,7 +335,7 @@ void copyWithoutReplacing(const OpenedFile& source, const FileUrl& destination)
     if (source.currentIdentity() != source.identity())
         throw SystemError{EBUSY, source.url()};
     int errorNumber = 0;
-    if (place(staged.url(), destination, false, &errorNumber) != PlacementResult::placed)
+    if (staged.place(destination.lastPathComponentBytes(), false, &errorNumber) != PlacementResult::placed)
         throw SystemError{errorNumber, destination};
 }
 
@@ -276,6 +347,26 @@ void createFolder(const FileUrl& folder)
     std::filesystem::create_directories(std::filesystem::path(folder.path().toStdString()), error);
     if (error)
         throw SystemError{error.value(), folder};
+}
+
+void createPrivateFolder(const FileUrl& folder)
+{
+    if (!folder.hasFileSystemRepresentation())
+        throw SystemError{EINVAL, folder};
+    constexpr mode_t ownerOnly = 0700;
+    if (::mkdir(folder.path().constData(), ownerOnly) == 0)
+        return;
+    if (errno == ENOENT && folder.path() != "/") {
+        createPrivateFolder(folder.deletingLastPathComponent());
+        if (::mkdir(folder.path().constData(), ownerOnly) == 0)
+            return;
+    }
+    struct stat status {};
+    const int failure = errno;
+    if (::stat(folder.path().constData(), &status) != 0)
+        throw SystemError{failure, folder};
+    if (!S_ISDIR(status.st_mode))
+        throw SystemError{ENOTDIR, folder};
 }
 
 void sweepStaleStagingFiles(const FileUrl& folder)

@@ -7,12 +7,29 @@
 
 #include <QByteArray>
 
+#include <sys/types.h>
+
 #include <functional>
 
 namespace ferrow {
 
-/// A file being written under a hidden name in the folder where it will stand. The hidden name is removed by the
-/// destructor unless it was placed. Moves only.
+enum class PlacementResult { placed, destinationExists, failed };
+
+/// The system calls that placement is made of, replaceable in tests. Names are taken from the folder that the
+/// descriptor `folder` stands for. Each answers 0 or an errno.
+struct PlacementCalls {
+    using Move = std::function<int(int folder, const QByteArray& from, const QByteArray& to)>;
+
+    Move renameExclusively;
+    Move link;
+    Move rename;
+    std::function<int(int folder, const QByteArray& name)> lookUp; ///< 0 where something stands, be it a link.
+
+    [[nodiscard]] static PlacementCalls system();
+};
+
+/// A file being written under a hidden name in the folder where it will stand. It stays with that folder also when the
+/// folder is moved or renamed meanwhile. The hidden name is removed by the destructor unless it was placed. Moves only.
 class StagedFile {
 public:
     /// Creates "<folder>/.Ferrow-<UUID>.<extension>", exclusively, not following links. Throws SystemError.
@@ -23,35 +40,34 @@ public:
     ~StagedFile();
 
     [[nodiscard]] int descriptor() const { return descriptor_; }
+    /// As it was created.
     [[nodiscard]] const FileUrl& url() const { return url_; }
 
+    /// Throws SystemError when the volume can't hold a file called `name` (a question mark on a memory card, letters
+    /// that its character set lacks). Nothing ever stands under that name: it is tried behind the hidden one.
+    void checkName(const QByteArray& name) const;
+    /// Takes over the permissions of the file `name` in the folder, where that is a regular file, and answers the mode
+    /// of what stands there, 0 for nothing. Throws SystemError.
+    mode_t takeModeOf(const QByteArray& name);
     /// Flushes the data to disk and closes the descriptor, checking both. Throws SystemError.
     void flushAndClose();
+    /// Gives the flushed file the name `name` in its folder; otherwise as ferrow::place().
+    [[nodiscard]] PlacementResult place(const QByteArray& name, bool replaceExisting, int* errorNumber = nullptr,
+                                        const PlacementCalls& calls = PlacementCalls::system());
 
 private:
-    StagedFile(int descriptor, FileUrl url);
+    StagedFile(int folder, int descriptor, FileUrl url);
 
+    int folder_ = -1;
     int descriptor_ = -1;
     FileUrl url_;
 };
 
-enum class PlacementResult { placed, destinationExists, failed };
-
-/// The system calls that placement is made of, replaceable in tests. Each answers 0 or an errno.
-struct PlacementCalls {
-    std::function<int(const QByteArray& from, const QByteArray& to)> renameExclusively;
-    std::function<int(const QByteArray& from, const QByteArray& to)> link;
-    std::function<int(const QByteArray& from, const QByteArray& to)> rename;
-    std::function<bool(const QByteArray& path)> exists; ///< Without following links.
-
-    [[nodiscard]] static PlacementCalls system();
-};
-
-/// Moves the flushed file `staged` to `destination` in the same folder. Without `replaceExisting` nothing is ever
-/// replaced: an exclusive rename, then where the volume has none a hard link, then where it has no links either an
-/// existence check and a plain rename. The folder is flushed afterwards. `failed` puts the errno of the deciding call
-/// into `errorNumber` where that is given.
-[[nodiscard]] PlacementResult place(const FileUrl& staged, const FileUrl& destination, bool replaceExisting,
+/// Moves `from` to `destination`. Without `replaceExisting` nothing is ever replaced: an exclusive rename, then where
+/// the volume has none a hard link, then where it has no links either an existence check and a plain rename. The
+/// destination's folder is flushed afterwards. `failed` puts the errno of the deciding call into `errorNumber` where
+/// that is given.
+[[nodiscard]] PlacementResult place(const FileUrl& from, const FileUrl& destination, bool replaceExisting,
                                     int* errorNumber = nullptr, const PlacementCalls& calls = PlacementCalls::system());
 
 /// Writes `bytes` whole to `destination`, replacing it atomically: staged in the same folder, every write, flush and
@@ -64,6 +80,9 @@ void copyWithoutReplacing(const OpenedFile& source, const FileUrl& destination);
 
 /// Creates `folder` with any missing parents; one that exists is fine. Throws SystemError.
 void createFolder(const FileUrl& folder);
+
+/// The same for what is nobody else's business: what is made can be entered by its owner alone.
+void createPrivateFolder(const FileUrl& folder);
 
 /// Removes staging files of ours in `folder` that are a day old or older: what a killed run left behind.
 /// Failures are of no consequence and passed over.
