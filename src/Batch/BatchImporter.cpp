@@ -49,16 +49,21 @@ std::vector<FileUrl> deduplicated(const std::vector<FileUrl>& urls)
     return sorted;
 }
 
+BatchExportFailure failureOf(const FileUrl& url, const QString& message)
+{
+    BatchExportFailure failure;
+    failure.filename = url.lastPathComponent();
+    failure.message = message;
+    failure.source = url;
+    return failure;
+}
+
 Outcome loadOne(const FileUrl& url, const Loader& loader)
 {
     try {
         return loader ? loader(url) : ImageLoader::loadBatchThumbnail(url);
     } catch (...) {
-        BatchExportFailure failure;
-        failure.filename = url.lastPathComponent();
-        failure.message = UserFacingError::message(std::current_exception());
-        failure.source = url;
-        return failure;
+        return failureOf(url, UserFacingError::message(std::current_exception()));
     }
 }
 
@@ -72,15 +77,17 @@ BatchImportScan scan(const std::vector<FileUrl>& roots)
             found.candidates.push_back(root);
             continue;
         }
-        walkFolder(root, [&found](const FileUrl& item) {
+        const int failure = walkFolder(root, [&found](const FileUrl& item) {
             const QByteArray extension = item.pathExtension();
             if (isSupportedExtension(extension))
                 found.candidates.push_back(item);
             else if (ImageTypeNames::isImageExtension(extension))
                 found.unsupported.push_back(item);
         });
+        if (failure != 0)
+            found.unreadable.push_back(failureOf(root, SystemError{failure, root}.description()));
     }
-    return {deduplicated(found.candidates), deduplicated(found.unsupported)};
+    return {deduplicated(found.candidates), deduplicated(found.unsupported), std::move(found.unreadable)};
 }
 
 BatchImportResult load(const std::vector<FileUrl>& urls, int maximumConcurrency, const Loader& loader,
@@ -113,12 +120,8 @@ BatchExportFailure unsupportedFailure(const FileUrl& url)
     QString description = ImageTypeNames::description(extension).value_or(QString());
     if (description.isEmpty())
         description = extension.isEmpty() ? QStringLiteral("This file type") : QString::fromUtf8(extension).toUpper();
-    BatchExportFailure failure;
-    failure.filename = url.lastPathComponent();
-    failure.message =
-        UserFacingError::message(localizedTexts(ImagePipelineError(ImagePipelineError::UnsupportedType{description})));
-    failure.source = url;
-    return failure;
+    const ImagePipelineError error = ImagePipelineError::UnsupportedType{description};
+    return failureOf(url, UserFacingError::message(localizedTexts(error)));
 }
 
 } // namespace ferrow::BatchImporter

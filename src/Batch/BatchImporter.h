@@ -10,10 +10,12 @@
 
 namespace ferrow {
 
-/// What a walk over dropped or chosen places found; both lists sorted by path and free of duplicates.
+/// What a walk over dropped or chosen places found; both lists of files sorted by path and free of
+/// duplicates.
 struct BatchImportScan {
     std::vector<FileUrl> candidates;
     std::vector<FileUrl> unsupported; ///< Images of kinds the program does not read, found inside folders.
+    std::vector<BatchExportFailure> unreadable = {}; ///< Of the folders that were named: those that can't be listed.
 };
 
 /// Both lists in completion order.
@@ -31,7 +33,7 @@ using Loader = std::function<ImportedPhoto(const FileUrl&)>;
 using Progress = std::function<void(std::size_t)>;
 
 /// Folders are walked; a file named directly is always a candidate, and so is a place where nothing stands (loading
-/// then says so). Never fails.
+/// then says so). Never fails as a whole; folders inside others are passed over where they can't be listed.
 [[nodiscard]] BatchImportScan scan(const std::vector<FileUrl>& roots);
 
 /// Loads `urls`, at most `maximumConcurrency` (0 loads nothing) at once, and waits for all of them.

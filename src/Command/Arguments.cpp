@@ -429,7 +429,8 @@ Running
 
 inspect prints what is read of each photo.
 
-Exit status: 0 all done, 1 some photo failed, 2 wrong usage, 130 interrupted.
+Exit status: 0 all done, 1 some photo or the output folder failed,
+  2 wrong usage, 130 interrupted.
 )");
 }
 

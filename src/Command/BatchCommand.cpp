@@ -7,18 +7,17 @@
 #include "Export/ExportPlanner.h"
 #include "Export/ImageExporter.h"
 #include "Imaging/ImageLoader.h"
+#include "Imaging/ImageRenderer.h"
 #include "Models/ErrorTexts.h"
 #include "Persistence/ManagedLogoStore.h"
 #include "Persistence/PresetLibrary.h"
+#include "Persistence/TemporaryLogoFolder.h"
 #include "Platform/Base/Cancellation.h"
 #include "Platform/Base/Localization.h"
 #include "Platform/Files/FolderWalk.h"
 #include "Shared/UserFacingError.h"
 
-#include <QDir>
-#include <QFile>
 #include <QJsonArray>
-#include <QTemporaryDir>
 
 #include <sys/stat.h>
 
@@ -82,14 +81,9 @@ public:
     TemporaryLogo(const Arguments& arguments, Settings& settings)
     {
         if (arguments.logoFile) {
-            directory_ = std::make_unique<QTemporaryDir>(QDir::tempPath() + QStringLiteral("/ferrow-logo-XXXXXX"));
-            if (!directory_->isValid())
-                throw UsageError{
-                    QStringLiteral("--logo: no folder for its copy can be made in %1.").arg(QDir::tempPath())};
-            managedFolder_ = FileUrl::fromPath(QFile::encodeName(directory_->path()));
             LogoConfiguration logo = settings.recipe.logo.value_or(LogoConfiguration());
             logo.isEnabled = true;
-            logo.asset = importedAsset(*arguments.logoFile);
+            logo.asset = importedAsset(*arguments.logoFile, folder_.emplace().url());
             settings.recipe.logo = logo;
         }
         if (!arguments.logoChanges.empty() && !settings.recipe.logo)
@@ -98,33 +92,34 @@ public:
             change(*settings.recipe.logo);
     }
 
-    [[nodiscard]] const std::optional<FileUrl>& managedFolder() const { return managedFolder_; }
+    [[nodiscard]] std::optional<FileUrl> managedFolder() const
+    {
+        return folder_ ? std::optional(folder_->url()) : std::nullopt;
+    }
 
 private:
-    LogoAssetReference importedAsset(const FileUrl& file) const
+    static LogoAssetReference importedAsset(const FileUrl& file, const FileUrl& folder)
     {
         try {
-            return ManagedLogoStore::importAsset(file, managedFolder_);
+            return ManagedLogoStore::importAsset(file, folder);
         } catch (...) {
             throw UsageError{
                 QStringLiteral("--logo: %1").arg(onOneLine(UserFacingError::message(std::current_exception())))};
         }
     }
 
-    std::unique_ptr<QTemporaryDir> directory_;
-    std::optional<FileUrl> managedFolder_;
+    std::optional<TemporaryLogoFolder> folder_;
 };
 
-void createOutputFolder(const Settings& settings)
+/// A folder that takes no files is told of before thousands of photos are read. Throws SystemError.
+void prepareOutputFolder(const Settings& settings, bool dryRun)
 {
     if (settings.configuration.destinationMode != ExportDestinationMode::chosenFolder)
         return;
     const FileUrl& folder = *settings.configuration.chosenFolder;
-    try {
-        ExportPlanner().createDirectory(folder);
-    } catch (const SystemError& error) {
-        throw UsageError{QStringLiteral("--output: %1").arg(error.description())};
-    }
+    if (!dryRun)
+        ExportPlanner::createDirectories(folder);
+    ExportPlanner::checkFolderWritable(folder);
 }
 
 /// Photos in the order in which they are exported and numbered, with what import refused.
@@ -155,6 +150,7 @@ ImportedBatch importBatch(const Arguments& arguments, ProgressLine& progress, co
     ImportedBatch batch{std::move(result.photos), std::move(result.failures)};
     for (const FileUrl& url : scan.unsupported)
         batch.failures.push_back(BatchImporter::unsupportedFailure(url));
+    batch.failures.insert(batch.failures.end(), scan.unreadable.begin(), scan.unreadable.end());
     // Loads end in any order; the window's order is by file name, and names that compare equal keep the walk's.
     const auto byWalk = [&](const FileUrl& left, const FileUrl& right) {
         return position.at(left) < position.at(right);
@@ -195,10 +191,9 @@ public:
     void skipped(const FileUrl& source) { jsonOutcome(source, "skipped", {}); }
     void planned(const BatchExportJob& job)
     {
-        if (json_)
-            printJson(outcome(job.photo.url, "planned", job.destination));
-        else
+        if (!json_)
             printLine(QStringLiteral("%1 → %2").arg(job.photo.url.displayPath(), job.destination.displayPath()));
+        framed(job, "planned");
     }
     void ended(const BatchExportJob& job, const BatchExportOutcome& result)
     {
@@ -207,7 +202,7 @@ public:
         else if (std::holds_alternative<BatchExportOutcome::Cancelled>(result.result))
             jsonOutcome(job.photo.url, "cancelled", job.destination);
         else
-            jsonOutcome(job.photo.url, "exported", job.destination);
+            framed(job, "exported");
     }
     void cancelledBeforePlanning(const FileUrl& source) { jsonOutcome(source, "cancelled", {}); }
 
@@ -245,6 +240,24 @@ public:
     }
 
 private:
+    /// A photo that has its framed copy, or will have one, and what that lacks of its caption.
+    void framed(const BatchExportJob& job, const char* name)
+    {
+        const TextCut cut = ImageRenderer::captionCut(job.photo.pixelSize, job.recipe, job.photo.metadata);
+        if (json_) {
+            QJsonObject object = outcome(job.photo.url, name, job.destination);
+            if (cut.isCut())
+                object.insert(QStringLiteral("captionCut"), QJsonObject{{QStringLiteral("leftOut"), cut.leftOut},
+                                                                        {QStringLiteral("letters"), cut.cutsLetters}});
+            printJson(object);
+        } else if (cut.isCut()) {
+            progress_.clear();
+            // What was left out comes last: it may hold what looks like a placeholder.
+            const QString what = cut.leftOut.isEmpty() ? QStringLiteral("letters are cut off.")
+                                                       : QStringLiteral("this is left out: ") + cut.leftOut;
+            printError(job.photo.url.displayPath() + QStringLiteral(": The caption does not fit, ") + what);
+        }
+    }
     static QJsonObject outcome(const FileUrl& source, const char* name, const std::optional<FileUrl>& destination)
     {
         QJsonObject object = pathObject(source);
@@ -326,8 +339,7 @@ int runBatch(const Arguments& arguments, const std::stop_token& stop)
 {
     Settings settings = resolvedSettings(arguments);
     const TemporaryLogo logo(arguments, settings);
-    if (!arguments.dryRun)
-        createOutputFolder(settings);
+    prepareOutputFolder(settings, arguments.dryRun);
 
     ProgressLine progress(!arguments.quiet);
     Reporter reporter(arguments.json, progress);

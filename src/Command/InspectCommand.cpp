@@ -101,8 +101,11 @@ int runInspect(const Arguments& arguments, const std::stop_token& stop)
             status = somePhotoFailed;
         }
     }
-    for (const FileUrl& url : scan.unsupported) {
-        printFailure(BatchImporter::unsupportedFailure(url), arguments.json);
+    std::vector<BatchExportFailure> refused = scan.unreadable;
+    for (const FileUrl& url : scan.unsupported)
+        refused.push_back(BatchImporter::unsupportedFailure(url));
+    for (const BatchExportFailure& failure : refused) {
+        printFailure(failure, arguments.json);
         status = somePhotoFailed;
     }
     return status;

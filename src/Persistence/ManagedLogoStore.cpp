@@ -66,7 +66,7 @@ LogoAssetReference importAsset(const FileUrl& url, const std::optional<FileUrl>&
     const QUuid id = QUuid::createUuid();
     const QByteArray name = id.toByteArray(QUuid::WithoutBraces).toUpper() + '.' + extension;
     const FileUrl folder = folderOr(managedDirectory);
-    createFolder(folder);
+    createPrivateFolder(folder);
     copyWithoutReplacing(file, folder.appending(name));
     return {id, ByteText::display(url.stem()), QString::fromLatin1(name)};
 }

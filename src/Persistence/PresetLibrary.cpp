@@ -45,10 +45,11 @@ std::vector<PhotoPreset> readPresets(const FileUrl& url)
     const auto bytes = readWhole(url);
     if (!bytes)
         return {};
-    PresetDocument document = PresetDocument::decode(*bytes);
-    if (document.schemaVersion > PresetDocument::currentSchemaVersion)
-        throw PresetPersistenceError{PresetPersistenceError::Case::unsupportedVersion, document.schemaVersion};
-    return std::move(document.presets);
+    // Asked first: what a newer format changed would read as damage.
+    const std::optional<std::int64_t> version = PresetDocument::versionOf(*bytes);
+    if (version && *version > PresetDocument::currentSchemaVersion)
+        throw PresetPersistenceError{PresetPersistenceError::Case::unsupportedVersion, *version};
+    return PresetDocument::decode(*bytes).presets;
 }
 
 QString validated(const QString& name)
@@ -195,7 +196,7 @@ void PresetLibrary::setPresets(std::vector<PhotoPreset> presets)
 void PresetLibrary::persist()
 {
     const FileUrl folder = fileURL_.deletingLastPathComponent();
-    createFolder(folder);
+    createPrivateFolder(folder);
     const FolderLock lock(folder);
     refresh(); // Another window may have written since.
     const QByteArray bytes = PresetDocument{.presets = presets_}.encode();

@@ -380,6 +380,14 @@ PresetDocument PresetDocument::decode(const QByteArray& json)
     return Coding<PresetDocument>::decode(document.object(), {});
 }
 
+std::optional<std::int64_t> PresetDocument::versionOf(const QByteArray& json)
+{
+    constexpr std::int64_t none = -1;
+    const QJsonValue version = QJsonDocument::fromJson(json).object().value(QStringLiteral("schemaVersion"));
+    const std::int64_t number = version.toInteger(none);
+    return number == none ? std::nullopt : std::optional(number);
+}
+
 QByteArray PresetDocument::encode() const
 {
     // QJsonObject keeps its keys sorted.

@@ -73,6 +73,8 @@ struct PresetDocument {
     /// All or nothing: one missing or odd member fails the whole document. Accepts every version number. Throws
     /// PresetCodingError.
     [[nodiscard]] static PresetDocument decode(const QByteArray& json);
+    /// What `json` says of its version, whatever else it holds; absent where it says nothing that is a whole number.
+    [[nodiscard]] static std::optional<std::int64_t> versionOf(const QByteArray& json);
     /// UTF-8 JSON, indented, with sorted keys. Throws PresetCodingError for a number that JSON can't hold.
     [[nodiscard]] QByteArray encode() const;
 

@@ -96,6 +96,7 @@ void run(Work& work, const Loader& load, int maximumConcurrency, const std::func
     std::erase_if(result.failures, [&](const auto& failure) { return gathered.passedOver.contains(failure.source); });
     for (const FileUrl& url : work.unsupported)
         result.failures.push_back(BatchImporter::unsupportedFailure(url));
+    std::ranges::move(work.unreadable, std::back_inserter(result.failures));
 
     if (!result.photos.empty())
         work.firstLoaded = result.photos.front().id();

@@ -24,6 +24,7 @@ using Loader = std::function<ImportedPhoto(const FileUrl&, const std::stop_token
 struct Work {
     std::vector<FileUrl> candidates; ///< Not changed by the worker.
     std::vector<FileUrl> unsupported;
+    std::vector<BatchExportFailure> unreadable; ///< Folders.
     std::stop_source stop;
 
     std::vector<ImportedPhoto> photos; ///< In the list's order, without previewSource.

@@ -166,6 +166,7 @@ void PhotoSession::loadNew(const std::shared_ptr<Import>& import)
         if (!known.contains(candidate.standardized()))
             work.candidates.push_back(candidate);
     work.unsupported = std::move(import->scan.unsupported);
+    work.unreadable = std::move(import->scan.unreadable);
     emit importProgressed(0, work.candidates.size());
     work_->post([this, import, load = operations_.load, sender = relay_.sender()] {
         PhotoImport::run(*import->work, load, maximumConcurrentLoads,

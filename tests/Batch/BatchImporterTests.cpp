@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Batch/BatchImporter.h"
 
+#include "Files/OrdinaryUser.h"
 #include "Support/Files.h"
 #include "Support/Pictures.h"
 
@@ -67,6 +68,25 @@ TEST_F(BatchImporterTest, takesEachFileOnceAndInTheOrderOfFileBrowsers)
     EXPECT_THAT(below(named.candidates), ElementsAre("in/none", "in/x.gif"));
     EXPECT_THAT(named.unsupported, IsEmpty());
     EXPECT_THAT(BatchImporter::scan({}).candidates, IsEmpty());
+    EXPECT_THAT(named.unreadable, IsEmpty());
+}
+
+TEST_F(BatchImporterTest, namesAFolderThatItWasGivenAndMayNotRead)
+{
+    folder.write("in/closed/a.jpg", "");
+    const FileUrl closed = folder.file("in/closed");
+    test::setMode(closed, 0);
+    std::vector<BatchExportFailure> unreadable;
+    {
+        const test::OrdinaryUser user(folder.url());
+        EXPECT_THAT(BatchImporter::scan({folder.file("in")}).unreadable, IsEmpty());
+        unreadable = BatchImporter::scan({folder.file("in"), closed}).unreadable;
+    }
+    test::setMode(closed, 0777);
+    ASSERT_EQ(unreadable.size(), 1U);
+    EXPECT_EQ(unreadable[0].source, closed);
+    EXPECT_EQ(unreadable[0].filename, QStringLiteral("closed"));
+    EXPECT_EQ(unreadable[0].message, (SystemError{EACCES, closed}.description()));
 }
 
 TEST_F(BatchImporterTest, loadsThumbnailsAndNamesWhatItCouldNotLoad)

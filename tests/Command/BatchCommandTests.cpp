@@ -119,7 +119,6 @@ TEST_F(BatchCommandTest, refusesWrongUseBeforeItWritesAnything)
         {"PATH", {}},
         {"--wrong", {"--wrong", in.path()}},
         {"--output", {in.path()}},
-        {"--output", {"--output", folder.file("in/a.jpg").path(), in.path()}},
         {"--preset", {"--preset", "none", "--beside", "--", in.path()}},
         {"--preset-file", {"--preset-file", "/none", "--beside", "--", in.path()}},
         {"--preset-file", {"--preset-file", notPresets, "--beside", "--", in.path()}},
@@ -134,6 +133,23 @@ TEST_F(BatchCommandTest, refusesWrongUseBeforeItWritesAnything)
         EXPECT_TRUE(ended.errors.startsWith(QByteArray("ferrow-batch: ") + option + ": ")) << ended.errors.constData();
         EXPECT_EQ(everythingBelow(folder.url()), before);
     }
+}
+
+TEST_F(BatchCommandTest, failsBeforeItReadsAnythingWhereTheOutputCannotStand)
+{
+    folder.write("in/a.jpg", photo);
+    const auto before = everythingBelow(folder.url());
+    for (const char* place : {"in/a.jpg", "in/a.jpg/deeper/out"})
+        for (const Words& words : {Words{}, Words{"--dry-run"}}) {
+            SCOPED_TRACE(place);
+            Words all{"--output", folder.file(place).path(), in.path()};
+            all.insert(all.begin(), words.begin(), words.end());
+            const test::Ended ended = run(all);
+            EXPECT_EQ(ended.status, 1);
+            EXPECT_EQ(ended.output, "");
+            EXPECT_TRUE(ended.errors.contains("“a.jpg” is not a folder")) << ended.errors.constData();
+            EXPECT_EQ(everythingBelow(folder.url()), before);
+        }
 }
 
 TEST_F(BatchCommandTest, plansWithoutWriting)
@@ -151,6 +167,24 @@ TEST_F(BatchCommandTest, plansWithoutWriting)
     EXPECT_EQ(text(lines[1], "outcome"), QStringLiteral("planned"));
     EXPECT_EQ(text(lines[1], "destination"), out.appending("a_framed.jpg").displayPath());
     EXPECT_EQ(everythingBelow(folder.url()), before);
+}
+
+TEST_F(BatchCommandTest, saysWhatIsLostOfACaption)
+{
+    folder.write("in/a.jpg", photo);
+    const auto cutOf = [&](const char* caption, const char* size) {
+        return run({"--json", "--dry-run", "--caption", caption, "--caption-size", size, "--border=60px", "--output",
+                    out.path(), in.path()})
+            .lines()
+            .front()
+            .value(QLatin1StringView("captionCut"));
+    };
+    EXPECT_TRUE(cutOf("Zoë", "12").isUndefined());
+    const QJsonObject cut =
+        cutOf("This caption has far more words than the border has lines for the end of it", "12").toObject();
+    EXPECT_TRUE(text(cut, "leftOut").endsWith(QStringLiteral("end of it"))) << text(cut, "leftOut").toStdString();
+    EXPECT_FALSE(cut.value(QLatin1StringView("letters")).toBool(true));
+    EXPECT_TRUE(cutOf("Zoë", "90").toObject().value(QLatin1StringView("letters")).toBool());
 }
 
 TEST_F(BatchCommandTest, heedsTheCollisionRule)
@@ -211,7 +245,8 @@ TEST_F(BatchCommandTest, needsNoDisplayHomeOrEnglish)
         const test::Ended ended = run({"--caption", "{cameraMake} 2,5", "--caption-size", "12.5", "--border", "12.5%",
                                        "--quality=0.75", "--on-collision=replace", "--output", out.path(), in.path()});
         EXPECT_EQ(ended.status, 0) << ended.errors.constData();
-        EXPECT_EQ(ended.errors, "");
+        // Five pixels of border are not enough for letters of 12.5.
+        EXPECT_EQ(ended.errors, folder.file("in/a.jpg").path() + ": The caption does not fit, letters are cut off.\n");
         EXPECT_EQ(test::decoded(test::readFile(out.appending("a_framed.jpg"))).size(), (PixelSize{70, 50}));
     }
     EXPECT_THAT(everythingBelow(folder.url()),

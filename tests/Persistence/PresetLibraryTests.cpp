@@ -98,6 +98,7 @@ TEST_F(PresetLibraryTest, keepsTheBytesOfAFileItCouldNotLoad)
 {
     const std::pair<QByteArray, QString> rows[] = {
         {R"({"presets": [], "schemaVersion": 4294967298})", u"format (version 4294967298).\n\nUpdate Ferrow"_s},
+        {R"({"presets": [{"id": 7}], "schemaVersion": 3})", u"format (version 3).\n\nUpdate Ferrow"_s},
         {"", u"damaged"_s},
         {QByteArray(32'000'001, ' '), u"too large"_s},
     };

@@ -22,7 +22,9 @@ TEST(PhotoSession, joinsWhatAnImportReadsInTheOrderOfNames)
 {
     auto operations = test::withoutDisk();
     operations.scan = [](const std::vector<FileUrl>& urls) {
-        return BatchImportScan{urls, test::photoUrls({"x 10.gif", "x 2", "x 1.gif"})};
+        return BatchImportScan{urls,
+                               test::photoUrls({"x 10.gif", "x 2", "x 1.gif"}),
+                               {{.filename = QStringLiteral("y"), .message = QStringLiteral("closed"), .source = {}}}};
     };
     operations.load = [](const FileUrl& url, const std::stop_token&) {
         if (url.path().contains("bad"))
@@ -49,7 +51,7 @@ TEST(PhotoSession, joinsWhatAnImportReadsInTheOrderOfNames)
     QStringList failed;
     for (const auto& failure : outcome->failures)
         failed.append(failure.filename);
-    EXPECT_EQ(failed.join(u'|'), QStringLiteral("bad 5.jpg|x 1.gif|x 2|x 10.gif"));
+    EXPECT_EQ(failed.join(u'|'), QStringLiteral("bad 5.jpg|x 1.gif|x 2|x 10.gif|y"));
     EXPECT_TRUE(outcome->failures[2].message.contains(QStringLiteral("This file type")));
     for (const ImportedPhoto& photo : session.photos()) {
         EXPECT_TRUE(photo.previewSource.isNull());

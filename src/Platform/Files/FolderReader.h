@@ -7,11 +7,12 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 
 namespace ferrow {
 
-/// The names in one folder, as bytes, without "." and "..". A folder that can't be read simply has none.
+/// The names in one folder, as bytes, without "." and "..". A folder that can't be read has none; failure() says why.
 class FolderReader {
 public:
     enum class FinalLink { followed, refused };
@@ -20,10 +21,11 @@ public:
     {
         const int linkFlag = finalLink == FinalLink::refused ? O_NOFOLLOW : 0;
         const int descriptor = ::open(path.constData(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC | linkFlag);
-        if (descriptor < 0)
+        stream_ = descriptor < 0 ? nullptr : ::fdopendir(descriptor);
+        if (stream_)
             return;
-        stream_ = ::fdopendir(descriptor);
-        if (!stream_)
+        failure_ = errno;
+        if (descriptor >= 0)
             ::close(descriptor);
     }
     FolderReader(const FolderReader&) = delete;
@@ -35,19 +37,26 @@ public:
     }
 
     [[nodiscard]] bool isOpen() const { return stream_; }
+    /// 0, or the errno that ended the reading so far.
+    [[nodiscard]] int failure() const { return failure_; }
     [[nodiscard]] int descriptor() const { return ::dirfd(stream_); }
 
     /// Null after the last entry. Valid until the next call.
     [[nodiscard]] const dirent* next()
     {
-        while (const dirent* entry = stream_ ? ::readdir(stream_) : nullptr)
+        if (!stream_)
+            return nullptr;
+        errno = 0; // Set by a failure alone: the end looks the same.
+        while (const dirent* entry = ::readdir(stream_))
             if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0)
                 return entry;
+        failure_ = errno;
         return nullptr;
     }
 
 private:
     DIR* stream_ = nullptr;
+    int failure_ = 0;
 };
 
 } // namespace ferrow

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <optional>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -58,10 +59,11 @@ FileKind fileKind(const FileUrl& url)
     return S_ISDIR(status.st_mode) ? FileKind::folder : FileKind::file;
 }
 
-void walkFolder(const FileUrl& folder, const std::function<void(const FileUrl&)>& visit)
+int walkFolder(const FileUrl& folder, const std::function<void(const FileUrl&)>& visit)
 {
     if (!folder.hasFileSystemRepresentation())
-        return;
+        return EINVAL;
+    std::optional<int> failure; // Of the first folder.
     // No recursion, and one descriptor at a time, however deep the tree: it ends where paths become too long to open.
     std::vector<FileUrl> pending{folder};
     // A folder mounted inside itself would otherwise be walked until its paths become too long.
@@ -73,8 +75,11 @@ void walkFolder(const FileUrl& folder, const std::function<void(const FileUrl&)>
         FolderReader reader(current.path(), std::exchange(finalLink, FolderReader::FinalLink::refused));
         struct stat status {};
         if (!reader.isOpen() || ::fstat(reader.descriptor(), &status) != 0 ||
-            !visited.emplace(status.st_dev, status.st_ino).second)
+            !visited.emplace(status.st_dev, status.st_ino).second) {
+            if (!failure)
+                failure = reader.failure();
             continue;
+        }
         while (const dirent* entry = reader.next()) {
             if (entry->d_name[0] == '.')
                 continue;
@@ -87,7 +92,10 @@ void walkFolder(const FileUrl& folder, const std::function<void(const FileUrl&)>
             else if (!isPackage(url))
                 pending.push_back(url);
         }
+        if (!failure)
+            failure = reader.failure();
     }
+    return failure.value_or(0);
 }
 
 } // namespace ferrow
