@@ -194,6 +194,12 @@ Bitmap composedRegion(const RegionRequest& request, const std::stop_token& stop,
     return viewable(region);
 }
 
+/// The file has no name here: the caller knows it.
+ImagePipelineError writingFailed(const QString& formatName, int errorNumber)
+{
+    return ImagePipelineError::OutputWriteFailed{formatName, SystemError{errorNumber, {}}};
+}
+
 } // namespace
 
 InspectAnswer InProcessAnswerer::inspect(const InspectRequest& request, const std::stop_token& stop)
@@ -236,10 +242,12 @@ void InProcessAnswerer::frame(const FrameRequest& request, const std::stop_token
         writeBands(framed, *encoder, options.format, stop, *observer_);
         framed.rows.finish();
         encoder->finish();
-    } catch (const EncoderError&) {
-        throw ImagePipelineError(ImagePipelineError::EncodingFailed{formatName});
+    } catch (const EncoderError& error) {
+        if (error.errorNumber == 0)
+            throw ImagePipelineError(ImagePipelineError::EncodingFailed{formatName});
+        throw writingFailed(formatName, error.errorNumber);
     } catch (const InputOutputError& error) {
-        throw ImagePipelineError(ImagePipelineError::OutputWriteFailed{formatName, SystemError{error.errorNumber, {}}});
+        throw writingFailed(formatName, error.errorNumber);
     } catch (const std::bad_alloc&) {
         throw ImagePipelineError(ImagePipelineError::renderingFailed);
     }
