@@ -73,9 +73,9 @@ int placeExclusively(int folder, const QByteArray& from, const QByteArray& to, c
         return renamed;
     const int linked = calls.link(folder, from, to);
     if (!areLinksNotOffered(linked)) {
+        // The second name of the same file; left behind, it is swept later.
         if (linked == 0)
-            ::unlinkat(folder, from.constData(),
-                       0); // The second name of the same file; left behind, it is swept later.
+            ::unlinkat(folder, from.constData(), 0);
         return linked;
     }
     // Neither is offered (some memory cards and network volumes): a file that appears between these two lines is lost.
