@@ -73,9 +73,9 @@ TEST_F(BatchImporterTest, takesEachFileOnceAndInTheOrderOfFileBrowsers)
 
 TEST_F(BatchImporterTest, namesAFolderThatItWasGivenAndMayNotRead)
 {
-    folder.write("in/closed/a.jpg", "");
     const FileUrl closed = folder.file("in/closed");
-    test::setMode(closed, 0);
+    ::mkdir(folder.file("in").path().constData(), 0777);
+    ::mkdir(closed.path().constData(), 0);
     std::vector<BatchExportFailure> unreadable;
     {
         const test::OrdinaryUser user(folder.url());

@@ -26,8 +26,10 @@ TEST(TemporaryLogoFolder, goesWithItsRunAndTakesTheFoldersOfKilledOnesAlong)
     struct stat status {};
     ASSERT_EQ(::stat(running->url().path().constData(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777, 0700u);
-    for (const char* name : {"ferrow-logo-killed", "ferrow-logo-recent", "ferrow-logo-of-mine"})
+    for (const char* name : {"ferrow-logo-killed", "ferrow-logo-recent", "ferrow-logo-of-mine"}) {
+        ::mkdir(parent.file(name).path().constData(), 0700);
         parent.write(QByteArray(name) + "/logo.png", "x");
+    }
     for (const FileUrl& old : {running->url(), parent.file("ferrow-logo-killed"), parent.file("ferrow-logo-of-mine")})
         makeOld(old);
     const QByteArray kept = running->url().lastPathComponentBytes();
