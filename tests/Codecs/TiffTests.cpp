@@ -176,6 +176,36 @@ TEST(TiffDecoder, turnsYCbCrInBlocksIntoRgb)
     EXPECT_LE(worstDifference(decoded.at(20, 19), Components{200, 100, 50}), 2);
 }
 
+TEST(TiffDecoder, turnsYCbCrInPlanesIntoRgb)
+{
+    const auto planes = [](std::uint32_t subsampling) {
+        const QByteArray bytes =
+            QByteArray(21 * 20, '\x7c') + QByteArray(21 * 20, '\x56') + QByteArray(21 * 20, '\xb6');
+        auto tags =
+            pictureTags(21, 20, {shortTag(TIFFTAG_PLANARCONFIG, PLANARCONFIG_SEPARATE)}, PHOTOMETRIC_YCBCR, 8, 3);
+        tags.push_back({TIFFTAG_YCBCRSUBSAMPLING, 3, 2, littleEndian(subsampling)});
+        tags[8] = {TIFFTAG_STRIPBYTECOUNTS, 4, 3, littleEndian(std::uint32_t(21 * 20)).repeated(3)};
+        const auto offsets = [&](std::uint32_t first) {
+            return littleEndian(first) + littleEndian(first + 21 * 20) + littleEndian(first + 2 * 21 * 20);
+        };
+        tags[5] = {TIFFTAG_STRIPOFFSETS, 4, 3, offsets(0)};
+        tags[5].values = offsets(std::uint32_t(8 + tiffDirectory(tags, 8).size()));
+        return decode(tiffFile(tags, bytes));
+    };
+    ASSERT_EQ(planes(0x10001).error, std::nullopt);
+    EXPECT_LE(worstDifference(planes(0x10001).at(20, 19), Components{200, 100, 50}), 2);
+    EXPECT_EQ(planes(0x20002).error, unsupported("YCbCr TIFF image in subsampled planes"));
+}
+
+TEST(TiffDecoder, takesPixelsWithAColorMapForItsColors)
+{
+    auto tags = pictureTags(
+        2, 1, {{TIFFTAG_COLORMAP, 3, 3 * 256, QByteArray(512, '\1') + QByteArray(512, '\2') + QByteArray(512, '\3')}});
+    tags.erase(tags.begin() + 4); // PhotometricInterpretation
+    tags[4] = longTag(TIFFTAG_STRIPOFFSETS, 8);
+    EXPECT_EQ(decode(tiffFile(tags, "ab")).at(1, 0), (Components{1, 2, 3}));
+}
+
 TEST(TiffDecoder, namesWhatItCannotRead)
 {
     const auto errorOf = [](int photometric, int bits, int samples, const std::vector<TiffTag>& more = {}) {

@@ -38,13 +38,23 @@ int readCompression(const TiffInput& input)
     return compression;
 }
 
+bool hasColorMap(const TiffInput& input)
+{
+    std::uint16_t* red = nullptr;
+    std::uint16_t* green = nullptr;
+    std::uint16_t* blue = nullptr;
+    return TIFFGetField(input.get(), TIFFTAG_COLORMAP, &red, &green, &blue) == 1;
+}
+
 int readPhotometric(const TiffInput& input, int samples)
 {
-    // Some writers leave it out; then the number of samples leaves little choice.
+    // Some writers leave it out; then the number of samples and a color map leave little choice.
     std::uint16_t photometric = 0;
     if (TIFFGetField(input.get(), TIFFTAG_PHOTOMETRIC, &photometric) == 1)
         return photometric;
-    return samples >= 3 ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK;
+    if (samples >= 3)
+        return PHOTOMETRIC_RGB;
+    return hasColorMap(input) ? PHOTOMETRIC_PALETTE : PHOTOMETRIC_MINISBLACK;
 }
 
 TiffColor colorFor(const TiffInput& input, int photometric)
@@ -154,7 +164,7 @@ void readPalette(const TiffInput& input, TiffLayout& layout)
 
 void readYCbCr(const TiffInput& input, TiffLayout& layout)
 {
-    if (layout.bits != 8 || layout.isPlanar || layout.samples != 3)
+    if (layout.bits != 8 || layout.samples != 3)
         refuseAsUnsupported(QStringLiteral("%1-bit %2-band YCbCr TIFF image").arg(layout.bits).arg(layout.samples));
     std::uint16_t x = 2;
     std::uint16_t y = 2;
@@ -162,6 +172,8 @@ void readYCbCr(const TiffInput& input, TiffLayout& layout)
     const auto isFactor = [](int factor) { return factor == 1 || factor == 2 || factor == 4; };
     if (!isFactor(x) || !isFactor(y))
         refuseAsMalformed();
+    if (layout.isPlanar && (x != 1 || y != 1))
+        refuseAsUnsupported(QStringLiteral("YCbCr TIFF image in subsampled planes"));
     layout.subsamplingX = x;
     layout.subsamplingY = y;
 

@@ -28,7 +28,7 @@ struct TiffLayout {
     bool isTiled = false;
     std::int64_t chunkWidth = 0; ///< Of a tile; for strips the picture's width.
     std::int64_t chunkRows = 0;  ///< Of a tile or a whole strip.
-    int subsamplingX = 1;        ///< For yCbCr only.
+    int subsamplingX = 1;        ///< For blocks only.
     int subsamplingY = 1;
     std::array<float, 3> yCbCrWeights{};
     std::array<float, 6> yCbCrReference{};
@@ -37,7 +37,9 @@ struct TiffLayout {
     [[nodiscard]] int colorSamples() const;
     /// Planes that are read separately.
     [[nodiscard]] int planes() const { return isPlanar ? samples : 1; }
-    /// Bytes of `pixels` pixels in one plane; not for yCbCr.
+    /// YCbCr in one plane lies in blocks of several pixels.
+    [[nodiscard]] bool isInBlocks() const { return color == TiffColor::yCbCr && !isPlanar; }
+    /// Bytes of `pixels` pixels in one plane; not for blocks.
     [[nodiscard]] std::int64_t rowBytes(std::int64_t pixels) const
     {
         return (pixels * (isPlanar ? 1 : samples) * bits + 7) / 8;

@@ -177,10 +177,9 @@ public:
                                             std::uint64_t(std::numeric_limits<std::int32_t>::max())))),
           held_(chunkBytes_ * layout.planes() * layout.chunksAcross() + largestStoredChunk(input))
     {
-        const bool isBlocks = layout.color == TiffColor::yCbCr;
         const std::int64_t blocks = (layout.chunkWidth + layout.subsamplingX - 1) / layout.subsamplingX;
-        lineBytes_ =
-            isBlocks ? blocks * (layout.subsamplingX * layout.subsamplingY + 2) : layout.rowBytes(layout.chunkWidth);
+        lineBytes_ = layout.isInBlocks() ? blocks * (layout.subsamplingX * layout.subsamplingY + 2)
+                                         : layout.rowBytes(layout.chunkWidth);
         linesPerChunk_ = (layout.chunkRows + layout.subsamplingY - 1) / layout.subsamplingY;
     }
 
@@ -264,7 +263,7 @@ std::unique_ptr<TiffRows> openTiffRows(TiffInput& input, const TiffLayout& layou
 {
     const auto compression = input.tag<std::uint16_t>(TIFFTAG_COMPRESSION, COMPRESSION_NONE);
     const auto fillOrder = input.tag<std::uint16_t>(TIFFTAG_FILLORDER, FILLORDER_MSB2LSB);
-    if (layout.isTiled || layout.color == TiffColor::yCbCr)
+    if (layout.isTiled || layout.isInBlocks())
         return std::make_unique<ChunkRows>(input, layout);
     if (compression == COMPRESSION_NONE && fillOrder == FILLORDER_MSB2LSB)
         return std::make_unique<StoredRows>(input, layout);

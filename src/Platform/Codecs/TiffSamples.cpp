@@ -4,6 +4,7 @@
 #include <tiffio.h>
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <cstdlib>
@@ -131,19 +132,23 @@ void TiffSamples::fillGrey(std::byte* out, std::int64_t pixels) const
 
 void TiffSamples::convertYCbCr(const TiffRun& run, std::byte* out) const
 {
+    const auto put = [&](int luma, int blueness, int redness) {
+        std::array<std::uint32_t, 3> rgb{};
+        TIFFYCbCrtoRGB(yCbCr_->tables.get(), std::uint32_t(luma), blueness, redness, &rgb[0], &rgb[1], &rgb[2]);
+        for (const std::uint32_t component : rgb)
+            *out++ = std::byte(component);
+    };
+    const auto plane = [&](std::size_t index) { return reinterpret_cast<const std::uint8_t*>(run.planes[index]); };
+    if (!layout_.isInBlocks()) {
+        for (std::int64_t x = 0; x < run.pixels; ++x)
+            put(plane(0)[x], plane(1)[x], plane(2)[x]);
+        return;
+    }
     const int across = layout_.subsamplingX;
     const int chromaAt = across * layout_.subsamplingY;
-    const auto* block = reinterpret_cast<const std::uint8_t*>(run.planes[0]);
     for (std::int64_t x = 0; x < run.pixels; ++x) {
-        const auto* at = block + x / across * (chromaAt + 2);
-        std::uint32_t red = 0;
-        std::uint32_t green = 0;
-        std::uint32_t blue = 0;
-        TIFFYCbCrtoRGB(yCbCr_->tables.get(), at[run.blockRow * across + x % across], at[chromaAt], at[chromaAt + 1],
-                       &red, &green, &blue);
-        *out++ = std::byte(red);
-        *out++ = std::byte(green);
-        *out++ = std::byte(blue);
+        const auto* block = plane(0) + x / across * (chromaAt + 2);
+        put(block[run.blockRow * across + x % across], block[chromaAt], block[chromaAt + 1]);
     }
 }
 

@@ -38,9 +38,12 @@ QByteArray metadataOf(const heif_image_handle* handle, heif_item_id item)
     return error.code == heif_error_Ok ? bytes : QByteArray();
 }
 
-/// An Exif item starts with the distance from there to its byte order mark.
+/// An Exif item starts with the distance from there to its byte order mark; some writers leave it out.
 QByteArray exifOfItem(const QByteArray& item)
 {
+    const QByteArray bare = withoutExifPrefix(item);
+    if (bare.startsWith("II*") || bare.startsWith(QByteArray("MM\0*", 4)))
+        return bare;
     constexpr qsizetype distanceLength = 4;
     if (item.size() < distanceLength)
         return {};

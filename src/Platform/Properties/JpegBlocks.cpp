@@ -23,7 +23,6 @@ constexpr std::int64_t maximumJunk = 64 * 1024;
 constexpr int maximumSegments = 4096;
 
 const QByteArray exifName("Exif\0\0", 6);
-const QByteArray xmpName("http://ns.adobe.com/xap/1.0/\0", 29);
 const QByteArray extendedXmpName("http://ns.adobe.com/xmp/extension/\0", 35);
 const QByteArray photoshopName("Photoshop 3.0\0", 14);
 
@@ -172,8 +171,8 @@ MetadataBlocks jpegMetadataBlocks(const ByteSource& source)
             const QByteArray content = bytesOf(source, *segment, exifName.size());
             if (blocks.exif.isEmpty() || continuesExif(content, blocks.exif))
                 blocks.exif += content;
-        } else if (start.startsWith(xmpName) && blocks.xmp.isEmpty()) {
-            blocks.xmp = bytesOf(source, *segment, xmpName.size());
+        } else if (const qsizetype xmpAt = xmpNameLength(start); xmpAt > 0 && blocks.xmp.isEmpty()) {
+            blocks.xmp = bytesOf(source, *segment, xmpAt);
         } else if (start.startsWith(extendedXmpName)) {
             extended.add(source, *segment, start.mid(extendedXmpName.size()));
         }

@@ -30,4 +30,8 @@ struct MetadataBlocks {
 /// What follows the "Exif\0\0" that some containers put before the byte order mark.
 [[nodiscard]] QByteArray withoutExifPrefix(const QByteArray& block);
 
+/// Length of the name that stands before a packet of XMP in segments and old text chunks, its zero included; 0 for a
+/// block that has none. Some writers put a blank before the zero.
+[[nodiscard]] qsizetype xmpNameLength(const QByteArray& block);
+
 } // namespace ferrow

@@ -193,9 +193,9 @@ private:
             return;
         const QByteArray text = plainOrCompressedText(chunk.type, whole(chunk).mid(keyword.size() + 1));
         const QByteArray block = rawProfile(text);
-        const QByteArray xmpName("http://ns.adobe.com/xap/1.0/\0", 29);
-        if (isApp1 && block.startsWith(xmpName))
-            rawXmp_ = block.mid(xmpName.size());
+        const qsizetype xmpAt = isApp1 ? xmpNameLength(block) : 0;
+        if (xmpAt > 0)
+            rawXmp_ = block.mid(xmpAt);
         else if (into == &rawExif_)
             rawExif_ = withoutExifPrefix(block);
         else if (into == &blocks_.iptc)

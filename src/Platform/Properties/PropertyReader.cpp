@@ -74,6 +74,13 @@ QByteArray withoutExifPrefix(const QByteArray& block)
     return block.startsWith(QByteArray("Exif\0\0", 6)) ? block.mid(6) : block;
 }
 
+qsizetype xmpNameLength(const QByteArray& block)
+{
+    const QByteArray name("http://ns.adobe.com/xap/1.0/");
+    const qsizetype end = block.startsWith(name) ? block.indexOf('\0', name.size()) : -1;
+    return end >= 0 && block.mid(name.size(), end - name.size()).trimmed().isEmpty() ? end + 1 : 0;
+}
+
 ImageProperties readProperties(FileType type, const ByteSource& source)
 {
     switch (type) {
