@@ -123,8 +123,10 @@ std::optional<PlacedCaption> placeCaption(const QString& text, const RenderLayou
     TextFrame frame(text, style);
     const double width = wrappingWidth(recipe.captionPosition, area.width(), fontSize);
     const QSizeF suggested = frame.suggestedSize({width, area.height()});
-    const QSizeF boxSize(std::min(std::max(std::ceil(suggested.width()), fontSize), area.width()),
-                         std::min(std::max(std::ceil(suggested.height()), 1.2 * fontSize), area.height()));
+    // Whole pixels of the export, so that a preview's text stands where the export's does.
+    const auto wholePixels = [scale](double extent) { return std::ceil(extent / scale) * scale; };
+    const QSizeF boxSize(std::min(std::max(wholePixels(suggested.width()), fontSize), area.width()),
+                         std::min(std::max(wholePixels(suggested.height()), 1.2 * fontSize), area.height()));
     const QRectF box = fromTop(anchoredRect(boxSize, area, recipe.captionPosition), layout);
     return PlacedCaption{std::move(frame), fontSize, box, fromTop(area, layout)};
 }

@@ -146,6 +146,47 @@ TEST(ImageRenderer, previewIsTheExportMadeSmaller)
     EXPECT_NEAR(smallInk.bottom() * 2, largeInk.bottom(), 4);
 }
 
+TEST(ImageRenderer, previewHasTextAndShadowWhereTheExportHasThem)
+{
+    // The mean height above the lower edge of what differs from flat grey, in pixels of the export.
+    const auto inkHeight = [](const RenderRecipe& recipe, PixelSize source) {
+        const auto draw = [&](bool isCaptioned) {
+            RenderRecipe drawn = recipe;
+            drawn.captionEnabled = isCaptioned;
+            return ImageRenderer::render(test::flat(source, rgb8, {190, 190, 190}), photoSize, drawn, {}, {},
+                                         ImageRenderer::SourceScale::fromSource, {});
+        };
+        const Bitmap with = draw(true);
+        const Bitmap without = draw(false);
+        const std::int64_t height = with.size().height;
+        double ink = 0;
+        double moment = 0;
+        for (std::int64_t y = 0; y < height; ++y)
+            for (std::int64_t x = 0; x < with.size().width; ++x) {
+                const double dark = test::component(without, x, y, 1) - test::component(with, x, y, 1);
+                ink += dark;
+                moment += dark * (double(height - y) - 0.5);
+            }
+        return moment / ink * double(photoSize.width) / double(source.width);
+    };
+    for (const CaptionPosition position :
+         {CaptionPosition::imageTopLeft, CaptionPosition::imageCenter, CaptionPosition::imageBottomRight,
+          CaptionPosition::borderTopCenter, CaptionPosition::borderBottomLeft})
+        for (const bool isShadowAlone : {false, true})
+            for (const double padding : {12.0, 13.0, 15.0}) {
+                RenderRecipe recipe = captioned(position);
+                recipe.captionVerticalPadding = padding;
+                recipe.captionColor = isShadowAlone ? RGBAColor{190 / 255.0, 190 / 255.0, 190 / 255.0, 1} : RGBAColor{};
+                if (isShadowAlone && isInBorder(position))
+                    continue;
+                // Scales at which the canvas has whole pixels too.
+                for (const PixelSize preview : {PixelSize{300, 200}, PixelSize{285, 190}})
+                    EXPECT_NEAR(inkHeight(recipe, preview), inkHeight(recipe, photoSize),
+                                0.1 * double(photoSize.width) / double(preview.width))
+                        << rawValue(position).toStdString() << ", " << padding << ", " << isShadowAlone;
+            }
+}
+
 TEST(ImageRenderer, preservesTheSourceSpaceOnlyWhereThereIsOne)
 {
     RenderRecipe recipe;

@@ -5,8 +5,11 @@
 
 #include <QFont>
 #include <QFontMetricsF>
+#include <QGlyphRun>
 #include <QImage>
 #include <QPainter>
+#include <QPainterPath>
+#include <QRawFont>
 #include <QTextLayout>
 
 #include <algorithm>
@@ -119,6 +122,32 @@ QList<QTextLayout::FormatRange> emojiFormats(const QList<TextRange>& emoji)
     for (const TextRange& range : emoji)
         formats.append({range.start, range.length, format});
     return formats;
+}
+
+/// Whether the font's glyphs are pictures rather than outlines.
+bool isColorFont(const QRawFont& font)
+{
+    return !font.fontTable("CBLC").isEmpty() || !font.fontTable("sbix").isEmpty() || !font.fontTable("COLR").isEmpty();
+}
+
+/// The painter would set small glyphs on whole rows: a preview's text would lie up to half a pixel beside the
+/// export's. Outlines lie where they should; color glyphs, which have none, are left to the painter.
+void drawLine(QPainter& painter, const QTextLine& line, const QPointF& origin)
+{
+    QPainterPath outlines;
+    outlines.setFillRule(Qt::WindingFill); // Strokes of one glyph may overlap.
+    for (const QGlyphRun& run : line.glyphRuns()) {
+        const QRawFont font = run.rawFont();
+        if (isColorFont(font)) {
+            painter.drawGlyphRun(origin, run);
+            continue;
+        }
+        const QList<quint32> glyphs = run.glyphIndexes();
+        const QList<QPointF> places = run.positions();
+        for (qsizetype i = 0; i < glyphs.size(); ++i)
+            outlines.addPath(font.pathForGlyph(glyphs[i]).translated(origin + places[i]));
+    }
+    painter.fillPath(outlines, painter.pen().color());
 }
 
 /// Multiplies every channel, so that overlapping glyphs do not show through each other and colour glyphs fade alike.
@@ -337,6 +366,7 @@ Bitmap TextFrame::drawn(const QSizeF& box, QPointF offset, int margin, double re
     canvas.setDotsPerMeterY(dotsPerMeter);
 
     QPainter painter(&canvas);
+    painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QColor::fromRgbF(static_cast<float>(std::clamp(red, 0.0, 1.0)),
                                     static_cast<float>(std::clamp(green, 0.0, 1.0)),
                                     static_cast<float>(std::clamp(blue, 0.0, 1.0))));
@@ -346,7 +376,7 @@ Bitmap TextFrame::drawn(const QSizeF& box, QPointF offset, int margin, double re
     self.layOut(lines, box.width(), [&](const QTextLine& line, std::size_t index) {
         // A line hangs from the tallest font in it; from our own ascent, baselines lie evenly.
         const double baseline = self.ascent + self.advance * static_cast<double>(index);
-        line.draw(&painter, QPointF(0, baseline / self.lineScale() - line.ascent()));
+        drawLine(painter, line, QPointF(0, baseline / self.lineScale() - line.ascent()));
     });
     painter.end();
     fade(bitmap, alpha);
