@@ -154,7 +154,9 @@ ColorProfile outputColorSpace(const ColorProfile& photo, ColorModel model, Outpu
     case OutputColorProfile::displayP3:
         return ColorProfile::displayP3();
     case OutputColorProfile::preserveSource:
-        return model == ColorModel::rgb && !photo.isEmpty() && photo.canBeTarget() ? photo : ColorProfile::sRGB();
+        if (model != ColorModel::rgb || photo.isEmpty() || !photo.canBeTarget())
+            return ColorProfile::sRGB();
+        return photo.wellKnown() == WellKnown::none ? photo : ColorProfile::of(photo.wellKnown());
     }
     return ColorProfile::sRGB();
 }

@@ -50,7 +50,7 @@ private:
 };
 
 /// The space a framed picture is drawn in: the policy's, or the photo's own where it is to be preserved, is RGB and can
-/// be converted to.
+/// be converted to. A well-known one comes in our own bytes, whatever the photo's say besides.
 [[nodiscard]] ColorProfile outputColorSpace(const ColorProfile& photo, ColorModel model, OutputColorProfile policy);
 
 /// The space that a picture is handed on and shown in: the photo's own where that is well known, else one that holds

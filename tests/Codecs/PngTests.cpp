@@ -4,6 +4,7 @@
 #include <array>
 #include <random>
 
+#include <png.h>
 #include <zlib.h>
 
 namespace ferrow {
@@ -86,7 +87,52 @@ QByteArray noiseFile(int colourType, int depth, bool transparency, bool interlac
            chunk("IDAT", deflated(rows)) + end;
 }
 
+/// What the library's own reader says against the profile of a file, or that it has none.
+QByteArray complaintsOfProfile(const QByteArray& file)
+{
+    QByteArray complaints;
+    QByteArray rest = file;
+    png_structp png = png_create_read_struct(
+        PNG_LIBPNG_VER_STRING, &complaints, nullptr,
+        [](png_structp reader, png_const_charp text) { *static_cast<QByteArray*>(png_get_error_ptr(reader)) += text; });
+    png_infop info = png_create_info_struct(png);
+    png_set_read_fn(png, &rest, [](png_structp reader, png_bytep into, std::size_t count) {
+        auto* left = static_cast<QByteArray*>(png_get_io_ptr(reader));
+        std::copy_n(left->constData(), count, into);
+        left->remove(0, qsizetype(count));
+    });
+    png_read_info(png, info);
+    if (png_get_valid(png, info, PNG_INFO_iCCP) == 0)
+        complaints += " no profile";
+    png_destroy_read_struct(&png, &info, nullptr);
+    return complaints;
+}
+
 } // namespace
+
+TEST(PngEncoder, writesProfilesThatOtherReadersKeep)
+{
+    // Of no well-known space: green and blue have changed places.
+    const QByteArray icc = QByteArray(ColorProfile::displayP3().icc())
+                               .replace("gXYZ", "none")
+                               .replace("bXYZ", "gXYZ")
+                               .replace("none", "bXYZ");
+    const auto with = [&](qsizetype at, const QByteArray& bytes) {
+        return QByteArray(icc).replace(at, bytes.size(), bytes);
+    };
+    const QByteArray odd = with(0, bigEndian(quint64(icc.size() + 3))) + QByteArray(3, '\0');
+    const std::pair<const char*, QByteArray> rows[]{
+        {"as it is", icc}, {"intent", with(64, "\xff\xff\xff\xff")}, {"illuminant", with(68, QByteArray(12, '\0'))},
+        {"length", odd},   {"a tag outside", with(132, "none\x7f")},
+    };
+    for (const auto& [name, given] : rows) {
+        EncodeOptions options = optionsFor({1, 1});
+        options.profile = ColorProfile::fromIcc(given, ColorModel::rgb).value_or(ColorProfile());
+        ASSERT_EQ(options.profile.wellKnown(), WellKnown::none) << name;
+        EXPECT_EQ(complaintsOfProfile(encode(OutputType::png, options, Pixels(3))), "") << name;
+        EXPECT_EQ(options.profile.icc() == given, given == icc) << name;
+    }
+}
 
 TEST(PngDecoder, equalsAnotherReaderAtEveryDepth)
 {

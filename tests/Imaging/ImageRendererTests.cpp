@@ -197,6 +197,9 @@ TEST(ImageRenderer, preservesTheSourceSpaceOnlyWhereThereIsOne)
     };
     EXPECT_EQ(space(ColorProfile::displayP3()), ColorProfile::displayP3());
     EXPECT_EQ(space({}), ColorProfile::sRGB());
+    // A well-known one is written in good bytes, whatever the source's say of it.
+    const QByteArray odd = QByteArray(ColorProfile::displayP3().icc()).replace("No copyright", "No Copyright");
+    EXPECT_EQ(space(ColorProfile::fromIcc(odd, ColorModel::rgb).value()), ColorProfile::displayP3());
 }
 
 } // namespace ferrow

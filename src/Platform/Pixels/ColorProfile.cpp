@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Pixels/ColorProfile.h"
 
+#include "Platform/Pixels/IccMending.h"
 #include "Platform/Pixels/LittleCms.h"
 #include "Platform/Pixels/WellKnownSpaces.h"
 
@@ -179,13 +180,13 @@ std::optional<ColorProfile> ColorProfile::fromIcc(const QByteArray& given, Color
         return std::nullopt;
     const WellKnown known = recognise(profile.get(), model);
     if (known != WellKnown::none)
-        return ColorProfile(icc, model, known, model == ColorModel::rgb);
+        return ColorProfile(mendedIcc(icc), model, known, model == ColorModel::rgb);
 
     const LittleCms::Profile lab(cmsCreateLab4ProfileTHR(context.get(), nullptr));
     if (!leadsBetween(context, profile.get(), lab.get()))
         return std::nullopt;
     const bool canBeTarget = model == ColorModel::rgb && leadsBetween(context, lab.get(), profile.get());
-    return ColorProfile(icc, model, known, canBeTarget);
+    return ColorProfile(mendedIcc(icc), model, known, canBeTarget);
 }
 
 QString ColorProfile::name() const

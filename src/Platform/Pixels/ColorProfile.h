@@ -43,7 +43,8 @@ public:
     [[nodiscard]] static const ColorProfile& lab();
 
     /// A profile read from a file. Absent when the bytes are not a usable profile of at most 16 MB, or when it is for
-    /// another model than `model` (a grey profile in an RGB picture is no use).
+    /// another model than `model` (a grey profile in an RGB picture is no use). What strict readers would refuse of it
+    /// is mended.
     [[nodiscard]] static std::optional<ColorProfile> fromIcc(const QByteArray& icc, ColorModel model);
 
     [[nodiscard]] bool isEmpty() const { return icc_.isEmpty(); }
