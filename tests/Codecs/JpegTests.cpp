@@ -174,6 +174,28 @@ TEST(JpegDecoder, tellsLostPixelsFromOddFiles)
     EXPECT_EQ(decode(QByteArray(file).remove(scan + 14, markerAt(file, 0xd0) - scan - 14)).error, damaged);
 }
 
+TEST(JpegDecoder, findsDamageThatTheLibraryPassesOver)
+{
+    const QByteArray file = colourFile(baseline, {200, 117});
+    const qsizetype coded = markerAt(file, 0xda) + 14;
+    // Sixteen ones in a row are no code; near the start much of the file is at hand, near the end little.
+    for (qsizetype at = coded; at < file.size() - 16; at += 97)
+        EXPECT_EQ(decode(QByteArray(file).replace(at, 6, QByteArray("\xff\0\xff\0\xff\0", 6))).error, damaged) << at;
+    // Each of these leaves codes that no row has used.
+    const QByteArray restarting = colourFile([](auto& codec) { codec.restart_interval = 7; });
+    const std::pair<const char*, QByteArray> rows[]{
+        {"some coded twice", QByteArray(file).insert(coded + 1000, file.mid(coded + 1000, 512))},
+        {"an interval coded twice",
+         QByteArray(restarting).insert(markerAt(restarting, 0xd1), QByteArray(restarting).mid(coded, 40))},
+        {"an interval too many", QByteArray(restarting).insert(restarting.size() - 2, QByteArray("\xff\xd4\x12", 3))},
+    };
+    for (const auto& [name, changed] : rows) {
+        EXPECT_EQ(decode(changed).error, damaged) << name;
+        EXPECT_EQ(decode(changed, Tolerance::tolerant).error, std::nullopt) << name;
+    }
+    EXPECT_EQ(decode(QByteArray(file).insert(file.size() - 2, QByteArray("\0\xff\0\xff\xff", 5))).error, std::nullopt);
+}
+
 TEST(JpegDecoder, showsWhatIsThereWhenTolerant)
 {
     const QByteArray file = colourFile(baseline);

@@ -33,6 +33,14 @@ constexpr int maximumScans = 500;
 constexpr std::int64_t maximumVisits = 100;
 constexpr std::int64_t visitsAlwaysAllowed = 20'000'000;
 
+/// With this much of the file at hand for each 8 x 8 block the library decodes on a path that takes codes which no
+/// table has for zeros and does not warn. (BUFSIZE in its jdhuff.c.)
+constexpr std::size_t unwarnedBytesPerBlock = std::size_t(DCTSIZE2) * 8;
+
+/// Coded bytes that no block has used tell of damage before them: rows were read from too few bytes. A few files have
+/// up to three, damage seldom leaves fewer than some tens (docs/damage.md).
+constexpr std::int64_t unusedBytesAllowed = 4;
+
 constexpr std::size_t maximumIccBytes = 16 * 1024 * 1024;
 constexpr JOCTET iccSignature[] = {'I', 'C', 'C', '_', 'P', 'R', 'O', 'F', 'I', 'L', 'E', 0};
 
@@ -86,8 +94,8 @@ ColorModel modelOf(int components)
     return components == 1 ? ColorModel::gray : components == 4 ? ColorModel::cmyk : ColorModel::rgb;
 }
 
-/// Whether pixels are lost where the library only warns. Stray bytes before a marker, odd parameters of a baseline
-/// scan, unknown Adobe transforms and bad profile segments cost none.
+/// Whether pixels are lost where the library only warns. Stray bytes before a header's marker, odd parameters of a
+/// baseline scan, unknown Adobe transforms and bad profile segments cost none.
 bool meansLostPixels(const jpeg_decompress_struct& codec)
 {
     switch (codec.err->msg_code) {
@@ -96,6 +104,8 @@ bool meansLostPixels(const jpeg_decompress_struct& codec)
     case JWRN_MUST_RESYNC:
     case JWRN_ARITH_BAD_CODE:
         return true;
+    case JWRN_EXTRANEOUS_DATA: // Within the picture: at a restart, or between scans.
+        return codec.input_scan_number > 0 && codec.err->msg_parm.i[0] > unusedBytesAllowed;
     case JWRN_BOGUS_PROGRESSION:
         // Said of coefficient 0 in a scan that does not carry it, this is about the order of scans alone.
         return codec.err->msg_parm.i[1] > 0 || codec.Ss == 0;
@@ -187,6 +197,29 @@ public:
             throw failure(Reason::damaged);
     }
 
+    /// After the last row of a picture in one scan: whether coded bytes are left that should have been rows.
+    [[nodiscard]] bool leavesBytesUnused()
+    {
+        std::int64_t unused = 0;
+        int marker = codec.unread_marker;
+        const bool whole = trap_.run([&] {
+            while (marker == 0) {
+                std::size_t byte = nextByte();
+                if (byte == 0xff) {
+                    while (byte == 0xff)
+                        byte = nextByte();
+                    marker = int(byte); // 0 stands for a coded 255.
+                }
+                unused += marker == 0 ? 1 : 0;
+            }
+        });
+        if (!whole)
+            throw failure(Reason::damaged);
+        const bool isRestart = marker >= JPEG_RST0 && marker <= JPEG_RST0 + 7;
+        // Some cameras forget the end marker, and then nothing tells junk from rows.
+        return isRestart || (unused > unusedBytesAllowed && !endSupplied_);
+    }
+
     /// Offset up to which a picture of several scans could be followed.
     [[nodiscard]] std::int64_t followedUpTo() const { return followedUpTo_; }
     [[nodiscard]] QByteArray icc() const { return icc_.joined(); }
@@ -248,7 +281,12 @@ private:
     boolean fill()
     {
         static constexpr JOCTET endMarker[] = {0xff, JPEG_EOI};
-        const auto some = reader_.next();
+        if (ahead_.empty())
+            ahead_ = reader_.next();
+        const bool isWarned = tolerance_ == Tolerance::tolerant || codec.progressive_mode || codec.arith_code;
+        const std::size_t unwarned = unwarnedBytesPerBlock * std::size_t(std::max(codec.blocks_in_MCU, 1));
+        const auto some = ahead_.first(isWarned ? ahead_.size() : std::min(ahead_.size(), unwarned - 1));
+        ahead_ = ahead_.subspan(some.size());
         if (reader_.refused())
             trap_.spring();
         endSupplied_ = endSupplied_ || some.empty();
@@ -263,7 +301,9 @@ private:
         const std::size_t here = std::min(wanted, bytes_.bytes_in_buffer);
         bytes_.next_input_byte += here;
         bytes_.bytes_in_buffer -= here;
-        reader_.skip(std::int64_t(wanted - here));
+        const std::size_t then = std::min(wanted - here, ahead_.size());
+        ahead_ = ahead_.subspan(then);
+        reader_.skip(std::int64_t(wanted - here - then));
     }
 
     std::size_t nextByte()
@@ -316,7 +356,8 @@ private:
         if (level >= 0 || !meansLostPixels(codec))
             return;
         // With nothing but the beginning lost there is no picture to be tolerant of.
-        const bool nothingYet = codec.input_scan_number <= 1 && codec.input_iMCU_row == 0 && codec.total_iMCU_rows > 1;
+        const bool nothingYet = errors_.msg_code != JWRN_EXTRANEOUS_DATA && codec.input_scan_number <= 1 &&
+                                codec.input_iMCU_row == 0 && codec.total_iMCU_rows > 1;
         if (tolerance_ == Tolerance::strict || nothingYet)
             stop(Stop::lostPixels);
     }
@@ -333,7 +374,7 @@ private:
             stop(Stop::tooMuchWork);
         // A marker that the bit reader ran into is read already, yet not followed.
         const std::int64_t marker = codec.unread_marker != 0 ? 2 : 0;
-        followedUpTo_ = reader_.position() - std::int64_t(bytes_.bytes_in_buffer) - marker;
+        followedUpTo_ = reader_.position() - std::int64_t(ahead_.size() + bytes_.bytes_in_buffer) - marker;
     }
 
     [[nodiscard]] bool isIncomplete() const
@@ -355,6 +396,7 @@ private:
 
     ErrorTrap trap_;
     SourceReader reader_;
+    std::span<const std::byte> ahead_; ///< Read, but not handed to the library yet.
     Tolerance tolerance_;
     jpeg_error_mgr errors_{};
     jpeg_source_mgr bytes_{};
@@ -418,8 +460,14 @@ public:
             row[i] = i % 4 == 3 ? 0x80 : 0;
     }
 
-    /// Behind the last row lie an end marker that cameras forget, junk, and further pictures: none of it is ours.
-    void finish() override {}
+    /// Behind the end marker lie junk and further pictures: none of it is ours.
+    void finish() override
+    {
+        // Of several scans all was read before the first row.
+        const bool isOneScan = !jpeg_has_multiple_scans(&reading_->codec);
+        if (options_.tolerance == Tolerance::strict && isOneScan && reading_->leavesBytesUnused())
+            throw CodecError{Reason::damaged, {}};
+    }
 
 private:
     [[nodiscard]] const jpeg_decompress_struct& codec() const { return reading_->codec; }
