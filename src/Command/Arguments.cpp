@@ -79,10 +79,10 @@ RGBAColor color(const QByteArray& option, const QByteArray& word)
         const QByteArray digits = word.mid(1 + 2 * i, 2);
         parts[std::size_t(i)] = digits.toUInt(&ok, 16);
         if (!ok || !isxdigit(digits[0]))
-            misuse(option, QStringLiteral("“%1” is not a colour such as #ffcc00.").arg(QString::fromUtf8(word)));
+            misuse(option, QStringLiteral("“%1” is not a color such as #ffcc00.").arg(QString::fromUtf8(word)));
     }
     if (!wellFormed)
-        misuse(option, QStringLiteral("“%1” is not a colour such as #ffcc00.").arg(QString::fromUtf8(word)));
+        misuse(option, QStringLiteral("“%1” is not a color such as #ffcc00.").arg(QString::fromUtf8(word)));
     return {parts[0] / 255.0, parts[1] / 255.0, parts[2] / 255.0, parts[3] / 255.0};
 }
 
@@ -217,6 +217,8 @@ void addFrameHandlers(std::unordered_map<QByteArray, Handler>& handlers)
                                                       {"rounded", CaptionFont::rounded},
                                                       {"serif", CaptionFont::serif},
                                                       {"monospaced", CaptionFont::monospaced},
+                                                      {"geometric", CaptionFont::avenirNext},
+                                                      // What scripts may say from before it was called so.
                                                       {"avenir-next", CaptionFont::avenirNext}},
                                                      [](Settings& s, CaptionFont f) { s.recipe.captionFont = f; });
     handlers["--caption-align"] = choice<CaptionAlignment>(
@@ -407,7 +409,7 @@ Caption
   --caption TEMPLATE       text with tokens such as {camera}, {lens}, {iso}
   --no-caption
   --caption-position POSITION
-  --caption-font FONT      system, rounded, serif, monospaced or avenir-next
+  --caption-font FONT      system, rounded, serif, monospaced or geometric
   --caption-size PX        --caption-color COLOR     --caption-opacity 0..1
   --caption-align SIDE     left, center or right     --caption-spacing PX
   --caption-padding PX     --caption-vertical-padding PX

@@ -214,7 +214,7 @@ public:
             if (report.skipped > 0)
                 line += QStringLiteral(", %1 skipped").arg(report.skipped);
             if (report.cancelled > 0)
-                line += QStringLiteral(", %1 cancelled").arg(report.cancelled);
+                line += QStringLiteral(", %1 canceled").arg(report.cancelled);
             if (!report.failures.empty())
                 line += QStringLiteral(", %1 failed").arg(report.failures.size());
             printLine(line + QLatin1Char('.'));

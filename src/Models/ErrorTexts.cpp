@@ -37,7 +37,7 @@ QString diskSpaceAdvice()
 
 QString viewerAdvice()
 {
-    return QStringLiteral("Try opening the file in Preview and exporting a fresh copy.");
+    return QStringLiteral("Try opening the file in an image viewer and exporting a fresh copy.");
 }
 
 QString smallerLogoAdvice()
@@ -154,7 +154,7 @@ QString ImagePipelineError::recoverySuggestion() const
                    [](const UnreasonableOutputDimensions&) { return frameWidthAdvice(); },
                    [](const FullResolutionMismatch&) {
                        return QStringLiteral(
-                           "Export a fresh copy of the image from Preview, then add that copy and try again.");
+                           "Export a fresh copy of the image from an image editor, then add that copy and try again.");
                    },
                    [](const EncodingFailed&) { return diskSpaceAdvice(); },
                    [](const OutputWriteFailed&) { return diskSpaceAdvice(); },
@@ -186,7 +186,7 @@ QString LogoAssetError::recoverySuggestion() const
     case Case::unreasonableDimensions:
         return smallerLogoAdvice();
     case Case::malformed:
-        return QStringLiteral("Open the asset in Preview and export a fresh copy.");
+        return QStringLiteral("Open the logo in an image editor and export a fresh copy.");
     case Case::unsupportedType:
         return QStringLiteral("Export a tightly cropped PNG, TIFF, or PDF copy.");
     case Case::missingManagedAsset:

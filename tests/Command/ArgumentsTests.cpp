@@ -86,12 +86,12 @@ TEST(Arguments, namesTheOptionThatWasUsedWrongly)
 
 TEST(Arguments, setsWhatItsOptionsSay)
 {
-    const Settings set = settingsOf(wordsOf(
-        "--format=tiff|--quality|0.25|--profile=source|--border=2.5%|--border-color|#01020304|--no-caption|"
-        "--caption=a=b {iso}|--caption-position=image-top-left|--caption-font|avenir-next|--caption-align|center|"
-        "--caption-size=1e1|--caption-spacing|3|--caption-padding|4|--caption-vertical-padding|5|"
-        "--caption-opacity|0.5|--caption-color|#FFcc00|--jobs|64|--on-collision|skip|--template|--x|"
-        "--output|/a/../out"));
+    const Settings set = settingsOf(
+        wordsOf("--format=tiff|--quality|0.25|--profile=source|--border=2.5%|--border-color|#01020304|--no-caption|"
+                "--caption=a=b {iso}|--caption-position=image-top-left|--caption-font|geometric|--caption-align|center|"
+                "--caption-size=1e1|--caption-spacing|3|--caption-padding|4|--caption-vertical-padding|5|"
+                "--caption-opacity|0.5|--caption-color|#FFcc00|--jobs|64|--on-collision|skip|--template|--x|"
+                "--output|/a/../out"));
     EXPECT_EQ(set.exportSettings, (ExportSettings{ExportFormat::tiff, 0.25}));
     const RenderRecipe recipe{.borderUnit = BorderUnit::percent,
                               .borderWidth = 2.5,

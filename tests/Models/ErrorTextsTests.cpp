@@ -59,6 +59,9 @@ TEST(ErrorTexts, insertTheirValues)
     };
     for (const auto& [error, beginning] : rows)
         EXPECT_EQ(messageOf(error).substr(0, beginning.size()), beginning);
+    EXPECT_EQ(messageOf(Error(Error::OutputWriteFailed{u"PNG"_s})),
+              "The PNG image was created, but it could not be written to the selected location. No output file was "
+              "written.\n\nCheck available disk space and folder permissions, then try again.");
     EXPECT_NE(Error(Error::EncodingFailed{u"PNG"_s}), Error(Error::OutputWriteFailed{u"PNG"_s}));
     EXPECT_NE(Error(Error::FileTooLarge{1}), Error(Error::FileTooLarge{2}));
 }

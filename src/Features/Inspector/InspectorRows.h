@@ -52,13 +52,13 @@ FormRow* addRow(QVBoxLayout* rows, const QString& label, QWidget* control, const
 SliderField* addSliderRow(QVBoxLayout* rows, const QString& label, const QString& name, const ValueRange& range,
                           const QString& tip = QString());
 
-/// The raw values of an enumeration: what menus show.
+/// The names of an enumeration's cases, as menus show them.
 template <typename Enum>
 [[nodiscard]] QStringList choicesOf()
 {
     QStringList texts;
     for (const Enum value : allCases<Enum>())
-        texts.append(rawValue(value));
+        texts.append(displayName(value));
     return texts;
 }
 

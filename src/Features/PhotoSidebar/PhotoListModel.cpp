@@ -23,7 +23,7 @@ QString stateText(PhotoExportState state)
     case PhotoExportState::cancelled:
         break;
     }
-    return QStringLiteral("cancelled");
+    return QStringLiteral("canceled");
 }
 
 } // namespace

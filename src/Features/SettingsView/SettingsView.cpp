@@ -67,7 +67,7 @@ void SettingsView::addAppearance(QVBoxLayout& page)
 {
     theme_ = new SegmentedControl(QStringLiteral("Theme"));
     theme_->setObjectName(QStringLiteral("themeControl"));
-    theme_->setToolTip(QStringLiteral("Choose System to follow the current macOS appearance"));
+    theme_->setToolTip(QStringLiteral("Choose System to follow the desktop's appearance"));
     for (const auto& entry : CodedCases<AppearancePreference>::table)
         theme_->addSegment(rawValue(entry.value));
     connect(theme_, &SegmentedControl::chosen, this, [this](int index) {
