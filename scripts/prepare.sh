@@ -3,31 +3,51 @@
 # building and running it, or (where nothing is said) for testing it as well. Says what it does; does nothing where
 # nothing is missing.
 set -euo pipefail
+source "$(dirname "$0")/progress.sh"
 
 packages=(
     # To build.
     g++ cmake ninja-build pkg-config
     qt6-base-dev libjpeg62-turbo-dev libpng-dev libtiff-dev libheif-dev liblcms2-dev libexpat1-dev
-    zlib1g-dev libpoppler-glib-dev libcairo2-dev libicu-dev qt6-svg-dev libqt6svg6 libseccomp-dev
+    zlib1g-dev libpoppler-glib-dev libcairo2-dev libicu-dev qt6-svg-dev libseccomp-dev
     libfontconfig-dev
-    # To run: the faces that captions are drawn in. Each of the five choices needs its own.
+    # To run: what is loaded by name,
+    libqt6svg6 qt6-wayland
+    # and the faces that captions are drawn in. Each of the five choices needs its own.
     fontconfig fonts-inter fonts-manrope fonts-paratype fonts-jetbrains-mono fonts-quicksand
     fonts-noto-core fonts-noto-cjk fonts-noto-color-emoji fonts-dejavu-core
 )
+# What newer systems keep apart: drawing SVG in Qt, and the coder and decoder of HEIC.
+wherePackaged=(qt6-svg-plugins libheif-plugin-libde265 libheif-plugin-x265)
 case ${1:-test} in
 run) ;;
-test) packages+=(libgtest-dev libgmock-dev libexiv2-dev strace tzdata xvfb xauth dbus clang libclang-rt-14-dev) ;;
+test)
+    packages+=(libgtest-dev libgmock-dev libexiv2-dev strace tzdata xvfb xauth dbus clang libclang-rt-dev)
+    ;;
 *)
     echo "prepare.sh: run or test, not $1" >&2
     exit 2
     ;;
 esac
 
-missing=()
-for package in "${packages[@]}"; do
-    state=$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null || true)
-    [ "$state" = installed ] || missing+=("$package")
-done
+isInstalled() { [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }
+
+# Sets `missing`: what to ask the package manager for.
+findMissing() {
+    missing=()
+    local package absent=()
+    for package in "${packages[@]}"; do
+        isInstalled "$package" || missing+=("$package")
+    done
+    for package in "${wherePackaged[@]}"; do
+        isInstalled "$package" || absent+=("$package")
+    done
+    [ ${#absent[@]} -eq 0 ] ||
+        mapfile -t -O ${#missing[@]} missing < <(LC_ALL=C apt-cache policy "${absent[@]}" 2>/dev/null |
+            awk '/^[^ ]/ { name = $1 } /^  Candidate: [^(]/ { sub(":$", "", name); print name }')
+}
+
+findMissing
 [ ${#missing[@]} -gt 0 ] || exit 0
 
 if ! command -v apt-get >/dev/null 2>&1; then
@@ -43,6 +63,35 @@ if [ "$(id -u)" -ne 0 ]; then
     fi
     elevate=(sudo)
 fi
+
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+# While another program installs or looks for updates, apt-get gives up at once. Seconds to wait for it.
+patience=900
+
+# aptGet LABEL ARGUMENT...: its many lines are shown when it fails.
+aptGet() {
+    local label=$1 isWaiting=
+    shift
+    while
+        : >"$log"
+        # sudo closes what is above standard error, and apt-get the descriptor that it reports on to others.
+        ! "${elevate[@]}" env LC_ALL=C DEBIAN_FRONTEND=noninteractive \
+            sh -c 'exec apt-get -y -q -o Dpkg::Use-Pty=0 -o APT::Status-Fd=3 "$@" 3>&1' apt-get "$@" \
+            </dev/null 2>&1 | progress "$log" "$label"
+    do
+        if ! grep -q 'Could not get lock' "$log" || [ $SECONDS -gt $patience ]; then
+            grep -vE '^(dl|pm)status:' "$log" >&2
+            exit 1
+        fi
+        [ -n "$isWaiting" ] || echo "Another program is installing packages. Waiting for it …"
+        isWaiting=1
+        sleep 5
+    done
+}
+
+echo "Looking up packages …"
+aptGet "Looking up packages" update
+findMissing
 echo "Installing what is missing: ${missing[*]}"
-"${elevate[@]}" apt-get update -q
-"${elevate[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "${missing[@]}"
+aptGet "Installing" install --no-install-recommends "${missing[@]}"
