@@ -271,7 +271,7 @@ bool applyFlag(Arguments& arguments, const QByteArray& option)
 {
     if (option == "--help" || option == "-h")
         arguments.mode = Arguments::Mode::help;
-    else if (option == "--version")
+    else if (option == "--version" || option == "-V")
         arguments.mode = Arguments::Mode::version;
     else if (option == "--dry-run")
         arguments.dryRun = true;
@@ -428,6 +428,8 @@ Running
   --dry-run                print the plan, write nothing
   --json                   JSON Lines: an object per outcome, then the report
   --quiet                  no progress on the terminal
+  -h, --help               these lines
+  -V, --version            the version, and what confines the readers of photos
 
 inspect prints what is read of each photo.
 

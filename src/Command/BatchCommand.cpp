@@ -128,9 +128,8 @@ struct ImportedBatch {
     std::vector<BatchExportFailure> failures;
 };
 
-ImportedBatch importBatch(const Arguments& arguments, ProgressLine& progress, const std::stop_token& stop)
+ImportedBatch importBatch(const BatchImportScan& scan, ProgressLine& progress, const std::stop_token& stop)
 {
-    const BatchImportScan scan = BatchImporter::scan(arguments.roots);
     std::unordered_map<FileUrl, std::size_t> position;
     for (const FileUrl& url : scan.candidates)
         position.emplace(url, position.size());
@@ -339,11 +338,13 @@ int runBatch(const Arguments& arguments, const std::stop_token& stop)
 {
     Settings settings = resolvedSettings(arguments);
     const TemporaryLogo logo(arguments, settings);
-    prepareOutputFolder(settings, arguments.dryRun);
+    const BatchImportScan scan = BatchImporter::scan(arguments.roots);
+    if (!scan.candidates.empty())
+        prepareOutputFolder(settings, arguments.dryRun);
 
     ProgressLine progress(!arguments.quiet);
     Reporter reporter(arguments.json, progress);
-    const ImportedBatch batch = importBatch(arguments, progress, stop);
+    const ImportedBatch batch = importBatch(scan, progress, stop);
     for (const BatchExportFailure& failure : batch.failures)
         reporter.failed(failure);
     if (stop.stop_requested())

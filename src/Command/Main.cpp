@@ -2,14 +2,13 @@
 #include "Command/Arguments.h"
 #include "Command/Commands.h"
 #include "Command/Output.h"
+#include "Platform/Base/ProgramStart.h"
 #include "Shared/UserFacingError.h"
 #include "WorkerPool/WorkerPool.h"
 
 #include <QGuiApplication>
 
-#include <fcntl.h>
 #include <signal.h>
-#include <unistd.h>
 
 #include <clocale>
 #include <ctime>
@@ -58,15 +57,6 @@ private:
     std::jthread waiter_;
 };
 
-/// A caller may have closed them. The next file opened would then take such a number, and what is printed would go into
-/// it.
-void occupyStandardDescriptors()
-{
-    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-        if (::fcntl(descriptor, F_GETFD) < 0)
-            (void)::open("/dev/null", O_RDWR); // Takes the lowest free number: this one.
-}
-
 int run(const std::vector<QByteArray>& words, const std::stop_token& stop)
 {
     try {
@@ -103,7 +93,7 @@ int run(const std::vector<QByteArray>& words, const std::stop_token& stop)
 
 int main(int argc, char** argv)
 {
-    occupyStandardDescriptors();
+    ProgramStart::occupyStandardDescriptors();
     const StopOnSignal interruption;
     // The toolkit's remarks on the desktop session are no concern of a script's standard error.
     qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
@@ -113,6 +103,7 @@ int main(int argc, char** argv)
     // Captions are drawn by the text engine, which asks for a platform but needs no display. Our own words never
     // reach it: it has options of its own.
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    const ProgramStart::NoRuntimeFolderMade noFolder;
     int applicationArgc = 1;
     char* applicationArgv[] = {argv[0], nullptr};
     const QGuiApplication application(applicationArgc, applicationArgv);

@@ -9,8 +9,7 @@
 
 namespace ferrow {
 
-/// An enumeration's cases in declaration order with their raw values: what files hold, and what users read where no
-/// other name is given.
+/// An enumeration's cases in declaration order with their raw values: what files hold and, for most, what users read.
 /// Each coded enumeration specialises this with `static constexpr std::array<Case, n> table`.
 template <typename Enum>
 struct CodedCases;
@@ -19,7 +18,6 @@ template <typename Enum>
 struct CodedCase {
     Enum value;
     const char16_t* rawValue;
-    const char16_t* displayName = nullptr;
 };
 
 /// The raw value of a case.
@@ -30,16 +28,6 @@ template <typename Enum>
         if (entry.value == value)
             return QString::fromUtf16(entry.rawValue);
     return {};
-}
-
-/// What users read for a case.
-template <typename Enum>
-[[nodiscard]] QString displayName(Enum value)
-{
-    for (const auto& entry : CodedCases<Enum>::table)
-        if (entry.value == value && entry.displayName)
-            return QString::fromUtf16(entry.displayName);
-    return rawValue(value);
 }
 
 /// The case with exactly this raw value; absent for any other text.

@@ -237,12 +237,11 @@ struct CodedCases<CaptionPosition> {
 
 template <>
 struct CodedCases<CaptionFont> {
-    static constexpr std::array<CodedCase<CaptionFont>, 5> table{
-        {{CaptionFont::system, u"System"},
-         {CaptionFont::rounded, u"Rounded"},
-         {CaptionFont::serif, u"New York", u"Serif"},
-         {CaptionFont::monospaced, u"Monospaced"},
-         {CaptionFont::avenirNext, u"Avenir Next", u"Geometric"}}};
+    static constexpr std::array<CodedCase<CaptionFont>, 5> table{{{CaptionFont::system, u"System"},
+                                                                  {CaptionFont::rounded, u"Rounded"},
+                                                                  {CaptionFont::serif, u"New York"},
+                                                                  {CaptionFont::monospaced, u"Monospaced"},
+                                                                  {CaptionFont::avenirNext, u"Avenir Next"}}};
 };
 
 template <>

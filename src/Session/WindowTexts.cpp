@@ -161,6 +161,21 @@ QString captionCutNote(const TextCut& cut)
     return QStringLiteral("Doesn’t fit: “%1” is left out.").arg(leftOut);
 }
 
+QString fontName(CaptionFont font)
+{
+    switch (font) {
+    case CaptionFont::serif:
+        return QStringLiteral("Serif");
+    case CaptionFont::avenirNext:
+        return QStringLiteral("Geometric");
+    case CaptionFont::system:
+    case CaptionFont::rounded:
+    case CaptionFont::monospaced:
+        break;
+    }
+    return rawValue(font);
+}
+
 QString logoSummary(const RenderRecipe& recipe)
 {
     return recipe.logo ? recipe.logo->asset.displayName : QString();

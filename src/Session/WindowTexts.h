@@ -51,6 +51,8 @@ namespace ferrow::WindowTexts {
 [[nodiscard]] QString captionSummary(const RenderRecipe& recipe, const PhotoMetadata* metadata);
 /// What is lost of a caption; empty for nothing.
 [[nodiscard]] QString captionCutNote(const TextCut& cut);
+/// "Serif": what a font is called on this desktop. Files hold its raw value.
+[[nodiscard]] QString fontName(CaptionFont font);
 [[nodiscard]] QString logoSummary(const RenderRecipe& recipe);
 /// "JPEG · Preserve source profile".
 [[nodiscard]] QString outputSummary(const ExportSettings& settings, const RenderRecipe& recipe);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Window/FerrowApp.h"
 
+#include "Platform/Base/ProgramStart.h"
 #include "Platform/Desktop/DesktopAppearance.h"
 #include "Session/Background.h"
 #include "Session/Preferences.h"
@@ -14,9 +15,7 @@
 #include <QIcon>
 #include <QSettings>
 
-#include <fcntl.h>
 #include <signal.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -30,13 +29,27 @@ namespace ferrow {
 
 namespace {
 
-/// A launcher may have closed them. The next file opened would then take such a number, and what is printed would go
-/// into it.
-void occupyStandardDescriptors()
+/// While the toolkit looks for a display: it has much to say where there is none, and then ends the program.
+void tellOfNoDisplay(QtMsgType type, const QMessageLogContext& context, const QString& text)
 {
-    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-        if (::fcntl(descriptor, F_GETFD) < 0)
-            (void)::open("/dev/null", O_RDWR); // Takes the lowest free number: this one.
+    if (type == QtFatalMsg) {
+        std::fputs("ferrow: there is no display to open a window on.\n"
+                   "ferrow-batch frames photos without one: see ferrow-batch --help.\n",
+                   stderr);
+        std::_Exit(EXIT_FAILURE);
+    }
+    if (!QByteArray(context.category).startsWith("qt.qpa") && !text.startsWith(QLatin1StringView("QStandardPaths:")))
+        std::fprintf(stderr, "%s\n", qPrintable(text));
+}
+
+/// Takes the toolkit's own options out of `words`, of which there are `count` and then a null.
+std::unique_ptr<QApplication> makeApplication(int& count, char** words)
+{
+    const ProgramStart::NoRuntimeFolderMade noFolder;
+    const QtMessageHandler usual = qInstallMessageHandler(tellOfNoDisplay);
+    auto application = std::make_unique<QApplication>(count, words);
+    qInstallMessageHandler(usual);
+    return application;
 }
 
 /// Light or dark: the user's choice, else the desktop's, else that of the palette it gave.
@@ -69,9 +82,9 @@ constexpr auto helpText = R"(Usage: ferrow [OPTION]... [--] [PATH]...
 Opens a window in which photos are framed. Each PATH is a photo, or a folder
 that is searched for photos with all its subfolders.
 
-  --help     these lines
-  --version  the version
-  --         what follows is a PATH, even if it starts with "-"
+  -h, --help     these lines
+  -V, --version  the version
+  --             what follows is a PATH, even if it starts with "-"
 
 Options of the Qt toolkit, such as -platform, are heeded as well.
 For scripts there is ferrow-batch.
@@ -80,12 +93,13 @@ For scripts there is ferrow-batch.
 /// Answers what needs neither a display nor workers.
 bool answersAtOnce(const std::vector<char*>& options)
 {
-    const auto isThere = [&](const char* option) {
-        return std::ranges::any_of(options, [&](const char* word) { return qstrcmp(word, option) == 0; });
+    const auto isThere = [&](const char* option, const char* letter) {
+        return std::ranges::any_of(
+            options, [&](const char* word) { return qstrcmp(word, option) == 0 || qstrcmp(word, letter) == 0; });
     };
-    if (isThere("--help"))
+    if (isThere("--help", "-h"))
         std::fputs(helpText, stdout);
-    else if (isThere("--version"))
+    else if (isThere("--version", "-V"))
         std::puts("ferrow " FERROW_VERSION);
     else
         return false;
@@ -108,7 +122,7 @@ std::vector<FileUrl> namedPlaces(const std::vector<char*>& words)
 
 int runFerrow(int argc, char** argv, const std::function<void(ContentView&)>& shown, const QByteArray& workerProgram)
 {
-    occupyStandardDescriptors();
+    ProgramStart::occupyStandardDescriptors();
     // The toolkit knows of no end of options: it sees those before it alone.
     std::vector<char*> words(argv, argv + argc);
     const auto end = std::ranges::find_if(words, [](const char* word) { return qstrcmp(word, "--") == 0; });
@@ -125,7 +139,7 @@ int runFerrow(int argc, char** argv, const std::function<void(ContentView&)>& sh
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("/dev/null"));
     int count = int(words.size());
     words.push_back(nullptr);
-    QApplication application(count, words.data()); // Takes its own options out of the words.
+    const auto application = makeApplication(count, words.data());
     words.resize(std::size_t(count));
     for (const char* word : words) {
         if (*word == '-') {
@@ -144,7 +158,7 @@ int runFerrow(int argc, char** argv, const std::function<void(ContentView&)>& sh
     QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("app.ferrow.Ferrow")));
 
     std::optional<WorkerPool::Installation> workers(WorkerPool::installWorkers(workerProgram));
-    const bool isPaletteDark = application.palette().color(QPalette::Window).lightnessF() < 0.5F;
+    const bool isPaletteDark = application->palette().color(QPalette::Window).lightnessF() < 0.5F;
     Preferences preferences;
     DesktopAppearance desktop;
     const auto dress = [&] {
@@ -154,9 +168,9 @@ int runFerrow(int argc, char** argv, const std::function<void(ContentView&)>& sh
         theme.setReducedMotion(desktop.prefersReducedMotion());
     };
     dress();
-    FerrowStyle::install(application);
-    QObject::connect(&preferences, &Preferences::appearanceChanged, &application, dress);
-    QObject::connect(&desktop, &DesktopAppearance::changed, &application, dress);
+    FerrowStyle::install(*application);
+    QObject::connect(&preferences, &Preferences::appearanceChanged, application.get(), dress);
+    QObject::connect(&desktop, &DesktopAppearance::changed, application.get(), dress);
 
     auto window = std::make_unique<ContentView>(preferences);
     window->show();

@@ -187,6 +187,13 @@ TEST_F(BatchCommandTest, saysWhatIsLostOfACaption)
     EXPECT_TRUE(cutOf("Zoë", "90").toObject().value(QLatin1StringView("letters")).toBool());
 }
 
+TEST_F(BatchCommandTest, makesNoFolderForNothing)
+{
+    folder.write("in/notes.txt", "no photo");
+    EXPECT_EQ(frame().status, 0);
+    EXPECT_THAT(everythingBelow(folder.url()), ElementsAre("in/", "in/notes.txt"));
+}
+
 TEST_F(BatchCommandTest, heedsTheCollisionRule)
 {
     folder.write("in/a.jpg", photo);
@@ -240,7 +247,8 @@ TEST_F(BatchCommandTest, inspects)
 TEST_F(BatchCommandTest, needsNoDisplayHomeOrEnglish)
 {
     folder.write("in/a.jpg", photo);
-    for (const Words& few : {Words{}, Words{"LC_ALL=de_DE.UTF-8", "LC_NUMERIC=de_DE.UTF-8"}}) {
+    const QByteArray temporary = "TMPDIR=" + folder.url().path();
+    for (const Words& few : {Words{temporary}, Words{temporary, "LC_ALL=de_DE.UTF-8", "LC_NUMERIC=de_DE.UTF-8"}}) {
         environment = few;
         const test::Ended ended = run({"--caption", "{cameraMake} 2,5", "--caption-size", "12.5", "--border", "12.5%",
                                        "--quality=0.75", "--on-collision=replace", "--output", out.path(), in.path()});

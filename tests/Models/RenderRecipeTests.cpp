@@ -142,10 +142,6 @@ TEST(RenderRecipe, namesItsCases)
     for (const CaptionPosition position : allCases<CaptionPosition>())
         EXPECT_EQ(isInBorder(position), rawValue(position).startsWith(u"Border"_s));
     EXPECT_EQ(fromRawValue<CaptionFont>(u"New York"), CaptionFont::serif);
-    EXPECT_EQ(displayName(CaptionFont::serif), u"Serif"_s);
-    EXPECT_EQ(rawValue(CaptionFont::avenirNext), u"Avenir Next"_s);
-    EXPECT_EQ(displayName(CaptionFont::avenirNext), u"Geometric"_s);
-    EXPECT_EQ(displayName(CaptionFont::rounded), u"Rounded"_s);
     EXPECT_EQ(fromRawValue<CaptionFont>(u"new york"), std::nullopt);
     EXPECT_EQ(fromRawValue<CaptionFont>(u"New York "), std::nullopt);
 }

@@ -126,15 +126,18 @@ TEST(Program, answersItsOptionsWithoutADisplay)
         const char* error;
     };
     for (const Row& row : {Row{{"--help"}, 0, "Usage: ferrow ", ""}, Row{{"photo.jpg", "--version"}, 0, "ferrow ", ""},
+                           Row{{"-V"}, 0, "ferrow ", ""}, Row{{}, 1, "", "ferrow: there is no display to open"},
                            Row{{"-platform", "offscreen", "--colour"}, 2, "", "ferrow: there is no option --colour"}}) {
-        SCOPED_TRACE(row.words.back().constData());
+        SCOPED_TRACE(row.words.empty() ? "no words" : row.words.back().constData());
         test::Words words{FERROW_PROGRAM};
         words.insert(words.end(), row.words.begin(), row.words.end());
-        const test::Ended ended = test::Program(words, {}).wait();
+        const test::TemporaryFolder folder;
+        const test::Ended ended = test::Program(words, {"TMPDIR=" + folder.url().path()}).wait();
         EXPECT_EQ(ended.status, row.status);
+        EXPECT_EQ(test::namesIn(folder.url()), QStringList()) << "left behind";
         EXPECT_TRUE(ended.output.startsWith(row.output)) << ended.output.constData();
         EXPECT_EQ(ended.output.isEmpty(), row.output[0] == 0);
-        EXPECT_TRUE(ended.errors.contains(row.error)) << ended.errors.constData();
+        EXPECT_TRUE(ended.errors.startsWith(row.error)) << ended.errors.constData();
     }
 }
 

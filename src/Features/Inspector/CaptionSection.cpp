@@ -80,7 +80,10 @@ void CaptionSection::buildText()
 
 void CaptionSection::buildLook(QVBoxLayout* rows)
 {
-    font_ = makeCombo(QStringLiteral("Caption font"), choicesOf<CaptionFont>());
+    QStringList fonts;
+    for (const CaptionFont font : allCases<CaptionFont>())
+        fonts.append(WindowTexts::fontName(font));
+    font_ = makeCombo(QStringLiteral("Caption font"), fonts);
     font_->setObjectName(QStringLiteral("captionFontCombo"));
     connect(font_, &QComboBox::activated, this, [this](int index) {
         const CaptionFont font = allCases<CaptionFont>()[std::size_t(index)];

@@ -52,13 +52,13 @@ FormRow* addRow(QVBoxLayout* rows, const QString& label, QWidget* control, const
 SliderField* addSliderRow(QVBoxLayout* rows, const QString& label, const QString& name, const ValueRange& range,
                           const QString& tip = QString());
 
-/// The names of an enumeration's cases, as menus show them.
+/// The raw values of an enumeration: what menus show.
 template <typename Enum>
 [[nodiscard]] QStringList choicesOf()
 {
     QStringList texts;
     for (const Enum value : allCases<Enum>())
-        texts.append(displayName(value));
+        texts.append(rawValue(value));
     return texts;
 }
 
