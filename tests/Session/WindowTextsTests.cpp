@@ -40,4 +40,13 @@ TEST(WindowTexts, tellsTheRestOfTheTimeOnceItIsKnown)
     }
 }
 
+TEST(WindowTexts, nameFontsAsThisDesktopDoes)
+{
+    QStringList names;
+    for (const CaptionFont font : allCases<CaptionFont>())
+        names << WindowTexts::fontName(font);
+    EXPECT_EQ(names.join(u' ').toStdString(), "System Rounded Serif Monospaced Geometric");
+    EXPECT_EQ(fromRawValue<CaptionFont>(u"New York"), CaptionFont::serif);
+}
+
 } // namespace ferrow
