@@ -81,7 +81,7 @@ QByteArray presets()
     PhotoPreset preset;
     preset.id = QUuid(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11);
     preset.name = QStringLiteral("Plain");
-    preset.createdAt = preset.modifiedAt = QDateTime::fromSecsSinceEpoch(1'700'000'000, Qt::UTC);
+    preset.createdAt = preset.modifiedAt = QDateTime::fromSecsSinceEpoch(1'700'000'000).toUTC();
     preset.payload = PresetPayload::make({}, {}, {});
     PresetDocument document;
     document.presets = {preset, preset};

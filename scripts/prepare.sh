@@ -22,7 +22,7 @@ wherePackaged=(qt6-svg-plugins libheif-plugin-libde265 libheif-plugin-x265)
 case ${1:-test} in
 run) ;;
 test)
-    packages+=(libgtest-dev libgmock-dev libexiv2-dev strace tzdata xvfb xauth dbus clang libclang-rt-dev)
+    packages+=(libgtest-dev libgmock-dev libexiv2-dev strace tzdata xvfb xauth dbus appstream clang libclang-rt-dev)
     ;;
 *)
     echo "prepare.sh: run or test, not $1" >&2

@@ -5,6 +5,7 @@
 
 #include <QRegularExpression>
 #include <QTextBoundaryFinder>
+#include <QTimeZone>
 
 #include <cmath>
 #include <span>
@@ -146,7 +147,7 @@ std::optional<QDateTime> parsedDate(const QString& text)
     if (match.capturedView(7).isEmpty())
         return Localization::localTime(date, time);
     const int offset = (part(9) * 60 + part(10)) * 60 * (match.capturedView(8) == u"-" ? -1 : 1);
-    return QDateTime(date, time, Qt::UTC).addSecs(-offset).toLocalTime();
+    return QDateTime(date, time, QTimeZone::utc()).addSecs(-offset).toLocalTime();
 }
 
 std::optional<QDateTime> captureDate(const PropertyMap& exif, const PropertyMap& tiff, const PropertyMap& xmp)

@@ -3,6 +3,8 @@
 
 #include "Support/TestSupport.h"
 
+#include <QTimeZone>
+
 #include <algorithm>
 #include <memory>
 #include <thread>
@@ -56,7 +58,7 @@ TEST(Localization, writesFileSizes)
 
 TEST(Localization, followsTheEnvironmentAndTakesTheCLocaleForEnglish)
 {
-    const QDateTime day(QDate(2024, 12, 31), QTime(23, 30), Qt::UTC); // The next where the tests run.
+    const QDateTime day(QDate(2024, 12, 31), QTime(23, 30), QTimeZone::utc()); // The next where the tests run.
     const auto all = [&] {
         return number(std::int64_t{1234567}) + u'|' + fileSize(1'500) + u'|' + abbreviatedDate(day);
     };

@@ -213,7 +213,7 @@ TEST_F(BatchCommandTest, letsOptionsOverrideAPreset)
                                                  .sourceSubfolderName = QStringLiteral("Gerahmt"),
                                                  .filenameTemplate = QStringLiteral("{index}")};
     PresetDocument document;
-    const QDateTime then = QDateTime::fromSecsSinceEpoch(0, Qt::UTC);
+    const QDateTime then = QDateTime::fromSecsSinceEpoch(0).toUTC();
     for (const char* name : {"Wide", "Other"})
         document.presets.push_back({QUuid::createUuid(), QString::fromLatin1(name),
                                     PresetPayload::make(recipe, {.format = ExportFormat::tiff}, configuration), then,

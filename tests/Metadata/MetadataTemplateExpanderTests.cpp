@@ -3,6 +3,8 @@
 
 #include "Support/TestSupport.h"
 
+#include <QTimeZone>
+
 namespace ferrow {
 
 using namespace Qt::StringLiterals;
@@ -18,7 +20,7 @@ PhotoMetadata sparse()
     metadata.exposureCompensation = u"-1 EV"_s;
     metadata.title = u"  Dune  "_s;
     metadata.caption = u"{iso} on {lens}\r\nline two -"_s;
-    metadata.captureDate = QDateTime(QDate(2024, 12, 31), QTime(23, 30), Qt::UTC);
+    metadata.captureDate = QDateTime(QDate(2024, 12, 31), QTime(23, 30), QTimeZone::utc());
     return metadata;
 }
 

@@ -3,6 +3,8 @@
 
 #include "Support/TestSupport.h"
 
+#include <QTimeZone>
+
 namespace ferrow {
 
 using namespace Qt::StringLiterals;
@@ -27,7 +29,7 @@ TEST(PhotoMetadata, takesTheYearOfTheLocalCalendar)
 {
     PhotoMetadata metadata;
     EXPECT_EQ(metadata.captureYear(), std::nullopt);
-    metadata.captureDate = QDateTime(QDate(2023, 12, 31), QTime(23, 30), Qt::UTC);
+    metadata.captureDate = QDateTime(QDate(2023, 12, 31), QTime(23, 30), QTimeZone::utc());
     EXPECT_EQ(metadata.captureYear(), u"2024"_s); // The tests run in Berlin, an hour before UTC in winter.
 }
 
@@ -35,7 +37,7 @@ TEST(PhotoMetadata, hashesLikeItCompares)
 {
     const std::hash<PhotoMetadata> hash;
     PhotoMetadata utc;
-    utc.captureDate = QDateTime(QDate(2024, 3, 5), QTime(12, 0), Qt::UTC);
+    utc.captureDate = QDateTime(QDate(2024, 3, 5), QTime(12, 0), QTimeZone::utc());
     PhotoMetadata local;
     local.captureDate = utc.captureDate->toLocalTime();
     EXPECT_EQ(utc, local);

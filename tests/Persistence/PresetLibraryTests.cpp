@@ -5,6 +5,8 @@
 #include "Persistence/Presets.h"
 #include "Support/Files.h"
 
+#include <QTimeZone>
+
 #include <sys/wait.h>
 
 #include <array>
@@ -31,7 +33,7 @@ protected:
     TemporaryFolder folder;
     FileUrl file = folder.file("presets.json");
     FileUrl kept = folder.file("presets (unreadable 2026-11-21 10.03.07).json");
-    QDateTime now{QDate(2026, 11, 21), QTime(9, 3, 7), Qt::UTC};
+    QDateTime now{QDate(2026, 11, 21), QTime(9, 3, 7), QTimeZone::utc()};
     PresetLibrary::Clock clock = [this] { return now; };
     PresetPayload payload = oddPayload();
 };

@@ -5,6 +5,7 @@
 #include "Support/Files.h"
 
 #include <QJsonDocument>
+#include <QTimeZone>
 
 #include <limits>
 
@@ -48,8 +49,8 @@ QByteArray handWrittenWith(const QByteArray& from, const QByteArray& to)
 
 TEST(PresetDocument, writesAndReadsEveryField)
 {
-    const QDateTime created(QDate(2025, 3, 14), QTime(9, 26, 53), Qt::UTC);
-    const QDateTime modified(QDate(2025, 12, 1), QTime(0, 0), Qt::UTC);
+    const QDateTime created(QDate(2025, 3, 14), QTime(9, 26, 53), QTimeZone::utc());
+    const QDateTime modified(QDate(2025, 12, 1), QTime(0, 0), QTimeZone::utc());
     const QUuid id(u"6f9619ff-8b86-4d01-b42d-00cf4fc964ff"_s);
     const PhotoPreset preset{id, u"Travel"_s, test::oddPayload(), created.addMSecs(999), modified.toLocalTime()};
     const QByteArray written = PresetDocument{.presets = {preset}}.encode();

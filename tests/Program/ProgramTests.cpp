@@ -153,6 +153,11 @@ TEST(Installation, worksWhereverItIsMoved)
           "share/icons/hicolor/scalable/apps/app.ferrow.Ferrow.svg", "share/man/man1/ferrow.1"})
         EXPECT_TRUE(test::exists(prefix.appending(file))) << file;
 
+    const QByteArray description = prefix.appending("share/metainfo/app.ferrow.Ferrow.metainfo.xml").path();
+    const test::Ended checked =
+        test::Program({"/usr/bin/appstreamcli", "validate", "--no-net", description}, {}).wait();
+    EXPECT_EQ(checked.status, 0) << checked.output.constData();
+
     const QByteArray batch = prefix.appending("bin/ferrow-batch").path();
     const test::Ended version = test::Program({batch, "--version"}, {}).wait();
     EXPECT_TRUE(version.output.contains("\nPhotos are read in separate processes")) << version.output.constData();

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Base/Localization.h"
 
+#include <QTimeZone>
+
 #include <unicode/ucol.h>
 #include <unicode/udat.h>
 
@@ -155,7 +157,7 @@ QString abbreviatedDate(const QDateTime& date)
     const QDate day = date.toLocalTime().date();
     if (!format)
         return day.toString(Qt::ISODate);
-    const auto milliseconds = static_cast<UDate>(QDateTime(day, QTime(12, 0), Qt::UTC).toMSecsSinceEpoch());
+    const auto milliseconds = static_cast<UDate>(QDateTime(day, QTime(12, 0), QTimeZone::utc()).toMSecsSinceEpoch());
     std::array<char16_t, 128> text{};
     UErrorCode status = U_ZERO_ERROR;
     const int length = udat_format(format.get(), milliseconds, text.data(), int(text.size()), nullptr, &status);
@@ -181,7 +183,7 @@ std::optional<QDateTime> localTime(QDate date, QTime time)
     };
     // What QDateTime makes of a wall-clock time that does not exist, or exists twice, differs between its versions, so
     // only its way from moments to offsets is used. A day's distance lies on either side of the time in every zone.
-    const qint64 wallClock = QDateTime(date, time, Qt::UTC).toMSecsSinceEpoch();
+    const qint64 wallClock = QDateTime(date, time, QTimeZone::utc()).toMSecsSinceEpoch();
     const qint64 offsetBefore = offsetAt(wallClock - day);
     const qint64 offsetAfter = offsetAt(wallClock + day);
     const bool existsBefore = offsetAt(wallClock - offsetBefore) == offsetBefore;

@@ -107,8 +107,12 @@ void draw(const Page& page, const PageSize& extent, Bitmap& bitmap)
         static_cast<int>(height), static_cast<int>(bitmap.stride())));
     const Drawing drawing(cairo_create(surface.get()));
     cairo_scale(drawing.get(), static_cast<double>(width) / extent.width, static_cast<double>(height) / extent.height);
-    // The printing call is the one that can leave out annotations.
+    // Printing is what can leave out annotations.
+#if POPPLER_CHECK_VERSION(25, 2, 0)
+    poppler_page_render_full(page.get(), drawing.get(), TRUE, POPPLER_RENDER_ANNOTS_PRINT_DOCUMENT);
+#else
     poppler_page_render_for_printing_with_options(page.get(), drawing.get(), POPPLER_PRINT_DOCUMENT);
+#endif
     cairo_surface_flush(surface.get());
     if (cairo_status(drawing.get()) != CAIRO_STATUS_SUCCESS ||
         cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS)
