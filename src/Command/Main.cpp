@@ -13,6 +13,7 @@
 #include <clocale>
 #include <ctime>
 #include <exception>
+#include <optional>
 #include <thread>
 
 namespace {
@@ -103,10 +104,11 @@ int main(int argc, char** argv)
     // Captions are drawn by the text engine, which asks for a platform but needs no display. Our own words never
     // reach it: it has options of its own.
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    const ProgramStart::NoRuntimeFolderMade noFolder;
+    std::optional<ProgramStart::TemporaryRuntimeFolder> folder(std::in_place);
     int applicationArgc = 1;
     char* applicationArgv[] = {argv[0], nullptr};
     const QGuiApplication application(applicationArgc, applicationArgv);
+    folder.reset();
     std::setlocale(LC_NUMERIC, "C");
     const int status = run(std::vector<QByteArray>(argv + 1, argv + argc), interruption.token());
     if (!Command::standardOutputFailed())

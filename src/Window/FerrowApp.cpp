@@ -29,6 +29,9 @@ namespace ferrow {
 
 namespace {
 
+/// While the application object is made; here for whoever ends the program in the midst of that.
+std::optional<ProgramStart::TemporaryRuntimeFolder> runtimeFolder;
+
 /// While the toolkit looks for a display: it has much to say where there is none, and then ends the program.
 void tellOfNoDisplay(QtMsgType type, const QMessageLogContext& context, const QString& text)
 {
@@ -36,19 +39,21 @@ void tellOfNoDisplay(QtMsgType type, const QMessageLogContext& context, const QS
         std::fputs("ferrow: there is no display to open a window on.\n"
                    "ferrow-batch frames photos without one: see ferrow-batch --help.\n",
                    stderr);
+        runtimeFolder.reset();
         std::_Exit(EXIT_FAILURE);
     }
-    if (!QByteArray(context.category).startsWith("qt.qpa") && !text.startsWith(QLatin1StringView("QStandardPaths:")))
+    if (!QByteArray(context.category).startsWith("qt.qpa"))
         std::fprintf(stderr, "%s\n", qPrintable(text));
 }
 
 /// Takes the toolkit's own options out of `words`, of which there are `count` and then a null.
 std::unique_ptr<QApplication> makeApplication(int& count, char** words)
 {
-    const ProgramStart::NoRuntimeFolderMade noFolder;
+    runtimeFolder.emplace();
     const QtMessageHandler usual = qInstallMessageHandler(tellOfNoDisplay);
     auto application = std::make_unique<QApplication>(count, words);
     qInstallMessageHandler(usual);
+    runtimeFolder.reset();
     return application;
 }
 

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Base/ProgramStart.h"
 
-#include <QByteArray>
+#include <QDir>
+#include <QFile>
 
 #include <fcntl.h>
 #include <unistd.h>
+
+#include <cstdlib>
 
 namespace ferrow::ProgramStart {
 
@@ -21,16 +24,23 @@ void occupyStandardDescriptors()
             (void)::open("/dev/null", O_RDWR); // Takes the lowest free number: this one.
 }
 
-NoRuntimeFolderMade::NoRuntimeFolderMade() : hadNone_(qEnvironmentVariableIsEmpty(variable))
+TemporaryRuntimeFolder::TemporaryRuntimeFolder()
 {
-    if (hadNone_)
-        qputenv(variable, "/dev/null"); // Is there and no folder: the toolkit goes without.
+    if (!qEnvironmentVariableIsEmpty(variable))
+        return;
+    QByteArray path = QFile::encodeName(QDir::tempPath()) + "/ferrow-XXXXXX";
+    if (!::mkdtemp(path.data()))
+        return;
+    path_ = path;
+    qputenv(variable, path_);
 }
 
-NoRuntimeFolderMade::~NoRuntimeFolderMade()
+TemporaryRuntimeFolder::~TemporaryRuntimeFolder()
 {
-    if (hadNone_)
-        qunsetenv(variable);
+    if (path_.isEmpty())
+        return;
+    qunsetenv(variable);
+    ::rmdir(path_.constData());
 }
 
 } // namespace ferrow::ProgramStart

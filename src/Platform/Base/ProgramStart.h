@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QByteArray>
+
 /// What a program does before it makes an application object, while it has one thread.
 namespace ferrow::ProgramStart {
 
@@ -8,17 +10,17 @@ namespace ferrow::ProgramStart {
 /// what is printed would go into it.
 void occupyStandardDescriptors();
 
-/// While it lives, the toolkit makes no folder of its own beside the temporary files: where the session has no folder
-/// for a run, it would, and leave it behind, only to look for what can't be in there.
-class NoRuntimeFolderMade {
+/// A folder for the run, where the session has none. The toolkit looks for something in it when an application object
+/// is made; it would make one itself, beside the temporary files, and leave it there.
+class TemporaryRuntimeFolder {
 public:
-    NoRuntimeFolderMade();
-    NoRuntimeFolderMade(const NoRuntimeFolderMade&) = delete;
-    NoRuntimeFolderMade& operator=(const NoRuntimeFolderMade&) = delete;
-    ~NoRuntimeFolderMade();
+    TemporaryRuntimeFolder();
+    TemporaryRuntimeFolder(const TemporaryRuntimeFolder&) = delete;
+    TemporaryRuntimeFolder& operator=(const TemporaryRuntimeFolder&) = delete;
+    ~TemporaryRuntimeFolder();
 
 private:
-    bool hadNone_;
+    QByteArray path_; ///< Empty where the session has one.
 };
 
 } // namespace ferrow::ProgramStart
