@@ -14,6 +14,7 @@
 #include <ctime>
 #include <exception>
 #include <optional>
+#include <system_error>
 #include <thread>
 
 namespace {
@@ -35,17 +36,25 @@ public:
         // end of the process.
         ::signal(SIGPIPE, SIG_IGN);
         ::signal(SIGXFSZ, SIG_IGN);
-        waiter_ = std::jthread([this](const std::stop_token& ending) {
-            constexpr timespec interval{0, 100'000'000};
-            while (!ending.stop_requested())
-                if (::sigtimedwait(&signals_, nullptr, &interval) > 0)
-                    source_.request_stop();
-        });
+        try {
+            waiter_ = std::jthread([this](const std::stop_token& ending) { wait(ending); });
+        } catch (const std::system_error&) {
+            // The system allows no more threads: a signal ends the process as it does any other.
+            ::pthread_sigmask(SIG_UNBLOCK, &signals_, nullptr);
+        }
     }
 
     [[nodiscard]] std::stop_token token() const { return source_.get_token(); }
 
 private:
+    void wait(const std::stop_token& ending)
+    {
+        constexpr timespec interval{0, 100'000'000};
+        while (!ending.stop_requested())
+            if (::sigtimedwait(&signals_, nullptr, &interval) > 0)
+                source_.request_stop();
+    }
+
     /// By whoever started us, as nohup does. Waiting for such a signal would bring it back.
     static bool isIgnored(int number)
     {

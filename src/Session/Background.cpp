@@ -124,12 +124,10 @@ void WorkQueue::post(Task task)
             state_->threads.emplace_back([state = state_] { state->serve(); });
             ++state_->alive;
         } catch (const std::system_error&) {
-            // The system allows no more threads. Those that run serve this task too; without any it is done here.
+            // The system allows no more threads. Those that run serve this task too.
             if (state_->alive == 0) {
-                const Task here = std::exchange(state_->tasks, {}).front();
-                lock.unlock();
-                here();
-                return;
+                state_->tasks.clear();
+                throw;
             }
         }
     }

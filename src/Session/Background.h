@@ -48,14 +48,17 @@ class WorkQueue {
 public:
     using Task = std::function<void()>;
 
+    static constexpr std::chrono::milliseconds defaultPatience{800};
+
     /// `patience` is how long the destructor waits for tasks that run.
-    explicit WorkQueue(int threads, std::chrono::milliseconds patience = std::chrono::milliseconds(800));
+    explicit WorkQueue(int threads, std::chrono::milliseconds patience = defaultPatience);
     WorkQueue(const WorkQueue&) = delete;
     WorkQueue& operator=(const WorkQueue&) = delete;
     /// Drops what waits, then waits for what runs as long as patience lasts.
     ~WorkQueue();
 
-    /// `task` must not throw. Where the system allows not even one thread, it runs before this returns.
+    /// `task` must not throw. Throws std::system_error where the system allows not even one thread; the task is then
+    /// forgotten.
     void post(Task task);
 
     /// Drops what waits and waits for nothing, neither now nor in the destructor; the queue takes no further tasks.

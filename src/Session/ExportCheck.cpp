@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Session/ExportCheck.h"
 
-#include "Platform/Base/Cancellation.h"
 #include "Shared/UserFacingError.h"
 
 #include <chrono>
@@ -18,47 +17,32 @@ constexpr std::chrono::milliseconds patience{0};
 } // namespace
 
 ExportCheck::ExportCheck(ExportCheckOperations operations, QObject* parent)
-    : QObject(parent), operations_(std::move(operations)), work_(1, patience)
+    : QObject(parent), operations_(std::move(operations)), check_({}, patience)
 {
-}
-
-ExportCheck::~ExportCheck()
-{
-    stop_.request_stop();
 }
 
 void ExportCheck::start(ExportRequest request)
 {
-    stop_.request_stop();
-    stop_ = {};
     setChecking(true);
-    const auto finish = [this, number = ++generation_](std::vector<ExportFinding> findings) {
-        if (number != generation_)
-            return;
+    const auto finish = [this](std::vector<ExportFinding> findings) {
         findings_ = std::move(findings);
         setChecking(false);
     };
-    work_.post([request = std::move(request), operations = operations_, finish, stop = stop_.get_token(),
-                sender = relay_.sender()] {
-        try {
-            sender.post([finish, findings = findingsFor(request, operations, stop)] { finish(findings); });
-        } catch (const Cancelled&) {
-            // A newer check runs, or nobody asks any more.
-        } catch (...) {
-            sender.post([finish, message = UserFacingError::message(std::current_exception())] {
-                finish({{ExportFinding::Severity::warning,
-                         QStringLiteral("The check could not be completed"),
-                         message,
-                         {}}});
-            });
-        }
-    });
+    check_.replace(
+        [request = std::move(request), operations = operations_, finish](const std::stop_token& stop) {
+            return [finish, findings = findingsFor(request, operations, stop)] { finish(findings); };
+        },
+        [finish](const std::exception_ptr& error) {
+            finish({{ExportFinding::Severity::warning,
+                     QStringLiteral("The check could not be completed"),
+                     UserFacingError::message(error),
+                     {}}});
+        });
 }
 
 void ExportCheck::cancel()
 {
-    stop_.request_stop();
-    ++generation_;
+    check_.stop();
     setChecking(false);
 }
 

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Session/Background.h"
 #include "Session/ExportFindings.h"
+#include "Session/NewestTask.h"
 
 #include <QObject>
 
-#include <cstdint>
-#include <stop_token>
 #include <vector>
 
 namespace ferrow {
@@ -18,7 +16,6 @@ class ExportCheck : public QObject {
 
 public:
     explicit ExportCheck(ExportCheckOperations operations = ExportCheckOperations::system(), QObject* parent = nullptr);
-    ~ExportCheck() override;
 
     /// Of the last check that ended; kept while the next one runs.
     [[nodiscard]] const std::vector<ExportFinding>& findings() const { return findings_; }
@@ -38,10 +35,7 @@ private:
     ExportCheckOperations operations_;
     std::vector<ExportFinding> findings_;
     bool isChecking_ = false;
-    std::int64_t generation_ = 0;
-    std::stop_source stop_;
-    MainThreadRelay relay_;
-    WorkQueue work_;
+    NewestTask check_;
 };
 
 } // namespace ferrow

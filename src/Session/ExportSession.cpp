@@ -3,7 +3,7 @@
 
 #include "Batch/BatchExportCoordinator.h"
 #include "Export/ImageExporter.h"
-#include "Platform/Base/Cancellation.h"
+#include "Shared/UserFacingError.h"
 
 #include <algorithm>
 #include <utility>
@@ -44,6 +44,30 @@ std::unordered_map<FileUrl, PhotoExportState> statesAtStart(const BatchExportPla
     return states;
 }
 
+/// What is left of a batch that could not be planned.
+BatchExportPlan failedPlan(const ExportRequest& request, const std::exception_ptr& error)
+{
+    BatchExportPlan plan;
+    const QString message = UserFacingError::message(error);
+    for (const ImportedPhoto& photo : request.photos)
+        if (!request.retried || request.retried->contains(photo.id()))
+            plan.failures.push_back({.filename = photo.filename(), .message = message, .source = photo.url});
+    return plan;
+}
+
+/// What is left of a run that could not be done.
+std::vector<BatchExportOutcome> failedOutcomes(const std::vector<BatchExportJob>& jobs, const std::exception_ptr& error)
+{
+    std::vector<BatchExportOutcome> outcomes;
+    const QString message = UserFacingError::message(error);
+    for (std::size_t index = 0; index < jobs.size(); ++index)
+        outcomes.push_back(
+            {BatchExportOutcome::Failed{
+                 {.filename = jobs[index].photo.filename(), .message = message, .source = jobs[index].photo.url}},
+             index});
+    return outcomes;
+}
+
 } // namespace
 
 /// What the worker reads; not changed once it runs.
@@ -55,7 +79,7 @@ struct ExportSession::Run {
 
 ExportSession::ExportSession(Export exportJob, ExportPlanner planner, QObject* parent)
     : QObject(parent), export_(exportJob ? std::move(exportJob) : exportToDisk), planner_(std::move(planner)),
-      work_(1, patienceAtEnd)
+      work_({}, patienceAtEnd)
 {
 }
 
@@ -117,27 +141,20 @@ void ExportSession::retry(const std::unordered_set<FileUrl>& photoIDs)
 void ExportSession::planInBackground(Planned planned)
 {
     setPlanning(true);
-    planningStop_ = {};
-    const std::int64_t number = ++planning_;
-    const auto begin = [this, number, planned = std::move(planned)](BatchExportPlan& plan, std::int64_t batchCount) {
-        if (number != planning_)
-            return;
+    const auto begin = [this, planned = std::move(planned), count = request_.count()](BatchExportPlan plan) {
         if (planned)
             planned(plan);
         // Both change at once for whoever asks "is it busy".
         isPlanning_ = false;
-        start(std::move(plan), batchCount);
+        start(std::move(plan), count);
         emit isPlanningChanged();
     };
-    work_.post(
-        [request = request_, begin, planner = planner_, stop = planningStop_.get_token(), sender = relay_.sender()] {
-            try {
-                const auto plan = std::make_shared<BatchExportPlan>(request.plan(planner, stop));
-                sender.post([begin, plan, count = request.count()] { begin(*plan, count); });
-            } catch (const Cancelled&) {
-                // Whoever cancelled waits for nothing.
-            }
-        });
+    work_.replace(
+        [request = request_, planner = planner_, begin](const std::stop_token& stop) -> NewestTask::Deliver {
+            const auto plan = std::make_shared<BatchExportPlan>(request.plan(planner, stop));
+            return [begin, plan] { begin(std::move(*plan)); };
+        },
+        [this, begin](const std::exception_ptr& error) { begin(failedPlan(request_, error)); });
 }
 
 void ExportSession::start(BatchExportPlan plan, std::int64_t batchCount)
@@ -162,8 +179,8 @@ void ExportSession::start(BatchExportPlan plan, std::int64_t batchCount)
 
 void ExportSession::beginRun(const std::shared_ptr<Run>& run)
 {
-    work_.post([this, run, exportJob = export_, concurrency = configuration_.maximumConcurrentExports,
-                sender = relay_.sender()] {
+    const auto work = [this, run, exportJob = export_, concurrency = configuration_.maximumConcurrentExports,
+                       sender = relay_.sender()](const std::stop_token&) -> NewestTask::Deliver {
         const auto& jobs = run->plan.jobs;
         auto outcomes = BatchExportCoordinator::run(
             jobs, concurrency,
@@ -175,8 +192,9 @@ void ExportSession::beginRun(const std::shared_ptr<Run>& run)
             run->stop.get_token());
         if (run->stop.stop_requested())
             std::ranges::move(BatchExportCoordinator::neverStarted(jobs, outcomes), std::back_inserter(outcomes));
-        sender.post([this, outcomes = std::move(outcomes)] { finish(outcomes); });
-    });
+        return [this, outcomes] { finish(outcomes); };
+    };
+    work_.run(work, [this](const std::exception_ptr& error) { finish(failedOutcomes(run_->plan.jobs, error)); });
 }
 
 void ExportSession::noteStarted(std::size_t jobIndex)
@@ -219,8 +237,7 @@ void ExportSession::finish(const std::vector<BatchExportOutcome>& outcomes)
 void ExportSession::cancel()
 {
     if (isPlanning_) {
-        ++planning_;
-        planningStop_.request_stop();
+        work_.stop();
         setPlanning(false);
     }
     if (!run_ || run_->stop.stop_requested())

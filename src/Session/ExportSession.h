@@ -4,8 +4,8 @@
 #include "Export/ExportPlanner.h"
 #include "Models/BatchExportModels.h"
 #include "Persistence/PresetModels.h"
-#include "Session/Background.h"
 #include "Session/ExportRequest.h"
+#include "Session/NewestTask.h"
 
 #include <QObject>
 
@@ -116,12 +116,10 @@ private:
     std::vector<FileUrl> skippedPhotos_;
     bool isPlanning_ = false;
     bool isStopping_ = false;
-    std::int64_t planning_ = 0; ///< Number of the newest planning; results of others are stale.
-    std::stop_source planningStop_;
     std::shared_ptr<Run> run_;
     ExportRequest request_; ///< Of the run that was planned last, with what it and its retries have written.
-    MainThreadRelay relay_;
-    WorkQueue work_;
+    MainThreadRelay relay_; ///< For news of a run.
+    NewestTask work_;
 };
 
 } // namespace ferrow

@@ -3,13 +3,12 @@
 
 #include "Models/RenderRecipe.h"
 #include "Platform/Base/FileUrl.h"
-#include "Session/Background.h"
+#include "Session/NewestTask.h"
 
 #include <QObject>
 
 #include <exception>
 #include <functional>
-#include <optional>
 #include <stop_token>
 
 namespace ferrow {
@@ -25,7 +24,6 @@ public:
     using Failed = std::function<void(const std::exception_ptr&)>;
 
     explicit LogoImporter(Import import = {}, QObject* parent = nullptr);
-    ~LogoImporter() override;
 
     [[nodiscard]] bool isImporting() const { return isImporting_; }
     /// One of the two is called on the main thread, unless a newer import was begun meanwhile.
@@ -37,12 +35,9 @@ signals:
 private:
     void setImporting(bool isImporting);
 
-    Import import_;
+    Import importAsset_;
     bool isImporting_ = false;
-    std::int64_t generation_ = 0;
-    std::stop_source stop_;
-    MainThreadRelay relay_;
-    WorkQueue work_;
+    NewestTask import_;
 };
 
 } // namespace ferrow

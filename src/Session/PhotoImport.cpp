@@ -53,16 +53,12 @@ try {
     throw ImagePipelineError(ImagePipelineError::unreadableFile); // Taken out of the failures below.
 }
 
-/// What is left when not even one thread or a list could be had.
+/// What is left when not even a list could be had.
 BatchImportResult allFailed(const std::vector<FileUrl>& urls, const QString& message)
 {
     BatchImportResult result;
-    for (const FileUrl& url : urls) {
-        BatchExportFailure& failure = result.failures.emplace_back();
-        failure.filename = url.lastPathComponent();
-        failure.message = message;
-        failure.source = url;
-    }
+    for (const FileUrl& url : urls)
+        result.failures.push_back({.filename = url.lastPathComponent(), .message = message, .source = url});
     return result;
 }
 

@@ -48,7 +48,7 @@ struct Work {
 
 /// Reads the candidates and compresses their thumbnails on the threads that read them. After a stop the rest is passed
 /// over, and so is what is in hand. `news` is called on this thread when there is progress to take that nobody was told
-/// of. Without threads to read on, all candidates fail.
+/// of. Without memory for the results all candidates fail.
 void run(Work& work, const Loader& load, int maximumConcurrency, const std::function<void()>& news);
 
 } // namespace ferrow::PhotoImport

@@ -4,6 +4,7 @@
 #include "Imaging/ImageLoader.h"
 #include "Session/PhotoImport.h"
 #include "Session/ScreenImage.h"
+#include "Shared/UserFacingError.h"
 
 #include <algorithm>
 #include <iterator>
@@ -145,14 +146,22 @@ void PhotoSession::importPhotos(const std::vector<FileUrl>& urls, ImportDone don
     import_ = import;
     isImporting_ = true;
     emit isImportingChanged();
-    work_->post([this, urls, import, scan = operations_.scan, sender = relay_.sender()] {
-        // The import is this thread's until it is posted back; `this` is only carried along.
-        import->scan = scan(urls);
-        sender.post([this, import] {
-            if (import == import_)
-                loadNew(import);
+    try {
+        work_->post([this, urls, import, scan = operations_.scan, sender = relay_.sender()] {
+            // The import is this thread's until it is posted back; `this` is only carried along.
+            import->scan = scan(urls);
+            sender.post([this, import] {
+                if (import == import_)
+                    loadNew(import);
+            });
         });
-    });
+    } catch (...) {
+        // The system allows no thread.
+        const QString message = UserFacingError::message(std::current_exception());
+        for (const FileUrl& url : urls)
+            import->work->failures.push_back({.filename = url.lastPathComponent(), .message = message, .source = url});
+        relay_.sender().post([this, import] { addLoaded(import); });
+    }
 }
 
 void PhotoSession::loadNew(const std::shared_ptr<Import>& import)

@@ -36,7 +36,7 @@ std::stop_source PreviewLoader::load(const std::optional<ImportedPhoto>& photo, 
         if (error && !stop.stop_requested() && failed)
             failed(error);
     };
-    work_.post([url = photo->url, stop, decode = decode_, finish, sender = relay_.sender()] {
+    const auto decode = [url = photo->url, stop, decode = decode_, finish, sender = relay_.sender()] {
         try {
             // Whoever runs through the list asks for many photos and looks at the last.
             throwIfCancelled(stop.get_token());
@@ -44,7 +44,12 @@ std::stop_source PreviewLoader::load(const std::optional<ImportedPhoto>& photo, 
         } catch (...) {
             sender.post([finish, error = std::current_exception()] { finish(std::nullopt, error); });
         }
-    });
+    };
+    try {
+        work_.post(decode);
+    } catch (...) {
+        relay_.sender().post([finish, error = std::current_exception()] { finish(std::nullopt, error); });
+    }
     return stop;
 }
 

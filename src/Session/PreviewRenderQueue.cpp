@@ -62,13 +62,13 @@ PreviewResult framed(PreviewRequest request, const Bitmap& logo, const PreviewRe
 
 } // namespace
 
-/// What a render came to. None of the three when it was given up.
+/// What a render came to: a result, or why there is none.
 struct PreviewRenderQueue::Outcome {
     FileUrl photoID;
-    std::optional<PreviewResult> result;
-    QString failure;
-    QString logoFilename;
-    QString logoFailure;
+    std::optional<PreviewResult> result = {};
+    QString failure = {};
+    QString logoFilename = {};
+    QString logoFailure = {};
 };
 
 PreviewRenderQueue::Operations PreviewRenderQueue::Operations::system()
@@ -85,17 +85,12 @@ PreviewRenderQueue::Operations PreviewRenderQueue::Operations::system()
 }
 
 PreviewRenderQueue::PreviewRenderQueue(Operations operations, QObject* parent)
-    : QObject(parent), operations_(std::move(operations)), work_(1)
+    : QObject(parent), operations_(std::move(operations)), render_([this] { startIfPossible(); })
 {
     if (!operations_.callLater)
         operations_.callLater = [this](std::chrono::milliseconds delay, const std::function<void()>& call) {
             QTimer::singleShot(delay, Qt::PreciseTimer, this, call);
         };
-}
-
-PreviewRenderQueue::~PreviewRenderQueue()
-{
-    stop_.request_stop();
 }
 
 void PreviewRenderQueue::request(PreviewRequest request)
@@ -110,15 +105,14 @@ void PreviewRenderQueue::request(PreviewRequest request)
 
 void PreviewRenderQueue::clear()
 {
-    ++generation_;
-    stop_.request_stop();
+    render_.stop();
     pending_.reset();
     currentPhoto_.reset();
 }
 
 void PreviewRenderQueue::startIfPossible()
 {
-    if (isInFlight_ || isWaiting_ || !pending_)
+    if (render_.isBusy() || isWaiting_ || !pending_)
         return;
     const Clock::time_point now = operations_.now();
     if (lastStart_ && now < *lastStart_ + minimumInterval) {
@@ -131,41 +125,49 @@ void PreviewRenderQueue::startIfPossible()
         return;
     }
     lastStart_ = now;
-    isInFlight_ = true;
-    stop_ = {};
-    work_.post([this, request = *std::exchange(pending_, std::nullopt), operations = operations_,
-                generation = generation_, stop = stop_.get_token(), sender = relay_.sender()] {
-        Outcome outcome;
-        outcome.photoID = request.photoID;
-        Bitmap logo;
-        try {
-            logo = operations.loadLogo(request.recipe.logo, stop).value_or(Bitmap());
-        } catch (const Cancelled&) {
-        } catch (...) {
-            outcome.logoFilename = request.recipe.logo ? request.recipe.logo->asset.managedFilename : QString();
-            outcome.logoFailure = UserFacingError::message(std::current_exception());
-        }
-        try {
-            outcome.result = framed(request, logo, operations, stop);
-        } catch (const Cancelled&) {
-        } catch (...) {
-            outcome.failure = UserFacingError::message(std::current_exception());
-        }
-        sender.post([this, generation, outcome = std::move(outcome)] { finish(generation, outcome); });
-    });
+    const FileUrl photoID = pending_->photoID;
+    render_.run(
+        [this, request = *std::exchange(pending_, std::nullopt),
+         operations = operations_](const std::stop_token& stop) -> NewestTask::Deliver {
+            const Outcome outcome = outcomeOf(request, operations, stop);
+            return [this, outcome] { finish(outcome); };
+        },
+        [this, photoID](const std::exception_ptr& error) {
+            finish({.photoID = photoID, .failure = UserFacingError::message(error)});
+        });
 }
 
-void PreviewRenderQueue::finish(std::int64_t generation, const Outcome& outcome)
+PreviewRenderQueue::Outcome PreviewRenderQueue::outcomeOf(const PreviewRequest& request, const Operations& operations,
+                                                          const std::stop_token& stop)
 {
-    isInFlight_ = false;
-    if (generation == generation_) {
-        reportLogo(outcome);
-        if (outcome.result)
-            emit rendered(*outcome.result);
-        else if (!outcome.failure.isEmpty() && !pending_)
-            emit failed(outcome.photoID, outcome.failure);
+    Outcome outcome;
+    outcome.photoID = request.photoID;
+    Bitmap logo;
+    try {
+        logo = operations.loadLogo(request.recipe.logo, stop).value_or(Bitmap());
+    } catch (const Cancelled&) {
+        throw;
+    } catch (...) {
+        outcome.logoFilename = request.recipe.logo ? request.recipe.logo->asset.managedFilename : QString();
+        outcome.logoFailure = UserFacingError::message(std::current_exception());
     }
-    startIfPossible();
+    try {
+        outcome.result = framed(request, logo, operations, stop);
+    } catch (const Cancelled&) {
+        throw;
+    } catch (...) {
+        outcome.failure = UserFacingError::message(std::current_exception());
+    }
+    return outcome;
+}
+
+void PreviewRenderQueue::finish(const Outcome& outcome)
+{
+    reportLogo(outcome);
+    if (outcome.result)
+        emit rendered(*outcome.result);
+    else if (!pending_)
+        emit failed(outcome.photoID, outcome.failure);
 }
 
 void PreviewRenderQueue::reportLogo(const Outcome& outcome)

@@ -3,14 +3,13 @@
 
 #include "Models/ImportedPhoto.h"
 #include "Models/RenderRecipe.h"
-#include "Session/Background.h"
+#include "Session/NewestTask.h"
 
 #include <QImage>
 #include <QObject>
 #include <QRectF>
 
 #include <chrono>
-#include <cstdint>
 #include <functional>
 #include <optional>
 #include <stop_token>
@@ -63,13 +62,12 @@ public:
     };
 
     explicit PreviewRenderQueue(Operations operations = Operations::system(), QObject* parent = nullptr);
-    ~PreviewRenderQueue() override;
 
     void request(PreviewRequest request);
     /// Nothing is to be seen: drops what is pending or in flight.
     void clear();
     /// Whether a render is in flight or pending.
-    [[nodiscard]] bool isBusy() const { return isInFlight_ || pending_.has_value(); }
+    [[nodiscard]] bool isBusy() const { return render_.isBusy() || pending_.has_value(); }
 
 signals:
     void rendered(const ferrow::PreviewResult& result);
@@ -82,7 +80,9 @@ private:
     struct Outcome;
 
     void startIfPossible();
-    void finish(std::int64_t generation, const Outcome& outcome);
+    [[nodiscard]] static Outcome outcomeOf(const PreviewRequest& request, const Operations& operations,
+                                           const std::stop_token& stop);
+    void finish(const Outcome& outcome);
     void reportLogo(const Outcome& outcome);
 
     Operations operations_;
@@ -90,12 +90,8 @@ private:
     std::optional<FileUrl> currentPhoto_;
     std::optional<Clock::time_point> lastStart_;
     std::optional<QString> reportedLogo_; ///< File name of the logo whose failure was told.
-    std::stop_source stop_;
-    std::int64_t generation_ = 0;
-    bool isInFlight_ = false;
-    bool isWaiting_ = false; ///< For the interval to pass.
-    MainThreadRelay relay_;
-    WorkQueue work_;
+    bool isWaiting_ = false;              ///< For the interval to pass.
+    NewestTask render_;
 };
 
 } // namespace ferrow

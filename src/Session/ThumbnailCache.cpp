@@ -15,7 +15,7 @@ constexpr std::size_t keptWishes = 60; // More rows than a screen shows: older w
 } // namespace
 
 ThumbnailCache::ThumbnailCache(PhotoSession& session, QObject* parent)
-    : QObject(parent), session_(session), images_(keptImages), work_(1)
+    : QObject(parent), session_(session), images_(keptImages), decoding_([this] { decodeNext(); })
 {
 }
 
@@ -24,7 +24,7 @@ QImage ThumbnailCache::image(const FileUrl& photoID, const QSize& box)
     if (box != box_) {
         box_ = box;
         images_.clear();
-        ++generation_;
+        decoding_.stop(); // It is for another size.
     }
     const CompressedPicture picture = session_.compressedThumbnail(photoID);
     if (picture.isNull())
@@ -41,25 +41,22 @@ QImage ThumbnailCache::image(const FileUrl& photoID, const QSize& box)
 
 void ThumbnailCache::decodeNext()
 {
-    if (isDecoding_ || wanted_.empty())
+    if (decoding_.isBusy() || wanted_.empty())
         return;
     const FileUrl photoID = wanted_.back();
     wanted_.pop_back();
-    isDecoding_ = true;
-    work_.post([this, photoID, picture = session_.compressedThumbnail(photoID), box = box_, generation = generation_,
-                sender = relay_.sender()] {
+    const auto decode = [this, photoID, picture = session_.compressedThumbnail(photoID),
+                         box = box_](const std::stop_token&) -> NewestTask::Deliver {
         QImage image = screenImage(picture.decoded());
-        if (!image.isNull() && (image.width() > box.width() || image.height() > box.height()))
+        if (image.isNull())
+            return {}; // The photo has left the list meanwhile; it may come back.
+        if (image.width() > box.width() || image.height() > box.height())
             image = image.scaled(box, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-        image = image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
-        sender.post([this, photoID, decoded = Decoded{picture, image}, generation] {
-            isDecoding_ = false;
-            // Null for a photo that has left the list meanwhile: it may come back.
-            if (generation == generation_ && !decoded.image.isNull())
-                take(photoID, decoded);
-            decodeNext();
-        });
-    });
+        const Decoded decoded{picture, image.convertToFormat(QImage::Format_ARGB32_Premultiplied)};
+        return [this, photoID, decoded] { take(photoID, decoded); };
+    };
+    // Rows that are painted again ask again.
+    decoding_.run(decode, [this](const std::exception_ptr&) { wanted_.clear(); });
 }
 
 void ThumbnailCache::take(const FileUrl& photoID, const Decoded& decoded)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Session/Background.h"
+#include "Session/NewestTask.h"
 #include "Session/PhotoSession.h"
 
 #include <QCache>
@@ -41,10 +41,7 @@ private:
     QCache<QByteArray, Decoded> images_; ///< By path.
     QSize box_;
     std::vector<FileUrl> wanted_; ///< Newest last.
-    bool isDecoding_ = false;
-    std::int64_t generation_ = 0; ///< Of `box_`: what was decoded for another size is dropped.
-    MainThreadRelay relay_;
-    WorkQueue work_;
+    NewestTask decoding_;
 };
 
 } // namespace ferrow

@@ -4,6 +4,7 @@
 #include <QStringList>
 
 #include <new>
+#include <system_error>
 
 namespace ferrow {
 
@@ -44,6 +45,10 @@ QString UserFacingError::message(const std::exception_ptr& error)
         return message(known);
     } catch (const InputOutputError& known) {
         return message(known);
+    } catch (const std::system_error& known) {
+        return known.code() == std::errc::resource_unavailable_try_again
+                   ? QStringLiteral("The system allows Ferrow no more threads. Close other programs, then try again.")
+                   : QStringLiteral("Something unexpected went wrong.");
     } catch (const std::bad_alloc&) {
         return QStringLiteral("There is not enough memory for this. Close other programs or use a smaller image, then "
                               "try again.");

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Base/TaskGroup.h"
 
+#include "Support/NoThreads.h"
+
 #include <gmock/gmock.h>
 
 #include <atomic>
@@ -38,6 +40,20 @@ TEST(TaskGroup, startsNothingAfterARefusalAndCollectsWhatRuns)
             [&] { return ++asked != 4; }); // Would allow again afterwards.
         EXPECT_THAT(seen, testing::UnorderedElementsAre(0, 1, 2));
     }
+}
+
+TEST(TaskGroup, worksOnTheCallingThreadWhereNoOtherIsToBeHad)
+{
+    const NoThreads none;
+    std::vector<std::size_t> seen;
+    runBounded<bool>(
+        5, 3, [caller = std::this_thread::get_id()](std::size_t) { return std::this_thread::get_id() == caller; },
+        [&](std::size_t index, bool isCaller) {
+            EXPECT_TRUE(isCaller);
+            seen.push_back(index);
+        },
+        [&] { return seen.size() < 3; });
+    EXPECT_THAT(seen, testing::ElementsAre(0, 1, 2));
 }
 
 TEST(TaskGroup, endsWhenCollectingThrows)

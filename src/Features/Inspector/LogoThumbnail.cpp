@@ -3,7 +3,6 @@
 
 #include "Features/Inspector/CheckerBoard.h"
 #include "Persistence/ManagedLogoStore.h"
-#include "Platform/Base/Cancellation.h"
 #include "Session/ScreenImage.h"
 #include "Shared/UserFacingError.h"
 #include "Widgets/Icons.h"
@@ -25,7 +24,8 @@ constexpr std::chrono::milliseconds patience{200};
 
 } // namespace
 
-LogoThumbnail::LogoThumbnail(Load load, QWidget* parent) : QWidget(parent), load_(std::move(load)), work_(1, patience)
+LogoThumbnail::LogoThumbnail(Load load, QWidget* parent)
+    : QWidget(parent), load_(std::move(load)), loading_({}, patience)
 {
     if (!load_)
         load_ = [](const LogoAssetReference& asset, std::int64_t dimension, const std::stop_token& stop) {
@@ -34,40 +34,24 @@ LogoThumbnail::LogoThumbnail(Load load, QWidget* parent) : QWidget(parent), load
     setFixedSize(side, side);
 }
 
-LogoThumbnail::~LogoThumbnail()
-{
-    stop_.request_stop();
-}
-
 void LogoThumbnail::setLogo(const std::optional<LogoAssetReference>& asset)
 {
     if (asset == asset_)
         return;
     asset_ = asset;
-    stop_.request_stop();
-    stop_ = {};
-    picture_ = {};
-    update();
-    emit loaded({});
-    const std::int64_t number = ++generation_;
+    loading_.stop();
+    showPicture({}, {});
     if (!asset)
         return;
-    work_.post([this, number, asset = *asset, load = load_, stop = stop_.get_token(), sender = relay_.sender()] {
-        try {
-            const QImage picture = screenImage(load(asset, loadedDimension, stop));
-            sender.post([this, number, picture] { take(number, picture, {}); });
-        } catch (const Cancelled&) {
-        } catch (...) {
-            const QString error = UserFacingError::message(std::current_exception());
-            sender.post([this, number, error] { take(number, {}, error); });
-        }
-    });
+    loading_.run(
+        [this, asset = *asset, load = load_](const std::stop_token& stop) -> NewestTask::Deliver {
+            return [this, picture = screenImage(load(asset, loadedDimension, stop))] { showPicture(picture, {}); };
+        },
+        [this](const std::exception_ptr& error) { showPicture({}, UserFacingError::message(error)); });
 }
 
-void LogoThumbnail::take(std::int64_t generation, const QImage& picture, const QString& error)
+void LogoThumbnail::showPicture(const QImage& picture, const QString& error)
 {
-    if (generation != generation_)
-        return;
     picture_ = picture;
     update();
     emit loaded(error);

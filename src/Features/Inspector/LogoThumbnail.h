@@ -3,7 +3,7 @@
 
 #include "Models/RenderRecipe.h"
 #include "Platform/Pixels/Bitmap.h"
-#include "Session/Background.h"
+#include "Session/NewestTask.h"
 
 #include <QImage>
 #include <QWidget>
@@ -26,7 +26,6 @@ public:
 
     /// Without `load`: the managed logos.
     explicit LogoThumbnail(Load load = {}, QWidget* parent = nullptr);
-    ~LogoThumbnail() override;
 
     /// Absent: an empty frame.
     void setLogo(const std::optional<LogoAssetReference>& asset);
@@ -41,15 +40,12 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    void take(std::int64_t generation, const QImage& picture, const QString& error);
+    void showPicture(const QImage& picture, const QString& error);
 
     Load load_;
     std::optional<LogoAssetReference> asset_;
     QImage picture_;
-    std::int64_t generation_ = 0;
-    std::stop_source stop_;
-    MainThreadRelay relay_;
-    WorkQueue work_;
+    NewestTask loading_;
 };
 
 } // namespace ferrow

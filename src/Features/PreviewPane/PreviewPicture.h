@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Features/PreviewPane/NewestTask.h"
 #include "Features/PreviewPane/PreviewViewport.h"
 #include "Features/PreviewPane/RegionLoader.h"
+#include "Session/NewestTask.h"
 #include "Session/PreviewRenderQueue.h"
 
 #include <QColor>

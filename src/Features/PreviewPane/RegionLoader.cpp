@@ -130,17 +130,13 @@ void RegionLoader::ask()
     if (!subject_ || !wish_)
         return;
     const RegionRequest request{*subject_, wish_->region, wish_->scale};
-    task_.run([this, request, compose = compose_](const std::stop_token& stop) -> NewestTask::Deliver {
-        try {
+    task_.run(
+        [this, request, compose = compose_](const std::stop_token& stop) -> NewestTask::Deliver {
             const LoadedRegion region{compose(request, stop), request.region, request.scale};
             return [this, region] { take(region); };
-        } catch (const Cancelled&) {
-            return {};
-        } catch (...) {
-            // The preview stays under it, and loading it has told the user already what is wrong with the file.
-            return [this] { hasFailed_ = true; };
-        }
-    });
+        },
+        // The preview stays under it, and loading it has told the user already what is wrong with the file.
+        [this](const std::exception_ptr&) { hasFailed_ = true; });
 }
 
 void RegionLoader::take(const LoadedRegion& region)

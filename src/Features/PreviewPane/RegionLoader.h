@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Features/PreviewPane/NewestTask.h"
 #include "Models/ImportedPhoto.h"
 #include "Models/RenderRecipe.h"
+#include "Session/NewestTask.h"
 
 #include <QImage>
 #include <QObject>

@@ -16,10 +16,11 @@
 namespace ferrow {
 
 /// Runs `operation(index)` for the indexes 0 … count−1 in order, at most `maximumConcurrency` at once on threads of its
-/// own, and hands each result to `collect(index, result)` on the calling thread in completion order; returns when no
-/// operation is left. `mayStart()` is asked on the calling thread before each start; once it answers false nothing
-/// further is started. `operation` must not throw; when one of the others does, what runs is awaited and the exception
-/// passed on. A `maximumConcurrency` of 0 counts as 1.
+/// own (where the system allows none, one after the other on the calling thread), and hands each result to
+/// `collect(index, result)` on the calling thread in completion order; returns when no operation is left. `mayStart()`
+/// is asked on the calling thread before each start; once it answers false nothing further is started. `operation` must
+/// not throw; when one of the others does, what runs is awaited and the exception passed on. A `maximumConcurrency` of
+/// 0 counts as 1.
 template <typename Result>
 void runBounded(std::size_t count, std::size_t maximumConcurrency, const std::function<Result(std::size_t)>& operation,
                 const std::function<void(std::size_t, Result)>& collect, const std::function<bool()>& mayStart)
@@ -76,10 +77,15 @@ void runBounded(std::size_t count, std::size_t maximumConcurrency, const std::fu
         try {
             threads.emplace_back(serve);
         } catch (const std::system_error&) {
-            if (threads.empty())
-                throw;
             break; // The system allows no more threads: those that run serve what was queued for this one.
         }
+    }
+    while (threads.empty() && !work.empty()) {
+        const std::size_t index = work.front();
+        work.pop();
+        --running;
+        collect(index, operation(index));
+        startNext();
     }
     while (running > 0) {
         std::unique_lock lock(mutex);

@@ -13,6 +13,7 @@
 #include <chrono>
 #include <future>
 #include <memory>
+#include <system_error>
 #include <thread>
 
 namespace ferrow::FontFamilies {
@@ -86,7 +87,11 @@ QString familyFromPortal()
         return {};
     const auto answer = std::make_shared<std::promise<QString>>();
     std::future<QString> description = answer->get_future();
-    std::thread([answer] { answer->set_value(fontNameFromPortal()); }).detach();
+    try {
+        std::thread([answer] { answer->set_value(fontNameFromPortal()); }).detach();
+    } catch (const std::system_error&) {
+        return {}; // The system allows no more threads.
+    }
     if (description.wait_for(desktopPatience) != std::future_status::ready)
         return {};
     return familyOfDescription(description.get());
