@@ -14,6 +14,7 @@
 #include "Platform/Files/ImageTypeNames.h"
 #include "Session/EditSteps.h"
 #include "Session/WindowTexts.h"
+#include "Widgets/ConfirmSheet.h"
 #include "Widgets/HairLine.h"
 #include "Widgets/Overlay.h"
 #include "Widgets/Theme.h"
@@ -29,6 +30,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace ferrow {
 
@@ -160,6 +162,11 @@ void ContentView::connectModels()
     connect(&session_, &PhotoSession::selectedPhotoIDChanged, this, &ContentView::updateActions);
     connect(&session_, &PhotoSession::photosChanged, this, &ContentView::updateActions);
     connect(&session_, &PhotoSession::isImportingChanged, this, &ContentView::updateActions);
+    // Later: whoever imported is told of that first.
+    connect(&session_, &PhotoSession::isImportingChanged, this, &ContentView::importWaiting, Qt::QueuedConnection);
+    connect(&exportSession_, &ExportSession::progressChanged, this, &ContentView::importWaiting, Qt::QueuedConnection);
+    connect(&exportSession_, &ExportSession::isPlanningChanged, this, &ContentView::importWaiting,
+            Qt::QueuedConnection);
     connect(&history_, &EditHistory::canPasteFramingChanged, this, &ContentView::updateActions);
     connect(&previewLoader_, &PreviewLoader::photoChanged, this, &ContentView::updateActions);
     connect(&previewLoader_, &PreviewLoader::isLoadingChanged, this, &ContentView::updateActions);
@@ -409,9 +416,59 @@ bool ContentView::eventFilter(QObject* watched, QEvent* event)
 
 void ContentView::closeEvent(QCloseEvent* event)
 {
+    if (exportSession_.isBusy() && !mayClose_ && !qApp->isSavingSession()) {
+        event->ignore();
+        askBeforeClosing();
+        return;
+    }
     session_.cancelImport();
     stopAllAccess();
     event->accept();
+}
+
+void ContentView::askBeforeClosing()
+{
+    if (closingQuestion_)
+        return;
+    const Question question{
+        .title = QStringLiteral("Stop the Export and Quit?"),
+        .message = QStringLiteral("Photos that are finished stay. The others are not exported."),
+        .accept = QStringLiteral("Stop and Quit"),
+        .leave = QStringLiteral("Keep Exporting"),
+    };
+    closingQuestion_ = ConfirmSheet::ask(this, question, this, [this](const Answer& answer) {
+        if (answer.accepted)
+            closeAtOnce();
+    });
+}
+
+void ContentView::closeAtOnce()
+{
+    mayClose_ = true;
+    close();
+}
+
+void ContentView::present(const QByteArray& activationToken)
+{
+    // Where the toolkit's plugin looks for it.
+    if (!activationToken.isEmpty() && QGuiApplication::platformName().startsWith(QLatin1StringView("wayland")))
+        qputenv("XDG_ACTIVATION_TOKEN", activationToken);
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    show();
+    raise();
+    activateWindow();
+}
+
+void ContentView::importWhenFree(const std::vector<FileUrl>& urls)
+{
+    waitingRoots_.insert(waitingRoots_.end(), urls.begin(), urls.end());
+    importWaiting();
+}
+
+void ContentView::importWaiting()
+{
+    if (!waitingRoots_.empty() && !session_.isImporting() && !exportSession_.isBusy())
+        importRoots(std::exchange(waitingRoots_, {}));
 }
 
 } // namespace ferrow

@@ -21,6 +21,7 @@
 
 namespace ferrow {
 
+class ConfirmSheet;
 struct Framing;
 class InspectorView;
 class MainToolBar;
@@ -40,6 +41,12 @@ public:
     ~ContentView() override;
 
     void importRoots(const std::vector<FileUrl>& urls);
+    /// Files that another start was given: at once, or as soon as an import or export that runs has ended.
+    void importWhenFree(const std::vector<FileUrl>& urls);
+    /// To the front, by the desktop's permission where it gave one.
+    void present(const QByteArray& activationToken);
+    /// Closes without asking, as the system demands it.
+    void closeAtOnce();
 
     [[nodiscard]] PhotoSession& session() { return session_; }
     [[nodiscard]] ExportSession& exportSession() { return exportSession_; }
@@ -63,6 +70,8 @@ private:
     /// Where it was asked for, be another photo selected by now.
     void useLogo(const LogoAssetReference& asset, const Framing& framing);
     void clearAll();
+    void importWaiting();
+    void askBeforeClosing();
 
     void stopAllAccess();
 
@@ -97,6 +106,9 @@ private:
     QPointer<SettingsView> settings_;
 
     std::stop_source previewLoad_;
+    std::vector<FileUrl> waitingRoots_;
+    QPointer<ConfirmSheet> closingQuestion_;
+    bool mayClose_ = false; ///< In the middle of an export.
 };
 
 } // namespace ferrow

@@ -2,12 +2,14 @@
 #include "Window/FerrowApp.h"
 
 #include "Platform/Base/ProgramStart.h"
+#include "Platform/Desktop/ApplicationService.h"
 #include "Platform/Desktop/DesktopAppearance.h"
 #include "Session/Background.h"
 #include "Session/Preferences.h"
 #include "Widgets/FerrowStyle.h"
 #include "Widgets/Theme.h"
 #include "Window/ContentView.h"
+#include "Window/EndingSignals.h"
 #include "WorkerPool/WorkerPool.h"
 
 #include <QApplication>
@@ -140,6 +142,7 @@ int runFerrow(int argc, char** argv, const std::function<void(ContentView&)>& sh
     ::signal(SIGPIPE, SIG_IGN);
     ::signal(SIGXFSZ, SIG_IGN);
 
+    const QByteArray activationToken = activationTokenOfThisStart();
     // The toolkit's own file panel would keep the folders that were visited in settings of its own.
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("/dev/null"));
     int count = int(words.size());
@@ -162,6 +165,10 @@ int runFerrow(int argc, char** argv, const std::function<void(ContentView&)>& sh
     QGuiApplication::setDesktopFileName(QStringLiteral("app.ferrow.Ferrow"));
     QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("app.ferrow.Ferrow")));
 
+    auto service = std::make_unique<ApplicationService>(QGuiApplication::desktopFileName());
+    if (service->handOver(namedPlaces(places), activationToken))
+        return EXIT_SUCCESS;
+
     std::optional<WorkerPool::Installation> workers(WorkerPool::installWorkers(workerProgram));
     const bool isPaletteDark = application->palette().color(QPalette::Window).lightnessF() < 0.5F;
     Preferences preferences;
@@ -181,9 +188,19 @@ int runFerrow(int argc, char** argv, const std::function<void(ContentView&)>& sh
     window->show();
     if (shown)
         shown(*window);
-    if (!places.empty())
-        window->importRoots(namedPlaces(places));
+    window->importWhenFree(namedPlaces(places));
+    QObject::connect(service.get(), &ApplicationService::called, window.get(),
+                     [&](const std::vector<FileUrl>& files, const QByteArray& token) {
+                         window->present(token);
+                         window->importWhenFree(files);
+                     });
+    const EndingSignals endingSignals;
+    QObject::connect(&endingSignals, &EndingSignals::received, window.get(), [&] {
+        window->closeAtOnce();
+        QApplication::quit();
+    });
     const int status = QApplication::exec();
+    service.reset(); // From here on a start opens a window of its own.
 
     // What is being written may be finished, for a moment. Without workers all else that waits for one gives up at once
     // and cleans up after itself.

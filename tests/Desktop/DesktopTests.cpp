@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Platform/Desktop/ApplicationService.h"
 #include "Platform/Desktop/DesktopAppearance.h"
 #include "Platform/Desktop/FileManager.h"
 #include "Platform/Desktop/Notifications.h"
@@ -166,6 +167,44 @@ TEST_F(Desktop, isToldInPlainTextWhatItWouldTakeForMarkUp)
     const QVariantList arguments = fake_.call("Notify").arguments();
     EXPECT_EQ(arguments.value(3).toString(), QStringLiteral("Batch finished"));
     EXPECT_EQ(arguments.value(4).toString(), QStringLiteral("&lt;b&gt;2&lt;/b&gt; &amp; 3"));
+}
+
+TEST_F(Desktop, handsFilesToTheProgramThatRuns)
+{
+    const QString id = QStringLiteral("app.ferrow.Test");
+    const auto connectAs = [](const char* name) {
+        return QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"),
+                                             QString::fromLatin1(name));
+    };
+    const std::vector<FileUrl> files{FileUrl::fromPath(QByteArray("/p/a b#1%?.jpg")),
+                                     FileUrl::fromPath(QByteArray("/p/caf\xe9.jpg"))};
+    struct Call {
+        std::vector<FileUrl> files;
+        QByteArray token;
+        bool operator==(const Call&) const = default;
+    };
+    std::vector<Call> calls;
+    ApplicationService running(id, connectAs("running"));
+    QObject::connect(&running, &ApplicationService::called,
+                     [&](const std::vector<FileUrl>& given, const QByteArray& token) {
+                         calls.push_back({given, token});
+                     });
+    EXPECT_FALSE(running.handOver(files, {})) << "it is the one that runs";
+    std::atomic<int> taken = 0;
+    // Another start waits for the answer, which is given on this thread.
+    QThread* other = QThread::create([&] {
+        const ApplicationService second(id, connectAs("second"));
+        taken += second.handOver(files, "token") ? 1 : 0;
+        taken += second.handOver({}, {}) ? 1 : 0;
+    });
+    other->start();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return other->isFinished(); }, 30'000));
+    other->wait();
+    delete other;
+    EXPECT_EQ(taken, 2);
+    EXPECT_EQ(calls, (std::vector<Call>{{files, "token"}, {{}, {}}}));
+    const ApplicationService alone(id, QDBusConnection(QStringLiteral("none")));
+    EXPECT_FALSE(alone.handOver(files, {})) << "without a bus";
 }
 
 } // namespace ferrow

@@ -3,12 +3,14 @@
 #include "Window/ContentView.h"
 #include "Window/FerrowApp.h"
 
+#include <QPushButton>
 #include <QTimer>
 
 #include <spawn.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <chrono>
 #include <thread>
 
@@ -19,8 +21,8 @@ namespace {
 constexpr int cameTooLate = 3;
 
 /// The whole program, which closes its window in the middle of the import of what was named, or else of an export to
-/// `out`.
-int runAndClose(bool whileImporting, const FileUrl& out, int argc, char** argv)
+/// `out`; there by a signal, or by the window and the answer to its question.
+int runAndClose(bool whileImporting, bool bySignal, const FileUrl& out, int argc, char** argv)
 {
     const auto closing = [&](ContentView& window) {
         PhotoSession& session = window.session();
@@ -41,7 +43,14 @@ int runAndClose(bool whileImporting, const FileUrl& out, int argc, char** argv)
                 return tooLate();
             if (!test::namesIn(out).filter(QStringLiteral("_framed")).isEmpty()) {
                 look->stop();
+                if (bySignal) {
+                    ::raise(SIGTERM);
+                    return;
+                }
                 window.close();
+                const auto buttons = window.findChildren<QPushButton*>();
+                const auto stop = std::ranges::find(buttons, QStringLiteral("Stop and Quit"), &QPushButton::text);
+                window.isVisible() && stop != buttons.end() ? (*stop)->click() : tooLate();
             } else if (!session.isImporting() && !session.photos().empty() && !exporting.isRunning()) {
                 BatchExportConfiguration configuration;
                 configuration.chosenFolder = out;
@@ -79,7 +88,7 @@ TEST(Program, endsByItselfWhenItsWindowIsClosedAtWork)
 {
     // What the program leaves behind becomes ours.
     ::prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0);
-    for (const char* phase : {"import", "export"}) {
+    for (const char* phase : {"import", "export", "export, ended by a signal"}) {
         SCOPED_TRACE(phase);
         const test::TemporaryFolder home;
         const FileUrl out = home.file("out");
@@ -90,7 +99,7 @@ TEST(Program, endsByItselfWhenItsWindowIsClosedAtWork)
             home.write("-photos/" + QByteArray::number(i) + ".png", photo);
         qputenv("XDG_DATA_HOME", home.file("data").path());
         qputenv("XDG_CONFIG_HOME", home.file("config").path());
-        qunsetenv("DBUS_SESSION_BUS_ADDRESS");
+        qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere"); // No window of whoever runs the tests.
         qputenv("QT_QPA_PLATFORM", "offscreen");
         const std::filesystem::path before = std::filesystem::current_path();
         std::filesystem::current_path(home.url().path().toStdString());
@@ -150,7 +159,8 @@ TEST(Installation, worksWhereverItIsMoved)
     std::filesystem::rename(first.toStdString(), prefix.path().toStdString());
     for (const char* file :
          {"bin/ferrow", "share/applications/app.ferrow.Ferrow.desktop", "share/metainfo/app.ferrow.Ferrow.metainfo.xml",
-          "share/icons/hicolor/scalable/apps/app.ferrow.Ferrow.svg", "share/man/man1/ferrow.1"})
+          "share/icons/hicolor/scalable/apps/app.ferrow.Ferrow.svg", "share/man/man1/ferrow.1",
+          "share/dbus-1/services/app.ferrow.Ferrow.service"})
         EXPECT_TRUE(test::exists(prefix.appending(file))) << file;
 
     const QByteArray description = prefix.appending("share/metainfo/app.ferrow.Ferrow.metainfo.xml").path();
@@ -173,8 +183,8 @@ int main(int argc, char** argv)
 {
     using namespace ferrow;
     if (argc > 3 && std::string_view(argv[3]) == "--")
-        return runAndClose(std::string_view(argv[1]) == "import", FileUrl::fromPath(QByteArray(argv[2])), argc - 2,
-                           argv + 2);
+        return runAndClose(std::string_view(argv[1]) == "import", std::string_view(argv[1]).ends_with("signal"),
+                           FileUrl::fromPath(QByteArray(argv[2])), argc - 2, argv + 2);
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }
