@@ -27,11 +27,28 @@ QLocale fieldLocale()
     return locale;
 }
 
+/// Digits of whatever script become those that are parsed, and so does the minus sign of good typography; marks of the
+/// writing direction, which some locales put around signs, go.
+QString withPlainDigits(const QString& text)
+{
+    QString plain;
+    for (const char32_t letter : text.toUcs4()) {
+        if (QChar::category(letter) == QChar::Number_DecimalDigit)
+            plain += QLatin1Char(char('0' + QChar::digitValue(letter)));
+        else if (letter == 0x2212)
+            plain += QLatin1Char('-');
+        else if (QChar::category(letter) != QChar::Other_Format)
+            plain += QString::fromUcs4(&letter, 1);
+    }
+    return plain;
+}
+
 /// One decimal separator, whichever of the usual ones it is, becomes a point.
 QString withPoint(QString text)
 {
     const QString separator = fieldLocale().decimalPoint();
     text.replace(separator, QStringLiteral("."));
+    text.replace(QChar(0x066B), QLatin1Char('.')); // The Arabic one.
     return text.count(QLatin1Char(',')) == 1 && !text.contains(QLatin1Char('.'))
                ? text.replace(QLatin1Char(','), QLatin1Char('.'))
                : text;
@@ -53,10 +70,8 @@ std::optional<double> NumberFormat::value(const QString& text) const
     if (!unit.isEmpty() && digits.endsWith(unit)) {
         digits.chop(unit.size());
     }
-    // The minus sign of good typography, pasted from a text.
-    digits.replace(QChar(0x2212), QLatin1Char('-'));
     bool isNumber = false;
-    const double shown = QLocale::c().toDouble(withPoint(digits.trimmed()), &isNumber);
+    const double shown = QLocale::c().toDouble(withPoint(withPlainDigits(digits.trimmed())), &isNumber);
     const double value = shown / factor;
     if (!isNumber || !std::isfinite(value) || value < least || value > greatest) {
         return std::nullopt;

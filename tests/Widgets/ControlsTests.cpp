@@ -55,6 +55,19 @@ protected:
     QString log;
 };
 
+TEST(NumberFormat, readsTheDigitsOfEveryScript)
+{
+    NumberFormat format{1, 1, QStringLiteral("px")};
+    format.least = -100;
+    const std::vector<std::pair<QString, double>> rows{
+        {QStringLiteral("١٢٫٥"), 12.5},       {QStringLiteral("۱۲٫۵ px"), 12.5},  {QStringLiteral("१२.५"), 12.5},
+        {QStringLiteral("𞥑𞥒,5"), 12.5}, {QStringLiteral("\u061c−١٢"), -12}, {QStringLiteral("１２"), 12},
+    };
+    for (const auto& [text, value] : rows)
+        EXPECT_EQ(format.value(text), value) << text.toStdString();
+    EXPECT_EQ(format.value(QStringLiteral("½")), std::nullopt);
+}
+
 TEST_F(SliderFieldTest, stepsByKey)
 {
     struct Row {
