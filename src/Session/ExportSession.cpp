@@ -201,6 +201,7 @@ void ExportSession::noteStarted(std::size_t jobIndex)
 {
     const FileUrl photoID = run_->plan.jobs[jobIndex].photo.id();
     photoStates_[photoID] = PhotoExportState::exporting;
+    atWork_.push_back(photoID);
     emit photoStarted(photoID);
 }
 
@@ -208,6 +209,7 @@ void ExportSession::noteOutcome(const BatchExportOutcome& outcome)
 {
     const FileUrl photoID = run_->plan.jobs[outcome.jobIndex].photo.id();
     photoStates_[photoID] = stateOf(outcome);
+    std::erase(atWork_, photoID);
     emit photoSettled(photoID, outcome);
     ExportProgress next = *progress_;
     ++next.counts.completed;
@@ -226,6 +228,7 @@ void ExportSession::finish(const std::vector<BatchExportOutcome>& outcomes)
             request_.written.push_back(job.destination);
     }
     progress_.reset();
+    atWork_.clear();
     const bool wasStopping = std::exchange(isStopping_, false);
     setReport(BatchExportCoordinator::report(run->plan, run->batchCount, outcomes));
     if (!run->plan.jobs.empty())

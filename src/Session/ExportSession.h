@@ -60,6 +60,8 @@ public:
     [[nodiscard]] bool isStopping() const { return isStopping_; }
     /// Absent for photos outside the batch, and when there is neither run nor report.
     [[nodiscard]] std::optional<PhotoExportState> photoState(const FileUrl& photoID) const;
+    /// Being exported just now, the one that was begun first in front.
+    [[nodiscard]] const std::vector<FileUrl>& photosAtWork() const { return atWork_; }
     /// Photos of the reported run that were skipped, in list order.
     [[nodiscard]] const std::vector<FileUrl>& skippedPhotos() const { return skippedPhotos_; }
 
@@ -113,6 +115,7 @@ private:
     std::optional<ExportProgress> progress_;
     std::optional<BatchExportReport> report_;
     std::unordered_map<FileUrl, PhotoExportState> photoStates_;
+    std::vector<FileUrl> atWork_;
     std::vector<FileUrl> skippedPhotos_;
     bool isPlanning_ = false;
     bool isStopping_ = false;

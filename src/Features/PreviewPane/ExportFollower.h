@@ -11,7 +11,7 @@
 
 namespace ferrow {
 
-/// Selects the photo that is being exported, so that the wait becomes a look at the results. Whoever selects another
+/// Selects the photo that was exported last, so that the wait becomes a look at the results. Whoever selects another
 /// one meanwhile is left alone for the rest of the run; else the selection from before comes back at its end.
 class ExportFollower : public QObject {
     Q_OBJECT

@@ -29,6 +29,16 @@ QString titleText(const ExportSession& session)
     return WindowTexts::exporting(counts.completed, counts.total);
 }
 
+/// "b.jpg", "b.jpg and 2 more".
+QString atWork(const ExportSession& session)
+{
+    const std::vector<FileUrl>& photos = session.photosAtWork();
+    if (photos.empty())
+        return {};
+    const QString first = photos.front().lastPathComponent();
+    return photos.size() == 1 ? first : QStringLiteral("%1 and %2 more").arg(first).arg(photos.size() - 1);
+}
+
 QString detailText(const ExportSession& session, std::chrono::steady_clock::time_point now)
 {
     if (session.isStopping())
@@ -40,9 +50,10 @@ QString detailText(const ExportSession& session, std::chrono::steady_clock::time
     const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(now - progress->startedAt);
     const std::optional<QString> left = WindowTexts::remainingTime(elapsed, counts.completed - progress->settledAtStart,
                                                                    counts.total - counts.completed);
-    if (!left)
-        return counts.currentFilename;
-    return counts.currentFilename.isEmpty() ? *left : counts.currentFilename + QStringLiteral(" · ") + *left;
+    QString text = atWork(session);
+    if (left)
+        text += text.isEmpty() ? *left : QStringLiteral(" · ") + *left;
+    return text;
 }
 
 } // namespace

@@ -246,7 +246,7 @@ void PreviewPane::followSelection()
     canvas_->setVisible(!isEmpty);
     if (handsFocusOn)
         emit focusHandedOn();
-    footer_->setVisible(!isEmpty && !exportSession_.isBusy());
+    footer_->setVisible(!isEmpty);
 
     const ImportedPhoto* photo = session_.selectedPhoto();
     const std::optional<FileUrl> selected = photo ? std::optional(photo->id()) : std::nullopt;
@@ -342,7 +342,6 @@ void PreviewPane::followExport()
     const bool hadFocus = exportFooter_->isAncestorOf(window()->focusWidget());
     error_->setRemoveEnabled(!isBusy);
     exportFooter_->setVisible(isBusy);
-    footer_->setVisible(!isBusy && !session_.photos().empty());
     if (hadFocus && !isBusy)
         canvas_->setFocus(Qt::OtherFocusReason);
 }
