@@ -253,8 +253,9 @@ TEST_F(BatchCommandTest, needsNoDisplayHomeOrEnglish)
         const test::Ended ended = run({"--caption", "{cameraMake} 2,5", "--caption-size", "12.5", "--border", "12.5%",
                                        "--quality=0.75", "--on-collision=replace", "--output", out.path(), in.path()});
         EXPECT_EQ(ended.status, 0) << ended.errors.constData();
-        // Five pixels of border are not enough for letters of 12.5.
-        EXPECT_EQ(ended.errors, folder.file("in/a.jpg").path() + ": The caption does not fit, letters are cut off.\n");
+        // The distances to the sides leave no room.
+        EXPECT_EQ(ended.errors,
+                  folder.file("in/a.jpg").path() + ": The caption does not fit, this is left out: Zoë 2,5\n");
         EXPECT_EQ(test::decoded(test::readFile(out.appending("a_framed.jpg"))).size(), (PixelSize{70, 50}));
     }
     EXPECT_THAT(everythingBelow(folder.url()),
