@@ -25,10 +25,26 @@ std::vector<Overlay*>& openOverlays()
     return overlays;
 }
 
+bool canHaveFocus(const QWidget* widget)
+{
+    return widget && widget->isEnabled() && widget->isVisible();
+}
+
 bool takesTab(const QWidget* widget)
 {
-    return (widget->focusPolicy() & Qt::TabFocus) && !widget->focusProxy() && widget->isEnabled() &&
-           widget->isVisible();
+    return (widget->focusPolicy() & Qt::TabFocus) && !widget->focusProxy() && canHaveFocus(widget);
+}
+
+bool isKey(const QEvent& event)
+{
+    switch (event.type()) {
+    case QEvent::KeyPress:
+    case QEvent::KeyRelease:
+    case QEvent::InputMethod:
+        return true;
+    default:
+        return false;
+    }
 }
 
 } // namespace
@@ -152,7 +168,7 @@ void Overlay::finishFade()
 
 void Overlay::takeFirstFocus(QWidget* firstFocus)
 {
-    QWidget* target = firstFocus ? firstFocus : nextFocus(this, true);
+    QWidget* target = canHaveFocus(firstFocus) ? firstFocus : nextFocus(this, true);
     lastInside_ = nullptr;
     (target ? target : this)->setFocus(Qt::OtherFocusReason);
 }
@@ -161,7 +177,7 @@ void Overlay::giveFocusBack()
 {
     QWidget* target = returnFocus_;
     returnFocus_ = nullptr;
-    if (target && target->isVisible() && target->isEnabled()) {
+    if (canHaveFocus(target)) {
         target->setFocus(Qt::OtherFocusReason);
     } else if (Overlay* below = topmost(this)) {
         below->takeFirstFocus(nullptr);
@@ -181,7 +197,7 @@ void Overlay::keepFocusInside(QWidget* now)
     if (!isElsewhere || QApplication::activePopupWidget()) {
         return;
     }
-    const bool canReturn = lastInside_ && lastInside_ != now && lastInside_->isVisible() && lastInside_->isEnabled();
+    const bool canReturn = lastInside_ != now && canHaveFocus(lastInside_);
     (canReturn && now ? lastInside_.data() : this)->setFocus(Qt::OtherFocusReason);
 }
 
@@ -201,9 +217,8 @@ bool Overlay::focusNextPrevChild(bool next)
 {
     QWidget* from = window()->focusWidget();
     QWidget* target = nextFocus(from && isAncestorOf(from) ? from : this, next);
-    if (target) {
-        target->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
-    }
+    // What is disabled or goes while it has the focus asks for the next one as well.
+    (target ? target : this)->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
     return true;
 }
 
@@ -223,6 +238,14 @@ bool Overlay::eventFilter(QObject* watched, QEvent* event)
         QMetaObject::invokeMethod(
             this, [this] { relayout(); }, Qt::QueuedConnection);
     }
+    if (isKey(*event) && isForWhatIsBehind(watched)) {
+        if (event->type() == QEvent::KeyPress) {
+            takeFirstFocus(lastInside_);
+            keyPressEvent(static_cast<QKeyEvent*>(event));
+        }
+        event->accept();
+        return true;
+    }
     if (event->type() == QEvent::ShortcutOverride && shortcuts_ == WindowShortcuts::rest && topmost(this) == this) {
         const auto* widget = qobject_cast<QWidget*>(watched);
         if (widget && widget->window() == window()) {
@@ -231,6 +254,13 @@ bool Overlay::eventFilter(QObject* watched, QEvent* event)
         }
     }
     return QWidget::eventFilter(watched, event);
+}
+
+/// Whoever the focus was left with: while this is open its keys are for nobody out there.
+bool Overlay::isForWhatIsBehind(const QObject* receiver) const
+{
+    const auto* widget = qobject_cast<const QWidget*>(receiver);
+    return widget && widget->window() == window() && widget != this && !isAncestorOf(widget) && topmost(this) == this;
 }
 
 bool Overlay::event(QEvent* event)

@@ -23,7 +23,8 @@ public:
     [[nodiscard]] bool isOpen() const { return open_; }
     void setDeletedAfterClose(bool deleted) { deletedAfterClose_ = deleted; }
 
-    /// Covers the window and takes the focus: `firstFocus`, else the first control that takes it.
+    /// Covers the window and takes the focus: `firstFocus` where that can have it, else the first control that can. No
+    /// key reaches what lies behind until the overlay is closed.
     void open(QWidget* firstFocus = nullptr);
     /// Closes and gives the focus back to whoever had it.
     void dismiss();
@@ -73,6 +74,7 @@ private:
     void finishFade();
     void takeFirstFocus(QWidget* firstFocus);
     void giveFocusBack();
+    [[nodiscard]] bool isForWhatIsBehind(const QObject* receiver) const;
     [[nodiscard]] QWidget* nextFocus(QWidget* from, bool forward) const;
 
     QWidget* card_ = nullptr;

@@ -126,6 +126,34 @@ TEST_F(OverlayTest, aSheetLeavesByEscapeAndActsByEnter)
     EXPECT_EQ(started.size(), 1);
 }
 
+TEST_F(OverlayTest, aSheetTakesTheKeysWhateverItBeginsWith)
+{
+    const QSignalSpy pressed(opener, &QPushButton::clicked);
+    Sheet sheet(&window, QStringLiteral("Export"));
+    QPushButton* main = sheet.setMainButton(QStringLiteral("Start"));
+    main->setEnabled(false);
+    sheet.open(main);
+    EXPECT_EQ(QApplication::focusWidget(), &sheet) << "nothing in it can take the focus";
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(sheet.isOpen());
+
+    QPushButton* leave = sheet.setLeaveButton(QStringLiteral("Cancel"));
+    sheet.open(main);
+    EXPECT_EQ(QApplication::focusWidget(), leave);
+    main->setEnabled(true);
+    main->setFocus();
+    leave->setEnabled(false);
+    main->setEnabled(false);
+    EXPECT_EQ(QApplication::focusWidget(), &sheet) << "the last one that could take it has been disabled";
+
+    QTest::keyClick(opener, Qt::Key_Space);
+    EXPECT_TRUE(pressed.isEmpty()) << "a key that was on its way to what lies behind";
+    QTest::keyClick(&window, Qt::Key_Escape);
+    EXPECT_FALSE(sheet.isOpen());
+    QTest::keyClick(opener, Qt::Key_Space);
+    EXPECT_EQ(pressed.size(), 1);
+}
+
 TEST_F(OverlayTest, aQuestionAnswersOnceAboveASheet)
 {
     Sheet sheet(&window, QStringLiteral("Presets"));
