@@ -59,9 +59,9 @@ QString exported(std::int64_t exported, std::int64_t total)
     return QStringLiteral("%1 of %2 exported").arg(number(exported), number(total));
 }
 
-QString importCount(std::int64_t read, std::int64_t total)
+QString outOf(std::int64_t part, std::int64_t total)
 {
-    return QStringLiteral("%1 of %2").arg(number(read), number(total));
+    return QStringLiteral("%1 of %2").arg(number(part), number(total));
 }
 
 QString sizeChange(PixelSize source, PixelSize output)
@@ -103,12 +103,13 @@ std::optional<PresentedError> importMessage(const ImportOutcome& outcome)
         return std::nullopt;
     presented.title = QStringLiteral("Some Files Weren’t Added");
     const std::size_t listed = std::min(outcome.failures.size(), listedFailures);
-    QStringList lines;
-    for (std::size_t i = 0; i < listed; ++i)
-        lines.append(outcome.failures[i].filename + QStringLiteral(": ") + outcome.failures[i].message);
+    for (std::size_t i = 0; i < listed; ++i) {
+        const BatchExportFailure& failure = outcome.failures[i];
+        presented.files.push_back(
+            {failure.filename, failure.message.section(u'\n', 0, 0), failure.message.section(u'\n', 1).simplified()});
+    }
     if (const std::size_t rest = outcome.failures.size() - listed; rest > 0)
-        lines.append(QStringLiteral("…and %1 more.").arg(rest));
-    presented.message = lines.join(u'\n');
+        presented.message = QStringLiteral("…and %1 more.").arg(number(std::int64_t(rest)));
     return presented;
 }
 

@@ -22,8 +22,8 @@ namespace ferrow::WindowTexts {
 [[nodiscard]] QString willBeExported(std::int64_t included, std::int64_t total);
 /// "2 of 11 exported".
 [[nodiscard]] QString exported(std::int64_t exported, std::int64_t total);
-/// "48 of 120", for what has been read of an import.
-[[nodiscard]] QString importCount(std::int64_t read, std::int64_t total);
+/// "48 of 120": a position, or how much of an import has been read.
+[[nodiscard]] QString outOf(std::int64_t part, std::int64_t total);
 /// "6,000 × 4,000 → 6,480 × 4,480 px".
 [[nodiscard]] QString sizeChange(PixelSize source, PixelSize output);
 

@@ -9,14 +9,23 @@
 #include <QUuid>
 
 #include <exception>
+#include <vector>
 
 namespace ferrow {
 
 /// An error as an alert shows it. Every presentation has its own identity: the same text raised twice is shown twice.
 struct PresentedError {
     QUuid id = QUuid::createUuid();
+    /// One of the files that it is about: what happened to it, and what to do about that (may be empty).
+    struct File {
+        QString name;
+        QString cause;
+        QString remedy;
+    };
+
     QString title;
     QString message;
+    std::vector<File> files; ///< They stand above the message.
 };
 
 /// The one conversion of any error into the text the user reads.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Widgets/ConfirmSheet.h"
 
+#include "Widgets/ElidedLabel.h"
 #include "Widgets/FerrowStyle.h"
 #include "Widgets/Theme.h"
 
@@ -24,7 +25,12 @@ ConfirmSheet::ConfirmSheet(QWidget* window, const Question& question)
 {
     setCardWidth(cardWidth);
     setDeletedAfterClose(true);
-    setAccessibleDescription(question.message);
+    QStringList spoken;
+    for (const Question::Item& item : question.items) {
+        addItem(item);
+        spoken << QStringLiteral("%1: %2 %3").arg(item.name, item.text, item.detail).trimmed();
+    }
+    setAccessibleDescription((spoken << question.message).join(u'\n').trimmed());
     if (!question.message.isEmpty()) {
         QLabel* message = makeLabel(question.message, TextRole::body);
         message->setWordWrap(true);
@@ -45,6 +51,25 @@ ConfirmSheet::ConfirmSheet(QWidget* window, const Question& question)
         accepted_ = true;
         dismiss();
     });
+}
+
+/// Name, what happened and what to do stand together, apart from the next one.
+void ConfirmSheet::addItem(const Question::Item& item)
+{
+    auto* lines = new QVBoxLayout;
+    lines->setSpacing(Space::rowGap);
+    auto* name = new ElidedLabel(item.name, Qt::ElideMiddle);
+    setTextRole(name, TextRole::strong);
+    lines->addWidget(name);
+    for (const auto& [text, color] : {std::pair{item.text, &ThemeColors::text}, {item.detail, &ThemeColors::text2}}) {
+        if (text.isEmpty())
+            continue;
+        QLabel* line = makeLabel(text, TextRole::body, color);
+        line->setWordWrap(true);
+        line->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        lines->addWidget(line);
+    }
+    body()->addLayout(lines);
 }
 
 void ConfirmSheet::addField(const Question::Field& field)
@@ -75,10 +100,11 @@ ConfirmSheet* ConfirmSheet::ask(QWidget* window, const Question& question, QObje
 }
 
 ConfirmSheet* ConfirmSheet::alert(QWidget* window, const QString& title, const QString& message, QObject* context,
-                                  std::function<void()> left)
+                                  std::function<void()> left, std::vector<Question::Item> items)
 {
     Question question;
     question.title = title;
+    question.items = std::move(items);
     question.message = message;
     question.accept = QStringLiteral("OK");
     return ask(window, question, context, [left = std::move(left)](const Answer&) {

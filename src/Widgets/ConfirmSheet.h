@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <optional>
+#include <vector>
 
 class QLineEdit;
 
@@ -18,12 +19,19 @@ struct Question {
         QString placeholder;
         QString text; ///< What it starts with, selected.
     };
+    /// One of several things that it is about.
+    struct Item {
+        QString name;
+        QString text;
+        QString detail; ///< May be empty.
+    };
     enum class Kind { plain, destructive };
 
     QString title;
-    QString message; ///< May have several lines; it scrolls when long.
-    QString accept;  ///< "Replace and Export"; the default button.
-    QString leave;   ///< "Cancel"; empty for a message that can only be left by `accept`.
+    std::vector<Item> items; ///< Above the message.
+    QString message;         ///< May have several lines; it scrolls when long.
+    QString accept;          ///< "Replace and Export"; the default button.
+    QString leave;           ///< "Cancel"; empty for a message that can only be left by `accept`.
     Kind kind = Kind::plain;
     std::optional<Field> field;
 };
@@ -42,9 +50,10 @@ public:
     /// `answered` is not called when `context` is gone by then; null stands for `window`.
     static ConfirmSheet* ask(QWidget* window, const Question& question, QObject* context,
                              std::function<void(const Answer&)> answered);
-    /// A message with the one button "OK".
+    /// A message, which may be about several things, with the one button "OK".
     static ConfirmSheet* alert(QWidget* window, const QString& title, const QString& message,
-                               QObject* context = nullptr, std::function<void()> left = {});
+                               QObject* context = nullptr, std::function<void()> left = {},
+                               std::vector<Question::Item> items = {});
 
     [[nodiscard]] QLineEdit* field() const { return field_; }
 
@@ -53,6 +62,7 @@ protected:
 
 private:
     ConfirmSheet(QWidget* window, const Question& question);
+    void addItem(const Question::Item& item);
     void addField(const Question::Field& field);
     [[nodiscard]] QWidget* firstFocus() const;
 

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Widgets/Fold.h"
 
+#include "Widgets/ScrollPane.h"
 #include "Widgets/Theme.h"
 
 #include <QAccessible>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include <utility>
@@ -39,8 +41,10 @@ Fold::Fold(FoldButton* opener, QWidget* parent)
 
     animation_.setEasingCurve(QEasingCurve::OutCubic);
     connect(opener, &QPushButton::clicked, this, &Fold::unfold);
-    connect(&animation_, &QVariantAnimation::valueChanged, this,
-            [this](const QVariant& height) { setFixedHeight(height.toInt()); });
+    connect(&animation_, &QVariantAnimation::valueChanged, this, [this](const QVariant& height) {
+        setFixedHeight(height.toInt());
+        comeIntoSight();
+    });
     connect(&animation_, &QVariantAnimation::finished, this, &Fold::finish);
 }
 
@@ -85,6 +89,16 @@ void Fold::finish()
         widget->setMinimumHeight(0);
         widget->setMaximumHeight(QWIDGETSIZE_MAX);
     }
+    comeIntoSight();
+}
+
+void Fold::comeIntoSight()
+{
+    if (!opener_->isOpen() || !opener_->isVisible()) {
+        return;
+    }
+    // Once the layouts around have given it its place.
+    QTimer::singleShot(0, this, [this] { ScrollPane::reveal(parentWidget()); });
 }
 
 } // namespace ferrow

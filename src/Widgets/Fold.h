@@ -28,7 +28,8 @@ private:
     bool open_ = true;
 };
 
-/// The rows that a FoldButton folds away. Open at first.
+/// The rows that a FoldButton folds away. Open at first. What is opened in a ScrollPane comes into sight, opener and
+/// rows.
 class Fold : public QWidget {
     Q_OBJECT
 
@@ -42,6 +43,7 @@ public:
 private:
     void unfold();
     void finish();
+    void comeIntoSight();
     [[nodiscard]] int contentHeight() const;
 
     FoldButton* opener_;

@@ -53,7 +53,7 @@ protected:
     [[nodiscard]] double opacity() const { return opacity_; }
 
     /// Where the card goes, in window coordinates.
-    [[nodiscard]] virtual QRect cardRect() const = 0;
+    [[nodiscard]] virtual QRect cardRect() = 0;
     /// Everything but the content.
     virtual void paintGround(QPainter& painter) const = 0;
     /// Enter that nobody inside used. False passes it on.

@@ -58,7 +58,7 @@ void Popover::setCardWidth(int width)
     relayout();
 }
 
-QRect Popover::cardRect() const
+QRect Popover::cardRect()
 {
     const auto inWindow = [this](const QWidget* widget) {
         return widget ? QRect(widget->mapTo(parentWidget(), QPoint()), widget->size()) : QRect();

@@ -28,7 +28,7 @@ public:
     void setCardWidth(int width);
 
 protected:
-    QRect cardRect() const override;
+    QRect cardRect() override;
     void paintGround(QPainter& painter) const override;
     /// What was chosen counts already.
     bool handleEnter() override;

@@ -10,6 +10,8 @@
 #include <QScrollBar>
 #include <QWheelEvent>
 
+#include <algorithm>
+
 namespace ferrow {
 
 namespace {
@@ -93,6 +95,22 @@ void ScrollPane::showFocused(QWidget* focused)
     if (focused && widget() && widget()->isAncestorOf(focused) && FocusRing::isKeyboardFocus()) {
         ensureWidgetVisible(focused, 0, Space::sheet);
     }
+}
+
+void ScrollPane::reveal(const QWidget* part)
+{
+    const QWidget* above = part->parentWidget();
+    const ScrollPane* pane = nullptr;
+    for (; above && !pane; above = above->parentWidget()) {
+        pane = qobject_cast<const ScrollPane*>(above);
+    }
+    if (!pane) {
+        return;
+    }
+    const int top = part->mapTo(pane->widget(), QPoint()).y();
+    QScrollBar* bar = pane->verticalScrollBar();
+    // What is taller than the pane shows its beginning.
+    bar->setValue(std::min(std::max(bar->value(), top + part->height() - pane->viewport()->height()), top));
 }
 
 void ScrollPane::wheelEvent(QWheelEvent* event)

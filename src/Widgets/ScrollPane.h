@@ -17,6 +17,11 @@ public:
     ~ScrollPane() override;
     /// The page is as wide as the pane and as high as it asks to be.
     void setPage(QWidget* page);
+    /// Scrolls as little as brings the whole of `part` into sight, in the pane that it lies in, if any.
+    static void reveal(const QWidget* part);
+
+    /// None: what stands beside it keeps its height.
+    QSize minimumSizeHint() const override { return {0, 0}; }
 
 protected:
     void wheelEvent(QWheelEvent* event) override;

@@ -17,6 +17,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace ferrow {
 
@@ -140,15 +141,18 @@ QPushButton* Sheet::setMainButton(const QString& text)
     return main_;
 }
 
-QRect Sheet::cardRect() const
+QRect Sheet::cardRect()
 {
     const QSize window = parentWidget()->size();
     const int width = std::min(Theme::current().scaled(width_), window.width() - 2 * sideMargin);
     const int natural = heightOf(head_, width) + heightOf(page_, width) + 1 + heightOf(foot_, width);
     const int height = std::min(natural, window.height() - windowMargins);
-    const int top =
-        std::max(sideMargin, std::min(window.height() / topShare, window.height() - windowMargins / 2 - height));
-    return QRect((window.width() - width) / 2, top, width, height);
+    if (std::exchange(placedIn_, window) != window) {
+        top_ = window.height() / topShare;
+    }
+    // What has moved up stays there: with lines that come and go it would dance.
+    top_ = std::max(sideMargin, std::min(top_, window.height() - windowMargins / 2 - height));
+    return QRect((window.width() - width) / 2, top_, width, height);
 }
 
 void Sheet::paintGround(QPainter& painter) const
@@ -163,6 +167,7 @@ void Sheet::paintGround(QPainter& painter) const
 /// Tab goes through the body, then through the foot from left to right, in whichever order they were made.
 void Sheet::aboutToOpen()
 {
+    placedIn_ = {};
     QWidget* last = nullptr;
     for (QWidget* widget = nextInFocusChain(); widget != this; widget = widget->nextInFocusChain()) {
         if (page_->isAncestorOf(widget)) {

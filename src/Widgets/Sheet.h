@@ -12,9 +12,10 @@ namespace ferrow {
 
 class ScrollPane;
 
-/// A modal card at the upper ninth of the window: title, body that scrolls, foot. Esc and the leave button close it;
-/// Enter presses the focused button, else the main one, unless the field with the focus uses it. A press on the scrim
-/// does nothing. The window's shortcuts rest meanwhile: handle keys in `keyPressEvent` of what is inside.
+/// A modal card at the upper ninth of the window, higher up where it needs the room: title, body that scrolls, foot.
+/// Esc and the leave button close it; Enter presses the focused button, else the main one, unless the field with the
+/// focus uses it. A press on the scrim does nothing. The window's shortcuts rest meanwhile: handle keys in
+/// `keyPressEvent` of what is inside.
 class Sheet : public Overlay {
     Q_OBJECT
 
@@ -45,7 +46,7 @@ signals:
     void mainRequested();
 
 protected:
-    QRect cardRect() const override;
+    QRect cardRect() override;
     void paintGround(QPainter& painter) const override;
     bool handleEnter() override;
     void aboutToOpen() override;
@@ -68,6 +69,8 @@ private:
     QPushButton* leave_ = nullptr;
     QPushButton* main_ = nullptr;
     int width_ = 600;
+    int top_ = 0;
+    QSize placedIn_; ///< The size of the window that top_ is for.
 };
 
 } // namespace ferrow

@@ -27,6 +27,10 @@ SheetList::SheetList(const QString& name, QWidget* parent) : QListView(parent)
     viewport()->setAutoFillBackground(false);
     setVerticalScrollMode(ScrollPerPixel);
     overlayScrollBar(this);
+    // Rows fill the whole width, and the bar lies beside them.
+    connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, [this](int least, int most) {
+        setViewportMargins(0, 0, most > least ? style()->pixelMetric(QStyle::PM_ScrollBarExtent) : 0, 0);
+    });
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     verticalScrollBar()->setSingleStep(20);
     setResizeMode(Adjust);

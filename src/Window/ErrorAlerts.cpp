@@ -28,7 +28,15 @@ void ErrorAlerts::attempt(const QString& failureTitle, const std::function<void(
 
 void ErrorAlerts::present(const QString& title, const QString& message)
 {
-    errors_.push_back({.title = title, .message = message});
+    PresentedError error;
+    error.title = title;
+    error.message = message;
+    present(error);
+}
+
+void ErrorAlerts::present(const PresentedError& error)
+{
+    errors_.push_back(error);
     presentNext();
 }
 
@@ -38,10 +46,14 @@ void ErrorAlerts::presentNext()
         return;
     const PresentedError error = errors_.front();
     errors_.pop_front();
-    alert_ = ConfirmSheet::alert(&window_, error.title, error.message, this, [this] {
+    std::vector<Question::Item> items;
+    for (const PresentedError::File& file : error.files)
+        items.push_back({file.name, file.cause, file.remedy});
+    const auto left = [this] {
         alert_ = nullptr;
         presentNext();
-    });
+    };
+    alert_ = ConfirmSheet::alert(&window_, error.title, error.message, this, left, std::move(items));
 }
 
 } // namespace ferrow

@@ -24,6 +24,7 @@ class ErrorAlerts : public QObject {
 public:
     explicit ErrorAlerts(QWidget& window) : window_(window) {}
 
+    void present(const PresentedError& error);
     void present(const QString& title, const QString& message);
     void present(const QString& title, const std::exception_ptr& error) { present(title, text(error)); }
     /// Does it, and presents what it throws under `failureTitle`.

@@ -10,10 +10,14 @@ TEST(WindowTexts, listsFiveFailuresOfAnImport)
     ImportOutcome outcome;
     EXPECT_FALSE(WindowTexts::importMessage(outcome).has_value());
     for (int i = 1; i <= 8; ++i)
-        outcome.failures.push_back({.filename = QString::number(i), .message = QStringLiteral("no")});
-    EXPECT_EQ(WindowTexts::importMessage(outcome)->title, QStringLiteral("Some Files Weren’t Added"));
-    EXPECT_EQ(WindowTexts::importMessage(outcome)->message,
-              QStringLiteral("1: no\n2: no\n3: no\n4: no\n5: no\n…and 3 more."));
+        outcome.failures.push_back({.filename = QString::number(i), .message = QStringLiteral("No.\n\nSo.\n\nGo.")});
+    const std::optional<PresentedError> shown = WindowTexts::importMessage(outcome);
+    EXPECT_EQ(shown->title, QStringLiteral("Some Files Weren’t Added"));
+    ASSERT_EQ(shown->files.size(), 5U);
+    EXPECT_EQ(shown->files[4].name, QStringLiteral("5"));
+    EXPECT_EQ(shown->files[4].cause, QStringLiteral("No."));
+    EXPECT_EQ(shown->files[4].remedy, QStringLiteral("So. Go."));
+    EXPECT_EQ(shown->message, QStringLiteral("…and 3 more."));
     EXPECT_EQ(WindowTexts::importMessage({.hadNothingNew = true})->message,
               QStringLiteral("The selection contained no new supported images."));
 }

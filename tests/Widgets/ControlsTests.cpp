@@ -242,6 +242,33 @@ TEST(BackdropDots, areOneTabStopAndChooseByArrow)
     EXPECT_EQ(dots.currentIndex(), 0);
 }
 
+TEST(Section, comesIntoSightWhenItOpens)
+{
+    auto* page = new QWidget;
+    auto* sections = new QVBoxLayout(page);
+    auto* first = new Section(QStringLiteral("Border"));
+    auto* last = new Section(QStringLiteral("Output"));
+    auto* rows = new QWidget;
+    rows->setMinimumHeight(200);
+    last->body()->addWidget(rows);
+    last->setExpanded(false);
+    sections->addWidget(first);
+    sections->addSpacing(200);
+    sections->addWidget(last);
+    ScrollPane pane;
+    pane.setPage(page);
+    pane.resize(300, 320);
+    pane.show();
+    QTest::mouseClick(last->header(), Qt::LeftButton);
+    const auto seen = [&](const QWidget* part) { return part->visibleRegion().boundingRect().height(); };
+    EXPECT_TRUE(QTest::qWaitFor([&] { return seen(last) == last->height() && seen(rows) == rows->height(); }));
+
+    rows->setMinimumHeight(900);
+    last->setExpanded(false);
+    last->setExpanded(true);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return last->mapTo(&pane, QPoint()).y() == 0; })) << "too tall: its beginning";
+}
+
 TEST(Section, saysWhetherItIsOpen)
 {
     Section section(QStringLiteral("Border"));

@@ -4,6 +4,7 @@
 
 #include <QAccessible>
 #include <QApplication>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QShortcut>
@@ -184,6 +185,53 @@ TEST_F(OverlayTest, aQuestionAnswersOnceAboveASheet)
     press(Qt::Key_Return);
     ASSERT_EQ(answers.size(), 2U);
     EXPECT_FALSE(answers[1].accepted) << "what can't be taken back starts on leaving";
+}
+
+TEST_F(OverlayTest, anAlertGivesItsButtonAllItsHeight)
+{
+    const QStringList texts{QString(), QStringLiteral("One line."), QStringLiteral("Line.\n").repeated(200)};
+    for (const QString& text : texts) {
+        SCOPED_TRACE(text.size());
+        ConfirmSheet* alert = ConfirmSheet::alert(&window, QStringLiteral("Title"), text);
+        QApplication::processEvents();
+        EXPECT_EQ(alert->mainButton()->height(), alert->mainButton()->sizeHint().height());
+        alert->dismiss();
+    }
+}
+
+TEST_F(OverlayTest, anAlertTellsOfEachThingByItself)
+{
+    ConfirmSheet* alert =
+        ConfirmSheet::alert(&window, QStringLiteral("Some Files"), QStringLiteral("…and 3 more."), nullptr, {},
+                            {{QStringLiteral("a.jpg"), QStringLiteral("Broken."), QStringLiteral("Mend it.")},
+                             {QStringLiteral("b.jpg"), QStringLiteral("Gone."), QString()}});
+    QStringList shown;
+    for (const QLabel* label : alert->body()->parentWidget()->findChildren<QLabel*>())
+        shown << label->text();
+    EXPECT_EQ(shown, QString("a.jpg|Broken.|Mend it.|b.jpg|Gone.|…and 3 more.").split(u'|'));
+    EXPECT_EQ(alert->accessibleDescription(), QStringLiteral("a.jpg: Broken. Mend it.\nb.jpg: Gone.\n…and 3 more."));
+}
+
+TEST_F(OverlayTest, aSheetThatHasMovedUpStaysThere)
+{
+    Sheet sheet(&window, QStringLiteral("Export"));
+    auto* lines = new QWidget;
+    sheet.body()->addWidget(lines);
+    sheet.setLeaveButton(QStringLiteral("Cancel"));
+    lines->setFixedHeight(100);
+    sheet.open();
+    const auto topWith = [&](int height) {
+        lines->setFixedHeight(height);
+        QApplication::processEvents();
+        return lines->mapTo(&window, QPoint()).y();
+    };
+    const int low = topWith(100);
+    const int high = topWith(480);
+    EXPECT_LT(high, low);
+    EXPECT_EQ(topWith(100), high);
+    sheet.dismiss();
+    sheet.open();
+    EXPECT_EQ(topWith(100), low);
 }
 
 TEST_F(OverlayTest, aHeldKeyPressesNothingInTheNextDialog)

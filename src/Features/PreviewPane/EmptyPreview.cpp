@@ -130,7 +130,7 @@ void EmptyPreview::showProgress(std::size_t read, std::size_t total)
 {
     const QString progress =
         total == 0 ? QStringLiteral("Looking for photos.")
-                   : QStringLiteral("%1 read.").arg(WindowTexts::importCount(std::int64_t(read), std::int64_t(total)));
+                   : QStringLiteral("%1 read.").arg(WindowTexts::outOf(std::int64_t(read), std::int64_t(total)));
     sentence_->setText(progress + QStringLiteral("\nThey appear together when all have been read."));
 }
 
