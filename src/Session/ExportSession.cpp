@@ -173,7 +173,8 @@ void ExportSession::start(BatchExportPlan plan, std::int64_t batchCount)
     }
     setReport(std::nullopt);
     const std::int64_t settled = run->plan.skipped + std::int64_t(run->plan.failures.size());
-    setProgress(ExportProgress{{settled, batchCount, run->plan.jobs.front().photo.filename()}, settled, Clock::now()});
+    setProgress(
+        ExportProgress{{settled, batchCount, run->plan.jobs.front().photo.filename()}, settled, 0, Clock::now()});
     beginRun(run);
 }
 
@@ -213,6 +214,8 @@ void ExportSession::noteOutcome(const BatchExportOutcome& outcome)
     emit photoSettled(photoID, outcome);
     ExportProgress next = *progress_;
     ++next.counts.completed;
+    if (photoStates_[photoID] == PhotoExportState::exported)
+        ++next.exported;
     next.counts.currentFilename = outcome.filename();
     setProgress(next);
 }

@@ -24,6 +24,7 @@ namespace ferrow {
 struct ExportProgress {
     BatchExportProgress counts;
     std::int64_t settledAtStart = 0;
+    std::int64_t exported = 0; ///< Of those completed: neither skipped nor failed.
     std::chrono::steady_clock::time_point startedAt;
 
     bool operator==(const ExportProgress&) const = default;

@@ -6,10 +6,12 @@
 #include "Session/SessionTestSupport.h"
 #include "Session/ThumbnailCache.h"
 #include "Support/Pictures.h"
+#include "Widgets/Theme.h"
 
 #include <QAbstractItemModelTester>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QSignalSpy>
 
 #include <atomic>
@@ -127,6 +129,62 @@ TEST(PhotoSidebar, takesOnlyTheUsersChoiceForAChoice)
     EXPECT_EQ(chosen.size(), 3);
     QTest::keyClick(sidebar.list(), Qt::Key_Delete, Qt::KeypadModifier);
     EXPECT_EQ(session.photos().size(), 2U);
+}
+
+TEST(PhotoSidebar, ticksARangeWithShiftInOneStep)
+{
+    DisklessSession session;
+    ExportSession exportSession;
+    EditHistory history{session, exportSession};
+    importInto(session, photoUrls({"a", "b", "c", "d", "e", "f"}));
+    session.setSelectedPhotoID(photoUrl("b"));
+    PhotoSidebar sidebar(session, history, exportSession);
+    sidebar.resize(280, 700);
+    sidebar.show();
+    const auto pressTick = [&](int row, Qt::KeyboardModifiers modifiers) {
+        const QRect rect = sidebar.list()->visualRect(sidebar.list()->model()->index(row, 0));
+        QTest::mouseClick(sidebar.list()->viewport(), Qt::LeftButton, modifiers,
+                          PhotoRowDelegate::checkTarget(rect).center());
+    };
+    const auto ticks = [&] {
+        std::string all;
+        for (const ImportedPhoto& photo : session.photos())
+            all += session.isIncluded(photo.id()) ? photo.filename().toStdString() : "-";
+        return all;
+    };
+    pressTick(3, Qt::ShiftModifier);
+    EXPECT_EQ(ticks(), "a---ef") << "from the selected row, while none has been ticked";
+    pressTick(5, Qt::ShiftModifier);
+    EXPECT_EQ(ticks(), "a-----") << "from the last one pressed";
+    history.stack().undo();
+    EXPECT_EQ(ticks(), "a---ef");
+    pressTick(4, {});
+    pressTick(1, Qt::ShiftModifier);
+    EXPECT_EQ(ticks(), "abcdef") << "what the pressed row becomes, upwards too";
+    EXPECT_EQ(selectedName(session), "b");
+    sidebar.list()->setLocked(true);
+    pressTick(5, Qt::ShiftModifier);
+    EXPECT_EQ(ticks(), "abcdef");
+}
+
+TEST(PhotoSidebar, keepsTheScrollBarOffItsRows)
+{
+    DisklessSession session;
+    ExportSession exportSession;
+    EditHistory history{session, exportSession};
+    importInto(session, photoUrls({"a", "b", "c", "d", "e", "f"}));
+    PhotoSidebar sidebar(session, history, exportSession);
+    sidebar.show();
+    for (const int height : {800, 300}) {
+        sidebar.resize(280, height);
+        QApplication::processEvents();
+        // A selected row is filled but for the inset at its sides.
+        const int fillEnd = sidebar.list()->visualRect(sidebar.list()->model()->index(0, 0)).right() - Space::group;
+        for (const QScrollBar* bar : sidebar.list()->findChildren<QScrollBar*>())
+            if (bar->isVisible())
+                EXPECT_LT(fillEnd + 2, bar->geometry().left()) << height;
+        EXPECT_EQ(sidebar.list()->verticalScrollBar()->maximum() > 0, height == 300);
+    }
 }
 
 TEST(EmptyPreview, saysThatPhotosAreBeingAddedAndStopsIt)

@@ -31,6 +31,9 @@ PhotoListView::PhotoListView(PhotoListModel& model, ThumbnailCache& thumbnails, 
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     overlayScrollBar(this);
+    // The rows' own inset is as wide as the bar: a little more keeps it off the fill of the selected one.
+    connect(verticalScrollBar(), &QScrollBar::rangeChanged, this,
+            [this](int least, int most) { setViewportMargins(0, 0, most > least ? Space::iconEdge : 0, 0); });
     setEditTriggers(QAbstractItemView::NoEditTriggers);
     setFocusLook(this, FocusLook::own);
     viewport()->setAutoFillBackground(false);
@@ -80,7 +83,7 @@ void PhotoListView::keyPressEvent(QKeyEvent* event)
     const bool plain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
     if (plain && row >= 0 && !locked_) {
         if (event->key() == Qt::Key_Space)
-            return emit toggleRequested(row);
+            return toggle(row);
         if (event->key() == Qt::Key_Delete || event->key() == Qt::Key_Backspace)
             return emit removeRequested(row);
     }
@@ -103,6 +106,19 @@ void PhotoListView::showEvent(QShowEvent* event)
     scrollTo(currentIndex());
 }
 
+void PhotoListView::toggle(int row)
+{
+    ticked_ = model()->index(row, 0);
+    emit toggleRequested(row);
+}
+
+void PhotoListView::toggleUpTo(int row)
+{
+    const QModelIndex from = ticked_.isValid() ? QModelIndex(ticked_) : currentIndex();
+    ticked_ = model()->index(row, 0);
+    emit rangeToggleRequested(from.isValid() ? from.row() : row, row);
+}
+
 bool PhotoListView::pressPart(const QMouseEvent& event)
 {
     const QModelIndex index = indexAt(event.pos());
@@ -110,7 +126,7 @@ bool PhotoListView::pressPart(const QMouseEvent& event)
         return false;
     const QRect row = visualRect(index);
     if (PhotoRowDelegate::checkTarget(row).contains(event.pos())) {
-        emit toggleRequested(index.row());
+        event.modifiers().testFlag(Qt::ShiftModifier) ? toggleUpTo(index.row()) : toggle(index.row());
         return true;
     }
     if (PhotoRowDelegate::removeButton(row).contains(event.pos())) {

@@ -7,7 +7,8 @@
 
 namespace ferrow {
 
-/// The list of photos: arrows move, typing finds, Space ticks, Delete removes; the mouse ticks without selecting.
+/// The list of photos: arrows move, typing finds, Space ticks, Delete removes; the mouse ticks without selecting, with
+/// Shift all rows from the last ticked one on.
 class PhotoListView : public QListView {
     Q_OBJECT
 
@@ -25,6 +26,9 @@ signals:
     /// The user is done looking: by a click or Enter, not by walking through.
     void rowChosen();
     void toggleRequested(int row);
+    /// From the row that was ticked last, else the current one, to the row that was pressed, which says what all
+    /// become.
+    void rangeToggleRequested(int from, int to);
     void removeRequested(int row);
     void contextMenuRequestedAt(int row, const QPoint& globalPosition);
 
@@ -38,6 +42,8 @@ protected:
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
 
 private:
+    void toggle(int row);
+    void toggleUpTo(int row);
     /// Whether the press was on a tick or a remove button, and has been acted on.
     bool pressPart(const QMouseEvent& event);
 
@@ -45,6 +51,7 @@ private:
     bool locked_ = false;
     bool isFollowing_ = false; ///< The current row moves with the models.
     bool pressedPart_ = false;
+    QPersistentModelIndex ticked_; ///< Where a range of ticks begins.
 };
 
 } // namespace ferrow

@@ -19,6 +19,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace ferrow {
 
 namespace {
@@ -58,7 +60,7 @@ PhotoSidebar::PhotoSidebar(PhotoSession& session, EditHistory& history, ExportSe
     connect(&session_, &PhotoSession::excludedPhotoIDsChanged, this, &PhotoSidebar::updateCounts);
     connect(&session_, &PhotoSession::isImportingChanged, this, &PhotoSidebar::followImport);
     connect(&session_, &PhotoSession::importProgressed, this, [this](std::size_t read, std::size_t total) {
-        importCount_->setText(WindowTexts::importCount(std::int64_t(read), std::int64_t(total)));
+        importCount_->setText(WindowTexts::outOf(std::int64_t(read), std::int64_t(total)));
         importBar_->setRange(0, int(total));
         importBar_->setValue(int(read));
     });
@@ -80,6 +82,7 @@ void PhotoSidebar::buildList()
     connect(list_, &PhotoListView::rowChosen, this, &PhotoSidebar::photoChosen);
     connect(list_, &PhotoListView::toggleRequested, this,
             [this](int row) { history_.toggleIncluded(model_->photoID(row)); });
+    connect(list_, &PhotoListView::rangeToggleRequested, this, &PhotoSidebar::toggleRange);
     connect(list_, &PhotoListView::removeRequested, this, [this](int row) { history_.remove({model_->photoID(row)}); });
     connect(list_, &PhotoListView::contextMenuRequestedAt, this, &PhotoSidebar::showContextMenu);
 }
@@ -163,6 +166,14 @@ void PhotoSidebar::followImport()
     importBar_->setRange(0, 0);
 }
 
+void PhotoSidebar::toggleRange(int from, int to)
+{
+    std::vector<FileUrl> range;
+    for (int row = std::min(from, to); row <= std::max(from, to); ++row)
+        range.push_back(model_->photoID(row));
+    history_.setIncluded(range, !model_->isIncluded(to));
+}
+
 void PhotoSidebar::setUnreadable(const FileUrl& photoID, bool isUnreadable)
 {
     model_->setUnreadable(photoID, isUnreadable);
@@ -184,8 +195,8 @@ void PhotoSidebar::updateCounts()
     clearAll_->setVisible(total > 0);
     clearAll_->setEnabled(!locked);
     if (exportSession_.isRunning()) {
-        const BatchExportProgress& counts = exportSession_.progress()->counts;
-        status_->setText(WindowTexts::exported(counts.completed, counts.total));
+        const ExportProgress& progress = *exportSession_.progress();
+        status_->setText(WindowTexts::exported(progress.exported, progress.counts.total));
     } else {
         status_->setText(WindowTexts::willBeExported(included, total));
     }

@@ -45,6 +45,8 @@ private:
     void followSelection();
     void followImport();
     void updateCounts();
+    /// As one step; all become what the row `to` becomes.
+    void toggleRange(int from, int to);
     void showContextMenu(int row, const QPoint& place);
 
     PhotoSession& session_;
