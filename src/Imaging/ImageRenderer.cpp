@@ -173,13 +173,18 @@ std::optional<QRect> wholePixelPlace(PixelSize photo, const QRectF& target, Pixe
 {
     if (std::abs(double(photo.width) - target.width()) >= 1 || std::abs(double(photo.height) - target.height()) >= 1)
         return std::nullopt;
-    // Rounding both the canvas and the place may take the place a pixel beyond the canvas.
-    const auto begin = [](double start) { return std::max<std::int64_t>(std::llround(start), 0); };
-    const auto end = [](double last, std::int64_t most) { return std::min<std::int64_t>(std::llround(last), most); };
-    const std::int64_t x = begin(target.x());
-    const std::int64_t y = begin(target.y());
-    return QRect(int(x), int(y), int(std::min(photo.width, end(target.right(), canvas.width) - x)),
-                 int(std::min(photo.height, end(target.bottom(), canvas.height) - y)));
+    // Rounding both the canvas and the place may take the place a pixel beyond the canvas, and leave nothing of a photo
+    // that is thinner than a pixel.
+    const auto begin = [](double start, std::int64_t most) {
+        return std::clamp<std::int64_t>(std::llround(start), 0, most - 1);
+    };
+    const auto length = [](double last, std::int64_t from, std::int64_t most, std::int64_t own) {
+        return std::min(own, std::clamp<std::int64_t>(std::llround(last), from + 1, most) - from);
+    };
+    const std::int64_t x = begin(target.x(), canvas.width);
+    const std::int64_t y = begin(target.y(), canvas.height);
+    return QRect(int(x), int(y), int(length(target.right(), x, canvas.width, photo.width)),
+                 int(length(target.bottom(), y, canvas.height, photo.height)));
 }
 
 /// A scaled photo seldom lies on whole pixels: it is drawn as the lowest overlay, its edges covered in proportion.

@@ -191,8 +191,13 @@ void validateRenderBounds(PixelSize originalSize, const RenderRecipe& recipe, do
     const double border = recipe.borderWidthFor(originalSize);
     if (!std::isfinite(border) || border < 0)
         throw ImagePipelineError(ImagePipelineError::invalidRenderRecipe);
-    const double width = scale * (2 * border + double(originalSize.width));
-    const double height = scale * (2 * border + double(originalSize.height));
+    // Of a very thin photo a preview's scale may leave less than a pixel, which is drawn as one.
+    const auto scaled = [&](std::int64_t side) {
+        const double full = 2 * border + double(side);
+        return full < 1 ? 0 : std::max(scale * full, 1.0);
+    };
+    const double width = scaled(originalSize.width);
+    const double height = scaled(originalSize.height);
     const auto fits = [](double side) { return std::isfinite(side) && side >= 1 && side <= maximumOutputSide; };
     if (!fits(width) || !fits(height) || width * height > maximumOutputPixels)
         throw ImagePipelineError(

@@ -67,7 +67,7 @@ struct PreviewRenderQueue::Outcome {
     FileUrl photoID;
     std::optional<PreviewResult> result = {};
     QString failure = {};
-    QString logoFilename = {};
+    QString logoFilename = {}; ///< That was loaded, or could not be.
     QString logoFailure = {};
 };
 
@@ -145,6 +145,8 @@ PreviewRenderQueue::Outcome PreviewRenderQueue::outcomeOf(const PreviewRequest& 
     Bitmap logo;
     try {
         logo = operations.loadLogo(request.recipe.logo, stop).value_or(Bitmap());
+        if (!logo.isNull())
+            outcome.logoFilename = request.recipe.logo->asset.managedFilename;
     } catch (const Cancelled&) {
         throw;
     } catch (...) {
@@ -173,7 +175,11 @@ void PreviewRenderQueue::finish(const Outcome& outcome)
 void PreviewRenderQueue::reportLogo(const Outcome& outcome)
 {
     if (outcome.logoFailure.isEmpty()) {
-        reportedLogo_.reset();
+        // A photo without a logo says nothing of it.
+        if (outcome.logoFilename.isEmpty())
+            return;
+        if (std::exchange(reportedLogo_, std::nullopt) == outcome.logoFilename)
+            emit logoFound();
         return;
     }
     if (std::exchange(reportedLogo_, outcome.logoFilename) != outcome.logoFilename)

@@ -75,6 +75,8 @@ signals:
     void failed(const ferrow::FileUrl& photoID, const QString& message);
     /// The logo could not be loaded and is left out; told once for each logo.
     void logoFailed(const QString& message);
+    /// The logo that could not be loaded is there again.
+    void logoFound();
 
 private:
     struct Outcome;

@@ -85,7 +85,8 @@ TEST(RenderLayout, refusesWhatCannotBeDrawnSafely)
     EXPECT_EQ(refusal({49'000, 1}, 600), Error(TooLarge{50'200, 1'201}).value);
     EXPECT_EQ(refusal({20'000, 10'001}, 0.25), Error(TooLarge{20'001, 10'002}).value);
     EXPECT_EQ(refusal({20'000, 10'001}, 0), Error(TooLarge{20'000, 10'001}).value);
-    EXPECT_ANY_THROW(validateRenderBounds({10, 10}, bordered(BorderUnit::pixels, 0), 0.01)) << "scaled to nothing";
+    EXPECT_ANY_THROW(validateRenderBounds({0, 10}, bordered(BorderUnit::pixels, 0), 1));
+    EXPECT_NO_THROW(validateRenderBounds({20'000, 2}, bordered(BorderUnit::pixels, 0), 0.1)) << "drawn as one pixel";
     EXPECT_NO_THROW(validateRenderBounds({49'000, 1}, bordered(BorderUnit::pixels, 500), 1));
     EXPECT_NO_THROW(validateRenderBounds({20'000, 10'000}, bordered(BorderUnit::pixels, 0), 1));
     EXPECT_NO_THROW(validateRenderBounds({49'000, 1000}, bordered(BorderUnit::pixels, 600), 0.1));

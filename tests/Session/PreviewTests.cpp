@@ -86,11 +86,11 @@ protected:
                 std::this_thread::yield();
             return request.source;
         };
-        operations.loadLogo = [](const std::optional<LogoConfiguration>& logo,
-                                 const std::stop_token&) -> std::optional<Bitmap> {
-            if (logo)
+        operations.loadLogo = [this](const std::optional<LogoConfiguration>& logo,
+                                     const std::stop_token&) -> std::optional<Bitmap> {
+            if (logo && !isLogoThere)
                 throw LogoAssetError{LogoAssetError::Case::missingManagedAsset};
-            return std::nullopt;
+            return logo ? std::optional(test::noise({4, 4}, rgba8)) : std::nullopt;
         };
         operations.now = [this] { return now; };
         operations.callLater = [this](std::chrono::milliseconds delay, std::function<void()> call) {
@@ -105,6 +105,7 @@ protected:
     }
     std::atomic<int> started = 0;
     std::atomic<int> ended = 0;
+    std::atomic<bool> isLogoThere = false;
     PreviewRenderQueue::Clock::time_point now;
     std::vector<int> delays;
     std::function<void()> later;
@@ -165,16 +166,29 @@ TEST_F(PreviewRenderQueueTest, tellsOfEachLogoOnceAndOfFramesThatCannotBe)
     const auto show = [&](double width, const char* logo) {
         now += std::chrono::seconds(1);
         PreviewRequest wanted = request("a", width);
-        wanted.recipe.logo = LogoConfiguration{.asset = {.managedFilename = QString::fromLatin1(logo)}};
+        if (logo)
+            wanted.recipe.logo = LogoConfiguration{.asset = {.managedFilename = QString::fromLatin1(logo)}};
         queue.request(wanted);
         return test::waitUntil([&] { return !queue.isBusy(); });
     };
     EXPECT_TRUE(show(1, "x.png") && show(2, "x.png") && show(3, "y.png"));
     EXPECT_EQ(logoFailed.size(), 2);
     EXPECT_EQ(rendered.size(), 3);
+    QSignalSpy logoFound(&queue, &PreviewRenderQueue::logoFound);
+    EXPECT_TRUE(show(4, nullptr) && show(5, "y.png"));
+    EXPECT_EQ(logoFailed.size(), 2) << "a photo without the logo says nothing of it";
+    isLogoThere = true;
+    EXPECT_TRUE(show(6, "x.png"));
+    EXPECT_EQ(logoFound.size(), 0) << "another one";
+    isLogoThere = false;
+    EXPECT_TRUE(show(7, "y.png"));
+    isLogoThere = true;
+    EXPECT_TRUE(show(8, "y.png") && show(9, "y.png"));
+    EXPECT_EQ(logoFound.size(), 1);
+    rendered.clear();
     EXPECT_TRUE(show(60'000, "y.png"));
     EXPECT_EQ(failed.size(), 1);
-    EXPECT_EQ(rendered.size(), 3);
+    EXPECT_TRUE(rendered.isEmpty());
 }
 
 TEST(PreviewRender, framesAsAnExportDoesWithinTheScreensMeasure)
@@ -205,6 +219,29 @@ TEST(PreviewRender, framesAsAnExportDoesWithinTheScreensMeasure)
     ASSERT_TRUE(show(test::flat({600, 400}, rgb8, {0, 0, 0}), 6'000));
     EXPECT_EQ(result->outputSize, (PixelSize{12'600, 12'400}));
     EXPECT_NEAR(result->image.width(), PreviewRenderQueue::maximumSide, 30);
+}
+
+TEST(PreviewRender, showsPhotosThatAreThinnerThanAPixel)
+{
+    RenderRecipe bare = test::border(0);
+    bare.captionEnabled = false;
+    struct Row {
+        PixelSize photo;
+        PixelSize preview;
+    };
+    PreviewRenderQueue queue;
+    std::optional<PreviewResult> result;
+    QObject::connect(&queue, &PreviewRenderQueue::rendered, &queue,
+                     [&](const PreviewResult& given) { result = given; });
+    for (const Row& row : {Row{{20'000, 2}, {1'600, 1}}, Row{{2, 20'000}, {1, 1'600}}, Row{{20'000, 9}, {1'600, 1}}}) {
+        SCOPED_TRACE(row.photo.formatted().toStdString());
+        result.reset();
+        queue.request({test::photoUrl("a"), test::flat(row.preview, rgb8, {10, 200, 30}), row.photo, bare, {}});
+        ASSERT_TRUE(test::waitUntil([&] { return result.has_value(); }));
+        EXPECT_EQ(result->image.size(), QSize(int(row.preview.width), int(row.preview.height)));
+        for (const QPoint& corner : {QPoint(0, 0), QPoint(result->image.width() - 1, result->image.height() - 1)})
+            EXPECT_EQ(result->image.pixelColor(corner), QColor(10, 200, 30));
+    }
 }
 
 TEST(CompressedPicture, keepsTheLookInAFractionOfTheBytes)

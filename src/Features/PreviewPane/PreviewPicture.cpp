@@ -2,8 +2,10 @@
 #include "Features/PreviewPane/PreviewPicture.h"
 
 #include "Features/PreviewPane/PaintableImage.h"
+#include "Imaging/ImageRenderer.h"
 #include "Imaging/RenderLayout.h"
 #include "Models/ErrorTexts.h"
+#include "Platform/Base/Cancellation.h"
 #include "Session/ScreenImage.h"
 #include "Widgets/ColorWell.h"
 
@@ -78,6 +80,7 @@ void PreviewPicture::clear()
 {
     scaling_.stop();
     bareScaling_.stop();
+    lettering_.stop();
     regions_.setSubject({});
     photo_.reset();
     newest_.reset();
@@ -88,6 +91,8 @@ void PreviewPicture::clear()
     bare_ = {};
     barePixels_ = {};
     thumbnail_ = {};
+    caption_ = {};
+    captionSize_ = {};
     emit outputSizeChanged();
     emit changed();
 }
@@ -147,6 +152,7 @@ void PreviewPicture::setView(const PreviewViewport& view)
     view_ = view;
     scaleNewest();
     prepareBare();
+    prepareCaption();
     wantRegion();
 }
 
@@ -232,6 +238,38 @@ void PreviewPicture::prepareBare()
     });
 }
 
+std::vector<PreviewPicture::Lettering> PreviewPicture::lettering(const ImportedPhoto& photo, const RenderRecipe& recipe,
+                                                                 double scale, const std::stop_token& stop)
+try {
+    const RenderLayout layout = RenderLayout::calculate(photo.pixelSize, recipe, scale);
+    std::vector<Lettering> parts;
+    for (const Engine::Overlay& overlay :
+         ImageRenderer::composition(layout, recipe, photo.metadata, {}, scale, stop).overlays)
+        parts.push_back({paintableImage(screenImage(overlay.picture)), QPoint(int(overlay.x), int(overlay.y))});
+    return parts;
+} catch (const Cancelled&) {
+    return {};
+}
+
+/// Set as large as it is seen: in a render of the thumbnail nobody could read it.
+void PreviewPicture::prepareCaption()
+{
+    const QSize size = view_.pictureRect().size();
+    if (!isStandIn() || !recipe_.captionEnabled || !view_.hasPicture() || size == captionSize_)
+        return;
+    captionSize_ = size;
+    caption_ = {};
+    if (paintedSize(size, {}).isEmpty())
+        return; // Zoomed in so far that most of it would not be seen.
+    const double scale = double(size.width()) / double(standInSize_.width);
+    lettering_.run([this, photo = *photo_, recipe = recipe_, scale](const std::stop_token& stop) {
+        return [this, parts = lettering(photo, recipe, scale, stop)] {
+            caption_ = parts;
+            emit changed();
+        };
+    });
+}
+
 void PreviewPicture::wantRegion()
 {
     if (!shown_ || isComparing_ || !view_.hasPicture())
@@ -268,6 +306,8 @@ void PreviewPicture::paintStandIn(QPainter& painter) const
 {
     painter.fillRect(view_.pictureRect(), ColorText::toQColor(recipe_.borderColor));
     paintBare(painter);
+    for (const Lettering& part : caption_)
+        painter.drawImage(view_.pictureRect().topLeft() + part.place, part.image);
 }
 
 void PreviewPicture::paintCompared(QPainter& painter) const

@@ -12,6 +12,7 @@
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 class QPainter;
 
@@ -23,9 +24,9 @@ namespace ferrow {
 /// What the exported picture of this photo measures; absent where the recipe can't be rendered.
 [[nodiscard]] std::optional<PixelSize> framedSize(const ImportedPhoto& photo, const RenderRecipe& recipe);
 
-/// The photo in its frame as the pane shows it: the thumbnail as a stand-in, then each render, true pixels over it
-/// where a render has too few, the bare photo while comparing. Keeps the pixels at the size they are painted at, so
-/// that painting is a copy; they are made in the background. Lives on the main thread.
+/// The photo in its frame as the pane shows it: the thumbnail with the caption as a stand-in, then each render, true
+/// pixels over it where a render has too few, the bare photo while comparing. Keeps the pixels at the size they are
+/// painted at, so that painting is a copy; they are made in the background. Lives on the main thread.
 class PreviewPicture : public QObject {
     Q_OBJECT
 
@@ -66,6 +67,14 @@ private:
         bool operator==(const Scaling&) const = default;
     };
 
+    /// A part of the caption, in device pixels of the picture.
+    struct Lettering {
+        QImage image;
+        QPoint place;
+    };
+
+    [[nodiscard]] static std::vector<Lettering> lettering(const ImportedPhoto& photo, const RenderRecipe& recipe,
+                                                          double scale, const std::stop_token& stop);
     [[nodiscard]] QRect onScreen(const QRectF& outputRect) const;
     [[nodiscard]] QRect photoOnScreen() const;
     [[nodiscard]] QSize paintedSize(QSize onScreen, QSize own) const;
@@ -73,6 +82,7 @@ private:
     void scaleNewest();
     void adopt(const std::shared_ptr<const PreviewResult>& result, const QImage& pixels);
     void prepareBare();
+    void prepareCaption();
     void wantRegion();
     void paintStandIn(QPainter& painter) const;
     void paintRendered(QPainter& painter) const;
@@ -86,6 +96,8 @@ private:
     PixelSize standInSize_;
     QRectF standInPhoto_; ///< Output pixels, origin at the top left.
     QImage thumbnail_;
+    std::vector<Lettering> caption_; ///< The stand-in's, for a picture of captionSize_.
+    QSize captionSize_;
     std::shared_ptr<const PreviewResult> newest_;
     std::shared_ptr<const PreviewResult> shown_;
     QImage pixels_; ///< Those of shown_, at the size on screen, or their own where that is far larger than the view.
@@ -96,6 +108,7 @@ private:
     bool isComparing_ = false;
     NewestTask scaling_;
     NewestTask bareScaling_;
+    NewestTask lettering_;
     RegionLoader regions_;
 };
 
