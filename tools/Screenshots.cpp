@@ -16,6 +16,7 @@
 #include <QComboBox>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -135,6 +136,20 @@ void photographPresets(ContentView& window, Photographer& photographer)
     photographer.closeOverlay();
 }
 
+void photographFailures(ContentView& window, Photographer& photographer, const FileUrl& folder)
+{
+    QDir().mkpath(folder.displayPath());
+    for (const char* name : {"harbor-old.jpg", "harbor-scan.tif", "meadow.heic"}) {
+        QFile file(folder.appending(name).displayPath());
+        if (file.open(QIODevice::WriteOnly))
+            file.write("no picture");
+    }
+    window.importRoots({folder});
+    photographer.waitFor([&] { return Overlay::topmost(&window) != nullptr; });
+    photographer.shoot("not-added");
+    photographer.closeOverlay();
+}
+
 void photographExport(ContentView& window, Photographer& photographer, const FileUrl& output)
 {
     BatchExportConfiguration configuration = window.exportSession().configuration();
@@ -143,6 +158,10 @@ void photographExport(ContentView& window, Photographer& photographer, const Fil
     photographer.press("exportButton");
     QTest::qWait(600);
     photographer.shoot("export-options");
+    photographer.press("showPhotosButton");
+    photographer.shoot("review");
+    photographer.press("backToExportButton");
+    QTest::qWait(600);
     // The slowest format, so that there is an export to be seen.
     window.exportSession().setSettings({.format = ExportFormat::heic, .quality = 0.9});
     QTest::qWait(600);
@@ -208,6 +227,7 @@ int main(int argc, char** argv)
     photographPopovers(photographer);
     photographPresets(window, photographer);
     photographWindows(window, photographer);
+    photographFailures(window, photographer, root.appending("Broken"));
     photographExport(window, photographer, output);
     return 0;
 }

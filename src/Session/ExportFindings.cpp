@@ -90,7 +90,9 @@ void checkSources(const ExportRequest& request, const ExportCheckOperations& ope
     }
     findings.push_back({severityFor(unreadable, request),
                         photosThat(unreadable.size(), QStringLiteral("can’t be read"), QStringLiteral("can’t be read")),
-                        QStringLiteral("No longer where they were added from: %1").arg(examples(unreadable)),
+                        (unreadable.size() == 1 ? QStringLiteral("No longer where it was added from: %1")
+                                                : QStringLiteral("No longer where they were added from: %1"))
+                            .arg(examples(unreadable)),
                         unreadable});
 }
 
@@ -115,7 +117,8 @@ bool checkConfiguration(const BatchExportConfiguration& configuration, Findings&
         findings.push_back({Severity::error,
                             QStringLiteral("No folder is chosen"),
                             UserFacingError::message(BatchPlanningError::missingDestination),
-                            {}});
+                            {},
+                            ExportFinding::Remedy::besideEachSource});
         return false;
     }
     if (configuration.destinationMode == ExportDestinationMode::sourceSubfolder &&

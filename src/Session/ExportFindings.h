@@ -18,7 +18,7 @@ namespace ferrow {
 struct ExportFinding {
     enum class Severity { ok, info, warning, error }; ///< An error leaves nothing to start.
 
-    enum class Remedy { none, useOwnFraming }; ///< What one press can do about it.
+    enum class Remedy { none, useOwnFraming, besideEachSource }; ///< What one press can do about it.
 
     Severity severity = Severity::ok;
     QString title;

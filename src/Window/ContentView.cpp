@@ -146,11 +146,15 @@ void ContentView::connectActions()
     on(actions_->shortcuts, &ContentView::showShortcuts);
     on(actions_->zoomIn, [this] { preview_->zoomIn(); });
     on(actions_->zoomOut, [this] { preview_->zoomOut(); });
+    // A press takes the tick away, and where the zoom was there already nothing else gives it back.
     on(actions_->zoomToFit, [this] {
         preview_->zoomToFit();
-        followZoom(); // The press has taken the tick away, and where it fitted already nothing else gives it back.
+        followZoom();
     });
-    on(actions_->zoomToActualPixels, [this] { preview_->zoomToActualPixels(); });
+    on(actions_->zoomToActualPixels, [this] {
+        preview_->zoomToActualPixels();
+        followZoom();
+    });
     on(actions_->toggleSidebar, [this] { columns_->setSidebarShown(!columns_->isSidebarShown()); });
     on(actions_->nextArea, [this] { moveToArea(1); });
     on(actions_->previousArea, [this] { moveToArea(-1); });
@@ -177,6 +181,9 @@ void ContentView::connectModels()
     connect(&exportSession_, &ExportSession::progressChanged, this, &ContentView::updateActions);
     connect(&exportSession_, &ExportSession::isPlanningChanged, this, &ContentView::updateActions);
     connect(&exportSession_, &ExportSession::reportChanged, this, &ContentView::updateActions);
+    connect(&exportFlow_, &ExportFlow::optionsOpening, preview_, &PreviewPane::endReview);
+    connect(&exportFlow_, &ExportFlow::reviewRequested, preview_, &PreviewPane::review);
+    connect(preview_, &PreviewPane::backToExportRequested, &exportFlow_, &ExportFlow::showExportOptions);
     connect(&exportFlow_, &ExportFlow::began, columns_, &WindowColumns::closeDrawer);
 }
 
@@ -229,7 +236,7 @@ void ContentView::importRoots(const std::vector<FileUrl>& urls)
     }
     session_.importPhotos(urls, [this](const ImportOutcome& outcome) {
         if (const std::optional<PresentedError> message = WindowTexts::importMessage(outcome))
-            alerts_.present(message->title, message->message);
+            alerts_.present(*message);
     });
 }
 
@@ -249,13 +256,15 @@ void ContentView::importLogo()
     const QString title = session_.activeRecipe().logo ? QStringLiteral("Replace Logo") : QStringLiteral("Import Logo");
     services_.panels.open(this, {.kind = PanelRequest::Kind::logo, .title = title, .prompt = title},
                           [this, framing = Framing::active(session_)](const std::vector<FileUrl>& urls) {
-                              logoImporter_.importLogo(
-                                  urls.front(),
-                                  [this, framing](const LogoAssetReference& asset) { useLogo(asset, framing); },
-                                  [this](const std::exception_ptr& error) {
-                                      alerts_.present(QStringLiteral("Couldn’t Import Logo"), error);
-                                  });
+                              importLogoFile(urls.front(), framing);
                           });
+}
+
+void ContentView::importLogoFile(const FileUrl& url, const Framing& framing)
+{
+    logoImporter_.importLogo(
+        url, [this, framing](const LogoAssetReference& asset) { useLogo(asset, framing); },
+        [this](const std::exception_ptr& error) { alerts_.present(QStringLiteral("Couldn’t Import Logo"), error); });
 }
 
 void ContentView::useLogo(const LogoAssetReference& asset, const Framing& framing)
@@ -347,33 +356,49 @@ void ContentView::moveToArea(int direction)
     }
 }
 
-bool ContentView::acceptsPhotos() const
+/// One file over the logo's well is a logo, all else is for the list.
+ContentView::DropTarget ContentView::dropTargetAt(const QPoint& globalPosition, const QMimeData& mime) const
 {
-    return actions_->addPhotos->isEnabled() && !Overlay::topmost(this);
+    if (Overlay::topmost(this) || exportSession_.isBusy())
+        return DropTarget::none;
+    if (inspector_->isLogoWellAt(globalPosition) && carriedFileCount(mime) == 1)
+        return logoImporter_.isImporting() ? DropTarget::none : DropTarget::logo;
+    return session_.isImporting() ? DropTarget::none : DropTarget::photos;
 }
 
-bool ContentView::handleDrag(QEvent* event)
+void ContentView::showDropTarget(DropTarget target, const QMimeData* mime)
+{
+    if (std::exchange(dropTarget_, target) == target)
+        return;
+    preview_->setDropTarget(target == DropTarget::photos ? std::optional(carriedPhotoCount(*mime)) : std::nullopt);
+    inspector_->setLogoDropTarget(target == DropTarget::logo);
+}
+
+bool ContentView::handleDrag(const QWidget& widget, QEvent* event)
 {
     if (event->type() == QEvent::DragLeave) {
-        preview_->setDropTarget(std::nullopt);
+        showDropTarget(DropTarget::none, nullptr);
         return false;
     }
     auto* drag = static_cast<QDropEvent*>(event);
-    if (!carriesFiles(*drag->mimeData()))
+    const QMimeData& mime = *drag->mimeData();
+    if (!carriesFiles(mime))
         return false;
-    if (!acceptsPhotos()) {
-        preview_->setDropTarget(std::nullopt); // An import may have begun since they came in.
+    const DropTarget target = dropTargetAt(widget.mapToGlobal(drag->position()).toPoint(), mime);
+    showDropTarget(event->type() == QEvent::Drop ? DropTarget::none : target, &mime);
+    if (target == DropTarget::none) {
         drag->ignore();
         return true;
     }
     drag->setDropAction(Qt::CopyAction);
     drag->accept();
-    if (event->type() == QEvent::Drop) {
-        preview_->setDropTarget(std::nullopt);
-        importRoots(droppedFiles(*drag->mimeData()));
-    } else if (event->type() == QEvent::DragEnter) {
-        preview_->setDropTarget(carriedPhotoCount(*drag->mimeData()));
-    }
+    if (event->type() != QEvent::Drop)
+        return true;
+    const std::vector<FileUrl> files = droppedFiles(mime);
+    if (target == DropTarget::photos)
+        importRoots(files);
+    else if (!files.empty())
+        importLogoFile(files.front(), Framing::active(session_));
     return true;
 }
 
@@ -397,7 +422,7 @@ bool ContentView::eventFilter(QObject* watched, QEvent* event)
     case QEvent::DragLeave:
     case QEvent::Drop: {
         const auto* widget = qobject_cast<QWidget*>(watched);
-        if (widget && widget->window() == this && handleDrag(event))
+        if (widget && widget->window() == this && handleDrag(*widget, event))
             return true;
         break;
     }

@@ -19,6 +19,8 @@
 
 #include <stop_token>
 
+class QMimeData;
+
 namespace ferrow {
 
 class ConfirmSheet;
@@ -58,6 +60,8 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    enum class DropTarget { none, photos, logo };
+
     void buildViews();
     void connectActions();
     void connectModels();
@@ -67,6 +71,7 @@ private:
     void chooseFolder();
     void loadSelectedPreview();
     void importLogo();
+    void importLogoFile(const FileUrl& url, const Framing& framing);
     /// Where it was asked for, be another photo selected by now.
     void useLogo(const LogoAssetReference& asset, const Framing& framing);
     void clearAll();
@@ -80,9 +85,10 @@ private:
     void followZoom();
     void setComparing(bool comparing);
     void moveToArea(int direction);
-    [[nodiscard]] bool handleDrag(QEvent* event);
+    [[nodiscard]] bool handleDrag(const QWidget& widget, QEvent* event);
+    [[nodiscard]] DropTarget dropTargetAt(const QPoint& globalPosition, const QMimeData& mime) const;
+    void showDropTarget(DropTarget target, const QMimeData* mime);
     [[nodiscard]] bool handleCompareKey(const QEvent& event);
-    [[nodiscard]] bool acceptsPhotos() const;
 
     Preferences& preferences_;
     WindowServices services_;
@@ -109,6 +115,7 @@ private:
     std::vector<FileUrl> waitingRoots_;
     QPointer<ConfirmSheet> closingQuestion_;
     bool mayClose_ = false; ///< In the middle of an export.
+    DropTarget dropTarget_ = DropTarget::none; ///< Of the drag over the window.
 };
 
 } // namespace ferrow

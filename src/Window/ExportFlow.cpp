@@ -30,15 +30,16 @@ ExportFlow::ExportFlow(QWidget& window, PhotoSession& session, ExportSession& ex
 
 void ExportFlow::showExportOptions()
 {
-    if (exportOptions_)
+    if (exportOptions_ && exportOptions_->isOpen())
         return;
+    emit optionsOpening();
     exportOptions_ = new ExportOptionsSheet(session_, exportSession_, preferences_, &window_);
     exportOptions_->setDeletedAfterClose(true);
     connect(exportOptions_, &ExportOptionsSheet::startRequested, this, &ExportFlow::startExport);
     connect(exportOptions_, &ExportOptionsSheet::chooseFolderRequested, this, &ExportFlow::chooseExportFolder);
-    connect(exportOptions_, &ExportOptionsSheet::showPhotoRequested, this, [this](const FileUrl& photoID) {
+    connect(exportOptions_, &ExportOptionsSheet::showPhotosRequested, this, [this](const ExportFinding& finding) {
         exportOptions_->dismiss();
-        session_.setSelectedPhotoID(photoID);
+        emit reviewRequested(finding);
     });
     exportOptions_->open();
 }
@@ -56,6 +57,8 @@ void ExportFlow::chooseExportFolder()
                               BatchExportConfiguration chosen = exportSession_.configuration();
                               chosen.chosenFolder = urls.front();
                               exportSession_.setConfiguration(chosen);
+                              if (exportOptions_)
+                                  exportOptions_->goOnToStart();
                           });
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Session/ExportFindings.h"
 #include "Session/ExportRequest.h"
 #include "Window/WindowServices.h"
 
@@ -29,6 +30,9 @@ public:
     void cancelExport();
 
 signals:
+    void optionsOpening();
+    /// The options are left for a look at the photos that a finding is about. showExportOptions() leads back.
+    void reviewRequested(const ferrow::ExportFinding& finding);
     /// The options are left, and planning is about to begin.
     void began();
 

@@ -85,8 +85,9 @@ TEST(ExportFindings, namesEachCauseOnce)
     };
     const Row rows[] = {
         {"No photo is included", Severity::error, 0, "", [](auto& s) { s.request.photos.clear(); }},
-        {"1 photo can’t be read", Severity::warning, 1, "b.jpg", [](auto& s) { s.gone = {"b.jpg"}; }},
-        {"3 photos can’t be read", Severity::error, 3, "",
+        {"1 photo can’t be read", Severity::warning, 1, "where it was added from: b.jpg",
+         [](auto& s) { s.gone = {"b.jpg"}; }},
+        {"3 photos can’t be read", Severity::error, 3, "where they were added from",
          [](auto& s) {
              s.gone = {"a.jpg", "b.jpg", "c.jpg"};
          }},

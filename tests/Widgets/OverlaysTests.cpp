@@ -208,7 +208,7 @@ TEST_F(OverlayTest, anAlertTellsOfEachThingByItself)
     QStringList shown;
     for (const QLabel* label : alert->body()->parentWidget()->findChildren<QLabel*>())
         shown << label->text();
-    EXPECT_EQ(shown, QString("a.jpg|Broken.|Mend it.|b.jpg|Gone.|…and 3 more.").split(u'|'));
+    EXPECT_EQ(shown, QStringLiteral("a.jpg|Broken.|Mend it.|b.jpg|Gone.|…and 3 more.").split(u'|'));
     EXPECT_EQ(alert->accessibleDescription(), QStringLiteral("a.jpg: Broken. Mend it.\nb.jpg: Gone.\n…and 3 more."));
 }
 

@@ -8,6 +8,7 @@
 #include "Widgets/Overlay.h"
 #include "Widgets/SegmentedControl.h"
 
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
@@ -26,6 +27,14 @@ TEST(PickedColor, keepsTheHueThroughGreyAndBlackAndEveryColorExact)
         const RGBAColor color = NamedColor{u"", std::uint32_t(rgb)}.color();
         EXPECT_EQ(ColorText::hex(PickedColor::from(color, blue).color()), ColorText::hex(color));
     }
+}
+
+TEST(PickedColor, offersBlackAndWhiteThemselves)
+{
+    EXPECT_EQ(namedColorIndex(RGBAColor::white), 0U);
+    const std::optional<std::size_t> black = namedColorIndex(RGBAColor::black);
+    ASSERT_TRUE(black);
+    EXPECT_EQ(namedColors[*black].displayName(), QStringLiteral("Black"));
 }
 
 TEST(PositionGrid, givesEverySpotATargetOfItsOwnInAnyShape)
@@ -122,6 +131,17 @@ TEST_F(Inspector, takesWhatIsTypedOnEnterAndNothingFromOutsideMeanwhile)
     // 120 pixels of the usual photo: there is none to measure.
     find<SegmentedControl>("borderUnitControl").pressItem(1);
     EXPECT_EQ(width.text(), QStringLiteral("3.0"));
+}
+
+TEST_F(Inspector, saysWhatItShowsOfTheScope)
+{
+    const auto& hint = find<QLabel>("scopeHint");
+    for (const bool isLocked : {true, false}) {
+        view.setLocked(isLocked);
+        EXPECT_EQ(hint.text(), isLocked ? QStringLiteral("Locked until the export has finished.")
+                                        : QStringLiteral("Changes apply to every photo you add."));
+        EXPECT_EQ(hint.accessibleName(), hint.text());
+    }
 }
 
 TEST_F(Inspector, leavesValuesOfPresetsAsTheyAreUntilTheyAreEdited)

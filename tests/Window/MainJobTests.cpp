@@ -3,6 +3,7 @@
 #include "Features/WindowParts/WindowActions.h"
 #include "Imaging/ImageLoader.h"
 #include "Support/Files.h"
+#include "Widgets/Section.h"
 #include "Window/RealWindow.h"
 
 #include <QFile>
@@ -118,6 +119,75 @@ TEST_F(RealWindow, AsksBeforeItReplacesAndStaysWhenTold)
     EXPECT_NE(readFile(framed.appending("a_framed.jpg")), "mine");
 }
 
+TEST_F(RealWindow, ExportsByEnterAlone)
+{
+    home_.write("a.png", encoded(OutputType::png, noise({60, 40}, rgb8)));
+    window_->importRoots({home_.file("a.png")});
+    ASSERT_TRUE(waitFor([&] { return window_->session().photos().size() == 1; }));
+    panelAnswer_ = folder("Framed");
+    press(Qt::Key_E, Qt::ControlModifier);
+    EXPECT_EQ(QApplication::focusWidget(), widget("chooseFolderButton"));
+    press(Qt::Key_Return);
+    EXPECT_EQ(QApplication::focusWidget(), widget("startExportButton"));
+    press(Qt::Key_Return);
+    ASSERT_TRUE(waitFor([&] { return window_->exportSession().report().has_value(); }));
+    EXPECT_EQ(namesIn(panelAnswer_), QStringList(QStringLiteral("a_framed.jpg")));
+}
+
+TEST_F(RealWindow, LeadsThroughThePhotosOfAFindingAndBack)
+{
+    PhotoSession& session = window_->session();
+    for (const char* name : {"a.png", "b.png", "c.png", "d.png"})
+        home_.write(name, encoded(OutputType::png, noise({60, 40}, rgb8)));
+    window_->importRoots({home_.file("a.png"), home_.file("b.png"), home_.file("c.png"), home_.file("d.png")});
+    ASSERT_TRUE(waitFor([&] { return session.photos().size() == 4; }));
+    session.setIncluded({home_.file("a.png"), home_.file("c.png")}, false);
+    BatchExportConfiguration configuration;
+    configuration.chosenFolder = folder("Framed");
+    window_->exportSession().setConfiguration(configuration);
+    const auto openCheck = [&] {
+        return waitFor([&] { return window_->findChild<QWidget*>(QStringLiteral("showPhotosButton")) != nullptr; });
+    };
+    const auto selected = [&] { return session.selectedPhotoID()->lastPathComponent(); };
+    click("exportButton");
+    ASSERT_TRUE(openCheck());
+    click("showPhotosButton");
+    ASSERT_TRUE(waitFor([&] { return !Overlay::topmost(window_.get()); }));
+    EXPECT_EQ(selected(), QStringLiteral("b.png")) << "which has no camera to name, where a.png is left out";
+    press(Qt::Key_Space);
+    EXPECT_EQ(selected(), QStringLiteral("d.png")) << "the focus is on the way on";
+    click("nextReviewedButton");
+    EXPECT_EQ(selected(), QStringLiteral("b.png"));
+    session.setSelectedPhotoID(home_.file("c.png"));
+    click("previousReviewedButton");
+    EXPECT_EQ(selected(), QStringLiteral("b.png")) << "back from one that is none of them";
+    session.setSelectedPhotoID(home_.file("c.png"));
+    click("nextReviewedButton");
+    EXPECT_EQ(selected(), QStringLiteral("d.png"));
+
+    press(Qt::Key_Escape);
+    ASSERT_TRUE(openCheck()) << "the sheet is there again";
+    EXPECT_FALSE(window_->findChild<QWidget*>(QStringLiteral("reviewBar"))->isVisible());
+    click("showPhotosButton");
+    session.remove({home_.file("b.png"), home_.file("d.png")});
+    EXPECT_FALSE(window_->findChild<QWidget*>(QStringLiteral("reviewBar"))->isVisible()) << "none of them is left";
+    EXPECT_EQ(QApplication::focusWidget(), widget("previewCanvas"));
+}
+
+TEST_F(RealWindow, TakesAFileOnTheLogosWellForALogo)
+{
+    const FileUrl photo = home_.write("a.png", encoded(OutputType::png, noise({60, 40}, rgb8)));
+    window_->importRoots({photo});
+    ASSERT_TRUE(waitFor([&] { return window_->session().photos().size() == 1; }));
+    window_->findChild<Section*>(QStringLiteral("logoSection"))->setExpanded(true);
+    QWidget* well = widget("logoWell");
+    ASSERT_TRUE(waitFor([&] { return well->visibleRegion().boundingRect() == well->rect(); }));
+    drop(photo, well);
+    ASSERT_TRUE(waitFor([&] { return window_->session().batchRecipe().logo.has_value(); }));
+    EXPECT_EQ(window_->session().batchRecipe().logo->asset.displayName, QStringLiteral("a.png"));
+    EXPECT_EQ(window_->session().photos().size(), 1U);
+}
+
 TEST_F(RealWindow, ClosingEndsAnExportAndKeepsWhatIsFinished)
 {
     const FileUrl photos = folder("Pictures");
@@ -221,6 +291,14 @@ TEST_F(RealWindow, StaysWithThePhotosWhenTheLastOneLeavesAndReturns)
         click("zoomFitButton");
         EXPECT_TRUE(fit->isChecked()) << "it fits already";
     }
+    const auto* actual = qobject_cast<QAbstractButton*>(widget("zoom100Button"));
+    for (int press = 0; press < 2; ++press) {
+        click("zoom100Button");
+        EXPECT_TRUE(actual->isChecked()) << "pressed at 100 %";
+    }
+    click("zoomInButton");
+    EXPECT_FALSE(actual->isChecked() || fit->isChecked());
+    click("zoomFitButton");
     widget("photoList")->setFocus(Qt::TabFocusReason);
     press(Qt::Key_Delete);
     EXPECT_EQ(QApplication::focusWidget(), widget("emptyAddPhotosButton"));

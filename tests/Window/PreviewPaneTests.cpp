@@ -3,6 +3,7 @@
 #include "Features/PreviewPane/PaintableImage.h"
 #include "Features/PreviewPane/PreviewFooter.h"
 #include "Features/PreviewPane/PreviewPane.h"
+#include "Features/PreviewPane/PreviewPicture.h"
 #include "Features/PreviewPane/PreviewRequester.h"
 #include "Features/PreviewPane/PreviewViewport.h"
 #include "Features/PreviewPane/RegionLoader.h"
@@ -11,6 +12,7 @@
 
 #include "Session/ScreenImage.h"
 
+#include <QPainter>
 #include <QPushButton>
 #include <QSignalSpy>
 
@@ -82,6 +84,53 @@ TEST_F(Pane, tellsOfAMissingLogoOverThePhotosThatHaveIt)
     EXPECT_TRUE(notice->isVisible());
     session.setPhotoRecipe(a, std::nullopt);
     EXPECT_FALSE(notice->isVisible());
+    session.setPhotoRecipe(a, withLogo);
+    EXPECT_TRUE(notice->isVisible());
+    emit queue.logoFound();
+    EXPECT_FALSE(notice->isVisible());
+
+    emit queue.logoFailed(QStringLiteral("The logo is gone."));
+    auto* dismiss = pane.findChild<QPushButton*>(QStringLiteral("dismissNoticeButton"));
+    dismiss->setFocus();
+    dismiss->click();
+    EXPECT_FALSE(notice->isVisible());
+    EXPECT_EQ(window.focusWidget()->objectName(), QStringLiteral("previewCanvas"));
+    session.setSelectedPhotoID(b);
+    session.setSelectedPhotoID(a);
+    emit queue.logoFailed(QStringLiteral("The logo is gone."));
+    EXPECT_FALSE(notice->isVisible()) << "the user has read it";
+}
+
+TEST(PreviewPicture, standsInWithTheCaption)
+{
+    RenderRecipe recipe = bordered(100);
+    recipe.setCaptionTemplate(QStringLiteral("Summer"));
+    PreviewViewport view;
+    view.setView({400, 300}, 0);
+    view.setPicture({800, 600});
+    const auto paintedInk = [&](bool hasCaption, bool compares) {
+        recipe.captionEnabled = hasCaption;
+        PreviewPicture picture;
+        const QSignalSpy changed(&picture, &PreviewPicture::changed);
+        picture.showStandIn(test::photoAt(test::photoUrl("a")), recipe, {});
+        picture.setComparing(compares);
+        const auto before = changed.size();
+        picture.setView(view);
+        EXPECT_TRUE(!hasCaption || test::waitUntil([&] { return changed.size() > before; }));
+        QImage canvas(400, 300, QImage::Format_RGB32);
+        canvas.fill(Qt::white);
+        QPainter painter(&canvas);
+        picture.paint(painter, Qt::white);
+        painter.end();
+        int ink = 0;
+        for (int y = 252; y < 298; ++y) // The lower border, without the line at the frame's edge.
+            for (int x = 2; x < 398; ++x)
+                ink += canvas.pixelColor(x, y) != QColor(Qt::white);
+        return ink;
+    };
+    EXPECT_GT(paintedInk(true, false), 20);
+    EXPECT_EQ(paintedInk(false, false), 0);
+    EXPECT_EQ(paintedInk(true, true), 0) << "the bare photo is bare";
 }
 
 TEST_F(Pane, leadsOnFromAPhotoThatCannotBeRead)

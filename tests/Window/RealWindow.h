@@ -81,11 +81,12 @@ protected:
 
     [[nodiscard]] static bool waitFor(const std::function<bool()>& done) { return QTest::qWaitFor(done, 30'000); }
 
-    void drop(const FileUrl& place)
+    /// In the middle of `target`; without one, of the window.
+    void drop(const FileUrl& place, const QWidget* target = nullptr)
     {
         QMimeData data;
         data.setUrls({place.toUrl()});
-        const QPoint middle = window_->rect().center();
+        const QPoint middle = target ? target->mapTo(window_.get(), target->rect().center()) : window_->rect().center();
         QWidget* under = window_->childAt(middle);
         const QPointF here = under->mapFrom(window_.get(), middle);
         QDragEnterEvent enter(here.toPoint(), Qt::CopyAction, &data, Qt::LeftButton, {});

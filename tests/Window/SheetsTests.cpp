@@ -9,10 +9,12 @@
 #include "Features/PresetManager/PresetSummary.h"
 #include "Session/SessionTestSupport.h"
 
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSignalSpy>
 
+#include <algorithm>
 #include <utility>
 
 namespace ferrow::test {
@@ -115,6 +117,78 @@ TEST_F(Sheets, exportOnlyWhatTheCheckAllows)
     EXPECT_TRUE(waitUntil([&] { return started.count() == 1; }));
     session.setAllIncluded(false);
     EXPECT_FALSE(start->isEnabled());
+}
+
+TEST_F(Sheets, keepTheirRowsWhenTheFormatChanges)
+{
+    choose(folder.url());
+    window.resize(1'000, 900);
+    ExportOptionsSheet sheet(session, exportSession, preferences, &window);
+    sheet.open();
+    const auto isFound = [&] {
+        const auto labels = child<QWidget>(sheet, "checkList")->findChildren<QLabel*>();
+        return std::ranges::any_of(labels, [](auto* label) { return label->text().endsWith(u"can be written"); });
+    };
+    EXPECT_TRUE(waitUntil(isFound));
+    auto* rule = child<QWidget>(sheet, "collisionCombo");
+    auto* quality = child<QWidget>(sheet, "qualityField");
+    QApplication::processEvents();
+    const QPoint before = rule->mapTo(&window, QPoint());
+    exportSession.setSettings({ExportFormat::png});
+    QApplication::processEvents();
+    EXPECT_EQ(rule->mapTo(&window, QPoint()), before);
+    EXPECT_TRUE(quality->isVisible());
+    EXPECT_FALSE(quality->isEnabled());
+    exportSession.setSettings({ExportFormat::jpeg});
+    EXPECT_TRUE(quality->isEnabled());
+}
+
+TEST_F(Sheets, goOnToTheExportOnceTheFolderIsKnown)
+{
+    ExportOptionsSheet sheet(session, exportSession, preferences, &window);
+    auto* start = child<QPushButton>(sheet, "startExportButton");
+    const auto openWithoutFolder = [&] {
+        sheet.open();
+        return waitUntil([&] { return !start->isEnabled(); });
+    };
+    ASSERT_TRUE(openWithoutFolder());
+    EXPECT_EQ(window.focusWidget(), child<QPushButton>(sheet, "chooseFolderButton"));
+    choose(folder.file("gone"));
+    sheet.goOnToStart();
+    EXPECT_EQ(window.focusWidget(), start) << "before the check has spoken";
+    EXPECT_TRUE(waitUntil([&] { return !start->isEnabled(); }));
+    EXPECT_EQ(window.focusWidget(), child<QPushButton>(sheet, "chooseFolderButton")) << "to choose another one";
+    sheet.dismiss();
+
+    auto configuration = exportSession.configuration();
+    configuration.chosenFolder.reset();
+    exportSession.setConfiguration(configuration);
+    ASSERT_TRUE(openWithoutFolder());
+    ASSERT_TRUE(waitUntil([&] { return child<QPushButton>(sheet, "remedyButton") != nullptr; }));
+    EXPECT_EQ(child<QPushButton>(sheet, "remedyButton")->text(), QStringLiteral("Beside Each Source"));
+    child<QPushButton>(sheet, "remedyButton")->click();
+    EXPECT_EQ(exportSession.configuration().destinationMode, ExportDestinationMode::sourceSubfolder);
+    EXPECT_EQ(window.focusWidget(), start);
+    EXPECT_TRUE(waitUntil([&] { return !child<QPushButton>(sheet, "remedyButton"); }));
+    EXPECT_TRUE(start->isEnabled());
+}
+
+TEST_F(Sheets, tellHowManyAreExportedAndNotHowManyAreSettled)
+{
+    EditHistory history(session, exportSession);
+    PhotoSidebar sidebar(session, history, exportSession, &window);
+    choose(folder.url());
+    auto configuration = exportSession.configuration();
+    configuration.collisionRule = CollisionRule::skip;
+    exportSession.setConfiguration(configuration);
+    static_cast<void>(folder.write("a-1.jpg", "taken"));
+    QStringList told;
+    QObject::connect(&exportSession, &ExportSession::progressChanged, &sidebar,
+                     [&] { told << child<QLabel>(sidebar, "includedCount")->text(); });
+    exportSession.planAndStart(ExportRequest::make(session, exportSession));
+    ASSERT_TRUE(waitUntil([&] { return exportSession.report().has_value(); }));
+    ASSERT_FALSE(told.isEmpty());
+    EXPECT_EQ(told.front(), QStringLiteral("0 of 2 exported"));
 }
 
 TEST_F(Sheets, reportAsksToTryAgainBeforeItCloses)

@@ -33,6 +33,8 @@ QString remedyText(ExportFinding::Remedy remedy)
     switch (remedy) {
     case ExportFinding::Remedy::useOwnFraming:
         return QStringLiteral("Use Own Framing");
+    case ExportFinding::Remedy::besideEachSource:
+        return rawValue(ExportDestinationMode::sourceSubfolder);
     case ExportFinding::Remedy::none:
         break;
     }
@@ -71,6 +73,7 @@ void ExportCheckList::clear()
 
 void ExportCheckList::showChecking()
 {
+    setMinimumHeight(isVisible() ? height() : 0);
     clear();
     for (const auto& text : {QStringLiteral("Checking photos…"), QStringLiteral("Checking folders…"),
                              QStringLiteral("Checking names…"), QStringLiteral("Checking captions…")})
@@ -79,6 +82,7 @@ void ExportCheckList::showChecking()
 
 void ExportCheckList::showFindings(const std::vector<ExportFinding>& findings)
 {
+    setMinimumHeight(0);
     clear();
     for (const auto& finding : inSheetOrder(findings))
         addFinding(finding);
@@ -98,9 +102,11 @@ void ExportCheckList::addFinding(const ExportFinding& finding)
     if (finding.photos.empty())
         return;
     auto* button = line->setButton(QStringLiteral("Show"));
-    button->setAccessibleName(QStringLiteral("Show photo: %1").arg(finding.title));
-    connect(button, &QPushButton::clicked, this,
-            [this, photo = finding.photos.front()] { emit showPhotoRequested(photo); });
+    button->setObjectName(QStringLiteral("showPhotosButton"));
+    button->setAccessibleName(
+        (finding.photos.size() == 1 ? QStringLiteral("Show photo: %1") : QStringLiteral("Show photos: %1"))
+            .arg(finding.title));
+    connect(button, &QPushButton::clicked, this, [this, finding] { emit showPhotosRequested(finding); });
 }
 
 } // namespace ferrow

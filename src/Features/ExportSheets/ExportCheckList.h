@@ -20,13 +20,13 @@ class ExportCheckList : public QWidget {
 public:
     explicit ExportCheckList(QWidget* parent = nullptr);
 
-    /// Lines that only say what is looked at.
+    /// Lines that only say what is looked at. They take the room that the findings had: nothing moves twice.
     void showChecking();
     void showFindings(const std::vector<ExportFinding>& findings);
 
 signals:
-    /// "Show" was pressed beside a finding: the first photo that it is about.
-    void showPhotoRequested(const ferrow::FileUrl& photo);
+    /// "Show" was pressed beside this finding.
+    void showPhotosRequested(const ferrow::ExportFinding& finding);
     void remedyRequested(ferrow::ExportFinding::Remedy remedy);
 
 private:

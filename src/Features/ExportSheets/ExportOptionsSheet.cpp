@@ -264,7 +264,7 @@ void ExportOptionsSheet::buildCheck(QVBoxLayout& page)
     findings_ = new ExportCheckList;
     findings_->setObjectName(QStringLiteral("checkList"));
     block->addWidget(findings_);
-    connect(findings_, &ExportCheckList::showPhotoRequested, this, &ExportOptionsSheet::showPhotoRequested);
+    connect(findings_, &ExportCheckList::showPhotosRequested, this, &ExportOptionsSheet::showPhotosRequested);
     connect(findings_, &ExportCheckList::remedyRequested, this, &ExportOptionsSheet::remedy);
 
     beforeCheck_.setSingleShot(true);
@@ -346,7 +346,8 @@ void ExportOptionsSheet::showSettings()
     const auto& settings = exportSession_.settings();
     format_->setCurrentIndex(indexOf(settings.format));
     quality_->setValue(settings.quality);
-    qualityRow_->setVisible(supportsQuality(settings.format));
+    // It stays where it is: rows that come and go would move the others under the pointer.
+    qualityRow_->setEnabled(supportsQuality(settings.format));
 }
 
 void ExportOptionsSheet::showConfiguration()
@@ -395,9 +396,14 @@ void ExportOptionsSheet::showFindings()
     findings_->showFindings(check_.findings());
     putFindingsInTabOrder();
     const bool couldStart = mainButton()->isEnabled();
+    const bool hadFocus = window()->focusWidget() == mainButton();
+    errorsAreMended_ = false;
     updateMainButton();
-    if (couldStart && !mainButton()->isEnabled())
+    if (couldStart && !mainButton()->isEnabled()) {
         announce(this, mainButton()->toolTip());
+        if (hadFocus && chooseFolder_->isVisible())
+            chooseFolder_->setFocus(Qt::OtherFocusReason);
+    }
     const bool starts = std::exchange(startsWhenChecked_, false);
     if (starts && mainButton()->isEnabled())
         emit startRequested();
@@ -405,13 +411,18 @@ void ExportOptionsSheet::showFindings()
 
 void ExportOptionsSheet::remedy(ExportFinding::Remedy remedy)
 {
-    mainButton()->setFocus(Qt::OtherFocusReason); // The line with the button is about to go.
     switch (remedy) {
     case ExportFinding::Remedy::useOwnFraming:
-        return session_.useOwnFramings();
+        session_.useOwnFramings();
+        break;
+    case ExportFinding::Remedy::besideEachSource:
+        editConfiguration(
+            [](auto& configuration) { configuration.destinationMode = ExportDestinationMode::sourceSubfolder; });
+        break;
     case ExportFinding::Remedy::none:
         break;
     }
+    goOnToStart(); // The line with the button is about to go.
 }
 
 void ExportOptionsSheet::putFindingsInTabOrder()
@@ -426,9 +437,17 @@ void ExportOptionsSheet::putFindingsInTabOrder()
 void ExportOptionsSheet::updateMainButton()
 {
     const auto& findings = check_.findings();
-    mainButton()->setEnabled(session_.includedCount() > 0 && !hasErrors(findings));
+    mainButton()->setEnabled(session_.includedCount() > 0 && (errorsAreMended_ || !hasErrors(findings)));
     const auto first = inSheetOrder(findings);
     mainButton()->setToolTip(hasErrors(findings) ? first.front().title : QString());
+}
+
+void ExportOptionsSheet::goOnToStart()
+{
+    errorsAreMended_ = isCheckOutstanding();
+    updateMainButton();
+    if (mainButton()->isEnabled())
+        mainButton()->setFocus(Qt::OtherFocusReason);
 }
 
 void ExportOptionsSheet::checkSoon()

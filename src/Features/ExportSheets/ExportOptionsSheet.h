@@ -36,12 +36,16 @@ public:
 
     /// Begins the check. With the focus on the main button, or on what chooses a folder while there is none.
     void open();
+    /// What was missing has been chosen: the focus goes on to the main button, which can be pressed while that is
+    /// checked.
+    void goOnToStart();
 
 signals:
     /// The main button was pressed and the check found nothing that stops the export.
     void startRequested();
     void chooseFolderRequested();
-    void showPhotoRequested(const ferrow::FileUrl& photo);
+    /// The photos that a finding is about are to be looked through.
+    void showPhotosRequested(const ferrow::ExportFinding& finding);
 
 private:
     void buildForm(QVBoxLayout& form);
@@ -80,6 +84,7 @@ private:
     QTimer beforeCheck_; ///< Gathers the changes of a burst of typing.
     QTimer slowCheck_;   ///< Only a check that takes its time says so: lines that flash by tell nothing.
     bool startsWhenChecked_ = false;
+    bool errorsAreMended_ = false; ///< Those found last, as far as is known before the next check.
 
     SegmentedControl* format_ = nullptr;
     SliderField* quality_ = nullptr;

@@ -80,6 +80,18 @@ void InspectorView::setImportingLogo(bool isImporting)
     logo_->setImporting(isImporting);
 }
 
+bool InspectorView::isLogoWellAt(const QPoint& globalPosition) const
+{
+    const QWidget* well = logo_->well();
+    // As far as it is not scrolled away or folded.
+    return well->visibleRegion().contains(well->mapFromGlobal(globalPosition));
+}
+
+void InspectorView::setLogoDropTarget(bool isDropTarget)
+{
+    logo_->setDropTarget(isDropTarget);
+}
+
 void InspectorView::setLocked(bool locked)
 {
     // Not the export's own sheet, which may be closing just now.

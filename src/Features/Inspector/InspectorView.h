@@ -26,6 +26,9 @@ public:
     /// While an export runs nothing can be edited, and a line says why. The sections can still be scrolled.
     void setLocked(bool locked);
     void setImportingLogo(bool isImporting);
+    /// Whether a file dropped there is meant as a logo.
+    [[nodiscard]] bool isLogoWellAt(const QPoint& globalPosition) const;
+    void setLogoDropTarget(bool isDropTarget);
 
 signals:
     /// A logo is to be imported, or replaced by another.

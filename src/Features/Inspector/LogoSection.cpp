@@ -43,6 +43,7 @@ void bindNumber(SliderField* field, EditHistory& history, const QString& step, d
 LogoSection::LogoSection(const InspectorContext& context, QWidget* parent)
     : Section(QStringLiteral("Logo"), parent), context_(context)
 {
+    setObjectName(QStringLiteral("logoSection"));
     body()->setContentsMargins(Space::inspector, 0, Space::inspector, Space::row);
     buildSwitch();
     buildFile();
@@ -58,7 +59,10 @@ void LogoSection::buildSwitch()
 
 void LogoSection::buildFile()
 {
-    auto* row = new QHBoxLayout;
+    well_ = new QWidget;
+    well_->setObjectName(QStringLiteral("logoWell"));
+    auto* row = new QHBoxLayout(well_);
+    row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(Space::row);
     thumbnail_ = new LogoThumbnail;
     row->addWidget(thumbnail_, 0, Qt::AlignTop);
@@ -91,7 +95,7 @@ void LogoSection::buildFile()
     }
     column->addWidget(buttons);
     row->addLayout(column, 1);
-    body()->addLayout(row);
+    body()->addWidget(well_);
 
     error_ = new MessageLine(Severity::error, QString());
     error_->setRole(TextRole::small);
@@ -199,6 +203,11 @@ void LogoSection::setImporting(bool isImporting)
         import_->setFocus(Qt::OtherFocusReason);
     if (!isImporting)
         focusMeanwhile_ = nullptr;
+}
+
+void LogoSection::setDropTarget(bool isDropTarget)
+{
+    thumbnail_->setDropTarget(isDropTarget);
 }
 
 void LogoSection::refreshFile(const RenderRecipe& recipe)

@@ -29,6 +29,9 @@ public:
     void refresh();
     /// A logo is on its way: another can't be asked for meanwhile.
     void setImporting(bool isImporting);
+    /// What shows the logo's file, for files that are dropped on it.
+    [[nodiscard]] const QWidget* well() const { return well_; }
+    void setDropTarget(bool isDropTarget);
 
 signals:
     /// Import or Replace was pressed, or the switch turned on without a logo.
@@ -46,6 +49,7 @@ private:
     InspectorContext context_;
     bool isImporting_ = false;
     QPointer<QWidget> focusMeanwhile_; ///< Took the focus from the import button, which rests while it imports.
+    QWidget* well_ = nullptr;
     LogoThumbnail* thumbnail_ = nullptr;
     ElidedLabel* name_ = nullptr;
     QLabel* kind_ = nullptr;

@@ -50,6 +50,12 @@ void LogoThumbnail::setLogo(const std::optional<LogoAssetReference>& asset)
         [this](const std::exception_ptr& error) { showPicture({}, UserFacingError::message(error)); });
 }
 
+void LogoThumbnail::setDropTarget(bool isDropTarget)
+{
+    isDropTarget_ = isDropTarget;
+    update();
+}
+
 void LogoThumbnail::showPicture(const QImage& picture, const QString& error)
 {
     picture_ = picture;
@@ -84,8 +90,14 @@ void LogoThumbnail::paintEvent(QPaintEvent*)
     } else if (!asset_) {
         paintIcon(painter, IconName::logo, inside, Measure::icon + 8, themeColor(&ThemeColors::text2));
     }
-    painter.setPen(QPen(themeColor(&ThemeColors::border), line));
     painter.setBrush(Qt::NoBrush);
+    if (isDropTarget_) {
+        const double half = Measure::dropFrame / 2.0;
+        painter.setPen(QPen(themeColor(&ThemeColors::accent), Measure::dropFrame));
+        painter.drawRoundedRect(QRectF(rect()).adjusted(half, half, -half, -half), Radius::row, Radius::row);
+        return;
+    }
+    painter.setPen(QPen(themeColor(&ThemeColors::border), line));
     painter.drawPath(shape);
 }
 

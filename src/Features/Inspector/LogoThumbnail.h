@@ -29,6 +29,8 @@ public:
 
     /// Absent: an empty frame.
     void setLogo(const std::optional<LogoAssetReference>& asset);
+    /// A file that would become the logo is over it.
+    void setDropTarget(bool isDropTarget);
 
     QSize sizeHint() const override;
 
@@ -45,6 +47,7 @@ private:
     Load load_;
     std::optional<LogoAssetReference> asset_;
     QImage picture_;
+    bool isDropTarget_ = false;
     NewestTask loading_;
 };
 

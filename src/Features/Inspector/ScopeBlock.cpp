@@ -47,6 +47,7 @@ ScopeBlock::ScopeBlock(const InspectorContext& context, QWidget* parent) : QWidg
 
     mark_ = new IconLabel(IconName::ownFraming, Measure::fieldIcon, &ThemeColors::accent);
     hint_ = new ElidedLabel(QString(), Qt::ElideRight);
+    hint_->setObjectName(QStringLiteral("scopeHint"));
     setTextRole(hint_, TextRole::small, &ThemeColors::text2);
     useBatch_ = new QPushButton(QStringLiteral("Use Batch"));
     useBatch_->setObjectName(QStringLiteral("useBatchButton"));
@@ -118,14 +119,13 @@ void ScopeBlock::resizeEvent(QResizeEvent* event)
 
 void ScopeBlock::showHint()
 {
-    if (isLocked_)
-        return hint_->setText(QStringLiteral("Locked until the export has finished."));
-    const QString full = WindowTexts::scopeHint(context_.session);
+    const QString full =
+        isLocked_ ? QStringLiteral("Locked until the export has finished.") : WindowTexts::scopeHint(context_.session);
     layout()->activate();
     const int tooWide = hint_->fontMetrics().horizontalAdvance(full) - hint_->width();
     const ImportedPhoto* photo = context_.session.selectedPhoto();
     QString shown = full;
-    if (photo && tooWide > 0) {
+    if (photo && tooWide > 0 && !isLocked_) {
         // What is said of the photo matters more than its whole name.
         const QString name = photo->filename();
         const int room = hint_->fontMetrics().horizontalAdvance(name) - tooWide;

@@ -2,6 +2,7 @@
 #include "Features/PreviewPane/PreviewCards.h"
 
 #include "Platform/Base/Localization.h"
+#include "Widgets/FerrowStyle.h"
 #include "Widgets/IconLabel.h"
 #include "Widgets/Icons.h"
 #include "Widgets/Shadow.h"
@@ -146,7 +147,13 @@ NoticeCard::NoticeCard(QWidget* parent) : FloatingCard(parent, noticeCardWidth)
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(cardMargins(Space::sidebar, Space::row));
     line_ = new MessageLine(Severity::warning, {}, MessageLine::Ground::none, this);
-    row->addWidget(line_);
+    QPushButton* close = makeIconButton(IconName::close, QStringLiteral("Dismiss"), this);
+    close->setObjectName(QStringLiteral("dismissNoticeButton"));
+    setSmallControl(close);
+    row->setSpacing(Space::group);
+    row->addWidget(line_, 1);
+    row->addWidget(close, 0, Qt::AlignTop);
+    connect(close, &QPushButton::clicked, this, &NoticeCard::dismissed);
     hide();
 }
 

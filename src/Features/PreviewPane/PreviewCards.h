@@ -61,13 +61,17 @@ private:
     QPushButton* remove_ = nullptr;
 };
 
-/// One line at the foot of the pane.
+/// One line at the foot of the pane, with a button that takes it away.
 class NoticeCard : public FloatingCard {
     Q_OBJECT
 
 public:
     explicit NoticeCard(QWidget* parent);
     void show(Severity severity, const QString& text);
+
+signals:
+    /// By the user.
+    void dismissed();
 
 private:
     MessageLine* line_ = nullptr;

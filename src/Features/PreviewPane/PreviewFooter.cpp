@@ -1,20 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Features/PreviewPane/PreviewFooter.h"
 
-#include "Platform/Base/Localization.h"
+#include "Features/PreviewPane/StepButtons.h"
+#include "Session/WindowTexts.h"
 #include "Widgets/BackdropDots.h"
 #include "Widgets/ElidedLabel.h"
-#include "Widgets/FerrowStyle.h"
-#include "Widgets/Icons.h"
 #include "Widgets/Theme.h"
 
 #include <QEvent>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
 #include <QPushButton>
-#include <QStyleOptionButton>
-#include <QStylePainter>
 
 #include <algorithm>
 
@@ -24,23 +20,6 @@ namespace {
 
 /// A name is not elided below this while there is anything else to leave out.
 constexpr int leastName = 80;
-
-/// The icon set has one arrow; this is the button with it the other way round.
-class MirroredButton : public QPushButton {
-public:
-    using QPushButton::QPushButton;
-
-protected:
-    void paintEvent(QPaintEvent*) override
-    {
-        QStyleOptionButton option;
-        initStyleOption(&option);
-        QStylePainter painter(this);
-        painter.translate(width(), 0);
-        painter.scale(-1, 1);
-        painter.drawControl(QStyle::CE_PushButton, option);
-    }
-};
 
 } // namespace
 
@@ -80,31 +59,10 @@ PreviewFooter::PreviewFooter(QWidget* parent) : QWidget(parent)
 
 void PreviewFooter::buildPager()
 {
-    pager_ = new QWidget(this);
-    auto* row = new QHBoxLayout(pager_);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(Space::group); // The arrows' focus ring needs it.
-    auto* previous = new MirroredButton(pager_);
-    QPushButton* model = makeIconButton(IconName::chevronRight, QStringLiteral("Next photo"), pager_);
-    setButtonRole(previous, ButtonRole::flat);
-    previous->setIcon(icon(IconName::chevronRight));
-    previous->setIconSize(model->iconSize());
-    previous->setToolTip(QStringLiteral("Previous photo"));
-    previous->setAccessibleName(QStringLiteral("Previous photo"));
-    previous->setObjectName(QStringLiteral("previousPhotoButton"));
-    model->setObjectName(QStringLiteral("nextPhotoButton"));
-    for (QPushButton* button : {static_cast<QPushButton*>(previous), model}) {
-        setSmallControl(button);
-        button->setFixedSize(Measure::smallControl, Measure::smallControl);
-    }
-    position_ = makeLabel({}, TextRole::small, &ThemeColors::text2, pager_);
-    row->addWidget(previous);
-    row->addWidget(position_);
-    row->addWidget(model);
-    connect(previous, &QPushButton::clicked, this, [this] { emit stepRequested(-1); });
-    connect(model, &QPushButton::clicked, this, [this] { emit stepRequested(1); });
-    previous_ = previous;
-    next_ = model;
+    pager_ = new StepButtons(QStringLiteral("Previous photo"), QStringLiteral("Next photo"), this);
+    pager_->previous()->setObjectName(QStringLiteral("previousPhotoButton"));
+    pager_->next()->setObjectName(QStringLiteral("nextPhotoButton"));
+    connect(pager_, &StepButtons::stepRequested, this, &PreviewFooter::stepRequested);
     pager_->hide();
 }
 
@@ -135,10 +93,8 @@ void PreviewFooter::setBackdrop(PreviewBackdrop backdrop)
 
 void PreviewFooter::setPosition(int index, int count)
 {
-    const auto number = [](int value) { return Localization::number(std::int64_t(value)); };
-    position_->setText(index < 0 ? QString() : QStringLiteral("%1 of %2").arg(number(index + 1), number(count)));
-    previous_->setEnabled(index > 0);
-    next_->setEnabled(index >= 0 && index + 1 < count);
+    pager_->setText(index < 0 ? QString() : WindowTexts::outOf(index + 1, count));
+    pager_->setStepsEnabled(index > 0, index >= 0 && index + 1 < count);
     arrange();
 }
 

@@ -15,6 +15,7 @@ namespace ferrow {
 
 class BackdropDots;
 class ElidedLabel;
+class StepButtons;
 
 [[nodiscard]] QColor backdropColor(PreviewBackdrop backdrop);
 
@@ -62,10 +63,7 @@ private:
     void buildDots();
     void arrange();
 
-    QWidget* pager_ = nullptr;
-    QWidget* previous_ = nullptr;
-    QWidget* next_ = nullptr;
-    QLabel* position_ = nullptr;
+    StepButtons* pager_ = nullptr;
     ElidedLabel* name_ = nullptr;
     QLabel* detail_ = nullptr;
     QLabel* backdropLabel_ = nullptr;

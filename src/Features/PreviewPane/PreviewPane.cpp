@@ -7,6 +7,7 @@
 #include "Features/PreviewPane/PreviewCanvas.h"
 #include "Features/PreviewPane/PreviewFooter.h"
 #include "Features/PreviewPane/PreviewRequester.h"
+#include "Features/PreviewPane/ReviewBar.h"
 #include "Session/WindowTexts.h"
 #include "Widgets/AccessibleItems.h"
 #include "Widgets/Theme.h"
@@ -64,12 +65,14 @@ PreviewPane::PreviewPane(PhotoSession& session, PreviewLoader& loader, PreviewRe
     layers->setContentsMargins(0, 0, 0, 0);
     layers->addWidget(canvas_, 0, 0);
     layers->addWidget(empty_, 0, 0);
+    review_ = new ReviewBar(session_, this);
     footer_ = new PreviewFooter(this);
     exportFooter_ = new ExportFooter(exportSession_, this);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(area_, 1);
+    column->addWidget(review_);
     column->addWidget(footer_);
     column->addWidget(exportFooter_);
 
@@ -137,8 +140,15 @@ void PreviewPane::connectModels()
             return;
         missingLogo_ = session_.resolvedRecipe(photo->id()).logo->asset;
         missingLogoText_ = message;
+        if (missingLogo_ == dismissedLogo_)
+            return;
         notice_->show(Severity::warning, message);
         announce(canvas_, message);
+    });
+    connect(&queue_, &PreviewRenderQueue::logoFound, this, [this] {
+        missingLogo_.reset();
+        dismissedLogo_.reset();
+        renewNotice();
     });
 }
 
@@ -155,6 +165,12 @@ void PreviewPane::connectParts()
     });
     connect(empty_, &EmptyPreview::addPhotosRequested, this, &PreviewPane::addPhotosRequested);
     connect(empty_, &EmptyPreview::addFolderRequested, this, &PreviewPane::addFolderRequested);
+    connect(notice_, &NoticeCard::dismissed, this, [this] {
+        dismissedLogo_ = missingLogo_;
+        if (notice_->isAncestorOf(window()->focusWidget()))
+            canvas_->setFocus(Qt::OtherFocusReason);
+        notice_->hide();
+    });
     connect(error_, &ErrorCard::removeRequested, this, &PreviewPane::removeSelected);
     connect(error_, &ErrorCard::showInFolderRequested, this, &PreviewPane::showInFolderRequested);
     connect(error_, &ErrorCard::retryRequested, this, [this] {
@@ -162,6 +178,8 @@ void PreviewPane::connectParts()
         showStandIn();
         emit retryRequested();
     });
+    connect(review_, &ReviewBar::backRequested, this, &PreviewPane::backToExportRequested);
+    connect(review_, &ReviewBar::focusHandedOn, this, [this] { canvas_->setFocus(Qt::OtherFocusReason); });
     connect(footer_, &PreviewFooter::stepRequested, this, &PreviewPane::step);
     connect(footer_, &PreviewFooter::backdropChosen, this, &PreviewPane::chooseBackdrop);
     connect(exportFooter_, &ExportFooter::cancelRequested, this, &PreviewPane::cancelExportRequested);
@@ -226,6 +244,16 @@ void PreviewPane::showLoadError(const QString& message)
     canvas_->picture().clear();
     showError(QStringLiteral("Couldn’t Preview Photo"), message, ErrorCard::WaysOut::all);
     renewTexts();
+}
+
+void PreviewPane::review(const ExportFinding& finding)
+{
+    review_->begin(finding);
+}
+
+void PreviewPane::endReview()
+{
+    review_->end();
 }
 
 void PreviewPane::showError(const QString& title, const QString& message, ErrorCard::WaysOut waysOut)
@@ -314,7 +342,7 @@ void PreviewPane::renewNotice()
     const ImportedPhoto* photo = session_.selectedPhoto();
     const std::optional<LogoConfiguration> logo =
         photo ? session_.resolvedRecipe(photo->id()).logo : std::optional<LogoConfiguration>();
-    if (!logo || !logo->isEnabled || logo->asset != missingLogo_)
+    if (!logo || !logo->isEnabled || logo->asset != missingLogo_ || missingLogo_ == dismissedLogo_)
         notice_->hide();
     else if (notice_->isHidden())
         notice_->show(Severity::warning, missingLogoText_);

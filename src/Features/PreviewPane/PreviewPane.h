@@ -3,6 +3,7 @@
 
 #include "Features/PreviewPane/PreviewCards.h"
 #include "Session/EditHistory.h"
+#include "Session/ExportFindings.h"
 #include "Session/ExportSession.h"
 #include "Session/PhotoSession.h"
 #include "Session/Preferences.h"
@@ -21,6 +22,7 @@ class ExportFooter;
 class PreviewCanvas;
 class PreviewFooter;
 class PreviewRequester;
+class ReviewBar;
 
 /// The selected photo in its frame, on the backdrop of the user's choice. Feeds the render queue and selects other
 /// photos; decoding the selected one is the business of whoever owns the loader.
@@ -51,6 +53,9 @@ public:
     /// The selected photo could not be decoded. Gone with the next selection, a retry, or when it has been loaded after
     /// all.
     void showLoadError(const QString& message);
+    /// Leads through the photos of a finding until endReview(), or until none of them is left.
+    void review(const ExportFinding& finding);
+    void endReview();
 
 signals:
     void zoomChanged();
@@ -62,6 +67,8 @@ signals:
     void showInFolderRequested();
     /// The first photos took the place of the buttons that had the focus; the picture has it now.
     void focusHandedOn();
+    /// From the review of a finding back to the export.
+    void backToExportRequested();
 
 private:
     void buildCanvas();
@@ -90,7 +97,8 @@ private:
     EditHistory& history_;
     Preferences& preferences_;
     std::optional<FileUrl> shownPhoto_;
-    std::optional<LogoAssetReference> missingLogo_; ///< The last that could not be loaded.
+    std::optional<LogoAssetReference> missingLogo_;   ///< The last that could not be loaded.
+    std::optional<LogoAssetReference> dismissedLogo_; ///< Missing too, but the user has read of it.
     QString missingLogoText_;
     bool hasLoadError_ = false;
     bool hasToldUnsaved_ = false;
@@ -104,6 +112,7 @@ private:
     NoticeCard* notice_ = nullptr;
     LoadingLine* loadingLine_ = nullptr;
     DropOverlay* drop_ = nullptr;
+    ReviewBar* review_ = nullptr;
     PreviewFooter* footer_ = nullptr;
     ExportFooter* exportFooter_ = nullptr;
 };

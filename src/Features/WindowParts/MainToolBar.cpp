@@ -220,6 +220,7 @@ void MainToolBar::setZoom(double zoom, bool isFit)
     for (QAction* action : {actions_.zoomIn, actions_.zoomOut, actions_.zoomToFit, actions_.zoomToActualPixels})
         action->setEnabled(shown);
     actions_.zoomToFit->setChecked(shown && isFit);
+    actions_.zoomToActualPixels->setChecked(shown && qRound(zoom * 100) == 100);
 }
 
 void MainToolBar::setComparable(bool comparable)

@@ -43,7 +43,7 @@ WindowActions::WindowActions(QWidget& window, QUndoStack& stack) : QObject(&wind
     shortcuts = add(window, program, QStringLiteral("Keyboard Shortcuts"),
                     {Qt::CTRL | Qt::Key_Question, Qt::CTRL | Qt::Key_Slash, Qt::Key_F1});
     quit = add(window, program, QStringLiteral("Quit"), {Qt::CTRL | Qt::Key_Q, Qt::CTRL | Qt::Key_W});
-    for (QAction* toggle : {zoomToFit, toggleSidebar})
+    for (QAction* toggle : {zoomToFit, zoomToActualPixels, toggleSidebar})
         toggle->setCheckable(true);
 }
 
