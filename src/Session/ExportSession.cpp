@@ -85,7 +85,6 @@ ExportSession::ExportSession(Export exportJob, ExportPlanner planner, QObject* p
 
 ExportSession::~ExportSession()
 {
-    planningStop_.request_stop();
     if (run_)
         run_->stop.request_stop();
 }
