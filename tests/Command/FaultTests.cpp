@@ -161,14 +161,14 @@ TEST_F(FaultTest, everyCallThatWritesMayFailOrBeTheLast)
 #endif
         {"pwrite64", {"ENOSPC", "EIO"}},
         {"fsync,fdatasync", {"EIO", "ENOSPC"}},
-        {"?rename,renameat2", {"ENOSPC", "EXDEV", "EEXIST"}},
+        {"?renameat,renameat2", {"ENOSPC", "EXDEV", "EEXIST"}},
         {"?unlink,unlinkat", {}}};
     for (const bool isReplacing : {false, true}) {
         SCOPED_TRACE(isReplacing ? "replacing" : "beside");
         replaces = isReplacing;
         QByteArray order;
         FramedWrites writes;
-        for (const QByteArray& line : traced("write,pwrite64,writev,fsync,?rename,renameat2")) {
+        for (const QByteArray& line : traced("write,pwrite64,writev,fsync,?renameat,renameat2")) {
             if (writes.contains(line))
                 order += 'w';
             else if (line.contains(".Ferrow-"))
