@@ -243,6 +243,8 @@ void InProcessAnswerer::frame(const FrameRequest& request, const std::stop_token
         framed.rows.finish();
         encoder->finish();
     } catch (const EncoderError& error) {
+        if (error.isEncoderMissing)
+            throw ImagePipelineError(ImagePipelineError::encoderMissing);
         if (error.errorNumber == 0)
             throw ImagePipelineError(ImagePipelineError::EncodingFailed{formatName});
         throw writingFailed(formatName, error.errorNumber);

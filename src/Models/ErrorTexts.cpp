@@ -57,6 +57,8 @@ QString description(ImagePipelineError::Plain error)
         return QStringLiteral("The image could not be decoded.");
     case Plain::renderingFailed:
         return QStringLiteral("Ferrow could not render the framed image.");
+    case Plain::encoderMissing:
+        return QStringLiteral("This system has no HEVC encoder, which HEIC images need. No output file was written.");
     case Plain::invalidRenderRecipe:
         return QStringLiteral("These framing settings contain an invalid numeric value.");
     case Plain::destinationIsSource:
@@ -78,6 +80,8 @@ QString advice(ImagePipelineError::Plain error)
         return viewerAdvice();
     case Plain::renderingFailed:
         return QStringLiteral("Reduce the frame or logo size and try again.");
+    case Plain::encoderMissing:
+        return QStringLiteral("Install libheif’s encoder (on Debian: libheif-plugin-x265), or choose another format.");
     case Plain::invalidRenderRecipe:
         return frameWidthAdvice();
     case Plain::destinationIsSource:

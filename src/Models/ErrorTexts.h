@@ -68,6 +68,7 @@ public:
         malformedImage,
         decodingFailed,
         renderingFailed,
+        encoderMissing, ///< HEVC's, which HEIC needs: not every system has one.
         invalidRenderRecipe,
         destinationIsSource,
         destinationExists
@@ -79,6 +80,7 @@ public:
     static constexpr Plain malformedImage = Plain::malformedImage;
     static constexpr Plain decodingFailed = Plain::decodingFailed;
     static constexpr Plain renderingFailed = Plain::renderingFailed;
+    static constexpr Plain encoderMissing = Plain::encoderMissing;
     static constexpr Plain invalidRenderRecipe = Plain::invalidRenderRecipe;
     static constexpr Plain destinationIsSource = Plain::destinationIsSource;
     static constexpr Plain destinationExists = Plain::destinationExists;

@@ -190,7 +190,8 @@ Inspected readInspected(ByteReader& reader)
 
 /// Only these are what an answer can be refused with; the rest is for the caller to find out.
 constexpr std::array plainRefusals{ImagePipelineError::unreadableFile, ImagePipelineError::malformedImage,
-                                   ImagePipelineError::decodingFailed, ImagePipelineError::renderingFailed};
+                                   ImagePipelineError::decodingFailed, ImagePipelineError::renderingFailed,
+                                   ImagePipelineError::encoderMissing};
 enum class Refusal : std::uint8_t {
     plain,
     unsupportedType,

@@ -55,6 +55,7 @@ TEST(ErrorTexts, insertTheirValues)
         {Error::OutputWriteFailed{u"PNG"_s, SystemError{ENOSPC, FileUrl::fromPath(QByteArray("/a.png"))}},
          "The PNG image was created, but it could not be written to the selected location. No output file was "
          "written.\n\n“a.png” could not be written because there is no space left on its disk.\n\nCheck available"},
+        {Error::encoderMissing, "This system has no HEVC encoder, which HEIC images need. No output"},
         {Error::renderingFailed, "Ferrow could not render the framed image.\n\nReduce the frame or logo size"},
     };
     for (const auto& [error, beginning] : rows)

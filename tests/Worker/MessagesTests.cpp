@@ -22,6 +22,14 @@ Inspected inspected()
 
 } // namespace
 
+TEST(Messages, tellAMissingEncoderApart)
+{
+    const ImagePipelineError missing = ImagePipelineError::encoderMissing;
+    const std::optional<Answer> parsed = parseAnswer(encode(Answer{1, PhotoRefused{missing}}).bytes);
+    ASSERT_TRUE(parsed);
+    EXPECT_EQ(std::get<PhotoRefused>(parsed->content).error, missing);
+}
+
 TEST(Messages, areNotBelievedWhenCutOrLonger)
 {
     using Error = ImagePipelineError;

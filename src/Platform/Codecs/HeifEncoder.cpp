@@ -88,6 +88,8 @@ HeifEncoder::HeifEncoder(ByteSink& sink, const EncodeOptions& options)
 
 void HeifEncoder::makeEncoder()
 {
+    if (heif_have_encoder_for_format(heif_compression_HEVC) == 0)
+        throw EncoderError{.isEncoderMissing = true};
     heif_encoder* encoder = nullptr;
     check(heif_context_get_encoder_for_format(context_.get(), heif_compression_HEVC, &encoder));
     encoder_.reset(encoder);

@@ -39,6 +39,7 @@ struct EncodeOptions {
 /// The picture could not be encoded. `errorNumber` is the system's where writing was the cause, else 0.
 struct EncoderError {
     int errorNumber = 0;
+    bool isEncoderMissing = false; ///< Of HEIF, whose library may find its encoder among plugins, or none.
 };
 
 /// Encodes one picture, rows from the top. Use from one thread.
