@@ -150,6 +150,23 @@ TEST(Program, answersItsOptionsWithoutADisplay)
     }
 }
 
+#ifndef __SANITIZE_ADDRESS__
+TEST(Program, isHardenedWithItsCompanionAndWorker)
+{
+    for (const char* program : {FERROW_PROGRAM, FERROW_BATCH_PROGRAM, FERROW_WORKER_PROGRAM}) {
+        const test::Words words{"/usr/bin/readelf", "--file-header", "--segments", "--dynamic",
+                                "--dyn-syms",       "--wide",        program};
+        const QByteArray told = test::Program(words, {"LC_ALL=C"}).wait().output;
+        std::vector<const char*> signs{"DYN (Position-Independent", "GNU_RELRO", "BIND_NOW"};
+#ifdef NDEBUG // The development build is not optimized for use, nor hardened beyond its linking.
+        signs.push_back("__stack_chk_fail");
+#endif
+        for (const char* sign : signs)
+            EXPECT_TRUE(told.contains(sign)) << program << ": " << sign;
+    }
+}
+#endif
+
 TEST(Installation, worksWhereverItIsMoved)
 {
     const test::TemporaryFolder folder;
