@@ -384,6 +384,8 @@ bool ContentView::handleDrag(const QWidget& widget, QEvent* event)
     const QMimeData& mime = *drag->mimeData();
     if (!carriesFiles(mime))
         return false;
+    if (event->type() == QEvent::DragEnter)
+        showDropTarget(DropTarget::none, nullptr); // Others may have been dragged before, and lost without a word.
     const DropTarget target = dropTargetAt(widget.mapToGlobal(drag->position()).toPoint(), mime);
     showDropTarget(event->type() == QEvent::Drop ? DropTarget::none : target, &mime);
     if (target == DropTarget::none) {

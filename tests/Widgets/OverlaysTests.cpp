@@ -212,28 +212,6 @@ TEST_F(OverlayTest, anAlertTellsOfEachThingByItself)
     EXPECT_EQ(alert->accessibleDescription(), QStringLiteral("a.jpg: Broken. Mend it.\nb.jpg: Gone.\n…and 3 more."));
 }
 
-TEST_F(OverlayTest, aSheetThatHasMovedUpStaysThere)
-{
-    Sheet sheet(&window, QStringLiteral("Export"));
-    auto* lines = new QWidget;
-    sheet.body()->addWidget(lines);
-    sheet.setLeaveButton(QStringLiteral("Cancel"));
-    lines->setFixedHeight(100);
-    sheet.open();
-    const auto topWith = [&](int height) {
-        lines->setFixedHeight(height);
-        QApplication::processEvents();
-        return lines->mapTo(&window, QPoint()).y();
-    };
-    const int low = topWith(100);
-    const int high = topWith(480);
-    EXPECT_LT(high, low);
-    EXPECT_EQ(topWith(100), high);
-    sheet.dismiss();
-    sheet.open();
-    EXPECT_EQ(topWith(100), low);
-}
-
 TEST_F(OverlayTest, aHeldKeyPressesNothingInTheNextDialog)
 {
     Sheet sheet(&window, QStringLiteral("Export"));

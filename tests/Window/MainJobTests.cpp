@@ -11,6 +11,7 @@
 #include <QMenu>
 #include <QUndoStack>
 
+#include <algorithm>
 #include <map>
 
 namespace ferrow::test {
@@ -146,7 +147,10 @@ TEST_F(RealWindow, LeadsThroughThePhotosOfAFindingAndBack)
     configuration.chosenFolder = folder("Framed");
     window_->exportSession().setConfiguration(configuration);
     const auto openCheck = [&] {
-        return waitFor([&] { return window_->findChild<QWidget*>(QStringLiteral("showPhotosButton")) != nullptr; });
+        return waitFor([&] {
+            const auto buttons = window_->findChildren<QWidget*>(QStringLiteral("showPhotosButton"));
+            return std::ranges::any_of(buttons, [](const QWidget* button) { return button->isVisible(); });
+        });
     };
     const auto selected = [&] { return session.selectedPhotoID()->lastPathComponent(); };
     click("exportButton");
@@ -184,7 +188,7 @@ TEST_F(RealWindow, TakesAFileOnTheLogosWellForALogo)
     ASSERT_TRUE(waitFor([&] { return well->visibleRegion().boundingRect() == well->rect(); }));
     drop(photo, well);
     ASSERT_TRUE(waitFor([&] { return window_->session().batchRecipe().logo.has_value(); }));
-    EXPECT_EQ(window_->session().batchRecipe().logo->asset.displayName, QStringLiteral("a.png"));
+    EXPECT_EQ(window_->session().batchRecipe().logo->asset.displayName, QStringLiteral("a"));
     EXPECT_EQ(window_->session().photos().size(), 1U);
 }
 
