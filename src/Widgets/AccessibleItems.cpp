@@ -1,28 +1,27 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Widgets/AccessibleItems.h"
 
-#include "Widgets/Fold.h"
-#include "Widgets/HairLine.h"
-#include "Widgets/Overlay.h"
-#include "Widgets/SliderField.h"
-#include "Widgets/ValueSlider.h"
+#include "Widgets/AccessibleEvents.h"
 
 #include <QAccessibleWidget>
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusVariant>
+#include <QApplication>
+#include <QWidget>
 
+#include <algorithm>
 #include <map>
-#include <memory>
+#include <utility>
 
 namespace ferrow {
 
 namespace {
 
 /// A child that no widget stands for. Lives as long as its group's interface.
-class ItemInterface : public QAccessibleInterface, public QAccessibleActionInterface {
+class ItemInterface : public QAccessibleInterface, public QAccessibleActionInterface, public QAccessibleValueInterface {
 public:
-    ItemInterface(QWidget* widget, AccessibleItems* items, int index) : widget_(widget), items_(items), index_(index) {}
+    ItemInterface(QWidget* widget, AccessibleItems* items, int index)
+        : widget_(widget), items_(items), index_(index), told_(items->item(index))
+    {
+    }
 
     bool isValid() const override { return index_ < items_->itemCount(); }
     QObject* object() const override { return nullptr; }
@@ -59,13 +58,13 @@ public:
             return state;
         }
         const AccessibleItem now = item();
-        const bool isCheckable = now.role == QAccessible::RadioButton || now.role == QAccessible::CheckBox;
-        state.checkable = isCheckable;
-        state.checked = isCheckable && now.isChosen;
-        state.selectable = !isCheckable;
-        state.selected = !isCheckable && now.isChosen;
+        const bool isChecked = isCheckable(now);
+        state.checkable = isChecked;
+        state.checked = isChecked && now.isChosen;
+        state.selectable = !isChecked;
+        state.selected = !isChecked && now.isChosen;
         state.focusable = true;
-        state.focused = now.isFocused && widget_->hasFocus();
+        state.focused = index_ == items_->focusedItem() && widget_->hasFocus();
         state.disabled = !now.isEnabled || !widget_->isEnabled();
         state.invisible = !widget_->isVisible();
         return state;
@@ -73,7 +72,14 @@ public:
 
     void* interface_cast(QAccessible::InterfaceType type) override
     {
-        return type == QAccessible::ActionInterface ? static_cast<QAccessibleActionInterface*>(this) : nullptr;
+        switch (type) {
+        case QAccessible::ActionInterface:
+            return static_cast<QAccessibleActionInterface*>(this);
+        case QAccessible::ValueInterface:
+            return isValid() && item().value ? static_cast<QAccessibleValueInterface*>(this) : nullptr;
+        default:
+            return nullptr;
+        }
     }
 
     QStringList actionNames() const override { return {pressAction()}; }
@@ -81,39 +87,80 @@ public:
 
     void doAction(const QString& action) override
     {
-        if (action == pressAction() && isValid() && item().isEnabled && widget_->isEnabled()) {
+        if (action == pressAction() && isUsable()) {
             items_->pressItem(index_);
+        }
+    }
+
+    QVariant currentValue() const override { return value().now; }
+    QVariant maximumValue() const override { return value().greatest; }
+    QVariant minimumValue() const override { return value().least; }
+    QVariant minimumStepSize() const override { return value().step; }
+    void setCurrentValue(const QVariant& wanted) override
+    {
+        if (isUsable()) {
+            items_->setItemValue(index_, std::clamp(wanted.toDouble(), value().least, value().greatest));
+        }
+    }
+
+    [[nodiscard]] int index() const { return index_; }
+    [[nodiscard]] const QWidget* widget() const { return widget_; }
+
+    void tellChanges()
+    {
+        if (!isValid()) {
+            return;
+        }
+        const AccessibleItem before = std::exchange(told_, item());
+        if (told_.name != before.name) {
+            QAccessibleEvent event(this, QAccessible::NameChanged);
+            sendAccessible(event);
+        }
+        if (told_.isChosen != before.isChosen) {
+            QAccessible::State changed;
+            changed.checked = isCheckable(told_);
+            changed.selected = !changed.checked;
+            QAccessibleStateChangeEvent event(this, changed);
+            sendAccessible(event);
+        }
+        if (told_.value && told_.value != before.value) {
+            QAccessibleValueChangeEvent event(this, told_.value->now);
+            sendAccessible(event);
         }
     }
 
 private:
     [[nodiscard]] AccessibleItem item() const { return items_->item(index_); }
+    [[nodiscard]] AccessibleValue value() const { return item().value.value_or(AccessibleValue()); }
+    [[nodiscard]] bool isUsable() const { return isValid() && item().isEnabled && widget_->isEnabled(); }
+    static bool isCheckable(const AccessibleItem& item)
+    {
+        return item.role == QAccessible::RadioButton || item.role == QAccessible::CheckBox;
+    }
 
     QWidget* widget_;
     AccessibleItems* items_;
     int index_;
+    AccessibleItem told_; ///< Assistive technology keeps what it has been told.
 };
 
 class ItemsInterface : public QAccessibleWidget {
 public:
-    ItemsInterface(QWidget* widget, AccessibleItems* items)
-        : QAccessibleWidget(widget, items->itemsRole()), items_(items)
-    {
-    }
+    ItemsInterface(QWidget* widget, AccessibleItems* items) : QAccessibleWidget(widget), items_(items) {}
+    ~ItemsInterface() override { forgetItems(); }
 
-    ~ItemsInterface() override
-    {
-        for (const auto& [index, id] : ids_) {
-            QAccessible::deleteAccessibleInterface(id);
-        }
-    }
+    // Asked each time: this object may have been made while the widget was still being constructed.
+    QAccessible::Role role() const override { return items_->itemsRole(); }
 
-    int childCount() const override { return items_->itemCount(); }
+    int childCount() const override { return items_->itemCount() + (items_->controlsAmongItems() ? 1 : 0); }
 
     QAccessibleInterface* child(int index) const override
     {
         if (index < 0 || index >= childCount()) {
             return nullptr;
+        }
+        if (index == items_->itemCount()) {
+            return QAccessible::queryAccessibleInterface(items_->controlsAmongItems());
         }
         const auto known = ids_.find(index);
         if (known != ids_.end()) {
@@ -126,178 +173,106 @@ public:
 
     int indexOfChild(const QAccessibleInterface* child) const override
     {
-        for (const auto& [index, id] : ids_) {
-            if (QAccessible::accessibleInterface(id) == child) {
-                return index;
-            }
+        const auto* item = dynamic_cast<const ItemInterface*>(child);
+        if (item) {
+            return item->widget() == widget() ? item->index() : -1;
         }
-        return -1;
+        const QWidget* controls = items_->controlsAmongItems();
+        return controls && child && child->object() == controls ? items_->itemCount() : -1;
     }
 
     QAccessibleInterface* childAt(int x, int y) const override
     {
-        const QPoint point = widget()->mapFromGlobal(QPoint(x, y));
-        for (int i = 0; i < childCount(); ++i) {
-            if (items_->item(i).rect.contains(point)) {
-                return child(i);
-            }
-        }
-        return nullptr;
+        return child(items_->itemAt(widget()->mapFromGlobal(QPoint(x, y))));
     }
 
     QAccessibleInterface* focusChild() const override
     {
-        for (int i = 0; i < childCount() && widget()->hasFocus(); ++i) {
-            if (items_->item(i).isFocused) {
-                return child(i);
-            }
+        return widget()->hasFocus() ? child(items_->focusedItem()) : QAccessibleWidget::focusChild();
+    }
+
+    void tellChanges()
+    {
+        for (const auto& [index, id] : ids_) {
+            static_cast<ItemInterface*>(QAccessible::accessibleInterface(id))->tellChanges();
         }
-        return nullptr;
+    }
+
+    void forgetItems()
+    {
+        for (const auto& [index, id] : ids_) {
+            QAccessible::deleteAccessibleInterface(id);
+        }
+        ids_.clear();
     }
 
 private:
     AccessibleItems* items_;
-    mutable std::map<int, QAccessible::Id> ids_;
+    mutable std::map<int, QAccessible::Id> ids_; ///< Of the items that were asked for.
 };
 
-class OverlayInterface : public QAccessibleWidget {
-public:
-    explicit OverlayInterface(Overlay* overlay) : QAccessibleWidget(overlay, QAccessible::Dialog) {}
-
-    QAccessible::State state() const override
-    {
-        QAccessible::State state = QAccessibleWidget::state();
-        state.modal = true;
-        return state;
-    }
-};
-
-/// Says that a button opens and closes something, and which it has done.
-class FoldInterface : public QAccessibleWidget {
-public:
-    explicit FoldInterface(FoldButton* button) : QAccessibleWidget(button, QAccessible::Button) {}
-
-    QAccessible::State state() const override
-    {
-        QAccessible::State state = QAccessibleWidget::state();
-        state.expandable = true;
-        state.expanded = button()->isOpen();
-        state.collapsed = !button()->isOpen();
-        return state;
-    }
-
-    QString text(QAccessible::Text kind) const override
-    {
-        if (kind == QAccessible::Description && !button()->isOpen()) {
-            return button()->summary();
-        }
-        return QAccessibleWidget::text(kind);
-    }
-
-    QStringList actionNames() const override { return {pressAction(), setFocusAction()}; }
-
-    void doAction(const QString& action) override
-    {
-        action == pressAction() ? button()->click() : QAccessibleWidget::doAction(action);
-    }
-
-private:
-    [[nodiscard]] FoldButton* button() const { return static_cast<FoldButton*>(widget()); }
-};
-
-/// Qt's own interface of a slider tells positions; this one tells the value.
-class SliderInterface : public QAccessibleWidget, public QAccessibleValueInterface {
-public:
-    explicit SliderInterface(ValueSlider* slider) : QAccessibleWidget(slider, QAccessible::Slider) {}
-
-    void* interface_cast(QAccessible::InterfaceType type) override
-    {
-        return type == QAccessible::ValueInterface ? static_cast<QAccessibleValueInterface*>(this)
-                                                   : QAccessibleWidget::interface_cast(type);
-    }
-
-    QString text(QAccessible::Text kind) const override
-    {
-        return kind == QAccessible::Value ? slider()->valueText() : QAccessibleWidget::text(kind);
-    }
-
-    QVariant currentValue() const override { return slider()->shownValue(); }
-    void setCurrentValue(const QVariant& value) override { slider()->request(value.toDouble()); }
-    QVariant maximumValue() const override { return slider()->greatestValue(); }
-    QVariant minimumValue() const override { return slider()->leastValue(); }
-    QVariant minimumStepSize() const override { return slider()->stepValue(); }
-
-private:
-    [[nodiscard]] ValueSlider* slider() const { return static_cast<ValueSlider*>(widget()); }
-};
-
-QAccessibleInterface* interfaceFor(const QString&, QObject* object)
+void tellFocusLater(QWidget* widget)
 {
-    if (auto* items = dynamic_cast<AccessibleItems*>(object)) {
-        return new ItemsInterface(static_cast<QWidget*>(object), items);
-    }
-    if (auto* overlay = qobject_cast<Overlay*>(object)) {
-        return new OverlayInterface(overlay);
-    }
-    if (auto* button = qobject_cast<FoldButton*>(object)) {
-        return new FoldInterface(button);
-    }
-    if (auto* slider = qobject_cast<ValueSlider*>(object)) {
-        return new SliderInterface(slider);
-    }
-    if (auto* line = qobject_cast<HairLine*>(object)) {
-        return new QAccessibleWidget(line, QAccessible::Separator);
-    }
-    return nullptr;
+    QMetaObject::invokeMethod(
+        widget, [widget] { notifyItemFocused(widget); }, Qt::QueuedConnection);
+}
+
+ItemsInterface* itemsInterface(QWidget* widget)
+{
+    return isHeard() ? dynamic_cast<ItemsInterface*>(QAccessible::queryAccessibleInterface(widget)) : nullptr;
 }
 
 } // namespace
 
+int AccessibleItems::itemAt(const QPoint& point) const
+{
+    for (int i = 0; i < itemCount(); ++i) {
+        if (item(i).rect.contains(point)) {
+            return i;
+        }
+    }
+    return -1;
+}
+
 void notifyItemsChanged(QWidget* widget)
 {
-    QAccessible::State changed;
-    changed.checked = true;
-    changed.selected = true;
-    QAccessibleInterface* group = QAccessible::isActive() ? QAccessible::queryAccessibleInterface(widget) : nullptr;
-    for (int i = 0; group && i < group->childCount(); ++i) {
-        QAccessibleStateChangeEvent event(group->child(i), changed);
-        QAccessible::updateAccessibility(&event);
-        QAccessibleEvent renamed(group->child(i), QAccessible::NameChanged);
-        QAccessible::updateAccessibility(&renamed);
+    if (ItemsInterface* group = itemsInterface(widget)) {
+        group->tellChanges();
     }
 }
 
-void notifyItemFocused(QWidget* widget, int index)
+void notifyItemsReplaced(QWidget* widget)
 {
-    if (!QAccessible::isActive()) {
-        return;
+    if (ItemsInterface* group = itemsInterface(widget)) {
+        group->forgetItems();
+        tellFocusLater(widget);
     }
-    QAccessibleInterface* group = QAccessible::queryAccessibleInterface(widget);
-    if (QAccessibleInterface* child = group ? group->child(index) : nullptr) {
+}
+
+void notifyItemFocused(QWidget* widget)
+{
+    ItemsInterface* group = widget->hasFocus() ? itemsInterface(widget) : nullptr;
+    if (QAccessibleInterface* child = group ? group->focusChild() : nullptr) {
         QAccessibleEvent event(child, QAccessible::Focus);
-        QAccessible::updateAccessibility(&event);
+        sendAccessible(event);
     }
 }
 
-void announce(QWidget* widget, const QString& text)
+void followFocusOfItems()
 {
-    QAccessibleInterface* speaker = QAccessible::isActive() ? QAccessible::queryAccessibleInterface(widget) : nullptr;
-    if (!speaker || text.isEmpty()) {
-        return;
-    }
-    // Qt before 6.8 has no announcements; what it would send goes over its own connection to assistive technology.
-    const QString object = QStringLiteral("/org/a11y/atspi/accessible/%1").arg(QAccessible::uniqueId(speaker));
-    const QDBusConnection bus(QStringLiteral("a11y"));
-    QDBusMessage announcement = QDBusMessage::createSignal(object, QStringLiteral("org.a11y.atspi.Event.Object"),
-                                                           QStringLiteral("Announcement"));
-    constexpr int polite = 1; // After what is being said.
-    announcement << QString() << polite << 0 << QVariant::fromValue(QDBusVariant(text)) << QVariantMap();
-    bus.send(announcement);
+    static const auto connection =
+        QObject::connect(qApp, &QApplication::focusChanged, qApp, [](QWidget*, QWidget* now) {
+            if (!dynamic_cast<AccessibleItems*>(now)) {
+                return;
+            }
+            tellFocusLater(now); // Qt tells the focus of the widget after this; what comes last is what is read out.
+        });
+    Q_UNUSED(connection)
 }
 
-void installAccessibility()
+QAccessibleInterface* makeItemsInterface(QWidget* widget, AccessibleItems* items)
 {
-    QAccessible::installFactory(interfaceFor);
+    return new ItemsInterface(widget, items);
 }
 
 } // namespace ferrow

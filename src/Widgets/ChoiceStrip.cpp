@@ -33,7 +33,6 @@ AccessibleItem ChoiceStrip::item(int index) const
     item.name = items_[index];
     item.rect = itemRect(index);
     item.isChosen = index == current_;
-    item.isFocused = index == current_;
     return item;
 }
 
@@ -43,7 +42,7 @@ void ChoiceStrip::pressItem(int index)
         return;
     }
     setCurrentIndex(index);
-    notifyItemFocused(this, index);
+    notifyItemFocused(this);
     emit indexChosen(index);
 }
 

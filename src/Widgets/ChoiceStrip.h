@@ -23,6 +23,7 @@ public:
 
     int itemCount() const override { return static_cast<int>(items_.size()); }
     AccessibleItem item(int index) const override;
+    int focusedItem() const override { return current_; }
     void pressItem(int index) override;
 
 signals:

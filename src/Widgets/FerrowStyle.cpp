@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Widgets/FerrowStyle.h"
 
-#include "Widgets/AccessibleItems.h"
+#include "Widgets/Accessibility.h"
 #include "Widgets/FillFade.h"
 #include "Widgets/FocusRing.h"
 #include "Widgets/InputRules.h"

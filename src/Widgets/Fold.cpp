@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Widgets/Fold.h"
 
+#include "Widgets/AccessibleEvents.h"
 #include "Widgets/ScrollPane.h"
 #include "Widgets/Theme.h"
 
-#include <QAccessible>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -12,7 +12,7 @@
 
 namespace ferrow {
 
-void FoldButton::setOpen(bool open)
+void ExpanderButton::setOpen(bool open)
 {
     if (std::exchange(open_, open) == open) {
         return;
@@ -22,7 +22,7 @@ void FoldButton::setOpen(bool open)
     changed.expanded = true;
     changed.collapsed = true;
     QAccessibleStateChangeEvent event(this, changed);
-    QAccessible::updateAccessibility(&event);
+    sendAccessible(event);
 }
 
 double FoldButton::focusRadius() const

@@ -11,8 +11,8 @@ class QVBoxLayout;
 
 namespace ferrow {
 
-/// A button that opens and closes what lies below it, and says to assistive technology which it has done.
-class FoldButton : public QPushButton, public FocusShape {
+/// A button that shows and hides something, and says to assistive technology which it has done.
+class ExpanderButton : public QPushButton {
     Q_OBJECT
 
 public:
@@ -22,10 +22,18 @@ public:
     void setOpen(bool open);
     /// What stands for the rows while they are folded away; read out as the button's description.
     [[nodiscard]] virtual QString summary() const { return {}; }
-    double focusRadius() const override;
 
 private:
     bool open_ = true;
+};
+
+/// The one over rows that it folds away.
+class FoldButton : public ExpanderButton, public FocusShape {
+    Q_OBJECT
+
+public:
+    using ExpanderButton::ExpanderButton;
+    double focusRadius() const override;
 };
 
 /// The rows that a FoldButton folds away. Open at first. What is opened in a ScrollPane comes into sight, opener and

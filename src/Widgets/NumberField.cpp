@@ -2,6 +2,7 @@
 #include "Widgets/NumberField.h"
 
 #include "Platform/Base/Localization.h"
+#include "Widgets/AccessibleEvents.h"
 #include "Widgets/InputRules.h"
 #include "Widgets/Theme.h"
 
@@ -12,6 +13,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace ferrow {
 
@@ -64,6 +66,13 @@ QString NumberFormat::text(double value) const
     return text == negativeZero ? locale.toString(0.0, 'f', decimals) : text;
 }
 
+double NumberFormat::shown(double value) const
+{
+    const double scale = std::pow(10, decimals);
+    const double rounded = std::round(value * factor * scale) / scale;
+    return std::isfinite(rounded) ? rounded : value * factor; // The limits of a field without limits.
+}
+
 std::optional<double> NumberFormat::value(const QString& text) const
 {
     QString digits = text.trimmed();
@@ -106,8 +115,12 @@ void NumberField::setFormat(const NumberFormat& format)
 
 void NumberField::setValue(double value)
 {
-    value_ = value;
+    const bool isNew = std::exchange(value_, value) != value;
     showText(format_.text(value));
+    if (isNew) {
+        QAccessibleValueChangeEvent event(this, format_.shown(value));
+        sendAccessible(event);
+    }
 }
 
 void NumberField::take(const QString& text)

@@ -18,6 +18,8 @@ struct NumberFormat {
 
     /// In the user's digits, without grouping and without the unit.
     [[nodiscard]] QString text(double value) const;
+    /// The display value, rounded as `text` shows it.
+    [[nodiscard]] double shown(double value) const;
     /// Nothing for what is no number or outside the limits. Takes the user's decimal separator and the point; a unit
     /// that was typed along is passed over.
     [[nodiscard]] std::optional<double> value(const QString& text) const;
@@ -40,11 +42,14 @@ public:
     void setFormat(const NumberFormat& format);
     /// In display units: 1 is one pixel, or one percent with factor 100.
     void setStep(double step) { step_ = step; }
+    [[nodiscard]] double step() const { return step_; }
     void setSteps(Steps steps) { steps_ = steps; }
 
     [[nodiscard]] double value() const { return value_; }
     /// Does not emit `valueEdited`. A text that is being typed stays until it is committed.
     void setValue(double value);
+    /// By assistive technology: as if it had been typed.
+    void enter(double value) { take(format_.text(value)); }
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Widgets/Overlay.h"
 
+#include "Widgets/AccessibleEvents.h"
 #include "Widgets/Theme.h"
 
-#include <QAccessible>
 #include <QApplication>
 #include <QGraphicsOpacityEffect>
 #include <QKeyEvent>
@@ -111,7 +111,7 @@ void Overlay::open(QWidget* firstFocus)
     takeFirstFocus(firstFocus);
     fade(1, Theme::current().duration(Motion::popIn));
     QAccessibleEvent event(this, QAccessible::DialogStart);
-    QAccessible::updateAccessibility(&event);
+    sendAccessible(event);
 }
 
 void Overlay::dismiss()
@@ -130,7 +130,7 @@ void Overlay::dismiss()
     aboutToClose();
     giveFocusBack();
     QAccessibleEvent event(this, QAccessible::DialogEnd);
-    QAccessible::updateAccessibility(&event);
+    sendAccessible(event);
     fade(0, isVisible() ? Theme::current().duration(Motion::popOut) : 0);
     emit closed();
 }
@@ -181,7 +181,18 @@ void Overlay::giveFocusBack()
         target->setFocus(Qt::OtherFocusReason);
     } else if (Overlay* below = topmost(this)) {
         below->takeFirstFocus(nullptr);
+    } else if (QWidget* next = nextOutside(target ? target : this)) {
+        next->setFocus(Qt::OtherFocusReason);
     }
+}
+
+QWidget* Overlay::nextOutside(QWidget* from) const
+{
+    QWidget* widget = from->nextInFocusChain();
+    while (widget != from && (!takesTab(widget) || isAncestorOf(widget) || widget->window() != window())) {
+        widget = widget->nextInFocusChain();
+    }
+    return widget == from ? nullptr : widget;
 }
 
 void Overlay::keepFocusInside(QWidget* now)

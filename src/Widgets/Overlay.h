@@ -76,6 +76,7 @@ private:
     void giveFocusBack();
     [[nodiscard]] bool isForWhatIsBehind(const QObject* receiver) const;
     [[nodiscard]] QWidget* nextFocus(QWidget* from, bool forward) const;
+    [[nodiscard]] QWidget* nextOutside(QWidget* from) const;
 
     QWidget* card_ = nullptr;
     QVariantAnimation* animation_ = nullptr;

@@ -116,7 +116,7 @@ void SegmentedControl::choose(int index)
         return;
     }
     setCurrentIndex(index);
-    notifyItemFocused(this, index);
+    notifyItemFocused(this);
     emit chosen(index);
 }
 
@@ -225,7 +225,6 @@ AccessibleItem SegmentedControl::item(int index) const
     item.name = segment.text;
     item.rect = rects()[static_cast<std::size_t>(index)];
     item.isChosen = index == current_;
-    item.isFocused = index == current_;
     item.isEnabled = segment.enabled;
     return item;
 }

@@ -32,6 +32,7 @@ public:
 
     int itemCount() const override;
     AccessibleItem item(int index) const override;
+    int focusedItem() const override { return current_; }
     void pressItem(int index) override;
 
 signals:

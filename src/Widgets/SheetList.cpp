@@ -20,7 +20,8 @@ constexpr int headPadding = 36;
 constexpr int leastHeight = 132;
 } // namespace
 
-SheetList::SheetList(const QString& name, QWidget* parent) : QListView(parent)
+SheetList::SheetList(const QString& name, QWidget* parent)
+    : QListView(parent), AccessibleRows(static_cast<QListView&>(*this))
 {
     setAccessibleName(name);
     setFrameShape(QFrame::NoFrame);
@@ -36,6 +37,12 @@ SheetList::SheetList(const QString& name, QWidget* parent) : QListView(parent)
     setResizeMode(Adjust);
     setMouseTracking(true);
     setFocusLook(this, FocusLook::own);
+}
+
+void SheetList::setModel(QAbstractItemModel* model)
+{
+    QListView::setModel(model);
+    followModel();
 }
 
 QSize SheetList::sizeHint() const

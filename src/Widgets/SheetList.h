@@ -1,19 +1,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QListView>
+#include "Widgets/AccessibleRows.h"
 
 namespace ferrow {
 
 /// The list in a sheet's body: as high as its rows, as long as the window leaves room for them beside all else on the
 /// card, and then it scrolls by itself. Rows are painted by a delegate.
-class SheetList : public QListView {
+class SheetList : public QListView, public AccessibleRows {
     Q_OBJECT
 
 public:
     /// `name` is for assistive technology.
     explicit SheetList(const QString& name, QWidget* parent = nullptr);
 
+    void setModel(QAbstractItemModel* model) override;
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Widgets/ValueSlider.h"
 
+#include "Widgets/AccessibleEvents.h"
 #include "Widgets/InputRules.h"
 #include "Widgets/Theme.h"
 
-#include <QAccessible>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QStyleOptionSlider>
@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace ferrow {
 
@@ -38,14 +39,14 @@ void ValueSlider::setValueRange(double least, double greatest)
 
 void ValueSlider::showValue(double value, const NumberFormat& format)
 {
-    value_ = value;
+    const bool isNew = std::exchange(value_, value) != value;
     format_ = format;
     const double range = greatest_ - least_;
     const double share = range > 0 ? std::clamp((value - least_) / range, 0.0, 1.0) : 0;
     setSliderPosition(static_cast<int>(std::lround(share * positions)));
-    if (QAccessible::isActive()) {
-        QAccessibleValueChangeEvent event(this, value);
-        QAccessible::updateAccessibility(&event);
+    if (isNew) {
+        QAccessibleValueChangeEvent event(this, format.shown(value));
+        sendAccessible(event);
     }
 }
 

@@ -22,7 +22,7 @@ public:
     [[nodiscard]] double shownValue() const { return value_; }
     [[nodiscard]] double leastValue() const { return least_; }
     [[nodiscard]] double greatestValue() const { return greatest_; }
-    [[nodiscard]] double stepValue() const { return 1 / format_.factor; }
+    [[nodiscard]] const NumberFormat& format() const { return format_; }
     [[nodiscard]] QString valueText() const;
     /// By assistive technology.
     void request(double value) { emit asked(value); }

@@ -116,8 +116,10 @@ void ContentView::buildViews()
             [this](const FileUrl& photoID) { services_.showItems({photoID}); });
     connect(sidebar_, &PhotoSidebar::photoChosen, columns_, &WindowColumns::closeDrawer);
     connect(columns_, &WindowColumns::narrowChanged, preview_, &PreviewPane::setNarrow);
-    connect(columns_, &WindowColumns::sidebarShownChanged, this,
-            [this] { actions_->toggleSidebar->setChecked(columns_->isNarrow() && columns_->isSidebarShown()); });
+    connect(columns_, &WindowColumns::sidebarShownChanged, this, [this] {
+        actions_->toggleSidebar->setChecked(columns_->isNarrow() && columns_->isSidebarShown());
+        toolBar_->setSidebarShown(columns_->isSidebarShown());
+    });
     toolBar_->setZoom(0, true);
 }
 

@@ -317,8 +317,7 @@ AccessibleItem CaptionWell::item(int index) const
             .description = lookOf(segment).isMissing ? QStringLiteral("Missing in the shown photo") : QString(),
             .rect = toView(rects_[std::size_t(index)]),
             .role = QAccessible::ListItem,
-            .isChosen = index == current_,
-            .isFocused = index == current_};
+            .isChosen = index == current_};
 }
 
 void CaptionWell::pressItem(int index)

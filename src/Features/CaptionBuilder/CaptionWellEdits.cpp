@@ -2,6 +2,7 @@
 #include "Features/CaptionBuilder/CaptionWell.h"
 
 #include "Features/CaptionBuilder/ChipTextField.h"
+#include "Widgets/AccessibleEvents.h"
 
 #include <algorithm>
 #include <utility>
@@ -35,7 +36,7 @@ void CaptionWell::setCurrent(int index)
     current_ = index;
     revealCurrent();
     update();
-    notifyItemFocused(this, index);
+    notifyItemFocused(this);
 }
 
 void CaptionWell::activate(int index)
@@ -125,7 +126,7 @@ void CaptionWell::removeChip(int index)
     const CaptionSegment gone = segments_[std::size_t(index)];
     apply(QStringLiteral("Remove %1").arg(CaptionChips::title(gone)), CaptionChips::removed(segments_, index), index);
     if (!segments_.empty())
-        notifyItemFocused(this, current_);
+        notifyItemFocused(this);
 }
 
 void CaptionWell::moveChip(int index, int gap)
@@ -144,7 +145,7 @@ void CaptionWell::addContent(const CaptionSegment::Content& content, int gap)
     const int place = std::min(gap, endGap());
     apply(QStringLiteral("Add %1").arg(CaptionChips::title(segment)), CaptionChips::inserted(segments_, place, segment),
           place);
-    notifyItemFocused(this, current_);
+    notifyItemFocused(this);
 }
 
 void CaptionWell::changeContent(const QUuid& chip, const CaptionSegment::Content& content)

@@ -87,7 +87,7 @@ void CaptionWell::focusInEvent(QFocusEvent* event)
         showsFocus_ = true;
     update();
     if (!shown_.empty())
-        setCurrent(current_);
+        revealCurrent();
 }
 
 void CaptionWell::focusOutEvent(QFocusEvent* event)

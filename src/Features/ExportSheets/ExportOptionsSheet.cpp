@@ -6,7 +6,7 @@
 #include "Features/ExportSheets/FolderDisplay.h"
 #include "Session/ExportRequest.h"
 #include "Session/WindowTexts.h"
-#include "Widgets/AccessibleItems.h"
+#include "Widgets/AccessibleEvents.h"
 #include "Widgets/ElidedLabel.h"
 #include "Widgets/FerrowStyle.h"
 #include "Widgets/FormRow.h"

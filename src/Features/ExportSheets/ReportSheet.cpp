@@ -4,7 +4,7 @@
 #include "Features/ExportSheets/ExportTexts.h"
 #include "Features/ExportSheets/ReportList.h"
 #include "Platform/Base/Localization.h"
-#include "Widgets/AccessibleItems.h"
+#include "Widgets/AccessibleEvents.h"
 #include "Widgets/HairLine.h"
 #include "Widgets/IconLabel.h"
 #include "Widgets/Icons.h"

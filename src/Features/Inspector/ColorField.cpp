@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Features/Inspector/ColorField.h"
 
-#include "Platform/Base/Localization.h"
 #include "Widgets/ColorWell.h"
 #include "Widgets/Theme.h"
 
@@ -11,17 +10,16 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <cmath>
+#include <utility>
 
 namespace ferrow {
 
 namespace {
 
 constexpr double keyStep = 0.01;
-
-QString percentText(const QString& name, double share)
-{
-    return QStringLiteral("%1 %2 percent").arg(name, Localization::number(share * 100, 0));
-}
+constexpr int saturationItem = 0;
+constexpr int brightnessItem = 1;
 
 QLinearGradient between(QPointF start, QPointF end, const QColor& first, const QColor& last)
 {
@@ -63,6 +61,7 @@ void ColorField::setColor(const PickedColor& color)
     if (color == color_)
         return;
     color_ = color;
+    notifyItemsChanged(this);
     update();
     FocusRing::refresh(this);
 }
@@ -87,10 +86,10 @@ AccessibleItem ColorField::item(int index) const
 {
     AccessibleItem item;
     item.role = QAccessible::Slider;
-    item.name = index == 0 ? percentText(QStringLiteral("Saturation"), color_.saturation)
-                           : percentText(QStringLiteral("Brightness"), color_.brightness);
+    item.name = index == saturationItem ? QStringLiteral("Saturation") : QStringLiteral("Brightness");
+    item.description = QStringLiteral("%");
     item.rect = field().toRect();
-    item.isFocused = index == lastItem_;
+    item.value.emplace().now = std::round((index == saturationItem ? color_.saturation : color_.brightness) * 100);
     return item;
 }
 
@@ -98,12 +97,20 @@ void ColorField::pressItem(int index)
 {
     lastItem_ = index;
     setFocus(Qt::OtherFocusReason);
-    notifyItemFocused(this, index);
+    notifyItemFocused(this);
+}
+
+void ColorField::setItemValue(int index, double value)
+{
+    PickedColor color = color_;
+    (index == saturationItem ? color.saturation : color.brightness) = value / 100;
+    edit(color, index);
 }
 
 void ColorField::edit(const PickedColor& color, int item)
 {
-    lastItem_ = item;
+    if (std::exchange(lastItem_, item) != item)
+        notifyItemFocused(this);
     if (color == color_)
         return;
     setColor(color);
@@ -115,22 +122,20 @@ void ColorField::keyPressEvent(QKeyEvent* event)
     const double step = event->modifiers() & Qt::ShiftModifier ? 10 * keyStep : keyStep;
     switch (event->key()) {
     case Qt::Key_Left:
-        edit(color_.moved(-step, 0), 0);
+        edit(color_.moved(-step, 0), saturationItem);
         break;
     case Qt::Key_Right:
-        edit(color_.moved(step, 0), 0);
+        edit(color_.moved(step, 0), saturationItem);
         break;
     case Qt::Key_Up:
-        edit(color_.moved(0, step), 1);
+        edit(color_.moved(0, step), brightnessItem);
         break;
     case Qt::Key_Down:
-        edit(color_.moved(0, -step), 1);
+        edit(color_.moved(0, -step), brightnessItem);
         break;
     default:
         return QWidget::keyPressEvent(event);
     }
-    notifyItemsChanged(this);
-    notifyItemFocused(this, lastItem_);
 }
 
 void ColorField::follow(QPointF point)

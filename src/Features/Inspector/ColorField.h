@@ -26,7 +26,9 @@ public:
     /// Two: saturation and brightness.
     int itemCount() const override { return 2; }
     AccessibleItem item(int index) const override;
+    int focusedItem() const override { return lastItem_; }
     void pressItem(int index) override;
+    void setItemValue(int index, double value) override;
     QRectF focusRect() const override;
     double focusRadius() const override;
 

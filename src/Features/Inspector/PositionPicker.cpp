@@ -115,8 +115,12 @@ AccessibleItem PositionPicker::item(int index) const
     constexpr QPointF half(14, 14);
     item.rect = QRectF(picture().spot(index) - half, QSizeF(28, 28)).toRect();
     item.isChosen = position == scene_.position;
-    item.isFocused = item.isChosen;
     return item;
+}
+
+int PositionPicker::focusedItem() const
+{
+    return PositionGrid::indexOf(scene_.position);
 }
 
 void PositionPicker::pressItem(int index)
@@ -130,7 +134,7 @@ void PositionPicker::choose(CaptionPosition position)
         return;
     scene_.position = position;
     notifyItemsChanged(this);
-    notifyItemFocused(this, PositionGrid::indexOf(position));
+    notifyItemFocused(this);
     update();
     emit chosen(position);
 }

@@ -31,6 +31,7 @@ public:
 
     int itemCount() const override { return PositionGrid::spots; }
     AccessibleItem item(int index) const override;
+    int focusedItem() const override;
     void pressItem(int index) override;
 
 signals:

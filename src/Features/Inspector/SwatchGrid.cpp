@@ -69,7 +69,6 @@ AccessibleItem SwatchGrid::item(int index) const
     item.description = namedColors[std::size_t(index)].color().accessibilityDescription();
     item.rect = swatch(index).toRect();
     item.isChosen = chosen_ == std::size_t(index);
-    item.isFocused = current_ == index;
     return item;
 }
 
@@ -81,7 +80,7 @@ void SwatchGrid::pressItem(int index)
 void SwatchGrid::moveTo(int index)
 {
     current_ = std::clamp(index, 0, itemCount() - 1);
-    notifyItemFocused(this, current_);
+    notifyItemFocused(this);
     emit chosen(namedColors[std::size_t(current_)]);
     update();
 }

@@ -23,6 +23,7 @@ public:
     QSize sizeHint() const override;
     int itemCount() const override { return int(namedColors.size()); }
     AccessibleItem item(int index) const override;
+    int focusedItem() const override { return current_; }
     void pressItem(int index) override;
 
 signals:

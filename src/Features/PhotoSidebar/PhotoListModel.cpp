@@ -79,8 +79,7 @@ QVariant PhotoListModel::data(const QModelIndex& index, int role) const
     case Qt::CheckStateRole:
         return isIncluded(index.row()) ? Qt::Checked : Qt::Unchecked;
     case Qt::AccessibleTextRole: {
-        QStringList parts{shown->filename(), shown->pixelSize.formatted(),
-                          isIncluded(index.row()) ? QStringLiteral("included") : QStringLiteral("not included")};
+        QStringList parts{shown->filename(), shown->pixelSize.formatted()};
         if (isUnreadable(index.row()))
             parts << QStringLiteral("not readable");
         if (hasOwnFraming(index.row()))

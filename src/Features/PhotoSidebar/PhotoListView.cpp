@@ -16,13 +16,15 @@
 namespace ferrow {
 
 PhotoListView::PhotoListView(PhotoListModel& model, ThumbnailCache& thumbnails, QWidget* parent)
-    : QListView(parent), delegate_(new PhotoRowDelegate(model, thumbnails, this))
+    : QListView(parent), AccessibleRows(static_cast<QListView&>(*this)),
+      delegate_(new PhotoRowDelegate(model, thumbnails, this))
 {
     setObjectName(QStringLiteral("photoList"));
     setAccessibleName(QStringLiteral("Photos"));
     // Before the model's own connections: the row that becomes current when its photo goes is nobody's choice.
     connect(&model, &PhotoListModel::rowsAboutToBeRemoved, this, [this] { isFollowing_ = true; });
     setModel(&model);
+    followModel();
     connect(&model, &PhotoListModel::rowsRemoved, this, [this] { isFollowing_ = false; });
     setItemDelegate(delegate_);
     setUniformItemSizes(true);
@@ -75,6 +77,12 @@ void PhotoListView::currentChanged(const QModelIndex& current, const QModelIndex
     QListView::currentChanged(current, previous);
     if (!isFollowing_ && current.isValid())
         emit rowSelected(current.row());
+}
+
+void PhotoListView::pressItem(int index)
+{
+    if (!locked_)
+        emit toggleRequested(index);
 }
 
 void PhotoListView::keyPressEvent(QKeyEvent* event)

@@ -2,14 +2,13 @@
 #pragma once
 
 #include "Features/PhotoSidebar/PhotoRowDelegate.h"
-
-#include <QListView>
+#include "Widgets/AccessibleRows.h"
 
 namespace ferrow {
 
 /// The list of photos: arrows move, typing finds, Space ticks, Delete removes; the mouse ticks without selecting, with
 /// Shift all rows from the last ticked one on.
-class PhotoListView : public QListView {
+class PhotoListView : public QListView, public AccessibleRows {
     Q_OBJECT
 
 public:
@@ -19,6 +18,8 @@ public:
     void setLocked(bool locked);
     /// Selects a row and scrolls to it without telling rowSelected(); -1 for none.
     void showSelected(int row);
+    /// Ticks, as Space does.
+    void pressItem(int index) override;
 
 signals:
     /// By the user: not when the model changes under the current row.

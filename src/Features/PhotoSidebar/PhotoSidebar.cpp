@@ -54,6 +54,9 @@ PhotoSidebar::PhotoSidebar(PhotoSession& session, EditHistory& history, ExportSe
     column->addWidget(list_, 1);
     column->addWidget(buildImportBlock());
     column->addWidget(buildFooter());
+    // The list was there first, but lies below.
+    setTabOrder(includeAll_, clearAll_);
+    setTabOrder(clearAll_, list_);
 
     connect(&session_, &PhotoSession::selectedPhotoIDChanged, this, &PhotoSidebar::followSelection);
     connect(&session_, &PhotoSession::photosChanged, this, &PhotoSidebar::updateCounts);

@@ -272,6 +272,12 @@ void PresetList::keyPressEvent(QKeyEvent* event)
         if (selected)
             emit removeRequested(*selected);
         return;
+    case Qt::Key_D:
+        if (selected && event->modifiers() == Qt::ControlModifier) {
+            emit duplicateRequested(*selected);
+            return;
+        }
+        break;
     case Qt::Key_Up:
     case Qt::Key_Down:
         // Without a selection there is a current row all the same: the first arrow must not pass it over.

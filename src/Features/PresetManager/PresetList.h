@@ -62,8 +62,8 @@ private:
     int actionsWidth_ = 0;
 };
 
-/// Rows of presets. Enter and a double click apply the selected one, F2 renames it in place, Delete asks to remove it.
-/// The selected row carries `actions`, which the owner fills.
+/// Rows of presets. Enter and a double click apply the selected one, F2 renames it in place, Ctrl+D duplicates it,
+/// Delete asks to remove it. The selected row carries `actions`, which the owner fills.
 class PresetList : public SheetList {
     Q_OBJECT
 
@@ -81,6 +81,7 @@ public:
 signals:
     void selectedPresetChanged();
     void applyRequested(const QUuid& id);
+    void duplicateRequested(const QUuid& id);
     void removeRequested(const QUuid& id);
     void renamed(const QUuid& id, const QString& newName);
 

@@ -68,6 +68,7 @@ void PresetManagerView::buildBody()
     body()->addWidget(list_);
     connect(list_, &PresetList::selectedPresetChanged, this, &PresetManagerView::updateActions);
     connect(list_, &PresetList::applyRequested, this, actions_.apply);
+    connect(list_, &PresetList::duplicateRequested, this, actions_.duplicate);
     connect(list_, &PresetList::removeRequested, this, actions_.remove);
     connect(list_, &PresetList::renamed, this, actions_.renameInPlace);
 }

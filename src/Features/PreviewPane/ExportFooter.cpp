@@ -2,7 +2,7 @@
 #include "Features/PreviewPane/ExportFooter.h"
 
 #include "Session/WindowTexts.h"
-#include "Widgets/AccessibleItems.h"
+#include "Widgets/AccessibleEvents.h"
 #include "Widgets/ElidedLabel.h"
 #include "Widgets/ProgressLine.h"
 #include "Widgets/Theme.h"
@@ -134,7 +134,7 @@ void ExportFooter::speak()
     }
     const BatchExportProgress& counts = session_.progress()->counts;
     if (const std::optional<int> percent = tenths_.reached(counts.completed, counts.total))
-        announce(this, QStringLiteral("Exporting, %1 percent").arg(*percent));
+        announceProgress(this, QStringLiteral("Exporting, %1 percent").arg(*percent));
 }
 
 QSize ExportFooter::sizeHint() const

@@ -9,7 +9,7 @@
 #include "Features/PreviewPane/PreviewRequester.h"
 #include "Features/PreviewPane/ReviewBar.h"
 #include "Session/WindowTexts.h"
-#include "Widgets/AccessibleItems.h"
+#include "Widgets/AccessibleEvents.h"
 #include "Widgets/Theme.h"
 
 #include <QGridLayout>

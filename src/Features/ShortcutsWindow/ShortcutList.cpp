@@ -194,15 +194,14 @@ AccessibleItem ShortcutList::item(int index) const
     return {.name = KeyNames::spoken(group_.shortcuts[std::size_t(index)]),
             .description = {},
             .rect = rowRect(index),
-            .role = QAccessible::ListItem,
-            .isFocused = index == current_};
+            .role = QAccessible::ListItem};
 }
 
 void ShortcutList::pressItem(int index)
 {
     current_ = index;
     update();
-    notifyItemFocused(this, index);
+    notifyItemFocused(this);
 }
 
 } // namespace ferrow

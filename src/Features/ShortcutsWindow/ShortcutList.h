@@ -31,6 +31,7 @@ public:
 
     int itemCount() const override;
     AccessibleItem item(int index) const override;
+    int focusedItem() const override { return current_; }
     void pressItem(int index) override;
     QAccessible::Role itemsRole() const override { return QAccessible::List; }
 

@@ -4,6 +4,7 @@
 #include "Features/WindowParts/WindowActions.h"
 #include "Widgets/FerrowStyle.h"
 #include "Widgets/FocusRing.h"
+#include "Widgets/Fold.h"
 #include "Widgets/HairLine.h"
 #include "Widgets/Icons.h"
 #include "Widgets/MenuButton.h"
@@ -85,7 +86,11 @@ QWidget* MainToolBar::buildVerbs()
 {
     auto* host = new QWidget;
     QHBoxLayout* row = rowOf(host);
-    row->addWidget(iconButton(IconName::sidebar, actions_.toggleSidebar, QStringLiteral("sidebarButton")));
+    sidebar_ = new ExpanderButton(icon(IconName::sidebar), QString());
+    sidebar_->setObjectName(QStringLiteral("sidebarButton"));
+    setButtonRole(sidebar_, ButtonRole::flat);
+    bindButton(sidebar_, actions_.toggleSidebar);
+    row->addWidget(sidebar_);
     row->addSpacing(Space::iconEdge);
 
     add_ = new MenuButton(IconName::add, QStringLiteral("Add"));
@@ -226,6 +231,11 @@ void MainToolBar::setZoom(double zoom, bool isFit)
 void MainToolBar::setComparable(bool comparable)
 {
     compare_->setEnabled(comparable);
+}
+
+void MainToolBar::setSidebarShown(bool shown)
+{
+    sidebar_->setOpen(shown);
 }
 
 void MainToolBar::setAddEnabled(bool enabled)

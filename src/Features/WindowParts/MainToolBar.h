@@ -10,6 +10,7 @@ class QPushButton;
 
 namespace ferrow {
 
+class ExpanderButton;
 class MenuButton;
 class WindowActions;
 
@@ -23,6 +24,8 @@ public:
     /// The zoom as the preview has it; 0 while nothing is shown.
     void setZoom(double zoom, bool isFit);
     void setComparable(bool comparable);
+    /// Which the button for it tells to assistive technology.
+    void setSidebarShown(bool shown);
     /// While photos are being added or exported.
     void setAddEnabled(bool enabled);
 
@@ -48,6 +51,7 @@ private:
     WindowActions& actions_;
     std::array<int, 6> needed_{}; ///< Widths, by how many steps the bar gives way.
     int waysGiven_ = 0;
+    ExpanderButton* sidebar_ = nullptr;
     MenuButton* add_ = nullptr;
     QPushButton* presets_ = nullptr;
     QPushButton* zoom_ = nullptr;

@@ -82,6 +82,7 @@ std::vector<ListedShortcut> WindowActions::listedShortcuts() const
     list.push_back({caption, QStringLiteral("Remove the chip"), {Qt::Key_Delete}});
     const QString presetList = QStringLiteral("Presets");
     list.push_back({presetList, QStringLiteral("Rename the preset"), {Qt::Key_F2}});
+    list.push_back({presetList, QStringLiteral("Duplicate the preset"), {Qt::CTRL | Qt::Key_D}});
     list.push_back({presetList, QStringLiteral("Delete the preset"), {Qt::Key_Delete}});
     return list;
 }

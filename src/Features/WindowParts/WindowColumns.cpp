@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Features/WindowParts/WindowColumns.h"
 
+#include "Widgets/AccessibleEvents.h"
 #include "Widgets/Overlay.h"
 #include "Widgets/Shadow.h"
 #include "Widgets/Theme.h"
@@ -172,8 +173,83 @@ private:
 
 namespace {
 
-QAccessibleInterface* accessibleDrawer(const QString&, QObject* object)
+/// Between two columns. Left and Right move it, with Shift ten times as far, Home and End to where it can go.
+class ColumnHandle : public QSplitterHandle {
+public:
+    explicit ColumnHandle(QSplitter* columns) : QSplitterHandle(Qt::Horizontal, columns)
+    {
+        setFocusPolicy(Qt::TabFocus);
+    }
+
+    /// The column beside the preview, whose width it changes.
+    [[nodiscard]] QWidget* column() const { return splitter()->widget(isLeft() ? 0 : splitter()->count() - 1); }
+
+    void setColumnWidth(int width) { moveSplitter(isLeft() ? width : splitter()->width() - width - this->width()); }
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override
+    {
+        const int step = event->modifiers() & Qt::ShiftModifier ? 10 * keyStep : keyStep;
+        switch (event->key()) {
+        case Qt::Key_Left:
+            return moveSplitter(x() - step);
+        case Qt::Key_Right:
+            return moveSplitter(x() + step);
+        case Qt::Key_Home:
+            return moveSplitter(0);
+        case Qt::Key_End:
+            return moveSplitter(splitter()->width());
+        default:
+            QSplitterHandle::keyPressEvent(event);
+        }
+    }
+
+private:
+    static constexpr int keyStep = 8;
+
+    [[nodiscard]] bool isLeft() const { return splitter()->indexOf(const_cast<ColumnHandle*>(this)) == 1; }
+};
+
+class ColumnSplitter : public QSplitter {
+public:
+    ColumnSplitter() : QSplitter(Qt::Horizontal)
+    {
+        connect(this, &QSplitter::splitterMoved, this, [this](int, int index) {
+            QAccessibleValueChangeEvent event(handle(index),
+                                              static_cast<ColumnHandle*>(handle(index))->column()->width());
+            sendAccessible(event);
+        });
+    }
+
+protected:
+    QSplitterHandle* createHandle() override { return new ColumnHandle(this); }
+};
+
+/// Its value is the column's width.
+class HandleInterface : public QAccessibleWidget, public QAccessibleValueInterface {
+public:
+    explicit HandleInterface(ColumnHandle* handle) : QAccessibleWidget(handle, QAccessible::Splitter) {}
+
+    void* interface_cast(QAccessible::InterfaceType type) override
+    {
+        return type == QAccessible::ValueInterface ? static_cast<QAccessibleValueInterface*>(this)
+                                                   : QAccessibleWidget::interface_cast(type);
+    }
+
+    QVariant currentValue() const override { return handle()->column()->width(); }
+    QVariant maximumValue() const override { return handle()->column()->maximumWidth(); }
+    QVariant minimumValue() const override { return handle()->column()->minimumWidth(); }
+    QVariant minimumStepSize() const override { return 1; }
+    void setCurrentValue(const QVariant& value) override { handle()->setColumnWidth(value.toInt()); }
+
+private:
+    [[nodiscard]] ColumnHandle* handle() const { return static_cast<ColumnHandle*>(widget()); }
+};
+
+QAccessibleInterface* accessiblePart(const QString&, QObject* object)
 {
+    if (auto* handle = dynamic_cast<ColumnHandle*>(object))
+        return new HandleInterface(handle);
     auto* drawer = dynamic_cast<SidebarDrawer*>(object);
     return drawer ? new QAccessibleWidget(drawer, QAccessible::Dialog) : nullptr;
 }
@@ -181,13 +257,13 @@ QAccessibleInterface* accessibleDrawer(const QString&, QObject* object)
 } // namespace
 
 WindowColumns::WindowColumns(QWidget* sidebar, QWidget* preview, QWidget* inspector, QWidget* parent)
-    : QWidget(parent), sidebar_(sidebar), splitter_(new QSplitter(Qt::Horizontal))
+    : QWidget(parent), sidebar_(sidebar), splitter_(new ColumnSplitter)
 {
     const auto fit = [](QWidget* column, const Width& width) {
         column->setMinimumWidth(width.least);
         column->setMaximumWidth(width.most);
     };
-    static const bool isRegistered = (QAccessible::installFactory(accessibleDrawer), true);
+    static const bool isRegistered = (QAccessible::installFactory(accessiblePart), true);
     Q_UNUSED(isRegistered)
     fit(sidebar, sidebarWidth());
     fit(inspector, inspectorWidth());
