@@ -89,6 +89,7 @@ void ContentView::buildViews()
     preview_->setObjectName(QStringLiteral("previewPane"));
     inspector_->setObjectName(QStringLiteral("inspector"));
     columns_ = new WindowColumns(sidebar_, preview_, inspector_);
+    columns_->setDrawerFocus(sidebar_->list());
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);

@@ -272,7 +272,7 @@ TEST_F(AccessibleTree, TabReachesEveryPartOfTheWindow)
                     order.push_back(part->objectName());
         press(Qt::Key_Tab);
     }
-    for (const char* name : {"photoList", "exportButton", "borderWidthField"})
+    for (const char* name : {"photoList", "includeAllBox", "clearAllButton", "exportButton", "borderWidthField"})
         EXPECT_TRUE(controls.contains(QString::fromLatin1(name))) << name;
     ASSERT_GE(order.size(), 4U);
     order.resize(4);

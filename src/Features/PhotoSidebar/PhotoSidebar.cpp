@@ -79,7 +79,6 @@ void PhotoSidebar::buildList()
     model_ = new PhotoListModel(session_, exportSession_, this);
     thumbnails_ = new ThumbnailCache(session_, this);
     list_ = new PhotoListView(*model_, *thumbnails_);
-    setFocusProxy(list_);
     connect(list_, &PhotoListView::rowSelected, this,
             [this](int row) { session_.setSelectedPhotoID(model_->photoID(row)); });
     connect(list_, &PhotoListView::rowChosen, this, &PhotoSidebar::photoChosen);

@@ -141,9 +141,7 @@ private:
         if (!isVisible())
             move(-drawerWidth(), 0);
         show();
-        // The sidebar names what of it takes the focus.
-        QWidget* sidebar = layout()->itemAt(0)->widget();
-        QWidget* first = sidebar->focusProxy();
+        QWidget* first = columns_->drawerFocus_;
         (first && first->isVisible() ? first : this)->setFocus(Qt::OtherFocusReason);
     }
 
