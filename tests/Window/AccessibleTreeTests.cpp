@@ -3,6 +3,7 @@
 #include "Widgets/AccessibleItems.h"
 #include "Window/RealWindow.h"
 
+#include <QPointer>
 #include <QSplitter>
 
 #include <condition_variable>
@@ -135,8 +136,12 @@ protected:
     void expectChosenMembers()
     {
         QWidget* top = Overlay::topmost(window_.get());
-        for (QWidget* widget : (top ? top : window_.get())->findChildren<QWidget*>()) {
-            const auto* items = dynamic_cast<const AccessibleItems*>(widget);
+        // Some go while others have the focus.
+        std::vector<QPointer<QWidget>> inside;
+        for (QWidget* widget : (top ? top : window_.get())->findChildren<QWidget*>())
+            inside.emplace_back(widget);
+        for (const QPointer<QWidget>& widget : inside) {
+            const auto* items = dynamic_cast<const AccessibleItems*>(widget.data());
             if (!items || !widget->isVisible() || !widget->isEnabled() || items->focusedItem() < 0 ||
                 items->focusedItem() >= items->itemCount())
                 continue;

@@ -82,7 +82,7 @@ void PhotoListView::currentChanged(const QModelIndex& current, const QModelIndex
 void PhotoListView::pressItem(int index)
 {
     if (!locked_)
-        emit toggleRequested(index);
+        toggle(index);
 }
 
 void PhotoListView::keyPressEvent(QKeyEvent* event)
