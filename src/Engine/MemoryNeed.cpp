@@ -12,6 +12,9 @@ namespace {
 /// Measured for the encoder in use: docs/heic-encoder.md.
 constexpr std::int64_t heifEncoderBytesPerPixel = 28;
 
+/// Pixels that a reduced picture has beyond its photo's where that is a thin line.
+constexpr std::int64_t averagingBesides = 2 * maximumSourceSide;
+
 constexpr std::int64_t area(PixelSize size)
 {
     return size.width * size.height;
@@ -42,6 +45,12 @@ std::int64_t ofReducedPicture(const OpenedPhoto& photo, std::int64_t maximumDime
 std::int64_t ofEncoder(ExportFormat format, PixelSize canvas)
 {
     return format == ExportFormat::heic ? heifEncoderBytesPerPixel * area(canvas) : 0;
+}
+
+std::int64_t mostOfPhoto(std::int64_t pixels)
+{
+    // What its codec may hold, and the picture turned, or averaged and scaled: twice as much in all of 4 bytes a pixel.
+    return maximumHeldBytes({pixels, 1}) + 2 * 4 * (pixels + averagingBesides);
 }
 
 std::int64_t ofPage(std::int64_t maximumDimension)

@@ -16,6 +16,8 @@ namespace ferrow::Engine::MemoryNeed {
 /// To make the picture of reducedPicture().
 [[nodiscard]] std::int64_t ofReducedPicture(const OpenedPhoto& photo, std::int64_t maximumDimension);
 [[nodiscard]] std::int64_t ofEncoder(ExportFormat format, PixelSize canvas);
+/// No photo of that many pixels takes more, whatever is made of it; an encoder comes on top.
+[[nodiscard]] std::int64_t mostOfPhoto(std::int64_t pixels);
 /// A PDF page drawn at that length.
 [[nodiscard]] std::int64_t ofPage(std::int64_t maximumDimension);
 

@@ -45,6 +45,16 @@ QString smallerLogoAdvice()
     return QStringLiteral("Resize or simplify the logo, then import the smaller copy.");
 }
 
+QString workerDescription(const QString& what)
+{
+    return what + QStringLiteral(" can’t be read: the program that reads them, ferrow-worker, does not start.");
+}
+
+QString workerAdvice()
+{
+    return QStringLiteral("Install Ferrow again, and allow ferrow-worker where programs need permission to run.");
+}
+
 QString description(ImagePipelineError::Plain error)
 {
     using Plain = ImagePipelineError::Plain;
@@ -65,6 +75,8 @@ QString description(ImagePipelineError::Plain error)
         return QStringLiteral("The output cannot replace the source image. Choose a different filename.");
     case Plain::destinationExists:
         return QStringLiteral("A file already exists at that location. Choose a new filename.");
+    case Plain::workerUnavailable:
+        return workerDescription(QStringLiteral("Photos"));
     }
     return {};
 }
@@ -88,6 +100,8 @@ QString advice(ImagePipelineError::Plain error)
         return QStringLiteral("Choose a different output folder or filename.");
     case Plain::destinationExists:
         return QStringLiteral("Choose Append a Number, Skip Existing, or explicitly confirm replacement.");
+    case Plain::workerUnavailable:
+        return workerAdvice();
     }
     return {};
 }
@@ -179,6 +193,8 @@ QString LogoAssetError::errorDescription() const
         return QStringLiteral("The logo has unsafe or unreasonable dimensions.");
     case Case::missingManagedAsset:
         return QStringLiteral("The saved logo asset is missing. Import it again.");
+    case Case::workerUnavailable:
+        return workerDescription(QStringLiteral("Logos"));
     }
     return {};
 }
@@ -195,6 +211,8 @@ QString LogoAssetError::recoverySuggestion() const
         return QStringLiteral("Export a tightly cropped PNG, TIFF, or PDF copy.");
     case Case::missingManagedAsset:
         return QStringLiteral("Use Replace Logo to select the asset again.");
+    case Case::workerUnavailable:
+        return workerAdvice();
     }
     return {};
 }

@@ -71,7 +71,8 @@ public:
         encoderMissing, ///< HEVC's, which HEIC needs: not every system has one.
         invalidRenderRecipe,
         destinationIsSource,
-        destinationExists
+        destinationExists,
+        workerUnavailable ///< The program that reads photos can't be started.
     };
     using Case = std::variant<FileTooLarge, UnsupportedType, UnreasonableDimensions, UnreasonableOutputDimensions,
                               FullResolutionMismatch, EncodingFailed, OutputWriteFailed, Plain>;
@@ -84,6 +85,7 @@ public:
     static constexpr Plain invalidRenderRecipe = Plain::invalidRenderRecipe;
     static constexpr Plain destinationIsSource = Plain::destinationIsSource;
     static constexpr Plain destinationExists = Plain::destinationExists;
+    static constexpr Plain workerUnavailable = Plain::workerUnavailable;
 
     template <typename T>
     requires std::constructible_from<Case, T>
@@ -103,7 +105,14 @@ public:
 
 /// What went wrong with a logo. Thrown by value.
 struct LogoAssetError {
-    enum class Case { fileTooLarge, malformed, unsupportedType, unreasonableDimensions, missingManagedAsset };
+    enum class Case {
+        fileTooLarge,
+        malformed,
+        unsupportedType,
+        unreasonableDimensions,
+        missingManagedAsset,
+        workerUnavailable ///< As for photos.
+    };
     Case value = Case::malformed;
     std::int64_t bytes = 0; ///< For fileTooLarge.
 

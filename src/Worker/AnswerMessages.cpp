@@ -280,6 +280,7 @@ LogoAssetError::Case readLogoRefusal(ByteReader& reader)
 void write(ByteWriter& writer, const Hello& hello)
 {
     writer.number(hello.landlockVersion);
+    writer.flag(hello.hasNamespaces);
     writer.flag(hello.filtersSystemCalls);
     writer.flag(hello.limitsResources);
     writer.number(hello.addressSpace);
@@ -289,6 +290,7 @@ Hello readHello(ByteReader& reader)
 {
     Hello hello;
     hello.landlockVersion = reader.number<std::int32_t>(0, 1000);
+    hello.hasNamespaces = reader.flag();
     hello.filtersSystemCalls = reader.flag();
     hello.limitsResources = reader.flag();
     hello.addressSpace = reader.number<std::int64_t>(0, std::int64_t(1) << 46);
@@ -336,6 +338,10 @@ LogoRasterised readLogo(ByteReader& reader)
 Message encode(const Answer& answer)
 {
     ByteWriter writer = beginMessage();
+    std::vector<int> descriptors;
+    const auto* hello = std::get_if<Hello>(&answer.content);
+    if (hello && hello->process >= 0)
+        descriptors.push_back(hello->process);
     const MessageKind kind = std::visit(
         [&]<typename Content>(const Content& content) {
             if constexpr (std::is_same_v<Content, RegionComposed>)
@@ -367,7 +373,7 @@ Message encode(const Answer& answer)
                 return MessageKind::cancelled;
         },
         answer.content);
-    return sealed(std::move(writer), kind, answer.job);
+    return sealed(std::move(writer), kind, answer.job, std::move(descriptors));
 }
 
 std::optional<Answer> parseAnswer(std::span<const std::byte> message)
@@ -375,7 +381,8 @@ std::optional<Answer> parseAnswer(std::span<const std::byte> message)
     if (message.size() < headerLength)
         return std::nullopt;
     const auto header = parseHeader(message.first<headerLength>());
-    if (!header || header->bodyLength != message.size() - headerLength || header->descriptorCount != 0)
+    if (!header || header->bodyLength != message.size() - headerLength ||
+        (header->descriptorCount != 0 && header->kind != MessageKind::hello))
         return std::nullopt;
     ByteReader reader(message.subspan(headerLength));
     Answer answer{header->job, {}};

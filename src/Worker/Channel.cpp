@@ -182,4 +182,9 @@ bool Channel::isClosed() const
     return ::poll(&watched, 1, 0) != 0;
 }
 
+void Channel::hangUp()
+{
+    ::shutdown(socket_.get(), SHUT_RDWR);
+}
+
 } // namespace ferrow::Worker

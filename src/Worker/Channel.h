@@ -46,6 +46,9 @@ public:
     /// The other side is gone, whatever it has left to be read.
     [[nodiscard]] bool isClosed() const;
     void close() { socket_.close(); }
+    /// As close() for the other side, while others may still look at this one.
+    void hangUp();
+    void refuseDescriptors() { policy_ = Descriptors::refused; }
 
 private:
     class Deadline;

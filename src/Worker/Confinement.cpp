@@ -2,11 +2,13 @@
 #include "Worker/Confinement.h"
 
 #include "Worker/Landlock.h"
+#include "Worker/Namespaces.h"
 #include "Worker/StartingConventions.h"
 #include "Worker/SystemCallFilter.h"
 
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -26,8 +28,9 @@ constexpr rlim_t mostDescriptors = 32;
 /// against tens of thousands, and void for root.
 constexpr rlim_t moreThreads = 16'384;
 
-/// Beyond the largest output and the largest picture in memory, in bytes: what is written without end stops there.
-constexpr rlim_t largestFile = rlim_t(4) << 30;
+/// In a namespace of its own no others are counted, but all processes forked here are: a dozen with the threads of two
+/// codecs on a machine of 64 cores.
+constexpr rlim_t ownThreads = 2'048;
 
 /// Address space is what sanitizers spend by the terabyte.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -63,12 +66,11 @@ bool limit(int resource, rlim_t soft, rlim_t hard)
     return ::setrlimit(__rlimit_resource(resource), &wanted) == 0;
 }
 
-bool limitResources(std::int64_t addressSpace)
+bool limitResources(std::int64_t addressSpace, rlim_t threads)
 {
-    const rlim_t threads = threadsOfTheSystem() + moreThreads;
     const auto small = rlim_t(addressSpace + addressSpaceForSmallJobs);
     bool all = limit(RLIMIT_CORE, 0, 0) && limit(RLIMIT_NOFILE, mostDescriptors, mostDescriptors) &&
-               limit(RLIMIT_NPROC, threads, threads) && limit(RLIMIT_FSIZE, largestFile, largestFile);
+               limit(RLIMIT_NPROC, threads, threads);
     if (limitsAddressSpace)
         all = limit(RLIMIT_AS, small, RLIM_INFINITY) && all;
     return all;
@@ -76,17 +78,36 @@ bool limitResources(std::int64_t addressSpace)
 
 } // namespace
 
-Hello confine(const std::vector<std::string>& readablePlaces)
+Confinement::Confinement(const std::vector<std::string>& readablePlaces)
 {
-    Hello hello;
-    hello.addressSpace = addressSpaceInUse();
-    hello.limitsResources = limitResources(hello.addressSpace);
+    // Asked while there is a /proc.
+    hello_.addressSpace = addressSpaceInUse();
+    const rlim_t threadsOfAll = threadsOfTheSystem() + moreThreads;
+    hello_.hasNamespaces = enterOwnNamespaces(readablePlaces);
+    hello_.limitsResources = limitResources(hello_.addressSpace, hello_.hasNamespaces ? ownThreads : threadsOfAll);
     // Other programs of the same user cannot look into this one, and no program it started could gain rights.
     ::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0);
     ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
-    hello.landlockVersion = restrictFileAccess(readablePlaces);
-    hello.filtersSystemCalls = filterSystemCalls(readablePlaces.empty() ? FileOpening::refused : FileOpening::readOnly);
-    return hello;
+    // Mounting comes first: Landlock refuses it from here on.
+    hello_.landlockVersion = restrictFileAccess(readablePlaces);
+    const bool holdsFilesBack = hello_.hasNamespaces || hello_.landlockVersion > 0;
+    filter_ =
+        systemCallFilter(!readablePlaces.empty() && holdsFilesBack ? FileOpening::readOnly : FileOpening::refused);
+}
+
+pid_t Confinement::fork(const JobLimits& limits)
+{
+    const pid_t child = forkConfined(hello_.hasNamespaces);
+    if (child != 0)
+        return child;
+    const auto bytes = rlim_t(limits.fileBytes);
+    const auto seconds = rlim_t(limits.processorSeconds);
+    // The hard limit kills; a process that is alone in its namespace would not heed the signal of the soft one.
+    hello_.limitsResources =
+        limit(RLIMIT_FSIZE, bytes, bytes) && limit(RLIMIT_CPU, seconds, seconds) && hello_.limitsResources;
+    hello_.process = int(::syscall(SYS_pidfd_open, ::getpid(), 0));
+    hello_.filtersSystemCalls = enforce(filter_);
+    return child;
 }
 
 } // namespace ferrow::Worker

@@ -7,17 +7,24 @@
 #include <malloc.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <iterator>
+#include <system_error>
 
 namespace {
 
 using namespace ferrow::Worker;
 
 constexpr int startedWrongly = 2;
+constexpr int cannotFork = 3;
+
+constexpr int longestWaitForThreads = 1'000; ///< Milliseconds.
 
 /// Each thread's own pool would reserve tens of megabytes of the address space that a job may take.
 constexpr int memoryPools = 2;
@@ -30,6 +37,23 @@ void ignoreSignals()
 {
     for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXFSZ})
         std::signal(number, SIG_IGN);
+}
+
+/// A fork takes along the calling thread alone, and what others held stays locked for ever. Codecs end theirs with each
+/// picture, a moment after it.
+bool hasOneThread()
+{
+#ifdef __SANITIZE_THREAD__ // Which has one of its own, and provides for it.
+    return true;
+#endif
+    for (int i = 0; i < longestWaitForThreads; ++i) {
+        std::error_code error;
+        const auto threads = std::filesystem::directory_iterator("/proc/self/task", error);
+        if (error || std::distance(begin(threads), end(threads)) == 1)
+            return true;
+        ::usleep(1'000);
+    }
+    return false;
 }
 
 std::optional<Setup> awaitSetup(Channel& channel)
@@ -74,8 +98,9 @@ int main(int argc, char** argv)
     }
     const bool drawsText = argc > 1 && std::strcmp(argv[1], argumentForLogos) == 0;
     const std::vector<std::string> readablePlaces = prepare(drawsText, *setup);
-    if (channel.send(encode(Answer{0, confine(readablePlaces)}), {}) == Channel::Outcome::done)
-        serve(channel);
-    // Nothing is left to be written, and much memory needs no tidying.
+    if (!hasOneThread())
+        return cannotFork;
+    Confinement walls(readablePlaces);
+    forkOnRequest(channel, walls, serve);
     std::_Exit(0);
 }

@@ -14,12 +14,13 @@
 #include <vector>
 
 /// What a worker and the program that started it say to each other. A message is a header of fixed length and a body;
-/// descriptors travel beside it, to the worker alone.
+/// descriptors travel beside it, to the worker, and from it with its first word alone.
 namespace ferrow::Worker {
 
 enum class MessageKind : std::uint32_t {
     // To a worker:
     setup = 1,
+    fork,
     inspect,
     frame,
     composeRegion,
@@ -68,12 +69,26 @@ struct Setup {
     std::vector<std::string> environment;
 };
 
+/// What a process that reads may use up, all its jobs together.
+struct JobLimits {
+    std::int64_t fileBytes = 0; ///< Length of any file or picture that it writes.
+    std::int64_t processorSeconds = 0;
+};
+
+/// To the process that forks those that read: fork one more.
+struct Fork {
+    int socket = -1; ///< The new one's end of its connection; goes along.
+    JobLimits limits;
+};
+
 /// How a worker is confined.
 struct Hello {
     std::int32_t landlockVersion = 0; ///< 0 where the kernel offers none.
+    bool hasNamespaces = false;       ///< Files, processes and network of its own.
     bool filtersSystemCalls = false;
     bool limitsResources = false;
     std::int64_t addressSpace = 0; ///< Bytes that it takes before its first job.
+    int process = -1;              ///< By which its end is awaited; goes along, borrowed.
 };
 
 /// The header is within the limits. A worker that `waits` goes on when it is told to proceed.
@@ -133,7 +148,7 @@ struct Stop {};
 
 struct Request {
     std::uint32_t job = 0;
-    std::variant<Setup, Engine::InspectRequest, Engine::FrameRequest, Engine::RegionRequest, Engine::LogoRequest,
+    std::variant<Setup, Fork, Engine::InspectRequest, Engine::FrameRequest, Engine::RegionRequest, Engine::LogoRequest,
                  Proceed, Stop>
         content;
     /// Where a picture goes that is too large for a message; -1 for nowhere.

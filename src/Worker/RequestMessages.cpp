@@ -186,6 +186,21 @@ Setup readSetup(ByteReader& reader)
     return setup;
 }
 
+void write(ByteWriter& writer, const Fork& fork)
+{
+    writer.number(fork.limits.fileBytes);
+    writer.number(fork.limits.processorSeconds);
+}
+
+Fork readFork(ByteReader& reader, Descriptors& descriptors)
+{
+    Fork fork;
+    fork.socket = descriptors.next(reader);
+    fork.limits.fileBytes = reader.number<std::int64_t>(0, largestFile);
+    fork.limits.processorSeconds = reader.number<std::int64_t>(1, farthest);
+    return fork;
+}
+
 void writeRest(ByteWriter& writer, const Engine::InspectRequest& request, bool)
 {
     writer.number(request.maximumDimension);
@@ -249,6 +264,8 @@ constexpr MessageKind kindOf()
 {
     if constexpr (std::is_same_v<Wanted, Setup>)
         return MessageKind::setup;
+    else if constexpr (std::is_same_v<Wanted, Fork>)
+        return MessageKind::fork;
     else if constexpr (std::is_same_v<Wanted, Engine::InspectRequest>)
         return MessageKind::inspect;
     else if constexpr (std::is_same_v<Wanted, Engine::FrameRequest>)
@@ -310,6 +327,9 @@ Message encode(const Request& request)
         [&]<typename Wanted>(const Wanted& wanted) {
             if constexpr (std::is_same_v<Wanted, Setup>) {
                 write(writer, wanted);
+            } else if constexpr (std::is_same_v<Wanted, Fork>) {
+                descriptors.push_back(wanted.socket);
+                write(writer, wanted);
             } else if constexpr (!std::is_empty_v<Wanted>) {
                 descriptors.push_back(wanted.source.descriptor);
                 writer.number(wanted.source.size);
@@ -341,6 +361,9 @@ std::optional<Request> parseRequest(std::span<const std::byte> message, std::spa
     switch (header->kind) {
     case MessageKind::setup:
         request.content = readSetup(reader);
+        break;
+    case MessageKind::fork:
+        request.content = readFork(reader, descriptors);
         break;
     case MessageKind::inspect:
         request.content = readJob<Engine::InspectRequest>(reader, descriptors, request);

@@ -6,7 +6,13 @@
 #include "Worker/MessageParts.h"
 
 #include <malloc.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
 #include <type_traits>
 
 namespace ferrow::Worker {
@@ -151,7 +157,8 @@ void Server::answer(const Request& request)
     try {
         std::visit(
             [&]<typename Wanted>(const Wanted& wanted) {
-                if constexpr (!std::is_empty_v<Wanted> && !std::is_same_v<Wanted, Setup>)
+                if constexpr (!std::is_empty_v<Wanted> && !std::is_same_v<Wanted, Setup> &&
+                              !std::is_same_v<Wanted, Fork>)
                     content = work(wanted, request.pictureMemory);
             },
             request.content);
@@ -182,11 +189,57 @@ void Server::run()
         if (std::holds_alternative<Stop>(request->content) || std::holds_alternative<Proceed>(request->content))
             continue;
         answer(*request);
+        if (std::holds_alternative<Engine::FrameRequest>(request->content))
+            return;
         giveBackMemory();
     }
 }
 
+/// What they took of the processor then counts as this process's, for whoever measures.
+void collectEnded()
+{
+    const int before = errno;
+    while (::waitpid(-1, nullptr, WNOHANG) > 0)
+        continue;
+    errno = before;
+}
+
+/// In the new process: `socket` is its connection.
+[[noreturn]] void serveAlone(Descriptor socket, const Hello& hello, const std::function<void(Channel&)>& serveOne)
+{
+    Channel channel(std::move(socket), Channel::Descriptors::taken);
+    const auto outcome = channel.send(encode(Answer{0, hello}), {});
+    ::close(hello.process);
+    if (outcome == Channel::Outcome::done)
+        serveOne(channel);
+    // Nothing is left to be written, and much memory needs no tidying.
+    std::_Exit(0);
+}
+
 } // namespace
+
+void forkOnRequest(Channel& channel, Confinement& walls, const std::function<void(Channel&)>& serveOne)
+{
+    std::signal(SIGCHLD, [](int) { collectEnded(); });
+    Received received;
+    while (channel.receive(received, {}) == Channel::Outcome::done) {
+        if (received.descriptors.size() != 1)
+            break;
+        const auto request = parseRequest(received.bytes, std::array{received.descriptors.front().get()});
+        const auto* fork = request ? std::get_if<Fork>(&request->content) : nullptr;
+        if (!fork)
+            break;
+        // Where none can be had the connection closes, which says as much.
+        if (walls.fork(fork->limits) == 0) {
+            channel.close();
+            serveAlone(std::move(received.descriptors.front()), walls.hello(), serveOne);
+        }
+        received = {};
+    }
+    // They end with their connections, or with this process when that has been waited for long enough.
+    while (::waitpid(-1, nullptr, 0) > 0 || errno == EINTR)
+        continue;
+}
 
 void serve(Channel& channel)
 try {

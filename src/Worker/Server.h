@@ -2,11 +2,18 @@
 #pragma once
 
 #include "Worker/Channel.h"
+#include "Worker/Confinement.h"
+
+#include <functional>
 
 namespace ferrow::Worker {
 
+/// Forks a process behind the walls for each that is asked for, until the other side closes the connection. In these,
+/// calls `serveOne` with the new one's own connection, on which it has introduced itself, and never returns.
+void forkOnRequest(Channel& channel, Confinement& walls, const std::function<void(Channel&)>& serveOne);
+
 /// Answers one request after the other on the calling thread, until the other side closes the connection or says what
-/// nobody in their right mind would.
+/// nobody in their right mind would. After a *frame* it is done: who had an output's descriptor reads no other photo.
 void serve(Channel& channel);
 
 } // namespace ferrow::Worker

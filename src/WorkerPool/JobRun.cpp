@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "WorkerPool/JobRun.h"
 
+#include "Engine/MemoryNeed.h"
 #include "Platform/Base/Cancellation.h"
 
 #include <chrono>
@@ -14,20 +15,26 @@ namespace {
 /// A worker that was told to stop looks between two bands of rows. One that is deep inside a codec is killed.
 constexpr std::chrono::milliseconds graceForStopping{300};
 
-/// For a killed worker to be gone, before another is given what it was writing to.
-constexpr std::chrono::milliseconds patienceForEnd{1'000};
+/// An export whose last row is composed is completed, unless the worker takes longer than this from when it was to
+/// stop: large HEICs do, and whoever has been taken over.
+constexpr std::chrono::milliseconds graceForCompleting{1'000};
 
-std::unique_ptr<WorkerProcess> workerFrom(Pool& pool, WorkerKind kind, const std::stop_token& stop)
+/// For a killed worker to be gone, before another is given what it was writing to, or that gets its name. Many times
+/// what the system takes: it frees the memory of a large photo meanwhile.
+constexpr std::chrono::milliseconds patienceForEnd{10'000};
+
+std::unique_ptr<WorkerProcess> workerFrom(Pool& pool, const Assignment& wanted, const std::stop_token& stop)
 try {
-    return pool.take(kind, stop);
+    return pool.take(wanted.kind, wanted.purpose, wanted.limits, stop);
 } catch (const NoWorker&) {
-    throw NoAnswer{};
+    throw NoAnswer{.hadNoWorker = true};
 }
 
 } // namespace
 
-JobRun::JobRun(Pool& pool, MemoryBudget& budget, WorkerKind kind, const std::stop_token& stop)
-    : pool_(pool), budget_(budget), stop_(stop), stopSignal_(stop), worker_(workerFrom(pool, kind, stop))
+JobRun::JobRun(Pool& pool, MemoryBudget& budget, const Assignment& assignment, const std::stop_token& stop)
+    : pool_(pool), budget_(budget), assignment_(assignment), stop_(stop), stopSignal_(stop),
+      worker_(workerFrom(pool, assignment, stop))
 {
     clock_.restart();
 }
@@ -39,22 +46,25 @@ JobRun::~JobRun()
     pool_.giveBack(std::move(worker_), condition_);
 }
 
+void JobRun::accept()
+{
+    if (assignment_.purpose == Purpose::reading)
+        condition_ = Pool::Condition::fit;
+}
+
 Worker::Channel::Patience JobRun::patience()
 {
-    const bool heedsStop = !grace_ && !isCompleting_;
-    return {.timeout = clock().slice(), .wakeDescriptor = heedsStop ? stopSignal_.descriptor() : -1};
+    return {.timeout = clock().slice(), .wakeDescriptor = grace_ ? -1 : stopSignal_.descriptor()};
 }
 
 const Worker::Hello& JobRun::greet()
-{
-    if (!worker_->hello()) {
-        const Worker::Answer answer = listen();
-        const auto* hello = std::get_if<Worker::Hello>(&answer.content);
-        if (!hello)
-            throw NoAnswer{};
-        worker_->setHello(*hello);
-    }
+try {
+    if (!worker_->hello())
+        static_cast<void>(listen());
     return *worker_->hello();
+} catch (const NoAnswer& outcome) {
+    condition_ = Pool::Condition::silent;
+    throw NoAnswer{.timedOut = outcome.timedOut, .hadNoWorker = true};
 }
 
 Worker::Answer JobRun::ask(Worker::Request request, Allowance::Duration encoding)
@@ -72,10 +82,8 @@ Worker::Answer JobRun::ask(Worker::Request request, Allowance::Duration encoding
         } else if (std::holds_alternative<Worker::LastRowComposed>(answer.content)) {
             if (std::exchange(isCompleting_, true))
                 throw NoAnswer{};
-            // A stop that was passed on came too late.
-            if (grace_)
-                clock_.restart();
-            grace_.reset();
+            if (grace_) // The stop that was passed on came too late.
+                grace_.emplace(graceForCompleting);
         } else if (std::holds_alternative<Worker::WasCancelled>(answer.content)) {
             if (!grace_)
                 throw NoAnswer{};
@@ -89,8 +97,15 @@ Worker::Answer JobRun::ask(Worker::Request request, Allowance::Duration encoding
 
 bool JobRun::mayBeAskedAgain(const NoAnswer& outcome)
 {
-    const bool hadOthers = worker_->jobs() > 1 || job_ == 0;
-    return hadOthers && !outcome.timedOut && !grace_ && worker_->hasEndedWithin(patienceForEnd);
+    // What its job can't have done to it: an earlier one may have, or the end of the process it was forked from.
+    const bool isInnocent = worker_->jobs() > 1 || job_ == 0 || worker_->stem()->isGone();
+    return isInnocent && !outcome.timedOut && !grace_ && worker_->endsWithin(patienceForEnd);
+}
+
+void JobRun::awaitEnd()
+{
+    if (!worker_->endsWithin(patienceForEnd))
+        throw NoAnswer{};
 }
 
 void JobRun::send(const Worker::Message& message)
@@ -109,6 +124,16 @@ void JobRun::send(const Worker::Message& message)
     }
 }
 
+/// The first word, and that alone, says who a worker is.
+void JobRun::introduce(const Worker::Answer& answer, Worker::Received& received)
+{
+    const auto* hello = std::get_if<Worker::Hello>(&answer.content);
+    if ((hello != nullptr) == worker_->hello().has_value() || (hello && received.descriptors.size() != 1))
+        throw NoAnswer{};
+    if (hello)
+        worker_->setHello(*hello, std::move(received.descriptors.front()));
+}
+
 Worker::Answer JobRun::listen()
 {
     while (true) {
@@ -118,9 +143,11 @@ Worker::Answer JobRun::listen()
         if (outcome == Outcome::closed)
             throw NoAnswer{};
         if (outcome == Outcome::done) {
-            if (auto answer = Worker::parseAnswer(received.bytes))
-                return *std::move(answer);
-            throw NoAnswer{};
+            auto answer = Worker::parseAnswer(received.bytes);
+            if (!answer)
+                throw NoAnswer{};
+            introduce(*answer, received);
+            return *std::move(answer);
         }
         if (outcome == Outcome::woken)
             passOnStop();
@@ -137,13 +164,19 @@ void JobRun::passOnStop()
         accept(); // It has not been asked anything yet.
         throw Cancelled{};
     }
+    if (isCompleting_) {
+        grace_.emplace(graceForCompleting);
+        return;
+    }
     grace_.emplace(graceForStopping);
     send(Worker::encode(Worker::Request{job_, Worker::Stop{}}));
 }
 
 void JobRun::grant(const Worker::HeaderRead& header)
 {
-    if (std::exchange(headerWasRead_, true))
+    const bool isExpected = assignment_.photoPixels == 0 || header.pixels == assignment_.photoPixels;
+    const std::int64_t most = assignment_.ownBytes + Engine::MemoryNeed::mostOfPhoto(header.pixels);
+    if (std::exchange(headerWasRead_, true) || !isExpected || header.bytes > most)
         throw NoAnswer{};
     clock_.extend(Allowance::decoding(header.pixels, header.isHeif));
     if (header.waits && !grace_)

@@ -17,15 +17,25 @@ namespace ferrow::WorkerPool {
 /// what was asked.
 struct NoAnswer {
     bool timedOut = false;
+    bool hadNoWorker = false; ///< Nobody was asked: whatever is wrong is not wrong with the photo.
+};
+
+/// Who is wanted for a job, and what is known of it beforehand.
+struct Assignment {
+    WorkerKind kind = WorkerKind::photos;
+    Purpose purpose = Purpose::reading;
+    Worker::JobLimits limits;
+    std::int64_t photoPixels = 0; ///< 0 where the header is to tell.
+    std::int64_t ownBytes = 0;    ///< Most memory that it takes whatever the photo is, as an encoder's.
 };
 
 /// One request, from a worker for it to the answer. Used once, on the caller's thread.
 class JobRun {
 public:
-    JobRun(Pool& pool, MemoryBudget& budget, WorkerKind kind, const std::stop_token& stop);
+    JobRun(Pool& pool, MemoryBudget& budget, const Assignment& assignment, const std::stop_token& stop);
     JobRun(const JobRun&) = delete;
     JobRun& operator=(const JobRun&) = delete;
-    /// Gives the worker back: broken, unless accept() was called.
+    /// Gives the worker back: broken, unless accept() was called and it has not framed.
     ~JobRun();
 
     /// How the worker is confined: its first word. Throws NoAnswer and Cancelled.
@@ -37,7 +47,9 @@ public:
     /// asked the same.
     [[nodiscard]] bool mayBeAskedAgain(const NoAnswer& outcome);
     /// What the worker said was found good.
-    void accept() { condition_ = Pool::Condition::fit; }
+    void accept();
+    /// Returns once the worker is gone, with every descriptor that it had. Throws NoAnswer where it does not go.
+    void awaitEnd();
 
 private:
     using Outcome = Worker::Channel::Outcome;
@@ -47,12 +59,14 @@ private:
     void send(const Worker::Message& message);
     /// The next thing that the worker says. Sends the stop on, and sees to it that it is heeded.
     [[nodiscard]] Worker::Answer listen();
+    void introduce(const Worker::Answer& answer, Worker::Received& received);
     void passOnStop();
     void grant(const Worker::HeaderRead& header);
     void waitForMemory(std::int64_t bytes);
 
     Pool& pool_;
     MemoryBudget& budget_;
+    Assignment assignment_;
     std::stop_token stop_;
     StopSignal stopSignal_;
     std::unique_ptr<WorkerProcess> worker_;
@@ -61,7 +75,7 @@ private:
     JobClock clock_{Allowance::base};
     std::uint32_t job_ = 0;
     std::optional<JobClock> grace_; ///< Runs once a stop was passed on.
-    bool isCompleting_ = false;     ///< The last row is composed: no stop is heeded any more.
+    bool isCompleting_ = false;     ///< The last row is composed: no stop is passed on any more.
     bool headerWasRead_ = false;
 };
 

@@ -4,6 +4,7 @@
 #include "Platform/Base/Cancellation.h"
 
 #include <algorithm>
+#include <chrono>
 #include <fstream>
 #include <limits>
 #include <string>
@@ -14,6 +15,9 @@ namespace ferrow::WorkerPool {
 namespace {
 
 constexpr std::int64_t leastBudget = 512 << 20;
+
+/// What holds a job back for longer may be no photo, but a worker that claims what it likes.
+constexpr std::chrono::seconds patience{5};
 
 std::int64_t availableBytes()
 {
@@ -56,8 +60,10 @@ MemoryBudget::Share MemoryBudget::acquire(std::int64_t bytes, const std::stop_to
     const std::int64_t wanted = std::clamp<std::int64_t>(bytes, 0, bytes_);
     std::unique_lock lock(mutex_);
     queue_.push_back(&wanted);
-    const bool isOurTurn =
-        changed_.wait(lock, stop, [&] { return queue_.front() == &wanted && used_ + wanted <= bytes_; });
+    const auto comesNext = [&] { return queue_.front() == &wanted && used_ + wanted <= bytes_; };
+    const auto fitsReserve = [&] { return comesNext() || used_ + wanted <= bytes_ + bytes_ / 2; };
+    const bool isOurTurn = changed_.wait_for(lock, stop, patience, comesNext) ||
+                           (!stop.stop_requested() && changed_.wait(lock, stop, fitsReserve));
     std::erase(queue_, &wanted);
     changed_.notify_all(); // The next one may fit as well.
     if (!isOurTurn)

@@ -10,8 +10,8 @@
 namespace ferrow::WorkerPool {
 
 /// Memory that jobs of all workers may hold at once, in bytes. What does not fit waits for its turn, first come first
-/// served, so that a large job is not passed by small ones for ever; what exceeds the whole budget runs alone. Safe
-/// from several threads.
+/// served, so that a large job is not passed by small ones for ever; what exceeds the whole budget runs alone. Whoever
+/// has waited for some seconds may use a reserve of half as much besides, out of turn. Safe from several threads.
 class MemoryBudget {
 public:
     explicit MemoryBudget(std::int64_t bytes) : bytes_(bytes) {}

@@ -18,22 +18,33 @@ namespace ferrow::WorkerPool {
 /// Why there is no worker: its program can't be started, or the pool is closed.
 struct NoWorker {};
 
-/// Keeps workers: starts them when callers need more, hands each to one caller at a time, and ends those that broke,
-/// that have worked long enough, or that nobody has needed for a while. One thread of its own starts and ends all of
-/// them, since the kernel ties a worker's life to the thread that started it. Safe from several threads.
+/// What a worker is wanted for. One that frames gets an output's descriptor, and therefore one job alone, as its first:
+/// what an earlier photo did to it must not be able to reach into the output, nor its photo into what is written later.
+enum class Purpose { reading, framing };
+
+/// Keeps workers: has them forked when callers need more, hands each to one caller at a time, and ends those that
+/// broke, that have worked long enough, or that nobody has needed for a while. One thread of its own starts the
+/// processes that they are forked from, since the kernel ties their life to the thread that started them. Safe from
+/// several threads.
 class Pool {
 public:
-    /// Starts the first worker for photos in the background.
+    /// Gets ready for photos in the background.
     explicit Pool(QByteArray program);
     Pool(const Pool&) = delete;
     Pool& operator=(const Pool&) = delete;
     ~Pool();
 
-    enum class Condition { fit, broken };
+    enum class Condition {
+        fit,
+        broken,
+        silent, ///< Never said a word: what it was forked from may be stuck.
+    };
 
-    /// Waits for an idle worker. Throws NoWorker and Cancelled.
-    [[nodiscard]] std::unique_ptr<WorkerProcess> take(WorkerKind kind, const std::stop_token& stop);
-    /// A broken worker is killed at once, and replaced.
+    /// An idle worker or a new one; waits where there are as many as there may be. `limits` hold for a new one. Throws
+    /// NoWorker and Cancelled.
+    [[nodiscard]] std::unique_ptr<WorkerProcess> take(WorkerKind kind, Purpose purpose, const Worker::JobLimits& limits,
+                                                      const std::stop_token& stop);
+    /// A worker that is not fit is killed at once.
     void giveBack(std::unique_ptr<WorkerProcess> worker, Condition condition);
 
     /// Ends all workers, those at work among them, whose jobs then have no answer; they have to be given back before
@@ -42,27 +53,28 @@ public:
 
 private:
     struct Workers {
+        std::shared_ptr<WorkerStem> stem;
+        bool needsStem = false;
         std::vector<std::unique_ptr<WorkerProcess>> idle; ///< Used last, taken first.
         int busy = 0;
-        int waiting = 0;
-        int replacements = 0;
         unsigned failedStarts = 0;
     };
 
+    void endAll();
     void keep(const std::stop_token& stop);
-    [[nodiscard]] bool needsStart(WorkerKind kind) const;
-    [[nodiscard]] bool startOne(std::unique_lock<std::mutex>& lock);
-    void retire();
+    [[nodiscard]] std::unique_ptr<WorkerProcess> takeOne(WorkerKind kind, Purpose purpose,
+                                                         const Worker::JobLimits& limits);
+    [[nodiscard]] bool needsStem() const;
+    void startStem(std::unique_lock<std::mutex>& lock);
+    void retire(std::unique_lock<std::mutex>& lock);
     [[nodiscard]] bool hasIdle() const;
     [[nodiscard]] Workers& workers(WorkerKind kind) { return workers_[std::size_t(kind)]; }
-    [[nodiscard]] const Workers& workers(WorkerKind kind) const { return workers_[std::size_t(kind)]; }
 
     const QByteArray program_;
     std::mutex mutex_;
     std::condition_variable_any workToKeep_;
     std::condition_variable_any workerReady_;
     std::array<Workers, workerKinds> workers_;
-    std::vector<std::unique_ptr<WorkerProcess>> ended_;
     bool isClosed_ = false;
     std::jthread keeper_; ///< Last, so that it ends before what it works on goes.
 };

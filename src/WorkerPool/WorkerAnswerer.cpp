@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "WorkerPool/WorkerAnswerer.h"
 
+#include "Engine/MemoryNeed.h"
 #include "Models/ErrorTexts.h"
 #include "Platform/Base/Cancellation.h"
 #include "WorkerPool/JobRun.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <new>
 #include <optional>
 #include <string_view>
@@ -91,6 +94,57 @@ void empty(int outputDescriptor)
         throw NoAnswer{};
 }
 
+/// More than any format makes of a canvas: JPEG codes a coefficient of noise in up to 27 bits. Profile, metadata and
+/// what formats need besides come on top.
+std::int64_t mostOutputBytes(PixelSize canvas)
+{
+    constexpr std::int64_t ofPixel = 12;
+    constexpr std::int64_t besides = 32 << 20;
+    return canvas.width * canvas.height * ofPixel + besides;
+}
+
+/// Processor time of all threads: many times what encoders take (see Allowance), however many threads share the work.
+std::int64_t processorSeconds(Allowance::Duration allowed)
+{
+    return 4 * std::chrono::ceil<std::chrono::seconds>(allowed).count();
+}
+
+/// For some photos of any size.
+Assignment reading(WorkerKind kind)
+{
+    constexpr std::int64_t pictureBytes = Engine::maximumSourcePixels * std::int64_t(bytesPerPixel);
+    const auto longest = Allowance::base + Allowance::decoding(Engine::maximumSourcePixels, true);
+    return {.kind = kind, .limits = {pictureBytes, processorSeconds(longest)}};
+}
+
+Assignment framing(const Engine::FrameRequest& request)
+{
+    const PixelSize canvas = request.composition.canvasSize;
+    const std::int64_t pixels = request.expectedSize.width * request.expectedSize.height;
+    const auto longest =
+        Allowance::base + Allowance::decoding(pixels, true) + Allowance::encoding(canvas, request.format);
+    return {.purpose = Purpose::framing,
+            .limits = {mostOutputBytes(canvas), processorSeconds(longest)},
+            .photoPixels = pixels,
+            .ownBytes = Engine::MemoryNeed::ofEncoder(request.format, canvas)};
+}
+
+/// Whether the file takes the room of its bytes. One with holes, or with room reserved behind its end, was not written
+/// by an encoder: the one shows a size that is not there, the other fills the disk unseen. File systems round up, copy
+/// and reserve some themselves, in proportion to what is written.
+bool takesItsRoom(int outputDescriptor, std::int64_t mostBytes)
+{
+    constexpr std::int64_t copies = 4;
+    constexpr std::int64_t blocks = 4 << 20;
+    struct stat status {};
+    if (::fstat(outputDescriptor, &status) != 0 || status.st_size > mostBytes ||
+        std::int64_t(status.st_blocks) * S_BLKSIZE > status.st_size * copies + blocks)
+        return false;
+    // Not from the count of blocks, which is smaller wherever a file system compresses.
+    const off_t hole = ::lseek(outputDescriptor, 0, SEEK_HOLE);
+    return hole < 0 || hole >= status.st_size;
+}
+
 /// An answer alone is no proof that there is a picture.
 bool beginsAs(ExportFormat format, int outputDescriptor)
 {
@@ -116,8 +170,9 @@ template <typename Steps>
 auto forPhoto(const Steps& steps)
 try {
     return steps();
-} catch (const NoAnswer&) {
-    throw ImagePipelineError(ImagePipelineError::decodingFailed);
+} catch (const NoAnswer& outcome) {
+    throw ImagePipelineError(outcome.hadNoWorker ? ImagePipelineError::workerUnavailable
+                                                 : ImagePipelineError::decodingFailed);
 } catch (const std::bad_alloc&) {
     throw ImagePipelineError(ImagePipelineError::decodingFailed);
 }
@@ -130,11 +185,11 @@ WorkerAnswerer::WorkerAnswerer(std::shared_ptr<Pool> pool, std::int64_t memoryBu
 }
 
 template <typename Steps>
-auto WorkerAnswerer::onWorker(WorkerKind kind, const std::stop_token& stop, const Steps& steps)
+auto WorkerAnswerer::onWorker(const Assignment& assignment, const std::stop_token& stop, const Steps& steps)
 {
     throwIfCancelled(stop);
     for (bool isSecond = false;; isSecond = true) {
-        JobRun job(*pool_, budget_, kind, stop);
+        JobRun job(*pool_, budget_, assignment, stop);
         try {
             return steps(job);
         } catch (const NoAnswer& outcome) {
@@ -147,7 +202,7 @@ auto WorkerAnswerer::onWorker(WorkerKind kind, const std::stop_token& stop, cons
 Engine::InspectAnswer WorkerAnswerer::inspect(const Engine::InspectRequest& request, const std::stop_token& stop)
 {
     return forPhoto([&] {
-        return onWorker(WorkerKind::photos, stop, [&](JobRun& job) {
+        return onWorker(reading(WorkerKind::photos), stop, [&](JobRun& job) {
             const PixelSize largest{request.maximumDimension, request.maximumDimension};
             auto memory = memoryFor(largest);
             const Worker::Answer answer = job.ask({0, request, descriptorOf(memory)});
@@ -166,8 +221,9 @@ Engine::InspectAnswer WorkerAnswerer::inspect(const Engine::InspectRequest& requ
 
 void WorkerAnswerer::frame(const Engine::FrameRequest& request, const std::stop_token& stop)
 {
+    const Assignment assignment = framing(request);
     forPhoto([&] {
-        onWorker(WorkerKind::photos, stop, [&](JobRun& job) {
+        onWorker(assignment, stop, [&](JobRun& job) {
             empty(request.outputDescriptor);
             Worker::Request question{0, request};
             const auto overlays = Worker::overlayMemoryFor(question);
@@ -176,9 +232,11 @@ void WorkerAnswerer::frame(const Engine::FrameRequest& request, const std::stop_
                 job.ask(std::move(question), Allowance::encoding(request.composition.canvasSize, request.format));
             throwRefusal(job, answer, &request, request.expectedSize);
             static_cast<void>(expect<Worker::Framed>(answer));
-            if (!beginsAs(request.format, request.outputDescriptor))
+            // Nobody may hold a descriptor of what is going to be checked and placed.
+            job.awaitEnd();
+            if (!beginsAs(request.format, request.outputDescriptor) ||
+                !takesItsRoom(request.outputDescriptor, assignment.limits.fileBytes))
                 throw NoAnswer{};
-            job.accept();
         });
     });
 }
@@ -186,7 +244,9 @@ void WorkerAnswerer::frame(const Engine::FrameRequest& request, const std::stop_
 Bitmap WorkerAnswerer::composeRegion(const Engine::RegionRequest& request, const std::stop_token& stop)
 {
     return forPhoto([&] {
-        return onWorker(WorkerKind::photos, stop, [&](JobRun& job) {
+        Assignment assignment = reading(WorkerKind::photos);
+        assignment.photoPixels = request.expectedSize.width * request.expectedSize.height;
+        return onWorker(assignment, stop, [&](JobRun& job) {
             auto memory = memoryFor(request.size);
             Worker::Request question{0, request, descriptorOf(memory)};
             const auto overlays = Worker::overlayMemoryFor(question);
@@ -206,7 +266,9 @@ Bitmap WorkerAnswerer::composeRegion(const Engine::RegionRequest& request, const
 Engine::LogoAnswer WorkerAnswerer::rasteriseLogo(const Engine::LogoRequest& request, const std::stop_token& stop)
 {
     try {
-        return onWorker(WorkerKind::logos, stop, [&](JobRun& job) {
+        Assignment assignment = reading(WorkerKind::logos);
+        assignment.ownBytes = Engine::MemoryNeed::ofPage(request.maximumDimension);
+        return onWorker(assignment, stop, [&](JobRun& job) {
             const PixelSize largest{request.maximumDimension, request.maximumDimension};
             auto memory = memoryFor(largest);
             const Worker::Answer answer = job.ask({0, request, descriptorOf(memory)});
@@ -221,8 +283,9 @@ Engine::LogoAnswer WorkerAnswerer::rasteriseLogo(const Engine::LogoRequest& requ
             job.accept();
             return result;
         });
-    } catch (const NoAnswer&) {
-        throw LogoAssetError{.value = LogoAssetError::Case::malformed};
+    } catch (const NoAnswer& outcome) {
+        throw LogoAssetError{.value = outcome.hadNoWorker ? LogoAssetError::Case::workerUnavailable
+                                                          : LogoAssetError::Case::malformed};
     } catch (const std::bad_alloc&) {
         throw LogoAssetError{.value = LogoAssetError::Case::malformed};
     }
@@ -230,7 +293,7 @@ Engine::LogoAnswer WorkerAnswerer::rasteriseLogo(const Engine::LogoRequest& requ
 
 Worker::Hello WorkerAnswerer::confinement()
 {
-    JobRun job(*pool_, budget_, WorkerKind::photos, {});
+    JobRun job(*pool_, budget_, reading(WorkerKind::photos), {});
     const Worker::Hello hello = job.greet();
     job.accept();
     return hello;

@@ -9,10 +9,12 @@
 
 namespace ferrow::WorkerPool {
 
+struct Assignment;
+
 /// Has the requests answered by confined workers. A worker that dies, hangs or talks nonsense costs its own request:
-/// decodingFailed for photos, malformed for logos. Since what an earlier photo did to a worker may show late, one that
-/// dies or talks nonsense after its first job costs nothing yet: another is asked the same, once. Nothing is ever
-/// decoded in this process.
+/// decodingFailed for photos, malformed for logos, workerUnavailable where there is none to be asked. Since what an
+/// earlier photo did to a worker may show late, one that dies or talks nonsense after its first job costs nothing yet:
+/// another is asked the same, once. Nothing is ever decoded in this process.
 class WorkerAnswerer : public Engine::Answerer {
 public:
     explicit WorkerAnswerer(std::shared_ptr<Pool> pool, std::int64_t memoryBudget = MemoryBudget::ofThisMachine());
@@ -31,7 +33,7 @@ private:
     /// What `steps` answer, which ask the worker of the JobRun they are given. Throws NoAnswer, Cancelled and whatever
     /// they throw.
     template <typename Steps>
-    auto onWorker(WorkerKind kind, const std::stop_token& stop, const Steps& steps);
+    auto onWorker(const Assignment& assignment, const std::stop_token& stop, const Steps& steps);
 
     std::shared_ptr<Pool> pool_;
     MemoryBudget budget_;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "WorkerPool/WorkerPool.h"
 
+#include "Models/ErrorTexts.h"
 #include "WorkerPool/JobRun.h"
 #include "WorkerPool/WorkerAnswerer.h"
 
@@ -34,20 +35,30 @@ void keepEndedChildren()
         ::signal(SIGCHLD, SIG_DFL);
 }
 
+QStringList missingWalls(const Worker::Hello& hello)
+{
+    QStringList missing;
+    if (!hello.hasNamespaces)
+        missing << QStringLiteral("namespaces");
+    if (hello.landlockVersion == 0)
+        missing << QStringLiteral("Landlock");
+    if (!hello.filtersSystemCalls)
+        missing << QStringLiteral("system call filters");
+    return missing;
+}
+
 QString described(const Worker::Hello& hello)
 {
     QStringList walls;
+    if (hello.hasNamespaces)
+        walls << QStringLiteral("namespaces");
     if (hello.landlockVersion > 0)
         walls << QStringLiteral("Landlock %1").arg(hello.landlockVersion);
     if (hello.filtersSystemCalls)
         walls << QStringLiteral("a system call filter");
     if (hello.limitsResources)
         walls << QStringLiteral("resource limits");
-    QStringList missing;
-    if (hello.landlockVersion == 0)
-        missing << QStringLiteral("Landlock");
-    if (!hello.filtersSystemCalls)
-        missing << QStringLiteral("system call filters");
+    const QStringList missing = missingWalls(hello);
     QString line = QStringLiteral("Photos are read in separate processes");
     if (!walls.isEmpty())
         line += QStringLiteral(", confined by ") + walls.join(QStringLiteral(", "));
@@ -75,7 +86,7 @@ QString Installation::confinementInForce() const
 try {
     return described(answerer_->confinement());
 } catch (const NoAnswer&) {
-    return QStringLiteral("Photos can’t be read: the program that reads them, ferrow-worker, does not start.");
+    return ImagePipelineError(ImagePipelineError::workerUnavailable).errorDescription();
 }
 
 Installation installWorkers(const QByteArray& program)

@@ -4,16 +4,22 @@
 #include "Worker/StartingConventions.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
+#include <sys/sysinfo.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdlib>
+#include <fstream>
+#include <limits>
 #include <string>
 #include <thread>
 #include <utility>
@@ -30,8 +36,22 @@ constexpr int socketBuffer = 1 << 20;
 /// Beyond those that are replaced in the new process.
 constexpr int lowestOwnDescriptor = 16;
 
-/// The largest need that is believed, in bytes: an encoder's and a decoder's for the largest pictures.
-constexpr std::int64_t largestNeed = std::int64_t(16) << 30;
+/// The largest need that is believed, in bytes: an encoder's and a decoder's for the largest pictures, as far as this
+/// machine has that much.
+std::int64_t largestNeed()
+{
+    constexpr std::int64_t ofPictures = std::int64_t(16) << 30;
+    struct sysinfo machine {};
+    if (::sysinfo(&machine) != 0)
+        return ofPictures;
+    return std::min(ofPictures, std::int64_t(machine.totalram + machine.totalswap) * machine.mem_unit);
+}
+
+constexpr Worker::Channel::Patience atOnce{.timeout = std::chrono::milliseconds(0)};
+
+/// Most are gone within some milliseconds: of themselves, once their workers are, or killed.
+constexpr std::chrono::milliseconds graceForStem{100};
+constexpr std::chrono::milliseconds patienceForStem{500};
 
 struct SocketPair {
     Descriptor ours;
@@ -113,12 +133,12 @@ Worker::Setup setupFor(WorkerKind kind)
 
 } // namespace
 
-WorkerProcess::WorkerProcess(pid_t process, WorkerKind kind, Descriptor socket)
+WorkerStem::WorkerStem(pid_t process, WorkerKind kind, Descriptor socket)
     : process_(process), kind_(kind), channel_(std::move(socket), Worker::Channel::Descriptors::refused)
 {
 }
 
-std::unique_ptr<WorkerProcess> WorkerProcess::start(const QByteArray& program, WorkerKind kind)
+std::shared_ptr<WorkerStem> WorkerStem::start(const QByteArray& program, WorkerKind kind)
 {
     auto sockets = connectedSockets();
     if (!sockets)
@@ -127,56 +147,112 @@ std::unique_ptr<WorkerProcess> WorkerProcess::start(const QByteArray& program, W
     const pid_t process = Spawning(sockets->theirs.get()).start(program, argument);
     if (process == 0)
         return nullptr;
-    std::unique_ptr<WorkerProcess> worker(new WorkerProcess(process, kind, std::move(sockets->ours)));
-    // The buffer takes it at once, so that there is nothing to wait for; a worker that is gone already is found out by
-    // its first job.
-    static_cast<void>(worker->channel_.send(Worker::encode(Worker::Request{0, setupFor(kind)}),
-                                            {.timeout = std::chrono::milliseconds(0)}));
-    return worker;
+    std::shared_ptr<WorkerStem> stem(new WorkerStem(process, kind, std::move(sockets->ours)));
+    // The buffer takes it at once, so that there is nothing to wait for; one that is gone already is found out by the
+    // first job.
+    static_cast<void>(stem->channel_.send(Worker::encode(Worker::Request{0, setupFor(kind)}), atOnce));
+    return stem;
+}
+
+WorkerStem::~WorkerStem()
+{
+    endsWithin(patienceForStem);
+}
+
+bool WorkerStem::endsWithin(std::chrono::milliseconds patience)
+{
+    constexpr std::chrono::milliseconds pause{2};
+    const auto start = std::chrono::steady_clock::now();
+    channel_.hangUp();
+    while (process_ != 0 && ::waitpid(process_, nullptr, WNOHANG) == 0) {
+        const auto waited = std::chrono::steady_clock::now() - start;
+        if (waited >= patience)
+            return false;
+        if (waited >= graceForStem)
+            ::kill(process_, SIGKILL);
+        std::this_thread::sleep_for(pause);
+    }
+    process_ = 0;
+    return true;
+}
+
+std::unique_ptr<WorkerProcess> WorkerStem::fork(const Worker::JobLimits& limits)
+{
+    auto sockets = connectedSockets();
+    if (!sockets)
+        return nullptr;
+    const Worker::Request request{0, Worker::Fork{sockets->theirs.get(), limits}};
+    // Of one that does not take it, the new one's first word is waited for in vain.
+    static_cast<void>(channel_.send(Worker::encode(request), atOnce));
+    return std::make_unique<WorkerProcess>(shared_from_this(), std::move(sockets->ours));
+}
+
+WorkerProcess::WorkerProcess(std::shared_ptr<WorkerStem> stem, Descriptor socket)
+    : stem_(std::move(stem)), channel_(std::move(socket), Worker::Channel::Descriptors::taken)
+{
 }
 
 WorkerProcess::~WorkerProcess()
 {
-    static_cast<void>(hasEnded());
+    kill();
+}
+
+void WorkerProcess::setHello(const Worker::Hello& hello, Descriptor process)
+{
+    hello_ = hello;
+    process_ = std::move(process);
+    channel_.refuseDescriptors();
 }
 
 void WorkerProcess::kill()
 {
-    if (process_ != 0)
-        ::kill(process_, SIGKILL);
+    // Before its first word it holds nothing, and ends when it finds nobody to say it to.
+    if (process_.isOpen())
+        ::syscall(SYS_pidfd_send_signal, process_.get(), SIGKILL, nullptr, 0);
+    else
+        channel_.close();
 }
 
-bool WorkerProcess::hasEnded()
+bool WorkerProcess::endsWithin(std::chrono::milliseconds patience)
 {
     kill();
-    if (process_ != 0 && ::waitpid(process_, nullptr, WNOHANG) != 0)
-        process_ = 0;
-    return process_ == 0;
+    if (!process_.isOpen())
+        return jobs_ == 0;
+    const auto end = std::chrono::steady_clock::now() + patience;
+    while (true) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
+        pollfd watched{process_.get(), POLLIN, 0};
+        const int count = ::poll(&watched, 1, int(std::max<std::int64_t>(left.count(), 0)));
+        if (count >= 0 || errno != EINTR)
+            return count > 0;
+    }
 }
 
-bool WorkerProcess::hasEndedWithin(std::chrono::milliseconds patience)
+/// Its number among the processes that this one sees, or 0. The one that forked it does not wait for it, so that the
+/// number is only good for as long as it lives.
+pid_t WorkerProcess::number() const
 {
-    constexpr std::chrono::milliseconds pause{2};
-    const auto end = std::chrono::steady_clock::now() + patience;
-    while (!hasEnded()) {
-        if (std::chrono::steady_clock::now() >= end)
-            return false;
-        std::this_thread::sleep_for(pause);
+    std::ifstream file("/proc/self/fdinfo/" + std::to_string(process_.get()));
+    for (std::string label; file >> label; file.ignore(std::numeric_limits<std::streamsize>::max(), '\n')) {
+        pid_t number = 0;
+        if (label == "Pid:" && file >> number)
+            return std::max(number, 0);
     }
-    return true;
+    return 0;
 }
 
 void WorkerProcess::allowMemory(std::int64_t bytes)
 {
-    if (bytes == allowed_ || !hello_ || process_ == 0)
+    if (bytes == allowed_ || !hello_)
         return;
     allowed_ = bytes;
+    const pid_t process = number();
     rlimit limit{};
-    if (::prlimit(process_, RLIMIT_AS, nullptr, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY)
+    if (process == 0 || ::prlimit(process, RLIMIT_AS, nullptr, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY)
         return; // It did not limit itself.
     const auto taken = rlim_t(hello_->addressSpace + Worker::addressSpaceForSmallJobs);
-    limit.rlim_cur = std::min(taken + rlim_t(std::clamp<std::int64_t>(bytes, 0, largestNeed)), limit.rlim_max);
-    ::prlimit(process_, RLIMIT_AS, &limit, nullptr);
+    limit.rlim_cur = std::min(taken + rlim_t(std::clamp<std::int64_t>(bytes, 0, largestNeed())), limit.rlim_max);
+    ::prlimit(process, RLIMIT_AS, &limit, nullptr);
 }
 
 } // namespace ferrow::WorkerPool

@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "OddWorker.h"
+#include "Processes.h"
 
 #include "Models/ErrorTexts.h"
 #include "Platform/Base/Cancellation.h"
 #include "Support/Files.h"
 #include "WorkerPool/WorkerAnswerer.h"
 
+#include <sys/stat.h>
 #include <sys/wait.h>
 
+#include <csignal>
 #include <future>
 #include <thread>
 
@@ -30,16 +33,21 @@ protected:
         return error == std::optional(ImagePipelineError(ImagePipelineError::decodingFailed));
     }
 
-    /// Of the one worker that is there.
-    pid_t process()
+    int positionOfPhoto() { return int(::lseek(photo_.descriptor(), 0, SEEK_CUR)); }
+
+    /// Whether the answer to an export of that quality was believed. What it wrote is in `output_`.
+    bool frames(double quality)
     {
-        auto worker = pool_->take(WorkerKind::photos, {});
-        const pid_t number = worker->process();
-        pool_->giveBack(std::move(worker), Pool::Condition::fit);
-        return number;
+        Engine::FrameRequest request;
+        request.source = {photo_.descriptor(), photo_.size()};
+        request.outputDescriptor = output_.descriptor();
+        request.expectedSize = request.composition.canvasSize = {3, 2};
+        request.quality = quality;
+        return !test::errorOf<ImagePipelineError>([&] { return workers_.frame(request, {}), 0; });
     }
 
     const MemoryFile photo_{"photo"};
+    const MemoryFile output_{""};
     const qsizetype descriptorsBefore_ = openDescriptors();
     std::shared_ptr<Pool> pool_ = std::make_shared<Pool>(ODD_WORKER_PROGRAM);
     WorkerAnswerer workers_{pool_, 1'000'000'000};
@@ -88,63 +96,98 @@ TEST_F(FaultyWorker, costsNoLaterPhoto)
 
 TEST_F(FaultyWorker, isNotBelievedToHaveWrittenWhatIsNotThere)
 {
-    const MemoryFile output("");
-    Engine::FrameRequest request;
-    request.source = {photo_.descriptor(), photo_.size()};
-    request.outputDescriptor = output.descriptor();
-    request.expectedSize = request.composition.canvasSize = {3, 2};
-    request.quality = test::writesNothing;
-    EXPECT_THROW(workers_.frame(request, {}), ImagePipelineError);
-    request.quality = test::writesSomething;
-    EXPECT_NO_THROW(workers_.frame(request, {}));
+    EXPECT_FALSE(frames(test::writesNothing));
+    EXPECT_FALSE(frames(test::leavesHole));
+    EXPECT_TRUE(frames(test::writesSomething));
 }
 
-TEST_F(FaultyWorker, thatWasKilledBeforeItsFirstWordIsReplacedUnseen)
+TEST_F(FaultyWorker, takesNoRoomBesideItsOutput)
 {
-    auto worker = pool_->take(WorkerKind::photos, {});
-    ::kill(worker->process(), SIGKILL);
-    ::waitid(P_PID, id_t(worker->process()), nullptr, WEXITED | WNOWAIT);
-    pool_->giveBack(std::move(worker), Pool::Condition::fit);
-    EXPECT_FALSE(refuses(test::none));
+    constexpr std::int64_t megabyte = 1 << 20;
+    for (const double quality : {test::reserves, test::swells}) {
+        SCOPED_TRACE(quality);
+        struct stat status {};
+        frames(quality);
+        ::fstat(output_.descriptor(), &status);
+        EXPECT_LE(status.st_blocks * S_BLKSIZE, 40 * megabyte);
+        EXPECT_LE(status.st_size, 40 * megabyte);
+    }
 }
 
-TEST_F(FaultyWorker, thatWasKilledWhileIdleIsReplacedUnseen)
+TEST_F(FaultyWorker, thatFramesReadsNothingElseAndIsGoneAfterwards)
 {
+    EXPECT_FALSE(refuses(test::none)); // So that one is there that has read.
+    EXPECT_TRUE(frames(test::lingers));
+    const int position = positionOfPhoto();
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_EQ(positionOfPhoto(), position);
     EXPECT_FALSE(refuses(test::none));
-    auto worker = pool_->take(WorkerKind::photos, {});
-    ::kill(worker->process(), SIGKILL);
-    ::waitid(P_PID, id_t(worker->process()), nullptr, WEXITED | WNOWAIT);
-    pool_->giveBack(std::move(worker), Pool::Condition::fit);
-    EXPECT_FALSE(refuses(test::none));
+    EXPECT_EQ(workers_.inspect({{photo_.descriptor(), photo_.size()}, test::none}, {}).storedSize.height, 3);
 }
 
-TEST_F(FaultyWorker, thatCannotBeStartedRefusesEachPhoto)
+TEST_F(FaultyWorker, thatWasKilledIsReplacedUnseen)
+{
+    const auto stem = [] { return test::childrenOf(::getpid()).at(0); };
+    {
+        // Not yet asked anything; and while idle, with and without what it was forked from.
+        const auto worker = pool_->take(WorkerKind::photos, Purpose::reading, {1 << 20, 60}, {});
+        ::kill(stem(), SIGKILL);
+    }
+    EXPECT_FALSE(refuses(test::none));
+    for (const pid_t worker : test::childrenOf(stem()))
+        ::kill(worker, SIGKILL);
+    EXPECT_FALSE(refuses(test::none));
+    ::kill(stem(), SIGKILL);
+    EXPECT_FALSE(refuses(test::none));
+    // At work.
+    auto job = std::async(std::launch::async, [&] { return refuses(test::completes); });
+    while (positionOfPhoto() != test::waits)
+        std::this_thread::yield();
+    ::lseek(photo_.descriptor(), test::goesOn, SEEK_SET);
+    ::kill(stem(), SIGKILL);
+    EXPECT_FALSE(job.get());
+}
+
+TEST_F(FaultyWorker, thatCannotBeStartedIsToldAsThat)
 {
     for (const char* program : {"/nowhere/ferrow-worker", "/bin/true"}) {
         WorkerAnswerer none(std::make_shared<Pool>(program), 1'000'000);
         for (int i = 0; i < 2; ++i)
-            EXPECT_THROW(static_cast<void>(none.inspect({{photo_.descriptor(), 5}, 0}, {})), ImagePipelineError);
-        EXPECT_THROW(static_cast<void>(none.rasteriseLogo({{photo_.descriptor(), 5}, 9}, {})), LogoAssetError);
+            EXPECT_EQ(test::errorOf<ImagePipelineError>([&] {
+                          return none.inspect({{photo_.descriptor(), 5}, 0}, {});
+                      }),
+                      std::optional(ImagePipelineError(ImagePipelineError::workerUnavailable)));
+        EXPECT_EQ(test::errorOf<LogoAssetError>([&] {
+                      return none.rasteriseLogo({{photo_.descriptor(), 5}, 9}, {});
+                  }),
+                  std::optional(LogoAssetError{.value = LogoAssetError::Case::workerUnavailable}));
     }
 }
 
-TEST_F(FaultyWorker, isKilledForAStopUntilTheLastRowIsComposed)
+TEST_F(FaultyWorker, isKilledForAStop)
 {
-    for (const int oddity : {test::deaf, test::completes}) {
-        EXPECT_FALSE(refuses(test::none)); // So that a worker is there, and the stop meets it at work.
+    struct Row {
+        const char* name;
+        int oddity;
+        bool goesOn;
+    };
+    for (const Row& row : {Row{"deaf", test::deaf, false}, Row{"silent after its last row", test::completes, false},
+                           Row{"still completing its last row", test::completes, true}}) {
+        SCOPED_TRACE(row.name);
+        ::lseek(photo_.descriptor(), 0, SEEK_SET);
         std::stop_source source;
-        const std::jthread stopper([&, worker = process()] {
-            siginfo_t stopped;
-            ::waitid(P_PID, id_t(worker), &stopped, WSTOPPED | WNOWAIT); // It has said all that it says by itself.
+        const std::jthread stopper([&] {
+            while (positionOfPhoto() != test::waits)
+                std::this_thread::yield();
             source.request_stop();
-            std::this_thread::sleep_for(std::chrono::milliseconds(600)); // Longer than a stop is waited for.
-            if (oddity == test::completes)
-                ::kill(worker, SIGCONT);
+            std::this_thread::sleep_for(std::chrono::milliseconds(500)); // Longer than others are waited for.
+            if (row.goesOn)
+                ::lseek(photo_.descriptor(), test::goesOn, SEEK_SET);
         });
-        if (oddity == test::completes)
-            EXPECT_FALSE(refuses(oddity, source.get_token()));
+        if (row.goesOn)
+            EXPECT_FALSE(refuses(row.oddity, source.get_token()));
         else
-            EXPECT_THROW(static_cast<void>(refuses(oddity, source.get_token())), Cancelled);
+            EXPECT_THROW(static_cast<void>(refuses(row.oddity, source.get_token())), Cancelled);
     }
 }
 
@@ -165,6 +208,8 @@ TEST(MemoryBudget, letsInWhatFitsAndRunsTheLargestAlone)
     }
     const auto all = memory.acquire(1000, {});
     EXPECT_FALSE(fits(1));
+    // Not for ever: whoever waits for long gets by, as far as half as much is left.
+    static_cast<void>(memory.acquire(50, {}));
 }
 
 } // namespace ferrow::WorkerPool

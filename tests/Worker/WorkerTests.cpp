@@ -8,10 +8,22 @@
 #include <QProcess>
 #include <QRegularExpression>
 
+#include <fcntl.h>
+#include <linux/filter.h>
 #include <linux/seccomp.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstddef>
+#include <functional>
+#include <iterator>
 
 namespace ferrow::WorkerPool {
 
@@ -115,42 +127,120 @@ TEST_F(RealWorker, isAllowedWhatALargePhotoNeeds)
     EXPECT_EQ(test::decoded(out.bytes()).size(), (PixelSize{6040, 5040}));
 }
 
-TEST(Confinement, leavesNoWayOut)
+namespace {
+
+/// What `tryOut` says, a letter for each try, from within the walls; then whether the kernel let Landlock, filters and
+/// namespaces in force. `prepare` is called before.
+QByteArray fromWithin(const std::vector<std::string>& readablePlaces, const std::function<void()>& prepare,
+                      const std::function<std::string(int pipe)>& tryOut)
 {
     int ends[2];
-    ASSERT_EQ(::pipe(ends), 0);
-    const pid_t parent = ::getpid();
-    const pid_t child = ::fork();
-    if (child == 0) {
-        const Worker::Hello hello = Worker::confine({});
-        char program[] = "/bin/true";
-        char* const words[] = {program, nullptr};
-        constexpr long unread = long(1) << 32; // The kernel takes the lower half of such a register.
-        const std::string results{char('0' + (::open("/etc/passwd", O_RDONLY) < 0)),
-                                  char('0' + (::open("/dev/null", O_WRONLY) < 0)),
-                                  char('0' + (::socket(AF_INET, SOCK_STREAM, 0) < 0)),
-                                  char('0' + (::execv(program, words) < 0)),
-                                  char('0' + (::kill(parent, 0) < 0)),
-                                  char('0' + (::fork() < 0)),
-                                  char('0' + (::fcntl(ends[1], F_SETOWN, parent) < 0)),
-                                  char('0' + (::syscall(SYS_fcntl, ends[1], unread | F_SETOWN, parent) < 0)),
-                                  char('0' + (::syscall(SYS_openat, AT_FDCWD, "/dev/null", unread | O_WRONLY) < 0)),
-                                  char('0' + (::syscall(SYS_kill, unread | parent, 0) < 0)),
-                                  char('0' + hello.landlockVersion),
-                                  char('0' + hello.filtersSystemCalls)};
-        ::_exit(::write(ends[1], results.data(), results.size()) < 0);
+    if (::pipe(ends) != 0)
+        return {};
+    const pid_t stem = ::fork();
+    if (stem == 0) {
+        prepare();
+        Worker::Confinement walls(readablePlaces);
+        const pid_t inner = walls.fork({1 << 20, 60});
+        if (inner == 0) {
+            const std::string results = tryOut(ends[1]) + char('0' + walls.hello().landlockVersion) +
+                                        char('0' + walls.hello().filtersSystemCalls) +
+                                        char('0' + walls.hello().hasNamespaces);
+            ::_exit(::write(ends[1], results.data(), results.size()) < 0);
+        }
+        ::waitpid(inner, nullptr, 0);
+        // The root folder is a bare one in a namespace of its own, and in that alone.
+        ::_exit((::access("/etc", F_OK) != 0) != walls.hello().hasNamespaces);
     }
-    char results[13] = {};
     ::close(ends[1]);
-    EXPECT_EQ(::read(ends[0], results, sizeof results), 12);
+    QByteArray results(64, '\0');
+    results.truncate(std::max<ssize_t>(::read(ends[0], results.data(), std::size_t(results.size())), 0));
     ::close(ends[0]);
-    ::waitpid(child, nullptr, 0);
-    ASSERT_EQ(results[10] - '0', landlockOfTheKernel());
-    ASSERT_EQ(results[11] == '1', kernelHasFilters());
-    if (results[10] == '0' || results[11] == '0')
-        GTEST_SKIP() << "NOT TESTED: this kernel offers no Landlock or no filters of system calls to confine with.";
-    EXPECT_EQ(QByteArray(results, 10), "1111111111")
-        << "read, write, socket, program, signal, process, notice; with high bits: notice, write, signal";
+    int status = 0;
+    ::waitpid(stem, &status, 0);
+    EXPECT_EQ(status, 0);
+    return results;
+}
+
+char letter(bool isRefused)
+{
+    return char('0' + isRefused);
+}
+
+/// As containers do that know neither namespaces nor Landlock.
+void takeWallsAway()
+{
+    constexpr unsigned createRuleset = 444;
+    sock_filter program[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+                             BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_unshare, 1, 0),
+                             BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, createRuleset, 0, 1),
+                             BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM),
+                             BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
+    const sock_fprog filter{std::size(program), program};
+    ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+    ::syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, 0, &filter);
+}
+
+} // namespace
+
+TEST(Confinement, leavesNoWayOut)
+{
+    const pid_t parent = ::getpid();
+    const QByteArray results = fromWithin(
+        {}, [] {},
+        [parent](int pipe) {
+            char program[] = "/bin/true";
+            char* const words[] = {program, nullptr};
+            char target[9];
+            struct stat status {};
+            rlimit unlimited{RLIM_INFINITY, RLIM_INFINITY};
+            constexpr long unread = long(1) << 32; // The kernel takes the lower half of such a register.
+            constexpr long clone = CLONE_NEWUSER | SIGCHLD;
+            return std::string{letter(::open("/etc/passwd", O_RDONLY) < 0),
+                               letter(::open("/dev/null", O_WRONLY) < 0),
+                               letter(::stat("/etc/passwd", &status) < 0),
+                               letter(::readlink("/proc/self/fd/0", target, sizeof target) < 0),
+                               letter(::socket(AF_INET, SOCK_STREAM, 0) < 0),
+                               letter(::execv(program, words) < 0),
+                               letter(::kill(parent, 0) < 0),
+                               letter(::fork() < 0),
+                               letter(::fcntl(pipe, F_SETOWN, parent) < 0),
+                               letter(::fallocate(pipe, 0, 0, 1) < 0 && errno == ENOSYS),
+                               letter(::mmap(nullptr, 1, PROT_EXEC, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0) == MAP_FAILED),
+                               letter(::setrlimit(RLIMIT_FSIZE, &unlimited) < 0),
+                               letter(::syscall(SYS_fcntl, pipe, unread | F_SETOWN, parent) < 0),
+                               letter(::syscall(SYS_openat, AT_FDCWD, "/dev/null", unread | O_WRONLY) < 0),
+                               letter(::syscall(SYS_prctl, unread | PR_SET_PDEATHSIG, 0, 0, 0, 0) < 0),
+                               letter(::syscall(SYS_clone, unread | clone, 0, 0, 0, 0) < 0)};
+        });
+    ASSERT_EQ(results.size(), 19);
+    ASSERT_EQ(results[16] - '0', landlockOfTheKernel());
+    ASSERT_EQ(results[17] == '1', kernelHasFilters());
+    if (results[17] == '0')
+        GTEST_SKIP() << "NOT TESTED: this kernel offers no filters of system calls to confine with.";
+    EXPECT_EQ(results.left(16), QByteArray(16, '1'))
+        << "read, write, stat, link, socket, program, signal, process, notice, reserve, run memory, limits; with high "
+           "bits: notice, write, signal of death, namespace";
+}
+
+TEST(Confinement, leavesFontsToBeReadWhereAnythingHoldsTheRestBack)
+{
+    const test::TemporaryFolder folder;
+    const std::string font = folder.write("font", "shapes").path().toStdString();
+    const std::string other = folder.write("other", "words").path().toStdString();
+    const auto tryOut = [&](int) {
+        return std::string{letter(::open(font.c_str(), O_RDONLY) < 0), letter(::open(font.c_str(), O_RDWR) < 0),
+                           letter(::open(other.c_str(), O_RDONLY) < 0)};
+    };
+    const QByteArray walled = fromWithin(
+        {font}, [] {}, tryOut);
+    ASSERT_EQ(walled.size(), 6);
+    if (walled[3] != '0' || walled[5] != '0') {
+        EXPECT_EQ(walled.left(3), "011");
+    }
+    if (kernelHasFilters()) {
+        EXPECT_EQ(fromWithin({font}, takeWallsAway, tryOut), "111010");
+    }
 }
 
 TEST(Confinement, showsInATraceOfABatch)
