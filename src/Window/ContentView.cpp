@@ -304,6 +304,8 @@ void ContentView::showSettings()
     if (!settings_) {
         settings_ = new SettingsView(preferences_, this);
         settings_->setAttribute(Qt::WA_DeleteOnClose);
+        if (services_.missingWallsNote)
+            settings_->setSystemNote(services_.missingWallsNote());
     }
     settings_->show();
     settings_->raise();

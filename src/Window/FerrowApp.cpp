@@ -184,7 +184,9 @@ int runFerrow(int argc, char** argv, const std::function<void(ContentView&)>& sh
     QObject::connect(&preferences, &Preferences::appearanceChanged, application.get(), dress);
     QObject::connect(&desktop, &DesktopAppearance::changed, application.get(), dress);
 
-    auto window = std::make_unique<ContentView>(preferences);
+    WindowServices services = WindowServices::system();
+    services.missingWallsNote = [&workers] { return workers ? workers->missingWallsNote() : QString(); };
+    auto window = std::make_unique<ContentView>(preferences, std::move(services));
     window->show();
     if (shown)
         shown(*window);

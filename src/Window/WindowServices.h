@@ -18,6 +18,7 @@ struct WindowServices {
     std::function<void(const std::vector<FileUrl>&)> openFolders;
     std::function<void(const QString& title, const QString& body)> notify;
     bool isSandboxed = false;
+    std::function<QString()> missingWallsNote; ///< For the settings; empty for nothing to tell. May be null.
 
     [[nodiscard]] static WindowServices system();
 };

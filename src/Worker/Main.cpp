@@ -100,6 +100,7 @@ int main(int argc, char** argv)
     const std::vector<std::string> readablePlaces = prepare(drawsText, *setup);
     if (!hasOneThread())
         return cannotFork;
+    ::malloc_trim(0); // Each fork takes a note of every page.
     Confinement walls(readablePlaces);
     forkOnRequest(channel, walls, serve);
     std::_Exit(0);

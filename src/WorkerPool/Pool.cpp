@@ -22,8 +22,8 @@ constexpr int mostWorkers(WorkerKind kind)
 }
 
 /// After these a worker is replaced: whatever codecs lose, and whatever a photo may have done to one, ends with it. A
-/// new one costs as much as three small photos (docs/workers.md).
-constexpr std::uint32_t mostJobs = 16;
+/// new one costs as much as two small photos (docs/workers.md).
+constexpr std::uint32_t mostJobs = 32;
 
 constexpr std::chrono::seconds longestRest{30};
 
@@ -94,6 +94,8 @@ void Pool::giveBack(std::unique_ptr<WorkerProcess> worker, Condition condition)
     const std::scoped_lock lock(mutex_);
     Workers& own = workers(worker->kind());
     --own.busy;
+    if (worker->hello())
+        lastHello_ = worker->hello();
     // It ends with the last worker that was forked from it.
     if (condition == Condition::silent && own.stem == worker->stem())
         own.stem = nullptr;
@@ -103,6 +105,12 @@ void Pool::giveBack(std::unique_ptr<WorkerProcess> worker, Condition condition)
     }
     workerReady_.notify_all();
     workToKeep_.notify_all();
+}
+
+std::optional<Worker::Hello> Pool::lastHello()
+{
+    const std::scoped_lock lock(mutex_);
+    return lastHello_;
 }
 
 void Pool::close()

@@ -9,6 +9,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <stop_token>
 #include <thread>
 #include <vector>
@@ -47,6 +48,9 @@ public:
     /// A worker that is not fit is killed at once.
     void giveBack(std::unique_ptr<WorkerProcess> worker, Condition condition);
 
+    /// How the last worker that was given back is confined; none before.
+    [[nodiscard]] std::optional<Worker::Hello> lastHello();
+
     /// Ends all workers, those at work among them, whose jobs then have no answer; they have to be given back before
     /// the pool goes. Waits a moment for the idle ones.
     void close();
@@ -75,6 +79,7 @@ private:
     std::condition_variable_any workToKeep_;
     std::condition_variable_any workerReady_;
     std::array<Workers, workerKinds> workers_;
+    std::optional<Worker::Hello> lastHello_;
     bool isClosed_ = false;
     std::jthread keeper_; ///< Last, so that it ends before what it works on goes.
 };

@@ -89,6 +89,17 @@ try {
     return ImagePipelineError(ImagePipelineError::workerUnavailable).errorDescription();
 }
 
+QString Installation::missingWallsNote() const
+{
+    const auto hello = pool_->lastHello();
+    const QStringList missing = hello ? missingWalls(*hello) : QStringList();
+    if (missing.isEmpty())
+        return {};
+    return QStringLiteral("Photos are read in separate processes. This system does not offer all that confines them: "
+                          "without %1.")
+        .arg(missing.join(QStringLiteral(", ")));
+}
+
 Installation installWorkers(const QByteArray& program)
 {
     keepEndedChildren();

@@ -22,6 +22,9 @@ public:
 
     /// One line for the user: "Photos are read in separate processes with …". Starts a worker when none runs yet.
     [[nodiscard]] QString confinementInForce() const;
+    /// One line for the user where this system does not offer all that confines workers; empty where it does, and
+    /// before a worker was asked anything. Does not wait.
+    [[nodiscard]] QString missingWallsNote() const;
 
 private:
     std::shared_ptr<Pool> pool_;

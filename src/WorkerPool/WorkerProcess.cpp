@@ -106,10 +106,12 @@ public:
     [[nodiscard]] pid_t start(const QByteArray& program, const char* argument)
     {
         std::array<char*, 3> words{const_cast<char*>(program.constData()), const_cast<char*>(argument), nullptr};
-        char* emptyEnvironment[] = {nullptr};
+        // Nothing of ours. Symbols that were bound when first called would be so again in each worker.
+        char bindNow[] = "LD_BIND_NOW=1";
+        char* environment[] = {bindNow, nullptr};
         pid_t process = 0;
         const int error =
-            ::posix_spawn(&process, program.constData(), &actions_, &attributes_, words.data(), emptyEnvironment);
+            ::posix_spawn(&process, program.constData(), &actions_, &attributes_, words.data(), environment);
         return error == 0 ? process : 0;
     }
 

@@ -40,6 +40,10 @@ TEST(SettingsView, showsWhatIsStoredAndStoresWhatIsChosen)
     EXPECT_EQ(test::readFile(file), "[General]\nappearancePreference=Light\npreviewBackdropDark=Black\n"
                                     "previewBackdropLight=White\n");
     EXPECT_TRUE(child<MessageLine>(settings, "unsavedNote").isHidden());
+    auto& systemNote = child<MessageLine>(settings, "systemNote");
+    EXPECT_TRUE(systemNote.isHidden());
+    settings.setSystemNote(QStringLiteral("without namespaces"));
+    EXPECT_FALSE(systemNote.isHidden());
     // The preview's own choice of backdrops reaches an open window.
     preferences.setPreviewBackdrop(true, PreviewBackdrop::lightGray);
     EXPECT_EQ(dark.backdrop(), PreviewBackdrop::lightGray);

@@ -46,7 +46,7 @@ TEST(Pool, replacesAWorkerThatHasDoneItsShare)
     };
     EXPECT_EQ(jobOfWorker(), 1);
     const std::vector<pid_t> stems = test::childrenOf(::getpid());
-    for (int i = 2; i <= 16; ++i)
+    for (int i = 2; i <= 32; ++i)
         EXPECT_EQ(jobOfWorker(), i);
     EXPECT_EQ(jobOfWorker(), 1);
     EXPECT_EQ(test::childrenOf(::getpid()), stems);

@@ -4,6 +4,7 @@
 #include "Support/Pictures.h"
 #include "Worker/Confinement.h"
 #include "WorkerPool/WorkerAnswerer.h"
+#include "WorkerPool/WorkerPool.h"
 
 #include <QProcess>
 #include <QRegularExpression>
@@ -241,6 +242,25 @@ TEST(Confinement, leavesFontsToBeReadWhereAnythingHoldsTheRestBack)
     if (kernelHasFilters()) {
         EXPECT_EQ(fromWithin({font}, takeWallsAway, tryOut), "111010");
     }
+}
+
+TEST(Confinement, isNotNeededToReadPhotosButToldWhereItIsMissing)
+{
+    if (!kernelHasFilters())
+        GTEST_SKIP() << "NOT TESTED: this kernel offers no filters of system calls to take walls away with.";
+    const MemoryFile photo(test::encoded(OutputType::png, test::noise({40, 30}, rgb8)));
+    const pid_t child = ::fork();
+    if (child == 0) {
+        takeWallsAway();
+        const Installation workers = installWorkers(WORKER_PROGRAM);
+        const bool reads =
+            Engine::answerer().inspect({{photo.descriptor(), photo.size()}, 0}, {}).storedSize.width == 40;
+        const bool tells = workers.missingWallsNote().contains(QStringLiteral("without namespaces, Landlock."));
+        ::_exit(reads && tells ? 0 : 1);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
 }
 
 TEST(Confinement, showsInATraceOfABatch)

@@ -55,12 +55,22 @@ SettingsView::SettingsView(Preferences& preferences, QWidget* parent) : QDialog(
     unsaved_ = new MessageLine(Severity::warning, {});
     unsaved_->setObjectName(QStringLiteral("unsavedNote"));
     page->addWidget(unsaved_);
+    system_ = new MessageLine(Severity::info, {});
+    system_->setObjectName(QStringLiteral("systemNote"));
+    page->addWidget(system_);
+    setSystemNote({});
     column->addWidget(new HairLine);
     column->addWidget(makeFoot());
 
     connect(&preferences_, &Preferences::appearanceChanged, this, &SettingsView::showStored);
     connect(&preferences_, &Preferences::previewBackdropChanged, this, &SettingsView::showStored);
     showStored();
+}
+
+void SettingsView::setSystemNote(const QString& note)
+{
+    system_->setMessage(Severity::info, note);
+    system_->setVisible(!note.isEmpty());
 }
 
 void SettingsView::addAppearance(QVBoxLayout& page)

@@ -20,6 +20,9 @@ public:
     /// `preferences` must outlive the window.
     explicit SettingsView(Preferences& preferences, QWidget* parent = nullptr);
 
+    /// What there is to know of this system; an empty one shows no line.
+    void setSystemNote(const QString& note);
+
 private:
     void addAppearance(QVBoxLayout& page);
     void addPreview(QVBoxLayout& page);
@@ -31,6 +34,7 @@ private:
     BackdropChoice* lightBackdrop_ = nullptr;
     BackdropChoice* darkBackdrop_ = nullptr;
     MessageLine* unsaved_ = nullptr;
+    MessageLine* system_ = nullptr;
 };
 
 } // namespace ferrow
