@@ -129,6 +129,12 @@ public:
                                                             : text;
     }
 
+    /// None to the label beside it, which would be read out in place of the name.
+    QList<QPair<QAccessibleInterface*, QAccessible::Relation>> relations(QAccessible::Relation) const override
+    {
+        return {};
+    }
+
     QAccessible::State state() const override
     {
         QAccessible::State state = QAccessibleWidget::state();

@@ -58,9 +58,10 @@ ContentView::ContentView(Preferences& preferences, WindowServices services)
 {
     setObjectName(QStringLiteral("contentView"));
     setWindowTitle(QStringLiteral("Ferrow"));
-    setMinimumSize(leastSize);
-    resize(idealSize.boundedTo(screen()->availableSize() - QSize(Space::emptyBlocks, Space::emptyBlocks))
-               .expandedTo(leastSize));
+    // Where the desktop enlarges everything, a small screen has less room than that.
+    const QSize room = screen()->availableSize() - QSize(Space::emptyBlocks, Space::emptyBlocks);
+    setMinimumSize(leastSize.boundedTo(room));
+    resize(idealSize.boundedTo(room));
     setAcceptDrops(true);
 
     actions_ = new WindowActions(*this, history_.stack());

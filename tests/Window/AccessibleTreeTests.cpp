@@ -3,7 +3,9 @@
 #include "Widgets/AccessibleItems.h"
 #include "Window/RealWindow.h"
 
+#include <QAbstractScrollArea>
 #include <QPointer>
+#include <QScreen>
 #include <QSplitter>
 
 #include <condition_variable>
@@ -260,6 +262,31 @@ TEST_F(AccessibleTree, TellsAndMovesTheColumns)
     EXPECT_TRUE(isExpanded());
     click("sidebarButton");
     EXPECT_FALSE(isExpanded());
+}
+
+/// Also run on a small screen of a desktop that enlarges everything twice.
+TEST_F(AccessibleTree, CutsOffNothingThatCannotBeScrolledTo)
+{
+    importOne();
+    EXPECT_TRUE(window_->screen()->availableSize().width() >= window_->width() &&
+                window_->screen()->availableSize().height() >= window_->height());
+    for (const char* opener : {"", "presetsButton", "exportButton"}) {
+        SCOPED_TRACE(opener);
+        if (*opener)
+            click(opener);
+        QTest::qWait(50);
+        for (const QWidget* control : window_->findChildren<QWidget*>()) {
+            const QWidget* holder = control->parentWidget();
+            while (holder != window_.get() && !qobject_cast<const QAbstractScrollArea*>(holder))
+                holder = holder->parentWidget();
+            if (control->isVisible() && (control->focusPolicy() & Qt::TabFocus) && holder == window_.get()) {
+                EXPECT_TRUE(window_->rect().contains(QRect(control->mapTo(window_.get(), QPoint()), control->size())))
+                    << control->accessibleName().toStdString() << control->objectName().toStdString();
+            }
+        }
+        if (Overlay* overlay = Overlay::topmost(window_.get()))
+            overlay->dismiss();
+    }
 }
 
 TEST_F(AccessibleTree, TabReachesEveryPartOfTheWindow)

@@ -87,8 +87,11 @@ ShortcutsWindow::ShortcutsWindow(const std::vector<ShortcutGroup>& groups, QWidg
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(pane);
+    const QSize room = QGuiApplication::primaryScreen()->availableSize() * 0.9;
+    if (page->sizeHint().width() > room.width())
+        columns->setDirection(QBoxLayout::TopToBottom); // It scrolls down, not sideways.
     const QSize wanted = page->sizeHint();
-    resize(wanted.boundedTo(QGuiApplication::primaryScreen()->availableSize() * 0.9));
+    resize(wanted.boundedTo(room));
     setMinimumWidth(std::min(wanted.width(), width()));
 }
 

@@ -27,6 +27,7 @@ struct Width {
 };
 
 constexpr int previewLeast = 440;
+constexpr int previewLeastBesideOne = 320; // On a screen that is too small even for two columns.
 constexpr int previewIdeal = 720;
 constexpr int shadowWidth = 24; // Beside the drawer, for its shadow.
 constexpr int lines = 2;        // The splitter's two.
@@ -280,7 +281,7 @@ WindowColumns::WindowColumns(QWidget* sidebar, QWidget* preview, QWidget* inspec
     column->setContentsMargins(0, 0, 0, 0);
     column->addWidget(splitter_);
     // Less than the three columns ask for: the sidebar leaves before that.
-    setMinimumWidth(previewLeast + inspectorWidth().least + 1);
+    setMinimumWidth(previewLeastBesideOne + inspectorWidth().least + 1);
     drawer_ = new SidebarDrawer(this);
 }
 
@@ -319,6 +320,7 @@ void WindowColumns::setNarrow(bool narrow)
         return;
     drawer_->setOpen(false);
     narrow_ = narrow;
+    splitter_->widget(splitter_->count() - 2)->setMinimumWidth(narrow ? previewLeastBesideOne : previewLeast);
     if (narrow) {
         drawer_->layout()->addWidget(sidebar_);
         sidebar_->setFixedWidth(drawerWidth());
