@@ -179,9 +179,17 @@ void Overlay::giveFocusBack()
     returnFocus_ = nullptr;
     if (canHaveFocus(target)) {
         target->setFocus(Qt::OtherFocusReason);
-    } else if (Overlay* below = topmost(this)) {
+        return;
+    }
+    if (Overlay* below = topmost(this)) {
         below->takeFirstFocus(nullptr);
-    } else if (QWidget* next = nextOutside(target ? target : this)) {
+        return;
+    }
+    // What had it has gone with a part of the window: whatever comes next beside that.
+    while (target && !target->isVisible()) {
+        target = target->parentWidget();
+    }
+    if (QWidget* next = nextOutside(target ? target : this)) {
         next->setFocus(Qt::OtherFocusReason);
     }
 }
