@@ -13,12 +13,12 @@ using test::Words;
 namespace {
 
 /// Whether a line of a trace is one that writes a framed copy. Nobody but root may look into workers: their descriptors
-/// then have no names and their bytes are addresses. Workers write into framed copies alone; they answer by other
-/// calls.
+/// then have no names and their bytes are addresses. Framed copies alone are written at an offset by them; answers, and
+/// what a worker prepares for itself, are not.
 bool writesAFramedCopy(const QByteArray& line)
 {
     static const QRegularExpression call(
-        QStringLiteral(R"(^\d+ +(?:pwrite64|writev?)\((?:\d+, 0x|\d+<[^>]*\.Ferrow-))"));
+        QStringLiteral(R"(^\d+ +(?:pwrite64\(\d+, 0x|(?:pwrite64|writev?)\(\d+<[^>]*\.Ferrow-))"));
     return call.match(QString::fromUtf8(line)).hasMatch();
 }
 
