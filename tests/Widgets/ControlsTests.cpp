@@ -244,24 +244,35 @@ TEST(BackdropDots, areOneTabStopAndChooseByArrow)
 
 TEST(Section, comesIntoSightWhenItOpens)
 {
-    auto* page = new QWidget;
-    auto* sections = new QVBoxLayout(page);
-    auto* first = new Section(QStringLiteral("Border"));
-    auto* last = new Section(QStringLiteral("Output"));
-    auto* rows = new QWidget;
-    rows->setMinimumHeight(200);
-    last->body()->addWidget(rows);
-    last->setExpanded(false);
-    sections->addWidget(first);
-    sections->addSpacing(200);
-    sections->addWidget(last);
-    ScrollPane pane;
-    pane.setPage(page);
-    pane.resize(300, 320);
-    pane.show();
-    QTest::mouseClick(last->header(), Qt::LeftButton);
-    const auto seen = [&](const QWidget* part) { return part->visibleRegion().boundingRect().height(); };
-    EXPECT_TRUE(QTest::qWaitFor([&] { return seen(last) == last->height() && seen(rows) == rows->height(); }));
+    struct Row {
+        const char* name;
+        int height;
+        int seen; ///< Of the rows, from their first pixel on.
+    };
+    for (const Row& row : {Row{"whole", 200, 200}, Row{"taller than the pane, its beginning", 500, 250}}) {
+        SCOPED_TRACE(row.name);
+        auto* page = new QWidget;
+        auto* sections = new QVBoxLayout(page);
+        auto* last = new Section(QStringLiteral("Output"));
+        auto* rows = new QWidget;
+        rows->setFixedHeight(row.height);
+        last->body()->addWidget(rows);
+        last->setExpanded(false);
+        sections->addWidget(new Section(QStringLiteral("Border")));
+        sections->addSpacing(200);
+        sections->addWidget(last);
+        ScrollPane pane;
+        pane.setPage(page);
+        pane.resize(300, 320);
+        pane.show();
+        QTest::mouseClick(last->header(), Qt::LeftButton);
+        const auto isSeen = [](const QWidget* part, int height) {
+            const QRect seen = part->visibleRegion().boundingRect();
+            return seen.top() == 0 && seen.height() >= height;
+        };
+        EXPECT_TRUE(QTest::qWaitFor(
+            [&] { return isSeen(last->header(), last->header()->height()) && isSeen(rows, row.seen); }));
+    }
 }
 
 TEST(Section, saysWhetherItIsOpen)

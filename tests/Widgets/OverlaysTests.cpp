@@ -127,6 +127,30 @@ TEST_F(OverlayTest, aSheetLeavesByEscapeAndActsByEnter)
     EXPECT_EQ(started.size(), 1);
 }
 
+TEST_F(OverlayTest, aSheetThatMovedUpStaysThere)
+{
+    Sheet sheet(&window, QStringLiteral("Export"));
+    auto* rows = new QWidget;
+    rows->setFixedHeight(100);
+    sheet.body()->addWidget(rows);
+    const QWidget* card = sheet.findChild<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
+    sheet.open(sheet.setLeaveButton(QStringLiteral("Cancel")));
+    const int around = card->height() - 100;
+    const auto topWith = [&](int height) {
+        rows->setFixedHeight(height);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return card->height() == around + height; })) << card->height();
+        return card->y();
+    };
+    const int first = topWith(100);
+    EXPECT_EQ(topWith(200), first) << "there is room below";
+    const int moved = topWith(450);
+    EXPECT_LT(moved, first);
+    EXPECT_EQ(topWith(100), moved);
+    sheet.dismiss();
+    sheet.open();
+    EXPECT_EQ(topWith(100), first) << "opened anew";
+}
+
 TEST_F(OverlayTest, aSheetTakesTheKeysWhateverItBeginsWith)
 {
     const QSignalSpy pressed(opener, &QPushButton::clicked);
