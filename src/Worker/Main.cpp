@@ -24,7 +24,8 @@ using namespace ferrow::Worker;
 constexpr int startedWrongly = 2;
 constexpr int cannotFork = 3;
 
-constexpr int longestWaitForThreads = 1'000; ///< Milliseconds.
+/// Milliseconds; counted in looks, which take longer on a busy machine.
+constexpr int longestWaitForThreads = 30'000;
 
 /// Each thread's own pool would reserve tens of megabytes of the address space that a job may take.
 constexpr int memoryPools = 2;

@@ -4,6 +4,9 @@
 #include "Engine/MemoryNeed.h"
 #include "Platform/Base/Cancellation.h"
 
+#include <poll.h>
+
+#include <array>
 #include <chrono>
 #include <utility>
 #include <variant>
@@ -23,6 +26,10 @@ constexpr std::chrono::milliseconds graceForCompleting{1'000};
 /// what the system takes: it frees the memory of a large photo meanwhile.
 constexpr std::chrono::milliseconds patienceForEnd{10'000};
 
+/// Before another is asked for in the place of one that ended without a word. The system may be short of processes for
+/// a moment, and a stem that is ending takes one to be gone.
+constexpr std::array pausesBeforeOthers{std::chrono::milliseconds(20), std::chrono::milliseconds(200)};
+
 std::unique_ptr<WorkerProcess> workerFrom(Pool& pool, const Assignment& wanted, const std::stop_token& stop)
 try {
     return pool.take(wanted.kind, wanted.purpose, wanted.limits, stop);
@@ -41,6 +48,8 @@ JobRun::JobRun(Pool& pool, MemoryBudget& budget, const Assignment& assignment, c
 
 JobRun::~JobRun()
 {
+    if (!worker_)
+        return;
     if (condition_ == Pool::Condition::fit)
         worker_->allowMemory(0);
     pool_.giveBack(std::move(worker_), condition_);
@@ -58,13 +67,28 @@ Worker::Channel::Patience JobRun::patience()
 }
 
 const Worker::Hello& JobRun::greet()
-try {
-    if (!worker_->hello())
-        static_cast<void>(listen());
+{
+    for (std::size_t others = 0; !worker_->hello(); ++others) {
+        try {
+            static_cast<void>(listen());
+        } catch (const NoAnswer& outcome) {
+            if (outcome.timedOut)
+                condition_ = Pool::Condition::silent;
+            if (outcome.timedOut || others == pausesBeforeOthers.size())
+                throw NoAnswer{.timedOut = outcome.timedOut, .hadNoWorker = true};
+            takeAnother(pausesBeforeOthers[others]);
+        }
+    }
     return *worker_->hello();
-} catch (const NoAnswer& outcome) {
-    condition_ = Pool::Condition::silent;
-    throw NoAnswer{.timedOut = outcome.timedOut, .hadNoWorker = true};
+}
+
+void JobRun::takeAnother(std::chrono::milliseconds pause)
+{
+    pool_.giveBack(std::move(worker_), Pool::Condition::broken);
+    pollfd stopped{stopSignal_.descriptor(), POLLIN, 0};
+    ::poll(&stopped, 1, int(pause.count())); // Asking for one heeds the stop.
+    worker_ = workerFrom(pool_, assignment_, stop_);
+    clock_.restart();
 }
 
 Worker::Answer JobRun::ask(Worker::Request request, Allowance::Duration encoding)
@@ -97,8 +121,10 @@ Worker::Answer JobRun::ask(Worker::Request request, Allowance::Duration encoding
 
 bool JobRun::mayBeAskedAgain(const NoAnswer& outcome)
 {
+    if (outcome.hadNoWorker)
+        return false;
     // What its job can't have done to it: an earlier one may have, or the end of the process it was forked from.
-    const bool isInnocent = worker_->jobs() > 1 || job_ == 0 || worker_->stem()->isGone();
+    const bool isInnocent = worker_->jobs() > 1 || worker_->stem()->isGone();
     return isInnocent && !outcome.timedOut && !grace_ && worker_->endsWithin(patienceForEnd);
 }
 

@@ -38,7 +38,8 @@ public:
     /// Gives the worker back: broken, unless accept() was called and it has not framed.
     ~JobRun();
 
-    /// How the worker is confined: its first word. Throws NoAnswer and Cancelled.
+    /// How the worker is confined: its first word. One that ends without is replaced, some times. Throws NoAnswer and
+    /// Cancelled.
     const Worker::Hello& greet();
     /// The request's answer or refusal. `encoding` is time that is allowed beside decoding. Throws NoAnswer and
     /// Cancelled.
@@ -54,6 +55,7 @@ public:
 private:
     using Outcome = Worker::Channel::Outcome;
 
+    void takeAnother(std::chrono::milliseconds pause);
     [[nodiscard]] JobClock& clock() { return grace_ ? *grace_ : clock_; }
     [[nodiscard]] Worker::Channel::Patience patience();
     void send(const Worker::Message& message);

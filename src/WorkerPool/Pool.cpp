@@ -2,9 +2,11 @@
 #include "WorkerPool/Pool.h"
 
 #include "Platform/Base/Cancellation.h"
+#include "WorkerPool/JobClock.h"
 
 #include <algorithm>
 #include <iterator>
+#include <system_error>
 #include <utility>
 
 namespace ferrow::WorkerPool {
@@ -33,12 +35,21 @@ constexpr std::chrono::milliseconds lookingInterval{2'000};
 /// For what is killed when the pool closes, all together.
 constexpr std::chrono::milliseconds patienceAtClose{500};
 
+/// After so many starts in a row that brought no worker, photos are refused unasked until a while has passed: what
+/// keeps the program from starting is seldom over with the next photo, and a batch has thousands.
+constexpr int mostFailedStarts = 3;
+constexpr std::chrono::seconds pauseOfStarts{5};
+
+/// For a stem to get ready: a thousand times what it takes, as machines may be very busy and programs traced. One that
+/// is slow would be slow again.
+constexpr std::chrono::seconds patienceForStart{60};
+
 } // namespace
 
 Pool::Pool(QByteArray program) : program_(std::move(program))
 {
-    workers(WorkerKind::photos).needsStem = true;
-    keeper_ = std::jthread([this](const std::stop_token& stop) { keep(stop); });
+    const std::scoped_lock lock(mutex_);
+    workers(WorkerKind::photos).needsStem = hasKeeper();
 }
 
 Pool::~Pool()
@@ -51,18 +62,20 @@ std::unique_ptr<WorkerProcess> Pool::take(WorkerKind kind, Purpose purpose, cons
 {
     std::unique_lock lock(mutex_);
     Workers& own = workers(kind);
-    const unsigned failedBefore = own.failedStarts;
     std::unique_ptr<WorkerProcess> worker;
-    const bool isOver = workerReady_.wait(lock, stop, [&] {
-        if (isClosed_ || own.failedStarts != failedBefore)
-            return true;
-        worker = takeOne(kind, purpose, limits);
-        return worker != nullptr;
-    });
-    if (!isOver)
-        throw Cancelled{};
-    if (!worker)
-        throw NoWorker{};
+    for (JobClock clock(Allowance::base);;) {
+        workerReady_.wait_for(lock, stop, clock.slice(), [&] {
+            worker = isClosed_ ? nullptr : takeOne(kind, purpose, limits);
+            return isClosed_ || worker;
+        });
+        if (worker)
+            break;
+        throwIfCancelled(stop);
+        if (!own.needsStem)
+            clock.restart(); // Others' jobs end by clocks of their own.
+        if (isClosed_ || clock.isOver())
+            throw NoWorker{};
+    }
     ++own.busy;
     return worker;
 }
@@ -79,14 +92,48 @@ std::unique_ptr<WorkerProcess> Pool::takeOne(WorkerKind kind, Purpose purpose, c
     }
     if (own.busy >= mostWorkers(kind))
         return nullptr;
-    if (own.stem && !own.stem->isGone()) {
+    if (own.stem && own.stem->isGone())
+        loseStem(own);
+    if (own.stem) {
         if (auto worker = own.stem->fork(limits))
             return worker;
         throw NoWorker{};
     }
+    const bool pauses = own.failedStarts >= mostFailedStarts && steady_clock::now() - own.lastFailure < pauseOfStarts;
+    if (pauses || !hasKeeper())
+        throw NoWorker{};
     own.needsStem = true;
     workToKeep_.notify_all();
     return nullptr;
+}
+
+void Pool::noteFailedStart(Workers& own)
+{
+    ++own.failedStarts;
+    own.lastFailure = steady_clock::now();
+}
+
+/// It ends with the last worker that was forked from it.
+void Pool::loseStem(Workers& own)
+{
+    if (own.stem->hasSpoken())
+        own.failedStarts = 0;
+    else
+        noteFailedStart(own);
+    lostStems_.push_back(std::exchange(own.stem, nullptr));
+    workToKeep_.notify_all();
+}
+
+/// Whether there is one, now. Where the system allowed no thread, it may by the time that the next photo comes.
+bool Pool::hasKeeper()
+{
+    try {
+        if (!keeper_.joinable())
+            keeper_ = std::jthread([this](const std::stop_token& stop) { keep(stop); });
+        return true;
+    } catch (const std::system_error&) {
+        return false;
+    }
 }
 
 void Pool::giveBack(std::unique_ptr<WorkerProcess> worker, Condition condition)
@@ -96,9 +143,14 @@ void Pool::giveBack(std::unique_ptr<WorkerProcess> worker, Condition condition)
     --own.busy;
     if (worker->hello())
         lastHello_ = worker->hello();
-    // It ends with the last worker that was forked from it.
-    if (condition == Condition::silent && own.stem == worker->stem())
-        own.stem = nullptr;
+    // One that is still getting ready is waited for by the next photo: another would take as long.
+    if (condition == Condition::silent && own.stem == worker->stem()) {
+        const bool isTooLate = steady_clock::now() - own.stem->startedAt() > patienceForStart;
+        if (!own.stem->hasSpoken() && isTooLate)
+            own.failedStarts = mostFailedStarts;
+        if (own.stem->hasSpoken() || isTooLate)
+            loseStem(own);
+    }
     if (condition == Condition::fit && worker->jobs() < mostJobs && !isClosed_) {
         worker->idleSince = steady_clock::now();
         own.idle.push_back(std::move(worker));
@@ -130,8 +182,10 @@ void Pool::close()
 void Pool::endAll()
 {
     std::array<Workers, workerKinds> all;
+    std::vector<std::shared_ptr<WorkerStem>> lost;
     {
         const std::scoped_lock lock(mutex_);
+        lost.swap(lostStems_);
         for (const WorkerKind kind : kinds) {
             std::swap(all[std::size_t(kind)].stem, workers(kind).stem);
             std::swap(all[std::size_t(kind)].idle, workers(kind).idle);
@@ -154,13 +208,13 @@ void Pool::startStem(std::unique_lock<std::mutex>& lock)
 {
     const auto kind = *std::ranges::find_if(kinds, [this](WorkerKind each) { return workers(each).needsStem; });
     Workers& own = workers(kind);
-    std::shared_ptr<WorkerStem> other = std::exchange(own.stem, nullptr);
     lock.unlock();
-    other = WorkerStem::start(program_, kind);
+    std::shared_ptr<WorkerStem> started = WorkerStem::start(program_, kind);
     lock.lock();
     own.needsStem = false; // Whoever asked meanwhile, asked for this one.
-    own.failedStarts += other ? 0 : 1;
-    own.stem = std::move(other);
+    if (!started)
+        noteFailedStart(own);
+    own.stem = std::move(started);
     workerReady_.notify_all();
 }
 
@@ -168,6 +222,7 @@ void Pool::startStem(std::unique_lock<std::mutex>& lock)
 void Pool::retire(std::unique_lock<std::mutex>& lock)
 {
     const auto now = steady_clock::now();
+    auto lost = std::exchange(lostStems_, {});
     std::vector<std::unique_ptr<WorkerProcess>> ended;
     for (const WorkerKind kind : kinds) {
         auto& idle = workers(kind).idle;
@@ -177,6 +232,7 @@ void Pool::retire(std::unique_lock<std::mutex>& lock)
         idle.erase(unneeded.begin(), unneeded.end());
     }
     lock.unlock();
+    lost.clear();
     ended.clear();
     lock.lock();
 }
@@ -196,9 +252,9 @@ void Pool::keep(const std::stop_token& stop)
         }
         retire(lock);
         if (hasIdle())
-            workToKeep_.wait_for(lock, stop, lookingInterval, [this] { return needsStem(); });
+            workToKeep_.wait_for(lock, stop, lookingInterval, [this] { return needsStem() || !lostStems_.empty(); });
         else
-            workToKeep_.wait(lock, stop, [this] { return needsStem() || hasIdle(); });
+            workToKeep_.wait(lock, stop, [this] { return needsStem() || !lostStems_.empty() || hasIdle(); });
     }
 }
 

@@ -6,6 +6,7 @@
 #include <QByteArray>
 
 #include <array>
+#include <chrono>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
@@ -38,11 +39,11 @@ public:
     enum class Condition {
         fit,
         broken,
-        silent, ///< Never said a word: what it was forked from may be stuck.
+        silent, ///< Not a word in all its time: what it was forked from may be stuck.
     };
 
     /// An idle worker or a new one; waits where there are as many as there may be. `limits` hold for a new one. Throws
-    /// NoWorker and Cancelled.
+    /// Cancelled, and NoWorker: at once where starting failed several times lately.
     [[nodiscard]] std::unique_ptr<WorkerProcess> take(WorkerKind kind, Purpose purpose, const Worker::JobLimits& limits,
                                                       const std::stop_token& stop);
     /// A worker that is not fit is killed at once.
@@ -61,13 +62,17 @@ private:
         bool needsStem = false;
         std::vector<std::unique_ptr<WorkerProcess>> idle; ///< Used last, taken first.
         int busy = 0;
-        unsigned failedStarts = 0;
+        int failedStarts = 0; ///< In a row: ended, or given up, without a word.
+        std::chrono::steady_clock::time_point lastFailure;
     };
 
     void endAll();
     void keep(const std::stop_token& stop);
     [[nodiscard]] std::unique_ptr<WorkerProcess> takeOne(WorkerKind kind, Purpose purpose,
                                                          const Worker::JobLimits& limits);
+    static void noteFailedStart(Workers& own);
+    void loseStem(Workers& own);
+    [[nodiscard]] bool hasKeeper();
     [[nodiscard]] bool needsStem() const;
     void startStem(std::unique_lock<std::mutex>& lock);
     void retire(std::unique_lock<std::mutex>& lock);
@@ -79,9 +84,10 @@ private:
     std::condition_variable_any workToKeep_;
     std::condition_variable_any workerReady_;
     std::array<Workers, workerKinds> workers_;
+    std::vector<std::shared_ptr<WorkerStem>> lostStems_; ///< For the keeper to wait for.
     std::optional<Worker::Hello> lastHello_;
     bool isClosed_ = false;
-    std::jthread keeper_; ///< Last, so that it ends before what it works on goes.
+    std::jthread keeper_; ///< Last, so that it ends before what it works on goes. None where the system allowed none.
 };
 
 } // namespace ferrow::WorkerPool

@@ -201,6 +201,7 @@ WorkerProcess::~WorkerProcess()
 
 void WorkerProcess::setHello(const Worker::Hello& hello, Descriptor process)
 {
+    stem_->noteWord();
     hello_ = hello;
     process_ = std::move(process);
     channel_.refuseDescriptors();

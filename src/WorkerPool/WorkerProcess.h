@@ -8,6 +8,7 @@
 
 #include <sys/types.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <memory>
@@ -37,6 +38,10 @@ public:
     [[nodiscard]] std::unique_ptr<WorkerProcess> fork(const Worker::JobLimits& limits);
     /// Safe from several threads.
     [[nodiscard]] bool isGone() const { return channel_.isClosed(); }
+    /// Whether a worker of it has ever said a word. Safe from several threads.
+    [[nodiscard]] bool hasSpoken() const { return hasSpoken_; }
+    void noteWord() { hasSpoken_ = true; }
+    [[nodiscard]] std::chrono::steady_clock::time_point startedAt() const { return startedAt_; }
     [[nodiscard]] WorkerKind kind() const { return kind_; }
 
     /// Has it end, or kills it, and waits at most that long; whether it is gone. One that is deep in a file system
@@ -49,6 +54,8 @@ private:
     pid_t process_; ///< 0 once it is gone: the number may be another's by then.
     WorkerKind kind_;
     Worker::Channel channel_;
+    std::atomic<bool> hasSpoken_ = false;
+    const std::chrono::steady_clock::time_point startedAt_ = std::chrono::steady_clock::now();
 };
 
 /// A running worker with the connection to it. Used by one thread at a time.

@@ -5,8 +5,10 @@
 #include "Models/ErrorTexts.h"
 #include "Platform/Base/Cancellation.h"
 #include "Support/Files.h"
+#include "Support/NoThreads.h"
 #include "WorkerPool/WorkerAnswerer.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
@@ -31,6 +33,15 @@ protected:
             return workers_.inspect({{photo_.descriptor(), photo_.size()}, oddity}, stop);
         });
         return error == std::optional(ImagePipelineError(ImagePipelineError::decodingFailed));
+    }
+
+    /// Whether the photo was refused for the want of a worker.
+    bool hasNoWorker(WorkerAnswerer& workers)
+    {
+        const auto error = test::errorOf<ImagePipelineError>([&] {
+            return workers.inspect({{photo_.descriptor(), photo_.size()}, test::none}, {});
+        });
+        return error == std::optional(ImagePipelineError(ImagePipelineError::workerUnavailable));
     }
 
     int positionOfPhoto() { return int(::lseek(photo_.descriptor(), 0, SEEK_CUR)); }
@@ -148,20 +159,79 @@ TEST_F(FaultyWorker, thatWasKilledIsReplacedUnseen)
     EXPECT_FALSE(job.get());
 }
 
-TEST_F(FaultyWorker, thatCannotBeStartedIsToldAsThat)
-{
-    for (const char* program : {"/nowhere/ferrow-worker", "/bin/true"}) {
-        WorkerAnswerer none(std::make_shared<Pool>(program), 1'000'000);
-        for (int i = 0; i < 2; ++i)
-            EXPECT_EQ(test::errorOf<ImagePipelineError>([&] {
-                          return none.inspect({{photo_.descriptor(), 5}, 0}, {});
-                      }),
-                      std::optional(ImagePipelineError(ImagePipelineError::workerUnavailable)));
-        EXPECT_EQ(test::errorOf<LogoAssetError>([&] {
-                      return none.rasteriseLogo({{photo_.descriptor(), 5}, 9}, {});
-                  }),
-                  std::optional(LogoAssetError{.value = LogoAssetError::Case::workerUnavailable}));
+namespace {
+
+/// A worker's program that writes a line each time that it is started, and does as `text` says.
+class CountedProgram {
+public:
+    explicit CountedProgram(const QByteArray& text)
+        : program_(folder_.write("program", "#!/bin/sh\necho >>'" + folder_.file("starts").path() + "'\n" + text))
+    {
+        ::chmod(program_.path().constData(), 0700);
     }
+    [[nodiscard]] QByteArray path() const { return program_.path(); }
+    [[nodiscard]] qsizetype starts() const { return test::readFile(folder_.file("starts")).size(); }
+
+private:
+    test::TemporaryFolder folder_;
+    FileUrl program_;
+};
+
+} // namespace
+
+TEST_F(FaultyWorker, thatCannotBeStartedIsToldAsThatAfterFewTries)
+{
+    struct Row {
+        const char* name;
+        QByteArray text;
+        qsizetype most; ///< Of starts, for all photos together.
+    };
+    constexpr qsizetype some = 10;
+    for (const Row& row : {Row{"ends at once", "exit 1", some}, Row{"is killed", "kill -9 $$", some},
+                           Row{"has no program to become", "exec /nowhere/ferrow-worker", some},
+                           Row{"lives, and all that it forks ends unheard", "exec '" ODD_WORKER_PROGRAM "' mute", 1}}) {
+        SCOPED_TRACE(row.name);
+        const CountedProgram program(row.text);
+        WorkerAnswerer none(std::make_shared<Pool>(program.path()), 1'000'000);
+        std::vector<std::future<void>> callers;
+        for (int i = 0; i < 4; ++i)
+            callers.push_back(std::async(std::launch::async, [&] {
+                for (int photo = 0; photo < 5; ++photo)
+                    EXPECT_TRUE(hasNoWorker(none));
+            }));
+        for (auto& caller : callers)
+            caller.get();
+        EXPECT_LE(program.starts(), row.most);
+    }
+    WorkerAnswerer none(std::make_shared<Pool>("/nowhere/ferrow-worker"), 1'000'000);
+    EXPECT_TRUE(hasNoWorker(none));
+    EXPECT_EQ(test::errorOf<LogoAssetError>([&] {
+                  return none.rasteriseLogo({{photo_.descriptor(), 5}, 9}, {});
+              }),
+              std::optional(LogoAssetError{.value = LogoAssetError::Case::workerUnavailable}));
+}
+
+TEST_F(FaultyWorker, thatIsSlowToStartIsWaitedForAndNotStartedAgain)
+{
+    const test::TemporaryFolder folder;
+    const QByteArray go = folder.file("go").path();
+    ASSERT_EQ(::mkfifo(go.constData(), 0600), 0);
+    const Worker::Descriptor pipe(::open(go.constData(), O_RDWR | O_CLOEXEC));
+    const CountedProgram program("read line <'" + go + "'\nexec '" ODD_WORKER_PROGRAM "'");
+    WorkerAnswerer slow(std::make_shared<Pool>(program.path()), 1'000'000);
+    EXPECT_TRUE(hasNoWorker(slow));
+    ASSERT_EQ(::write(pipe.get(), "\n", 1), 1);
+    EXPECT_FALSE(hasNoWorker(slow));
+    EXPECT_EQ(program.starts(), 1);
+}
+
+TEST_F(FaultyWorker, isToldAsNotStartedForAsLongAsNoThreadIsToBeHad)
+{
+    std::optional<test::NoThreads> none(std::in_place);
+    WorkerAnswerer workers(std::make_shared<Pool>(ODD_WORKER_PROGRAM), 1'000'000);
+    EXPECT_TRUE(hasNoWorker(workers));
+    none.reset();
+    EXPECT_FALSE(hasNoWorker(workers));
 }
 
 TEST_F(FaultyWorker, isKilledForAStop)
