@@ -46,15 +46,12 @@ void sweep(const FileUrl& parent)
         const QByteArray name(entry->d_name);
         if (!name.startsWith(prefix) || name.size() != prefixLength + qsizetype(sizeof pattern) - 1)
             continue;
-        const int folder = ::openat(reader.descriptor(), name.constData(),
-                                    O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-        if (folder < 0)
-            continue;
-        if (isAbandoned(folder)) {
+        const Descriptor folder(::openat(reader.descriptor(), name.constData(),
+                                         O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+        if (folder.isOpen() && isAbandoned(folder.get())) {
             removeFiles(parent.appending(name));
             ::unlinkat(reader.descriptor(), name.constData(), AT_REMOVEDIR);
         }
-        ::close(folder);
     }
 }
 
@@ -67,11 +64,9 @@ TemporaryLogoFolder::TemporaryLogoFolder(const FileUrl& parent)
     if (!::mkdtemp(path.data()))
         throw SystemError{errno, parent};
     url_ = FileUrl::fromPath(path);
-    descriptor_ = ::open(path.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor_ < 0 || ::flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
+    descriptor_ = Descriptor(::open(path.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!descriptor_.isOpen() || ::flock(descriptor_.get(), LOCK_EX | LOCK_NB) != 0) {
         const int failure = errno;
-        if (descriptor_ >= 0)
-            ::close(descriptor_);
         ::rmdir(path.constData());
         throw SystemError{failure, url_};
     }
@@ -81,7 +76,6 @@ TemporaryLogoFolder::~TemporaryLogoFolder()
 {
     removeFiles(url_);
     ::rmdir(url_.path().constData());
-    ::close(descriptor_);
 }
 
 FileUrl TemporaryLogoFolder::systemFolder()

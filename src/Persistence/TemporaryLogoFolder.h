@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Platform/Base/FileUrl.h"
+#include "Platform/Files/Descriptor.h"
 
 namespace ferrow {
 
@@ -22,7 +23,7 @@ public:
 
 private:
     FileUrl url_;
-    int descriptor_ = -1; ///< Holds the lock.
+    Descriptor descriptor_; ///< Holds the lock.
 };
 
 } // namespace ferrow

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Worker/Descriptor.h"
+#include "Platform/Files/Descriptor.h"
 #include "Worker/Messages.h"
 
 #include <chrono>
@@ -12,6 +12,8 @@
 struct msghdr;
 
 namespace ferrow::Worker {
+
+using ferrow::Descriptor;
 
 /// A message as it came in.
 struct Received {

@@ -91,7 +91,7 @@ int main(int argc, char** argv)
     ::setpriority(PRIO_PROCESS, 0, niceness);
     // Where the kernel forgets about this when the thread that started us ends, the closed connection remains.
     ::prctl(PR_SET_PDEATHSIG, SIGKILL, 0, 0, 0);
-    Channel channel(Descriptor(workerSocket), Channel::Descriptors::taken);
+    Channel channel(ferrow::Descriptor(workerSocket), Channel::Descriptors::taken);
     const auto setup = awaitSetup(channel);
     if (!setup) {
         std::fputs("ferrow-worker is started by Ferrow and ferrow-batch, not by hand.\n", stderr);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Worker/Namespaces.h"
 
-#include "Worker/Descriptor.h"
+#include "Platform/Files/Descriptor.h"
 
 #include <fcntl.h>
 #include <linux/capability.h>

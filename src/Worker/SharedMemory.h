@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Platform/Files/Descriptor.h"
 #include "Platform/Pixels/Bitmap.h"
-#include "Worker/Descriptor.h"
 
 #include <cstddef>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Worker/Descriptor.h"
+#include "Platform/Files/Descriptor.h"
 
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -20,7 +20,7 @@ public:
     {
         if (!stop.stop_possible())
             return;
-        event_ = Worker::Descriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+        event_ = Descriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
         callback_.emplace(stop, [this] {
             constexpr std::uint64_t one = 1;
             static_cast<void>(::write(event_.get(), &one, sizeof one) == sizeof one); // Full only when signalled.
@@ -31,7 +31,7 @@ public:
     [[nodiscard]] int descriptor() const { return event_.get(); }
 
 private:
-    Worker::Descriptor event_;
+    Descriptor event_;
     std::optional<std::stop_callback<std::function<void()>>> callback_; ///< Goes before what it writes to.
 };
 

@@ -28,8 +28,6 @@ namespace ferrow::WorkerPool {
 
 namespace {
 
-using Worker::Descriptor;
-
 /// Room for a thumbnail on its way, so that neither side waits for the other with half of it.
 constexpr int socketBuffer = 1 << 20;
 

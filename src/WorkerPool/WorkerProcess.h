@@ -49,7 +49,7 @@ public:
     bool endsWithin(std::chrono::milliseconds patience);
 
 private:
-    WorkerStem(pid_t process, WorkerKind kind, Worker::Descriptor socket);
+    WorkerStem(pid_t process, WorkerKind kind, Descriptor socket);
 
     pid_t process_; ///< 0 once it is gone: the number may be another's by then.
     WorkerKind kind_;
@@ -61,7 +61,7 @@ private:
 /// A running worker with the connection to it. Used by one thread at a time.
 class WorkerProcess {
 public:
-    WorkerProcess(std::shared_ptr<WorkerStem> stem, Worker::Descriptor socket);
+    WorkerProcess(std::shared_ptr<WorkerStem> stem, Descriptor socket);
     WorkerProcess(const WorkerProcess&) = delete;
     WorkerProcess& operator=(const WorkerProcess&) = delete;
     /// Kills it, and does not wait.
@@ -74,7 +74,7 @@ public:
     /// How it is confined, once it has said so.
     [[nodiscard]] const std::optional<Worker::Hello>& hello() const { return hello_; }
     /// `process`: by which it is killed and its end awaited. What it sends besides from here on is not taken.
-    void setHello(const Worker::Hello& hello, Worker::Descriptor process);
+    void setHello(const Worker::Hello& hello, Descriptor process);
     /// Between jobs: neither gone nor talking unasked.
     [[nodiscard]] bool isFit() const { return hello_ ? !channel_.hasNews() : !channel_.isClosed(); }
 
@@ -95,7 +95,7 @@ private:
 
     std::shared_ptr<WorkerStem> stem_;
     Worker::Channel channel_;
-    Worker::Descriptor process_;
+    Descriptor process_;
     std::optional<Worker::Hello> hello_;
     std::uint32_t jobs_ = 0;
     std::int64_t allowed_ = 0;

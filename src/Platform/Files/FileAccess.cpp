@@ -3,7 +3,6 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <utility>
@@ -18,7 +17,7 @@ FileIdentity identityOf(const struct stat& status)
             status.st_mtim.tv_sec * std::int64_t{1'000'000'000} + status.st_mtim.tv_nsec};
 }
 
-int openForReading(const FileUrl& url)
+Descriptor openForReading(const FileUrl& url)
 {
     // A name holding a NUL byte would open the file named by what stands before it.
     if (!url.hasFileSystemRepresentation())
@@ -30,7 +29,7 @@ int openForReading(const FileUrl& url)
     while (descriptor < 0 && errno == EINTR);
     if (descriptor < 0)
         throw SystemError{errno, url};
-    return descriptor;
+    return Descriptor(descriptor);
 }
 
 } // namespace
@@ -39,7 +38,7 @@ OpenedFile OpenedFile::open(const FileUrl& url)
 {
     OpenedFile file(openForReading(url), url);
     struct stat status {};
-    if (::fstat(file.descriptor_, &status) != 0)
+    if (::fstat(file.descriptor(), &status) != 0)
         throw SystemError{errno, url};
     if (!S_ISREG(status.st_mode))
         throw SystemError{S_ISDIR(status.st_mode) ? EISDIR : EINVAL, url};
@@ -47,31 +46,12 @@ OpenedFile OpenedFile::open(const FileUrl& url)
     return file;
 }
 
-OpenedFile::OpenedFile(int descriptor, FileUrl url) : descriptor_(descriptor), url_(std::move(url)) {}
-
-OpenedFile::OpenedFile(OpenedFile&& other) noexcept
-    : descriptor_(std::exchange(other.descriptor_, -1)), url_(std::move(other.url_)), identity_(other.identity_)
-{
-}
-
-OpenedFile& OpenedFile::operator=(OpenedFile&& other) noexcept
-{
-    std::swap(descriptor_, other.descriptor_);
-    std::swap(url_, other.url_);
-    std::swap(identity_, other.identity_);
-    return *this;
-}
-
-OpenedFile::~OpenedFile()
-{
-    if (descriptor_ >= 0)
-        ::close(descriptor_);
-}
+OpenedFile::OpenedFile(Descriptor descriptor, FileUrl url) : descriptor_(std::move(descriptor)), url_(std::move(url)) {}
 
 FileIdentity OpenedFile::currentIdentity() const
 {
     struct stat status {};
-    if (::fstat(descriptor_, &status) != 0)
+    if (::fstat(descriptor(), &status) != 0)
         return {};
     return identityOf(status);
 }

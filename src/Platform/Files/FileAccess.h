@@ -4,6 +4,7 @@
 #include "Platform/Base/ByteSource.h"
 #include "Platform/Base/FileUrl.h"
 #include "Platform/Base/SystemErrors.h"
+#include "Platform/Files/Descriptor.h"
 
 #include <cstdint>
 #include <optional>
@@ -28,23 +29,19 @@ public:
     /// claims to be empty and yields bytes all the same (/proc has some) is an empty file: source() holds nothing.
     [[nodiscard]] static OpenedFile open(const FileUrl& url);
 
-    OpenedFile(OpenedFile&& other) noexcept;
-    OpenedFile& operator=(OpenedFile&& other) noexcept;
-    ~OpenedFile();
-
     [[nodiscard]] const FileUrl& url() const { return url_; }
-    [[nodiscard]] int descriptor() const { return descriptor_; }
+    [[nodiscard]] int descriptor() const { return descriptor_.get(); }
     [[nodiscard]] std::int64_t size() const { return identity_.size; }
     /// As seen when it was opened.
     [[nodiscard]] const FileIdentity& identity() const { return identity_; }
     /// As it is now, on the same descriptor: differs from identity() when somebody changed the file meanwhile.
     [[nodiscard]] FileIdentity currentIdentity() const;
-    [[nodiscard]] ByteSource source() const { return {descriptor_, identity_.size}; }
+    [[nodiscard]] ByteSource source() const { return {descriptor(), identity_.size}; }
 
 private:
-    OpenedFile(int descriptor, FileUrl url);
+    OpenedFile(Descriptor descriptor, FileUrl url);
 
-    int descriptor_ = -1;
+    Descriptor descriptor_;
     FileUrl url_;
     FileIdentity identity_;
 };

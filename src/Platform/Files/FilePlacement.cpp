@@ -102,11 +102,9 @@ PlacementResult resultOf(int number, bool replaceExisting, int* errorNumber)
 /// calling that a failure would tell the user the opposite.
 void flushFolder(int parent, const char* folder)
 {
-    const int descriptor = ::openat(parent, folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0)
-        return;
-    ::fsync(descriptor);
-    ::close(descriptor);
+    const Descriptor descriptor(::openat(parent, folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (descriptor.isOpen())
+        ::fsync(descriptor.get());
 }
 
 /// Where writing to `url` really ends: links in the last place followed, also one that leads to no file yet.
@@ -156,14 +154,14 @@ StagedFile StagedFile::create(const FileUrl& folder, const QByteArray& extension
         throw SystemError{EINVAL, folder};
     const QByteArray suffix = extension.isEmpty() ? QByteArray() : '.' + extension;
     // A folder may take files without being readable.
-    StagedFile staged(::open(folder.path().constData(), O_PATH | O_DIRECTORY | O_CLOEXEC), -1, {});
-    if (staged.folder_ < 0)
+    StagedFile staged(Descriptor(::open(folder.path().constData(), O_PATH | O_DIRECTORY | O_CLOEXEC)));
+    if (!staged.folder_.isOpen())
         throw SystemError{errno, folder};
     while (true) {
         const FileUrl url = folder.appending(stagingPrefix + newUuid() + suffix);
-        staged.descriptor_ = ::openat(staged.folder_, url.lastPathComponentBytes().constData(),
-                                      O_CREAT | O_EXCL | O_NOFOLLOW | O_RDWR | O_CLOEXEC, 0666);
-        if (staged.descriptor_ >= 0) {
+        staged.descriptor_ = Descriptor(::openat(staged.folder_.get(), url.lastPathComponentBytes().constData(),
+                                                 O_CREAT | O_EXCL | O_NOFOLLOW | O_RDWR | O_CLOEXEC, 0666));
+        if (staged.descriptor_.isOpen()) {
             staged.url_ = url;
             return staged;
         }
@@ -172,14 +170,10 @@ StagedFile StagedFile::create(const FileUrl& folder, const QByteArray& extension
     }
 }
 
-StagedFile::StagedFile(int folder, int descriptor, FileUrl url)
-    : folder_(folder), descriptor_(descriptor), url_(std::move(url))
-{
-}
+StagedFile::StagedFile(Descriptor folder) : folder_(std::move(folder)) {}
 
 StagedFile::StagedFile(StagedFile&& other) noexcept
-    : folder_(std::exchange(other.folder_, -1)), descriptor_(std::exchange(other.descriptor_, -1)),
-      url_(std::exchange(other.url_, {}))
+    : folder_(std::move(other.folder_)), descriptor_(std::move(other.descriptor_)), url_(std::exchange(other.url_, {}))
 {
 }
 
@@ -193,13 +187,9 @@ StagedFile& StagedFile::operator=(StagedFile&& other) noexcept
 
 StagedFile::~StagedFile()
 {
-    if (descriptor_ >= 0)
-        ::close(descriptor_);
     // Once placed the name is gone, and its random part keeps this from meeting another file.
     if (!url_.isEmpty())
-        ::unlinkat(folder_, url_.lastPathComponentBytes().constData(), 0);
-    if (folder_ >= 0)
-        ::close(folder_);
+        ::unlinkat(folder_.get(), url_.lastPathComponentBytes().constData(), 0);
 }
 
 void StagedFile::checkName(const QByteArray& name) const
@@ -207,11 +197,10 @@ void StagedFile::checkName(const QByteArray& name) const
     if (isPlainName(name))
         return;
     const QByteArray trial = url_.lastPathComponentBytes() + '.' + name; // Swept as ours, should the program end here.
-    const int descriptor =
-        ::openat(folder_, trial.constData(), O_CREAT | O_EXCL | O_NOFOLLOW | O_WRONLY | O_CLOEXEC, 0600);
-    if (descriptor >= 0) {
-        ::close(descriptor);
-        ::unlinkat(folder_, trial.constData(), 0);
+    const Descriptor descriptor(
+        ::openat(folder_.get(), trial.constData(), O_CREAT | O_EXCL | O_NOFOLLOW | O_WRONLY | O_CLOEXEC, 0600));
+    if (descriptor.isOpen()) {
+        ::unlinkat(folder_.get(), trial.constData(), 0);
         return;
     }
     const int refused = errno;
@@ -220,7 +209,7 @@ void StagedFile::checkName(const QByteArray& name) const
     // Some volumes find no file of a name that they can't hold even when they are to make it.
     struct stat status {};
     const bool isFolderThere =
-        ::fstatat(folder_, url_.lastPathComponentBytes().constData(), &status, AT_SYMLINK_NOFOLLOW) == 0;
+        ::fstatat(folder_.get(), url_.lastPathComponentBytes().constData(), &status, AT_SYMLINK_NOFOLLOW) == 0;
     throw SystemError{refused == ENOENT && isFolderThere ? EILSEQ : refused,
                       url_.deletingLastPathComponent().appending(name)};
 }
@@ -228,12 +217,12 @@ void StagedFile::checkName(const QByteArray& name) const
 mode_t StagedFile::takeModeOf(const QByteArray& name)
 {
     struct stat existing {};
-    if (::fstatat(folder_, name.constData(), &existing, AT_SYMLINK_NOFOLLOW) != 0)
+    if (::fstatat(folder_.get(), name.constData(), &existing, AT_SYMLINK_NOFOLLOW) != 0)
         return 0;
     struct stat fresh {};
     if (S_ISREG(existing.st_mode) &&
-        (::fstat(descriptor_, &fresh) != 0 || ((fresh.st_mode ^ existing.st_mode) & modeBits) != 0) &&
-        ::fchmod(descriptor_, existing.st_mode & modeBits) != 0)
+        (::fstat(descriptor(), &fresh) != 0 || ((fresh.st_mode ^ existing.st_mode) & modeBits) != 0) &&
+        ::fchmod(descriptor(), existing.st_mode & modeBits) != 0)
         throw SystemError{errno, url_.deletingLastPathComponent().appending(name)};
     return existing.st_mode;
 }
@@ -242,10 +231,10 @@ PlacementResult StagedFile::place(const QByteArray& name, bool replaceExisting, 
                                   const PlacementCalls& calls)
 {
     const QByteArray staged = url_.lastPathComponentBytes();
-    const int number =
-        replaceExisting ? calls.rename(folder_, staged, name) : placeExclusively(folder_, staged, name, calls);
+    const int number = replaceExisting ? calls.rename(folder_.get(), staged, name)
+                                       : placeExclusively(folder_.get(), staged, name, calls);
     if (number == 0)
-        flushFolder(folder_, ".");
+        flushFolder(folder_.get(), ".");
     return resultOf(number, replaceExisting, errorNumber);
 }
 
@@ -253,10 +242,10 @@ void StagedFile::flushAndClose()
 {
     int flushed = 0;
     do
-        flushed = errnoOf([&] { return ::fsync(descriptor_); });
+        flushed = errnoOf([&] { return ::fsync(descriptor()); });
     while (flushed == EINTR);
     // The descriptor is gone even when close() fails, and EINTR says nothing about data that is already on disk.
-    const int closed = errnoOf([&] { return ::close(std::exchange(descriptor_, -1)); });
+    const int closed = descriptor_.close();
     if (flushed != 0)
         throw SystemError{flushed, url_};
     if (closed != 0 && closed != EINTR)

@@ -3,6 +3,7 @@
 
 #include "Platform/Base/FileUrl.h"
 #include "Platform/Base/SystemErrors.h"
+#include "Platform/Files/Descriptor.h"
 #include "Platform/Files/FileAccess.h"
 
 #include <QByteArray>
@@ -39,7 +40,7 @@ public:
     StagedFile& operator=(StagedFile&& other) noexcept;
     ~StagedFile();
 
-    [[nodiscard]] int descriptor() const { return descriptor_; }
+    [[nodiscard]] int descriptor() const { return descriptor_.get(); }
     /// As it was created.
     [[nodiscard]] const FileUrl& url() const { return url_; }
 
@@ -56,10 +57,10 @@ public:
                                         const PlacementCalls& calls = PlacementCalls::system());
 
 private:
-    StagedFile(int folder, int descriptor, FileUrl url);
+    explicit StagedFile(Descriptor folder);
 
-    int folder_ = -1;
-    int descriptor_ = -1;
+    Descriptor folder_;
+    Descriptor descriptor_;
     FileUrl url_;
 };
 

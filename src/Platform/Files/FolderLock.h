@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Platform/Base/FileUrl.h"
+#include "Platform/Files/Descriptor.h"
 
 #include <chrono>
 
@@ -14,12 +15,9 @@ public:
     /// Waits for whoever holds it. The folder must exist. Throws SystemError, with EBUSY when `patience` is over. Where
     /// the volume has no locks, goes on without one.
     explicit FolderLock(const FileUrl& folder, std::chrono::milliseconds patience = std::chrono::seconds(5));
-    FolderLock(const FolderLock&) = delete;
-    FolderLock& operator=(const FolderLock&) = delete;
-    ~FolderLock();
 
 private:
-    int descriptor_;
+    Descriptor descriptor_;
 };
 
 } // namespace ferrow

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Platform/Files/Descriptor.h"
+
 #include <QByteArray>
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -20,13 +21,12 @@ public:
     FolderReader(const QByteArray& path, FinalLink finalLink)
     {
         const int linkFlag = finalLink == FinalLink::refused ? O_NOFOLLOW : 0;
-        const int descriptor = ::open(path.constData(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC | linkFlag);
-        stream_ = descriptor < 0 ? nullptr : ::fdopendir(descriptor);
+        Descriptor descriptor(::open(path.constData(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC | linkFlag));
+        stream_ = descriptor.isOpen() ? ::fdopendir(descriptor.get()) : nullptr;
         if (stream_)
-            return;
-        failure_ = errno;
-        if (descriptor >= 0)
-            ::close(descriptor);
+            static_cast<void>(descriptor.release()); // The stream's to close.
+        else
+            failure_ = errno;
     }
     FolderReader(const FolderReader&) = delete;
     FolderReader& operator=(const FolderReader&) = delete;

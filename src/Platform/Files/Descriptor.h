@@ -3,15 +3,16 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <utility>
 
-namespace ferrow::Worker {
+namespace ferrow {
 
 /// Owns an open descriptor, or none. Moves only.
 class Descriptor {
 public:
     explicit Descriptor(int number = -1) : number_(number) {}
-    Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+    Descriptor(Descriptor&& other) noexcept : number_(other.release()) {}
     Descriptor& operator=(Descriptor&& other) noexcept
     {
         std::swap(number_, other.number_);
@@ -21,14 +22,13 @@ public:
 
     [[nodiscard]] int get() const { return number_; }
     [[nodiscard]] bool isOpen() const { return number_ >= 0; }
-    void close()
-    {
-        if (isOpen())
-            ::close(std::exchange(number_, -1));
-    }
+    /// 0, or the errno of closing what is gone all the same.
+    int close() { return isOpen() && ::close(release()) != 0 ? errno : 0; }
+    /// Somebody else's to close from here on.
+    [[nodiscard]] int release() { return std::exchange(number_, -1); }
 
 private:
     int number_;
 };
 
-} // namespace ferrow::Worker
+} // namespace ferrow
