@@ -5,6 +5,7 @@
 #include "Models/ErrorTexts.h"
 #include "Platform/Base/Localization.h"
 #include "Platform/Base/TaskGroup.h"
+#include "Platform/Files/FileStatus.h"
 #include "Platform/Files/FolderWalk.h"
 #include "Platform/Files/ImageTypeNames.h"
 #include "Shared/UserFacingError.h"

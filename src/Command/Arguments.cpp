@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Command/Arguments.h"
 
-#include "Platform/Files/FolderWalk.h"
+#include "Platform/Files/FileStatus.h"
 
 #include <charconv>
 #include <cmath>

@@ -14,7 +14,8 @@
 #include "Persistence/TemporaryLogoFolder.h"
 #include "Platform/Base/Cancellation.h"
 #include "Platform/Base/Localization.h"
-#include "Platform/Files/FolderWalk.h"
+#include "Platform/Files/FilePlacement.h"
+#include "Platform/Files/FileStatus.h"
 #include "Shared/UserFacingError.h"
 
 #include <QJsonArray>
@@ -118,8 +119,8 @@ void prepareOutputFolder(const Settings& settings, bool dryRun)
         return;
     const FileUrl& folder = *settings.configuration.chosenFolder;
     if (!dryRun)
-        ExportPlanner::createDirectories(folder);
-    ExportPlanner::checkFolderWritable(folder);
+        createFolder(folder);
+    checkFolderWritable(folder);
 }
 
 /// Photos in the order in which they are exported and numbered, with what import refused.

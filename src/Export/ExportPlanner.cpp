@@ -1,19 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Export/ExportPlanner.h"
 
-#include "Export/VolumeNames.h"
 #include "Platform/Base/Cancellation.h"
 #include "Platform/Base/Localization.h"
 #include "Platform/Base/SystemErrors.h"
-#include "Platform/Files/FilePlacement.h"
+#include "Platform/Files/VolumeNames.h"
 #include "Shared/UserFacingError.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <exception>
 #include <set>
 #include <utility>
@@ -21,28 +15,6 @@
 namespace ferrow {
 
 namespace {
-
-/// 0, or the errno of looking at what stands at `url`, following links.
-int lookUp(const FileUrl& url, struct stat& status)
-{
-    if (!url.hasFileSystemRepresentation())
-        return EINVAL;
-    return ::stat(url.path().constData(), &status) == 0 ? 0 : errno;
-}
-
-bool isMissing(int errorNumber)
-{
-    return errorNumber == ENOENT || errorNumber == ENOTDIR;
-}
-
-/// The folder itself where it is there, else the nearest of those it lies in.
-FileUrl nearestExisting(FileUrl folder)
-{
-    struct stat status {};
-    while (folder.path() != "/" && ::lstat(folder.path().constData(), &status) != 0 && isMissing(errno))
-        folder = folder.deletingLastPathComponent();
-    return folder;
-}
 
 /// What tells places apart. A folder is known by its number, so that a way through links leads to the same one.
 class PlaceKeys {
@@ -77,12 +49,6 @@ private:
     const ExportPlanner& planner_;
     std::unordered_map<FileUrl, Folder> folders_;
 };
-
-bool isFolder(const FileUrl& url)
-{
-    struct stat status {};
-    return lookUp(url, status) == 0 && S_ISDIR(status.st_mode);
-}
 
 /// Where the photo's output goes by the configuration alone. Throws BatchPlanningError.
 FileUrl destinationFolder(const ImportedPhoto& photo, const BatchExportConfiguration& configuration)
@@ -278,67 +244,6 @@ BatchExportPlan ExportPlanner::plan(const std::vector<ImportedPhoto>& photos,
     }
     plan.outputFolders = sortedAsFileBrowsersDo(folders);
     return plan;
-}
-
-void ExportPlanner::createDirectories(const FileUrl& folder)
-{
-    if (!folder.hasFileSystemRepresentation())
-        throw SystemError{EINVAL, folder};
-    // Looked at first, because mkdir on a volume that can't be written may refuse even a folder that exists.
-    if (isFolder(folder))
-        return;
-    try {
-        createFolder(folder);
-    } catch (const SystemError& error) {
-        // That something of this name exists already would read as if nothing were wrong.
-        const FileUrl existing = nearestExisting(folder);
-        throw exists(existing) && !isFolder(existing) ? SystemError{ENOTDIR, existing}
-                                                      : SystemError{error.errorNumber, folder};
-    }
-    if (!isFolder(folder))
-        throw SystemError{ENOTDIR, folder};
-}
-
-bool ExportPlanner::exists(const FileUrl& url)
-{
-    struct stat status {};
-    if (!url.hasFileSystemRepresentation())
-        throw SystemError{EINVAL, url};
-    if (::lstat(url.path().constData(), &status) == 0)
-        return true;
-    // A name that the volume can't hold, a path too long, a disk that fails: nobody knows whether anything stands
-    // there.
-    if (!isMissing(errno))
-        throw SystemError{errno, url};
-    return false;
-}
-
-void ExportPlanner::checkFolderWritable(const FileUrl& folder)
-{
-    struct stat status {};
-    if (!folder.hasFileSystemRepresentation())
-        throw SystemError{EINVAL, folder};
-    const FileUrl existing = nearestExisting(folder);
-    const int failure = lookUp(existing, status);
-    if (failure != 0)
-        throw SystemError{failure, existing};
-    if (!S_ISDIR(status.st_mode))
-        throw SystemError{ENOTDIR, existing};
-    if (::faccessat(AT_FDCWD, existing.path().constData(), W_OK | X_OK, AT_EACCESS) != 0)
-        throw SystemError{errno, existing};
-}
-
-std::optional<FileNumber> ExportPlanner::numberOf(const FileUrl& url)
-{
-    struct stat status {};
-    if (lookUp(url, status) != 0)
-        return std::nullopt;
-    return FileNumber{status.st_dev, status.st_ino};
-}
-
-bool ExportPlanner::mayFoldNames(const FileUrl& folder)
-{
-    return VolumeNames::mayFold(nearestExisting(folder));
 }
 
 } // namespace ferrow

@@ -5,6 +5,9 @@
 #include "Models/ImportedPhoto.h"
 #include "Models/RenderRecipe.h"
 #include "Platform/Base/FileUrl.h"
+#include "Platform/Files/FilePlacement.h"
+#include "Platform/Files/FileStatus.h"
+#include "Platform/Files/VolumeNames.h"
 
 #include <functional>
 #include <optional>
@@ -19,18 +22,18 @@ namespace ferrow {
 /// folders and asks what exists; it never writes, replaces or removes a file. Works on the calling thread.
 struct ExportPlanner {
     /// Creates a folder with its missing parents; one that exists is fine. Throws SystemError.
-    std::function<void(const FileUrl&)> createDirectory = createDirectories;
+    std::function<void(const FileUrl&)> createDirectory = createFolder;
     /// Whether anything stands at a place, be it a link to nothing: placing the output would not replace that either.
     /// Throws SystemError where that can't be known.
-    std::function<bool(const FileUrl&)> fileExists = exists;
+    std::function<bool(const FileUrl&)> fileExists = isTaken;
     /// Throws SystemError when a folder takes no new files, or is missing and could not be made. A missing folder that
     /// could be made passes.
     std::function<void(const FileUrl&)> checkWritable = checkFolderWritable;
     /// Of what a path leads to, links followed; absent where that is nothing. Asked about folders, and about photos
     /// only before a file would be replaced.
-    std::function<std::optional<FileNumber>(const FileUrl&)> fileNumber = numberOf;
+    std::function<std::optional<FileNumber>(const FileUrl&)> fileNumber = ferrow::fileNumber;
     /// Whether two names that differ in case, or in how accents are composed, may be one file in a folder.
-    std::function<bool(const FileUrl&)> foldsNames = mayFoldNames;
+    std::function<bool(const FileUrl&)> foldsNames = VolumeNames::mayFold;
 
     /// Photos that no output may replace, beside those that are planned.
     std::vector<FileUrl> originals = {};
@@ -46,13 +49,6 @@ struct ExportPlanner {
                                        RecipeScope recipeScope, const RenderRecipe& batchRecipe,
                                        const std::unordered_map<FileUrl, RenderRecipe>& perPhotoRecipes,
                                        const std::stop_token& stop) const;
-
-    static void createDirectories(const FileUrl& folder);
-    [[nodiscard]] static bool exists(const FileUrl& url);
-    static void checkFolderWritable(const FileUrl& folder);
-    [[nodiscard]] static std::optional<FileNumber> numberOf(const FileUrl& url);
-    /// VolumeNames::mayFold(); for a missing folder, what its nearest parent says.
-    [[nodiscard]] static bool mayFoldNames(const FileUrl& folder);
 };
 
 } // namespace ferrow

@@ -2,56 +2,23 @@
 #include "Export/ImageExporter.h"
 
 #include "Engine/Answerer.h"
-#include "Export/VolumeNames.h"
 #include "Imaging/ImageLoader.h"
 #include "Imaging/ImageRenderer.h"
 #include "Models/ErrorTexts.h"
 #include "Persistence/ManagedLogoStore.h"
 #include "Platform/Base/Cancellation.h"
 #include "Platform/Files/FilePlacement.h"
+#include "Platform/Files/FileStatus.h"
+#include "Platform/Files/VolumeNames.h"
 
 #include <QLocale>
 
-#include <sys/stat.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
-#include <cstdlib>
 
 namespace ferrow::ImageExporter {
 
 namespace {
-
-/// The path with its links resolved as far as they exist: the last component may be missing.
-FileUrl resolved(const FileUrl& url)
-{
-    const FileUrl standardized = url.standardized();
-    const auto real = [](const FileUrl& place) {
-        const std::unique_ptr<char, decltype(&std::free)> path(::realpath(place.path().constData(), nullptr),
-                                                               &std::free);
-        return path ? std::optional(FileUrl::fromPath(QByteArray(path.get()))) : std::nullopt;
-    };
-    if (const auto whole = real(standardized))
-        return *whole;
-    const auto folder = real(standardized.deletingLastPathComponent());
-    return folder ? folder->appending(standardized.lastPathComponentBytes()) : standardized;
-}
-
-/// Two spellings of one file on a volume that folds case are seen by their inode alone.
-bool isSameFile(const FileUrl& left, const FileUrl& right)
-{
-    struct stat leftState {};
-    struct stat rightState {};
-    return ::stat(left.path().constData(), &leftState) == 0 && ::stat(right.path().constData(), &rightState) == 0 &&
-           leftState.st_dev == rightState.st_dev && leftState.st_ino == rightState.st_ino;
-}
-
-bool exists(const FileUrl& url)
-{
-    struct stat state {};
-    return ::lstat(url.path().constData(), &state) == 0;
-}
 
 /// Whether `destination` may be `source` in other letters: not every volume that folds case gives a file the same
 /// number under all its names.
@@ -60,7 +27,7 @@ bool mayBeFoldedName(const FileUrl& source, const FileUrl& destination)
     const FileUrl folder = destination.deletingLastPathComponent();
     return VolumeNames::folded(source.lastPathComponentBytes()) ==
                VolumeNames::folded(destination.lastPathComponentBytes()) &&
-           isSameFile(source.deletingLastPathComponent(), folder) && exists(destination) &&
+           isSameFile(source.deletingLastPathComponent(), folder) && lookUp(destination) == 0 &&
            VolumeNames::mayFold(folder);
 }
 
@@ -68,10 +35,10 @@ void guardDestination(const FileUrl& source, const FileUrl& destination, bool re
 {
     if (!source.hasFileSystemRepresentation() || !destination.hasFileSystemRepresentation())
         throw ImagePipelineError(ImagePipelineError::OutputWriteFailed{});
-    if (resolved(source) == resolved(destination) || isSameFile(source, destination) ||
+    if (resolvingLinks(source) == resolvingLinks(destination) || isSameFile(source, destination) ||
         mayBeFoldedName(source, destination))
         throw ImagePipelineError(ImagePipelineError::destinationIsSource);
-    if (!replaceExisting && exists(destination))
+    if (!replaceExisting && lookUp(destination) == 0)
         throw ImagePipelineError(ImagePipelineError::destinationExists);
 }
 
@@ -101,8 +68,8 @@ StagedFile stage(const FileUrl& destination, bool replaceExisting, const ExportS
         StagedFile::create(destination.deletingLastPathComponent(), filenameExtension(settings.format).toUtf8());
     const QByteArray name = destination.lastPathComponentBytes();
     staged.checkName(name);
-    if (replaceExisting && S_ISDIR(staged.takeModeOf(name)))
-        throw SystemError{EISDIR, destination};
+    if (replaceExisting)
+        staged.takeModeOf(name);
     return staged;
 }
 

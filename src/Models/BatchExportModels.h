@@ -5,6 +5,7 @@
 #include "Models/ImportedPhoto.h"
 #include "Models/RenderRecipe.h"
 #include "Models/ValueHash.h"
+#include "Platform/Base/FileNumber.h"
 #include "Platform/Base/FileUrl.h"
 
 #include <QString>
@@ -118,14 +119,6 @@ namespace FilenameTemplate {
 /// even the first fits. `text` may hold undecodable bytes as ByteText::decode() gives them.
 [[nodiscard]] QString truncatedUTF8(const QString& text, std::int64_t maximumBytes);
 } // namespace FilenameTemplate
-
-/// Tells a file from every other, however its path is spelled.
-struct FileNumber {
-    std::uint64_t device = 0;
-    std::uint64_t inode = 0;
-
-    auto operator<=>(const FileNumber&) const = default;
-};
 
 /// The destinations that earlier jobs of a plan were given.
 struct ReservedDestinations {

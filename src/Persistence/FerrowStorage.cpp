@@ -2,7 +2,7 @@
 #include "Persistence/FerrowStorage.h"
 
 #include "Platform/Files/FilePlacement.h"
-#include "Platform/Files/FolderWalk.h"
+#include "Platform/Files/FileStatus.h"
 
 #include <pwd.h>
 #include <unistd.h>

@@ -9,7 +9,7 @@
 #include "Platform/Base/Cancellation.h"
 #include "Platform/Files/FileAccess.h"
 #include "Platform/Files/FilePlacement.h"
-#include "Platform/Files/FolderWalk.h"
+#include "Platform/Files/FileStatus.h"
 
 #include <algorithm>
 #include <cerrno>

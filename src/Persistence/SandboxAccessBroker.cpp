@@ -2,7 +2,7 @@
 #include "Persistence/SandboxAccessBroker.h"
 
 #include "Platform/Base/Localization.h"
-#include "Platform/Files/FolderWalk.h"
+#include "Platform/Files/FileStatus.h"
 
 #include <algorithm>
 #include <set>

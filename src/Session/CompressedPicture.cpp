@@ -3,10 +3,8 @@
 
 #include "Platform/Codecs/ImageDecoder.h"
 #include "Platform/Codecs/ImageEncoder.h"
+#include "Platform/Files/MemoryFile.h"
 #include "Platform/Pixels/ColorTransform.h"
-
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <new>
 #include <optional>
@@ -19,24 +17,6 @@ namespace {
 
 /// No difference is seen at thumbnail size; the colour is not subsampled from here on.
 constexpr double quality = 0.9;
-
-/// The codecs work from descriptors.
-class MemoryFile {
-public:
-    MemoryFile() : descriptor_(::memfd_create("ferrow-thumbnail", MFD_CLOEXEC)) {}
-    MemoryFile(const MemoryFile&) = delete;
-    MemoryFile& operator=(const MemoryFile&) = delete;
-    ~MemoryFile()
-    {
-        if (descriptor_ >= 0)
-            ::close(descriptor_);
-    }
-
-    [[nodiscard]] int descriptor() const { return descriptor_; }
-
-private:
-    int descriptor_;
-};
 
 void encode(const Bitmap& picture, ByteSink& sink)
 {
@@ -57,9 +37,16 @@ void encode(const Bitmap& picture, ByteSink& sink)
     encoder->finish();
 }
 
+/// The codecs work from descriptors.
+Descriptor openFile()
+{
+    return openMemoryFile("ferrow-thumbnail");
+}
+
 QByteArray written(const ByteSink& sink, int descriptor)
 {
-    std::vector<std::byte> bytes = ByteSource(descriptor, sink.position()).bytesAt(0, std::size_t(sink.position()));
+    const std::vector<std::byte> bytes =
+        ByteSource(descriptor, sink.position()).bytesAt(0, std::size_t(sink.position()));
     return {reinterpret_cast<const char*>(bytes.data()), qsizetype(bytes.size())};
 }
 
@@ -79,13 +66,13 @@ Bitmap decode(const ByteSource& source, FileType type)
 CompressedPicture CompressedPicture::compress(const Bitmap& picture)
 {
     CompressedPicture compressed;
-    const MemoryFile file;
-    if (picture.isNull() || file.descriptor() < 0)
+    const Descriptor file = openFile();
+    if (picture.isNull() || !file.isOpen())
         return compressed;
     try {
-        ByteSink sink(file.descriptor());
+        ByteSink sink(file.get());
         encode(picture, sink);
-        compressed.bytes_ = written(sink, file.descriptor());
+        compressed.bytes_ = written(sink, file.get());
     } catch (const EncoderError&) {
     } catch (const InputOutputError&) {
     } catch (const std::bad_alloc&) {
@@ -96,14 +83,17 @@ CompressedPicture CompressedPicture::compress(const Bitmap& picture)
 
 Bitmap CompressedPicture::decoded() const
 {
-    const MemoryFile file;
-    if (isNull() || file.descriptor() < 0 ||
-        ::pwrite(file.descriptor(), bytes_.constData(), size_t(bytes_.size()), 0) != bytes_.size())
+    const Descriptor file = openFile();
+    if (isNull() || !file.isOpen())
         return {};
     try {
-        const ByteSource source(file.descriptor(), bytes_.size());
+        ByteSink sink(file.get());
+        sink.write(std::as_bytes(std::span(bytes_.constData(), std::size_t(bytes_.size()))));
+        sink.flush();
+        const ByteSource source(file.get(), bytes_.size());
         return decode(source, bytes_.startsWith("\x89PNG") ? FileType::png : FileType::jpeg);
     } catch (const CodecError&) {
+    } catch (const InputOutputError&) {
     } catch (const std::bad_alloc&) {
     }
     return {};

@@ -11,18 +11,14 @@
 #include "Platform/Base/Cancellation.h"
 #include "Platform/Base/Localization.h"
 #include "Platform/Codecs/ImageEncoder.h"
-#include "Platform/Files/FolderWalk.h"
+#include "Platform/Files/FileStatus.h"
 #include "Session/WindowTexts.h"
 #include "Shared/UserFacingError.h"
 
 #include <QStringList>
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <exception>
-#include <filesystem>
 #include <map>
 #include <unordered_map>
 #include <utility>
@@ -379,18 +375,13 @@ void checkSizes(const ExportRequest& request, const std::stop_token& stop, Findi
 
 ExportCheckOperations ExportCheckOperations::system()
 {
-    return {.isReadable = [](const FileUrl& file) { return ::access(file.path().constData(), R_OK) == 0; },
-            .exists = ExportPlanner::exists,
-            .checkWritable = ExportPlanner::checkFolderWritable,
-            .freeBytes = [](const FileUrl& folder) -> std::optional<std::int64_t> {
-                std::error_code error;
-                const auto space = std::filesystem::space(folder.path().constData(), error);
-                return error ? std::nullopt : std::optional(std::int64_t(space.available));
-            },
-            .loadLogo =
-                [](const LogoAssetReference& asset, const std::stop_token& stop) {
-                    return ManagedLogoStore::load(asset, ManagedLogoStore::renderDimension, {}, stop);
-                }};
+    return {.isReadable = ferrow::isReadable,
+            .exists = isTaken,
+            .checkWritable = checkFolderWritable,
+            .freeBytes = ferrow::freeBytes,
+            .loadLogo = [](const LogoAssetReference& asset, const std::stop_token& stop) {
+                return ManagedLogoStore::load(asset, ManagedLogoStore::renderDimension, {}, stop);
+            }};
 }
 
 Findings findingsFor(const ExportRequest& request, const ExportCheckOperations& operations, const std::stop_token& stop)

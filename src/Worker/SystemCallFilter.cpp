@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Worker/SystemCallFilter.h"
 
-#include "Platform/Files/Descriptor.h"
+#include "Platform/Files/MemoryFile.h"
 
 #include <fcntl.h>
 #include <linux/filter.h>
@@ -173,7 +173,7 @@ bool allowSome(const Filter& filter)
 
 std::vector<sock_filter> exported(const Filter& filter)
 {
-    const Descriptor file(::memfd_create("ferrow-filter", MFD_CLOEXEC));
+    const Descriptor file = openMemoryFile("ferrow-filter");
     struct stat status {};
     if (::seccomp_export_bpf(filter.get(), file.get()) != 0 || ::fstat(file.get(), &status) != 0)
         return {};

@@ -4,9 +4,8 @@
 #include "Platform/Codecs/ImageDecoder.h"
 #include "Platform/Codecs/ImageEncoder.h"
 #include "Platform/Codecs/PdfPage.h"
+#include "Platform/Files/MemoryFile.h"
 #include "Worker/SharedMemory.h"
-
-#include <sys/mman.h>
 
 #include <fontconfig/fontconfig.h>
 
@@ -75,7 +74,7 @@ void collectLinkedFonts(std::set<std::string>& places)
 
 void warmUpCodecs()
 {
-    const Descriptor file(::memfd_create("ferrow-warm-up", MFD_CLOEXEC));
+    const Descriptor file = openMemoryFile("ferrow-warm-up");
     if (!file.isOpen())
         return;
     ByteSink sink(file.get());
@@ -94,7 +93,7 @@ void warmUpCodecs()
 
 std::vector<std::string> warmUpText()
 {
-    const Descriptor file(::memfd_create("ferrow-warm-up", MFD_CLOEXEC));
+    const Descriptor file = openMemoryFile("ferrow-warm-up");
     try {
         ByteSink sink(file.get());
         sink.write(std::as_bytes(std::span(page, sizeof page - 1)));

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Export/ExportPlanner.h"
 
-#include "Files/OrdinaryUser.h"
 #include "Platform/Base/Cancellation.h"
 #include "Support/Files.h"
 
@@ -251,18 +250,6 @@ TEST(ExportPlanner, neverGivesTwoPhotosOneFile)
               (Paths{"/p/Framed/a_framed.jpg", "/link/Framed/a_framed 2.jpg"}));
 }
 
-TEST(ExportPlanner, knowsAFileByAnyOfItsNames)
-{
-    const test::TemporaryFolder folder;
-    const FileUrl file = folder.write("a", "1");
-    const FileUrl link = folder.url().appending("link");
-    test::makeLink(link, folder.url().path());
-    EXPECT_TRUE(ExportPlanner::numberOf(file));
-    EXPECT_EQ(ExportPlanner::numberOf(file), ExportPlanner::numberOf(link.appending("a")));
-    EXPECT_NE(ExportPlanner::numberOf(file), ExportPlanner::numberOf(folder.write("b", "1")));
-    EXPECT_FALSE(ExportPlanner::numberOf(folder.url().appending("c")));
-}
-
 TEST(ExportPlanner, numbersByThePlaceInTheListAndResolvesEachPhotosRecipe)
 {
     FakeDisk disk{.existing = {place("/out/2.heic")}};
@@ -333,49 +320,6 @@ TEST(ExportPlanner, asksTheDiskInStepWithThePhotos)
     ASSERT_EQ(plan.jobs.size(), sources.size());
     EXPECT_EQ(plan.jobs.back().destination, place("/out/IMG_0001_framed 10000.jpg"));
     EXPECT_LE(disk.questions, 10'000);
-}
-
-TEST(ExportPlanner, worksOnARealDisk)
-{
-    const test::TemporaryFolder folder;
-    const FileUrl deep = folder.file("one").appending("two \xFF").appending("three");
-    ExportPlanner::createDirectories(deep);
-    ExportPlanner::createDirectories(deep);
-    ExportPlanner::checkFolderWritable(deep);
-    const FileUrl file = folder.write("file", "x");
-    const FileUrl dangling = folder.file("dangling");
-    test::makeLink(dangling, "nowhere");
-    EXPECT_TRUE(ExportPlanner::exists(file));
-    EXPECT_TRUE(ExportPlanner::exists(deep));
-    EXPECT_TRUE(ExportPlanner::exists(dangling));
-    EXPECT_FALSE(ExportPlanner::exists(file.appending("inside")));
-    EXPECT_EQ(test::errnoOf([&] { return ExportPlanner::exists(folder.file(QByteArray(300, 'n'))); }), ENAMETOOLONG);
-    EXPECT_TRUE(ExportPlanner::mayFoldNames(place("/proc"))); // Nobody vouches for it.
-
-    const auto creating = [](const FileUrl& url) {
-        return test::errnoOf([&] { ExportPlanner::createDirectories(url); });
-    };
-    const auto checking = [](const FileUrl& url) {
-        return test::errnoOf([&] { ExportPlanner::checkFolderWritable(url); });
-    };
-    EXPECT_EQ(creating(file), ENOTDIR);
-    EXPECT_EQ(creating(file.appending("inside")), ENOTDIR);
-    EXPECT_EQ(creating(dangling), ENOTDIR);
-    EXPECT_EQ(creating(folder.file(QByteArray("a\0b", 3))), EINVAL);
-    EXPECT_EQ(creating(folder.file(QByteArray(300, 'n'))), ENAMETOOLONG);
-    EXPECT_EQ(checking(file), ENOTDIR);
-    EXPECT_EQ(checking(folder.file("missing")), 0);
-    EXPECT_EQ(checking(file.appending("inside")), ENOTDIR);
-    EXPECT_EQ(checking(dangling), ENOENT);
-    EXPECT_EQ(checking(FileUrl::fromPath(QByteArray("/proc/self/fdinfo"))), ::geteuid() == 0 ? 0 : EACCES);
-    test::setMode(deep, 0555);
-    {
-        const test::OrdinaryUser user(folder.url());
-        EXPECT_EQ(creating(deep.appending("inside")), EACCES);
-        EXPECT_EQ(checking(deep.appending("inside")), EACCES);
-    }
-    // The temporary folder's own clearing passes over names that are not UTF-8.
-    std::filesystem::remove_all(folder.file("one").path().toStdString());
 }
 
 } // namespace ferrow

@@ -2,6 +2,7 @@
 #include "Platform/Files/FilePlacement.h"
 
 #include "Platform/Base/ByteSource.h"
+#include "Platform/Files/FileStatus.h"
 #include "Platform/Files/FolderReader.h"
 
 #include <QUuid>
@@ -219,6 +220,8 @@ mode_t StagedFile::takeModeOf(const QByteArray& name)
     struct stat existing {};
     if (::fstatat(folder_.get(), name.constData(), &existing, AT_SYMLINK_NOFOLLOW) != 0)
         return 0;
+    if (S_ISDIR(existing.st_mode))
+        throw SystemError{EISDIR, url_.deletingLastPathComponent().appending(name)};
     struct stat fresh {};
     if (S_ISREG(existing.st_mode) &&
         (::fstat(descriptor(), &fresh) != 0 || ((fresh.st_mode ^ existing.st_mode) & modeBits) != 0) &&
@@ -294,7 +297,7 @@ void writeAtomically(const FileUrl& destination, const QByteArray& bytes)
         const mode_t mode = staged.takeModeOf(target.lastPathComponentBytes());
         // Renaming over a device or a pipe would do away with it.
         if (mode != 0 && !S_ISREG(mode))
-            throw SystemError{S_ISDIR(mode) ? EISDIR : EINVAL, target};
+            throw SystemError{EINVAL, target};
         ByteSink sink(staged.descriptor());
         sink.write(std::as_bytes(std::span(bytes.constData(), size_t(bytes.size()))));
         sink.flush();
@@ -332,10 +335,19 @@ void createFolder(const FileUrl& folder)
 {
     if (!folder.hasFileSystemRepresentation())
         throw SystemError{EINVAL, folder};
+    // Looked at first, because mkdir on a volume that can't be written may refuse even a folder that exists.
+    if (fileKind(folder) == FileKind::folder)
+        return;
     std::error_code error;
     std::filesystem::create_directories(std::filesystem::path(folder.path().toStdString()), error);
-    if (error)
-        throw SystemError{error.value(), folder};
+    if (error) {
+        // That something of this name exists already would read as if nothing were wrong.
+        const FileUrl existing = nearestExisting(folder);
+        throw isTaken(existing) && fileKind(existing) != FileKind::folder ? SystemError{ENOTDIR, existing}
+                                                                          : SystemError{error.value(), folder};
+    }
+    if (fileKind(folder) != FileKind::folder)
+        throw SystemError{ENOTDIR, folder};
 }
 
 void createPrivateFolder(const FileUrl& folder)

@@ -48,7 +48,7 @@ public:
     /// that its character set lacks). Nothing ever stands under that name: it is tried behind the hidden one.
     void checkName(const QByteArray& name) const;
     /// Takes over the permissions of the file `name` in the folder, where that is a regular file, and answers the mode
-    /// of what stands there, 0 for nothing. Throws SystemError.
+    /// of what stands there, 0 for nothing. Throws SystemError, with EISDIR where that is a folder.
     mode_t takeModeOf(const QByteArray& name);
     /// Flushes the data to disk and closes the descriptor, checking both. Throws SystemError.
     void flushAndClose();
@@ -79,7 +79,8 @@ void writeAtomically(const FileUrl& destination, const QByteArray& bytes);
 /// name is taken, EBUSY when somebody changed the source meanwhile. The folder must exist. Throws SystemError.
 void copyWithoutReplacing(const OpenedFile& source, const FileUrl& destination);
 
-/// Creates `folder` with any missing parents; one that exists is fine. Throws SystemError.
+/// Creates `folder` with any missing parents; one that exists is fine. Throws SystemError, with ENOTDIR and its place
+/// where something else stands in the way.
 void createFolder(const FileUrl& folder);
 
 /// The same for what is nobody else's business: what is made can be entered by its owner alone.

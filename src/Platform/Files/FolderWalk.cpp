@@ -49,16 +49,6 @@ EntryKind kindOf(const dirent& entry, int folderDescriptor)
 
 } // namespace
 
-FileKind fileKind(const FileUrl& url)
-{
-    struct stat status {};
-    if (!url.hasFileSystemRepresentation())
-        return FileKind::missing;
-    if (::stat(url.path().constData(), &status) != 0)
-        return errno == ENOENT || errno == ENOTDIR ? FileKind::missing : FileKind::unknown;
-    return S_ISDIR(status.st_mode) ? FileKind::folder : FileKind::file;
-}
-
 int walkFolder(const FileUrl& folder, const std::function<void(const FileUrl&)>& visit)
 {
     if (!folder.hasFileSystemRepresentation())

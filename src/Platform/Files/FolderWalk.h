@@ -7,10 +7,6 @@
 
 namespace ferrow {
 
-/// What stands at a path, following links; unknown where the system does not say.
-enum class FileKind { missing, file, folder, unknown };
-[[nodiscard]] FileKind fileKind(const FileUrl& url);
-
 /// Calls `visit` for everything below `folder` that is not itself a folder to be entered: hidden names (a leading dot)
 /// and the inside of package folders are left out; links to files are reported, links to folders are neither entered
 /// nor reported; unreadable folders are passed over. `folder` itself is entered even when it is a link or hidden: the

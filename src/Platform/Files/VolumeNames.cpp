@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Export/VolumeNames.h"
+#include "Platform/Files/VolumeNames.h"
 
 #include "Platform/Base/ByteText.h"
+#include "Platform/Files/Descriptor.h"
+#include "Platform/Files/FileStatus.h"
 
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <linux/magic.h>
 #include <sys/ioctl.h>
 #include <sys/vfs.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -31,16 +32,15 @@ bool goesByBytes(std::uint32_t magic)
 
 bool mayFold(const FileUrl& folder)
 {
+    const QByteArray path = nearestExisting(folder).path();
     struct statfs volume {};
-    if (::statfs(folder.path().constData(), &volume) != 0 || !goesByBytes(std::uint32_t(volume.f_type)))
+    if (::statfs(path.constData(), &volume) != 0 || !goesByBytes(std::uint32_t(volume.f_type)))
         return true;
-    const int descriptor = ::open(folder.path().constData(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC);
-    if (descriptor < 0)
+    const Descriptor descriptor(::open(path.constData(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
+    if (!descriptor.isOpen())
         return true;
     int flags = 0;
-    const bool isMarked = ::ioctl(descriptor, FS_IOC_GETFLAGS, &flags) == 0 && (flags & FS_CASEFOLD_FL) != 0;
-    ::close(descriptor);
-    return isMarked;
+    return ::ioctl(descriptor.get(), FS_IOC_GETFLAGS, &flags) == 0 && (flags & FS_CASEFOLD_FL) != 0;
 }
 
 QByteArray folded(const QByteArray& name)
