@@ -10,6 +10,7 @@
 #include "Platform/Files/FilePlacement.h"
 #include "Platform/Files/FileStatus.h"
 #include "Platform/Files/VolumeNames.h"
+#include "Platform/Pixels/Resampler.h"
 
 #include <QLocale>
 
@@ -108,6 +109,39 @@ void placeOutput(StagedFile& staged, const FileUrl& destination, bool replaceExi
     }
 }
 
+/// What the engine has to know for all pixels and for some. `source` stays open while it answers.
+template <typename Request>
+Request requestFor(const OpenedFile& source, const ImportedPhoto& photo, const RenderRecipe& recipe, const Bitmap& logo,
+                   const std::stop_token& stop)
+{
+    Request request;
+    request.source = {source.descriptor(), source.size()};
+    request.expectedSize = photo.pixelSize;
+    request.composition = ImageRenderer::exportComposition(photo.pixelSize, recipe, photo.metadata, logo, stop);
+    return request;
+}
+
+Bitmap logoIfThere(const std::optional<LogoConfiguration>& configuration, const std::stop_token& stop)
+{
+    try {
+        return ManagedLogoStore::loadIfEnabled(configuration, {}, stop).value_or(Bitmap());
+    } catch (const LogoAssetError&) {
+        return {};
+    } catch (const SystemError&) {
+        return {};
+    }
+}
+
+Bitmap reduced(const Bitmap& picture, double scale)
+{
+    if (scale >= 1 || picture.isNull())
+        return picture;
+    const auto length = [scale](std::int64_t pixels) {
+        return std::max<std::int64_t>(1, std::llround(double(pixels) * scale));
+    };
+    return Resampler::scaled(picture, {length(picture.size().width), length(picture.size().height)});
+}
+
 } // namespace
 
 void exportPhoto(const ImportedPhoto& photo, const RenderRecipe& recipe, const ExportSettings& settings,
@@ -119,10 +153,7 @@ void exportPhoto(const ImportedPhoto& photo, const RenderRecipe& recipe, const E
     const OpenedFile source = ImageLoader::openSource(photo.url);
     const Bitmap logo = ManagedLogoStore::loadIfEnabled(recipe.logo, managedLogoDirectory, stop).value_or(Bitmap());
 
-    Engine::FrameRequest request;
-    request.source = {source.descriptor(), source.size()};
-    request.expectedSize = photo.pixelSize;
-    request.composition = ImageRenderer::exportComposition(photo.pixelSize, recipe, photo.metadata, logo, stop);
+    auto request = requestFor<Engine::FrameRequest>(source, photo, recipe, logo, stop);
     request.format = settings.format;
     request.quality = usableQuality(settings.quality);
     request.metadata = outputMetadata(photo.metadata);
@@ -135,6 +166,19 @@ void exportPhoto(const ImportedPhoto& photo, const RenderRecipe& recipe, const E
         throw ImagePipelineError(ImagePipelineError::decodingFailed);
     flush(staged, destination, settings);
     placeOutput(staged, destination, replaceExisting, settings);
+}
+
+Bitmap region(const ImportedPhoto& photo, const RenderRecipe& recipe, const QRect& region, double scale,
+              const std::stop_token& stop)
+{
+    const OpenedFile source = ImageLoader::openSource(photo.url);
+    auto request = requestFor<Engine::RegionRequest>(source, photo, recipe, logoIfThere(recipe.logo, stop), stop);
+    request.x = region.x();
+    request.y = region.y();
+    request.size = {region.width(), region.height()};
+    const Bitmap pixels = Engine::answerer().composeRegion(request, stop);
+    throwIfCancelled(stop);
+    return reduced(pixels, scale);
 }
 
 } // namespace ferrow::ImageExporter

@@ -4,11 +4,15 @@
 #include "Models/ImportedPhoto.h"
 #include "Models/RenderRecipe.h"
 #include "Platform/Base/FileUrl.h"
+#include "Platform/Pixels/Bitmap.h"
+
+#include <QRect>
 
 #include <optional>
 #include <stop_token>
 
-/// Writes one framed copy of one photo. Keeps no state; any thread, several at once.
+/// Writes one framed copy of one photo, or shows a part of what it would write. Keeps no state; any thread, several at
+/// once.
 namespace ferrow::ImageExporter {
 
 /// Decodes the source, frames it at full size and moves the encoded result to `destination`, which is never replaced
@@ -19,5 +23,11 @@ namespace ferrow::ImageExporter {
 void exportPhoto(const ImportedPhoto& photo, const RenderRecipe& recipe, const ExportSettings& settings,
                  const FileUrl& destination, bool replaceExisting, const std::stop_token& stop,
                  const std::optional<FileUrl>& managedLogoDirectory = {});
+
+/// The pixels that an export of `photo` has in `region` (output pixels, origin at the top left; what reaches beyond the
+/// picture is cut off), at `scale` where that is below 1: 8-bit RGB or straight RGBA in the output's color space. As in
+/// a preview, a logo that can't be loaded is left out. Throws ImagePipelineError and Cancelled.
+[[nodiscard]] Bitmap region(const ImportedPhoto& photo, const RenderRecipe& recipe, const QRect& region, double scale,
+                            const std::stop_token& stop);
 
 } // namespace ferrow::ImageExporter

@@ -51,7 +51,7 @@ PreviewResult framed(PreviewRequest request, const Bitmap& logo, const PreviewRe
             boundedSource(request.source, RenderLayout::calculate(request.pixelSize, request.recipe, scale).canvasSize);
     }
     PreviewResult result;
-    result.image = screenImage(operations.render(request, logo, stop));
+    result.picture = inSRGB(operations.render(request, logo, stop));
     const double scale = scaleOf(request.source.size(), request.pixelSize);
     result.photoRect = fromTop(RenderLayout::calculate(request.pixelSize, request.recipe, scale));
     result.outputSize = RenderLayout::framedLayout(request.pixelSize, request.recipe).canvasSize;

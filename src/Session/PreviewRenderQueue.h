@@ -5,7 +5,6 @@
 #include "Models/RenderRecipe.h"
 #include "Session/NewestTask.h"
 
-#include <QImage>
 #include <QObject>
 #include <QRectF>
 
@@ -25,12 +24,12 @@ struct PreviewRequest {
     PhotoMetadata metadata;
 };
 
-/// A framed preview, ready to paint.
+/// A framed preview.
 struct PreviewResult {
     FileUrl photoID;
     RenderRecipe recipe;  ///< What it was framed with.
-    QImage image;         ///< sRGB, RGB888 or straight RGBA8888.
-    QRectF photoRect;     ///< Where the bare photo lies in `image`: pixels, origin at the top left.
+    Bitmap picture;       ///< sRGB, rgb8 or straight rgba8.
+    QRectF photoRect;     ///< Where the bare photo lies in `picture`: pixels, origin at the top left.
     PixelSize outputSize; ///< Of the exported picture.
 };
 

@@ -2,23 +2,11 @@
 #include "Session/ScreenImage.h"
 
 #include "Platform/Pixels/ColorTransform.h"
-
-#include <cstring>
+#include "Platform/Pixels/Resampler.h"
 
 namespace ferrow {
 
 namespace {
-
-Bitmap inSRGB(const Bitmap& picture)
-{
-    if (picture.profile().isEquivalentTo(ColorProfile::sRGB()))
-        return picture;
-    Bitmap converted(picture.size(), picture.format(), ColorProfile::sRGB());
-    const ColorTransform transform(picture.profile(), picture.format(), ColorProfile::sRGB(), picture.format());
-    for (std::int64_t y = 0; y < picture.size().height; ++y)
-        transform.apply(picture.row(y), converted.row(y), std::size_t(picture.size().width));
-    return converted;
-}
 
 QImage::Format formatOf(const PixelFormat& format)
 {
@@ -35,6 +23,17 @@ QImage::Format formatOf(const PixelFormat& format)
 
 } // namespace
 
+Bitmap inSRGB(const Bitmap& picture)
+{
+    if (picture.isNull() || picture.profile().isEquivalentTo(ColorProfile::sRGB()))
+        return picture;
+    Bitmap converted(picture.size(), picture.format(), ColorProfile::sRGB());
+    const ColorTransform transform(picture.profile(), picture.format(), ColorProfile::sRGB(), picture.format());
+    for (std::int64_t y = 0; y < picture.size().height; ++y)
+        transform.apply(picture.row(y), converted.row(y), std::size_t(picture.size().width));
+    return converted;
+}
+
 QImage screenImage(const Bitmap& picture)
 {
     if (picture.isNull())
@@ -49,6 +48,24 @@ QImage screenImage(const Bitmap& picture)
             formatOf(pixels.format()),
             [](void* bitmap) { delete static_cast<Bitmap*>(bitmap); },
             shared};
+}
+
+QImage paintableImage(const QImage& image)
+{
+    return image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
+}
+
+QImage paintableImage(const Bitmap& picture)
+{
+    return paintableImage(screenImage(picture));
+}
+
+QImage paintableImage(const Bitmap& picture, QSize size)
+{
+    const PixelSize pixels{size.width(), size.height()};
+    if (picture.isNull() || size.isEmpty() || pixels == picture.size())
+        return paintableImage(picture);
+    return paintableImage(Resampler::scaled(inSRGB(picture), pixels));
 }
 
 } // namespace ferrow

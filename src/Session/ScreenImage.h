@@ -4,11 +4,22 @@
 #include "Platform/Pixels/Bitmap.h"
 
 #include <QImage>
+#include <QSize>
 
+/// Pictures on their way to the screen. What converts or scales takes tens of milliseconds for a preview, and belongs
+/// on a worker thread. A null picture gives a null one.
 namespace ferrow {
 
-/// `picture` (rgb8, or rgba8 straight or premultiplied) for painting, in sRGB. The image shares the bitmap's pixels
-/// where these are sRGB already; else they are converted, which belongs on a worker thread. Null for no picture.
+/// `picture` (rgb8, or rgba8 straight or premultiplied), its colours converted; itself where it is sRGB already.
+[[nodiscard]] Bitmap inSRGB(const Bitmap& picture);
+
+/// As inSRGB(), for painting: shares the bitmap's pixels where these need no conversion.
 [[nodiscard]] QImage screenImage(const Bitmap& picture);
+
+/// The pixels as windows have them, so that painting them is a copy.
+[[nodiscard]] QImage paintableImage(const QImage& image);
+[[nodiscard]] QImage paintableImage(const Bitmap& picture);
+/// The same at exactly `size`, by the filter that exports use.
+[[nodiscard]] QImage paintableImage(const Bitmap& picture, QSize size);
 
 } // namespace ferrow

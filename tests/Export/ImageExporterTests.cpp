@@ -313,6 +313,26 @@ TEST_F(ImageExporterTest, bringsTheQualityIntoItsRange)
     }
 }
 
+TEST_F(ImageExporterTest, showsThePixelsThatItWrites)
+{
+    const FileUrl source = writeSource(test::encoded(OutputType::png, test::noise({90, 60}, rgb8)));
+    const ImportedPhoto photo = ImageLoader::load(source);
+    RenderRecipe recipe = plainRecipe();
+    recipe.borderWidth = 20;
+    recipe.borderColor = {0.2, 0.4, 0.6, 1};
+    recipe.captionEnabled = true;
+    recipe.setCaptionTemplate(QStringLiteral("{filename}"));
+    recipe.captionFontSize = 9;
+    recipe.logo = LogoConfiguration::placeholder(); // Nowhere to be found.
+    const Bitmap shown = ImageExporter::region(photo, recipe, {15, 33, 110, 80}, 1, {});
+    recipe.logo.reset();
+    ImageExporter::exportPhoto(photo, recipe, {.format = ExportFormat::png}, output.appending("out.png"), false, {});
+    const Bitmap whole = test::decoded(test::readFile(output.appending("out.png")));
+    ASSERT_EQ(shown.size(), (PixelSize{110, 67})) << "what the picture has of it";
+    EXPECT_TRUE(test::holdsAt(whole, 15, 33, shown));
+    EXPECT_EQ(ImageExporter::region(photo, recipe, {0, 0, 130, 100}, 0.5, {}).size(), (PixelSize{65, 50}));
+}
+
 TEST_F(ImageExporterTest, drawsTheLogoFromTheFolderItIsGiven)
 {
     const FileUrl managed = folder.file("managed");

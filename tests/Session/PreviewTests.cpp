@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Session/PreviewLoader.h"
 #include "Session/PreviewRenderQueue.h"
+#include "Session/RegionLoader.h"
 
 #include "SessionTestSupport.h"
 #include "Support/Pictures.h"
@@ -8,11 +9,21 @@
 #include <QSignalSpy>
 
 #include <atomic>
+#include <latch>
 #include <thread>
 
 namespace ferrow {
 
 using testing::ElementsAre;
+
+namespace {
+
+RegionSubject subject(double border)
+{
+    return {test::photoAt(test::photoUrl("a")), test::border(border), {1000, 800}};
+}
+
+} // namespace
 
 TEST(PreviewLoader, publishesTheNewestAloneHoweverLateAnOlderOneEnds)
 {
@@ -207,18 +218,20 @@ TEST(PreviewRender, framesAsAnExportDoesWithinTheScreensMeasure)
         return test::waitUntil([&] { return result.has_value(); });
     };
     ASSERT_TRUE(show(test::flat({300, 200}, rgb8, {10, 200, 30}), 100));
-    EXPECT_EQ(result->image.size(), QSize(400, 300));
+    EXPECT_EQ(result->picture.size(), (PixelSize{400, 300}));
     EXPECT_EQ(result->photoRect, QRectF(50, 50, 300, 200));
     EXPECT_EQ(result->outputSize, (PixelSize{800, 600}));
     // Display P3 values would be painted too dull: red as 234, 51, 35.
-    const QColor edge = result->image.pixelColor(5, 5);
-    const QColor middle = result->image.pixelColor(200, 150);
-    EXPECT_LE(std::abs(edge.red() - 255) + edge.green() + edge.blue(), 6);
-    EXPECT_LE(std::abs(middle.red() - 10) + std::abs(middle.green() - 200) + std::abs(middle.blue() - 30), 9);
+    const auto shade = [&](std::int64_t x, std::int64_t y, int channel) {
+        return test::component(result->picture, x, y, channel);
+    };
+    EXPECT_LE(std::abs(shade(5, 5, 0) - 255) + shade(5, 5, 1) + shade(5, 5, 2), 6);
+    EXPECT_LE(
+        std::abs(shade(200, 150, 0) - 10) + std::abs(shade(200, 150, 1) - 200) + std::abs(shade(200, 150, 2) - 30), 9);
 
     ASSERT_TRUE(show(test::flat({600, 400}, rgb8, {0, 0, 0}), 6'000));
     EXPECT_EQ(result->outputSize, (PixelSize{12'600, 12'400}));
-    EXPECT_NEAR(result->image.width(), PreviewRenderQueue::maximumSide, 30);
+    EXPECT_NEAR(double(result->picture.size().width), PreviewRenderQueue::maximumSide, 30);
 }
 
 TEST(PreviewRender, showsPhotosThatAreThinnerThanAPixel)
@@ -238,10 +251,39 @@ TEST(PreviewRender, showsPhotosThatAreThinnerThanAPixel)
         result.reset();
         queue.request({test::photoUrl("a"), test::flat(row.preview, rgb8, {10, 200, 30}), row.photo, bare, {}});
         ASSERT_TRUE(test::waitUntil([&] { return result.has_value(); }));
-        EXPECT_EQ(result->image.size(), QSize(int(row.preview.width), int(row.preview.height)));
-        for (const QPoint& corner : {QPoint(0, 0), QPoint(result->image.width() - 1, result->image.height() - 1)})
-            EXPECT_EQ(result->image.pixelColor(corner), QColor(10, 200, 30));
+        EXPECT_TRUE(test::samePixels(result->picture, test::flat(row.preview, rgb8, {10, 200, 30})));
     }
+}
+
+TEST(RegionLoader, dropsWhatBelongsToAnotherFramingAndAsksNoMoreThanItMust)
+{
+    std::latch first(1);
+    std::atomic<int> asked = 0;
+    RegionLoader loader(
+        [&](const RegionRequest& request, const std::stop_token&) {
+            ++asked;
+            if (request.subject.recipe.borderWidth == 1)
+                first.wait();
+            return test::flat({1, 1}, rgb8, {1, 2, 3});
+        },
+        std::chrono::milliseconds(0));
+    const QSignalSpy loaded(&loader, &RegionLoader::loaded);
+    const QRect visible(0, 200, 400, 400);
+
+    loader.setSubject(subject(1));
+    loader.want(visible, 2);
+    EXPECT_TRUE(test::waitUntil([&] { return asked == 1; }));
+    loader.setSubject(subject(2));
+    loader.want(visible, 2);
+    first.count_down();
+    EXPECT_TRUE(test::waitUntil([&] { return loader.region().has_value(); }));
+    EXPECT_EQ(loaded.size(), 1) << "the answer to the first framing came in and was dropped";
+    EXPECT_EQ(loader.region()->region, QRect(0, 100, 500, 600)) << "a quarter more, not beyond the picture";
+
+    loader.want(visible.translated(50, -50), 2);
+    EXPECT_EQ(asked, 2) << "it is there already";
+    loader.want(visible.translated(200, 0), 2);
+    EXPECT_TRUE(test::waitUntil([&] { return loaded.size() == 2; }));
 }
 
 TEST(CompressedPicture, keepsTheLookInAFractionOfTheBytes)

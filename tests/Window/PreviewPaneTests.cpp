@@ -1,23 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Export/ImageExporter.h"
-#include "Features/PreviewPane/PaintableImage.h"
 #include "Features/PreviewPane/PreviewFooter.h"
 #include "Features/PreviewPane/PreviewPane.h"
 #include "Features/PreviewPane/PreviewPicture.h"
 #include "Features/PreviewPane/PreviewRequester.h"
 #include "Features/PreviewPane/PreviewViewport.h"
-#include "Features/PreviewPane/RegionLoader.h"
 #include "Session/SessionTestSupport.h"
 #include "Support/Pictures.h"
-
-#include "Session/ScreenImage.h"
 
 #include <QPainter>
 #include <QPushButton>
 #include <QSignalSpy>
 
 #include <atomic>
-#include <latch>
 
 namespace ferrow {
 
@@ -36,11 +30,6 @@ RenderRecipe bordered(double width)
     recipe.borderWidth = width;
     recipe.captionEnabled = false;
     return recipe;
-}
-
-RegionSubject subject(double border)
-{
-    return {test::photoAt(test::photoUrl("a")), bordered(border), {1000, 800}};
 }
 
 /// The pane as the right half of a window, with two photos.
@@ -240,54 +229,6 @@ TEST(PreviewRequester, asksWhenThePictureIsThereAndForEachNewFramingOnce)
     EXPECT_EQ(rendersAfter([&] { session.setRecipeScope(RecipeScope::selected); }), 2) << "the same framing";
     EXPECT_EQ(rendersAfter([&] { session.setSelectedPhotoID(b); }), 2) << "its picture is still on the way";
     EXPECT_EQ(rendersAfter([&] { load(b); }), 3);
-}
-
-TEST(RegionLoader, dropsWhatBelongsToAnotherFramingAndAsksNoMoreThanItMust)
-{
-    std::latch first(1);
-    std::atomic<int> asked = 0;
-    RegionLoader loader(
-        [&](const RegionRequest& request, const std::stop_token&) {
-            ++asked;
-            if (request.subject.recipe.borderWidth == 1)
-                first.wait();
-            return QImage(1, 1, QImage::Format_RGB32);
-        },
-        std::chrono::milliseconds(0));
-    const QSignalSpy loaded(&loader, &RegionLoader::loaded);
-    const QRect visible(0, 200, 400, 400);
-
-    loader.setSubject(subject(1));
-    loader.want(visible, 2);
-    EXPECT_TRUE(test::waitUntil([&] { return asked == 1; }));
-    loader.setSubject(subject(2));
-    loader.want(visible, 2);
-    first.count_down();
-    EXPECT_TRUE(test::waitUntil([&] { return loader.region().has_value(); }));
-    EXPECT_EQ(loaded.size(), 1) << "the answer to the first framing came in and was dropped";
-    EXPECT_EQ(loader.region()->region, QRect(0, 100, 500, 600)) << "a quarter more, not beyond the picture";
-
-    loader.want(visible.translated(50, -50), 2);
-    EXPECT_EQ(asked, 2) << "it is there already";
-    loader.want(visible.translated(200, 0), 2);
-    EXPECT_TRUE(test::waitUntil([&] { return loaded.size() == 2; }));
-}
-
-TEST(RegionLoader, showsThePixelsThatAnExportWrites)
-{
-    const test::TemporaryFolder folder;
-    ImportedPhoto photo =
-        test::photoAt(folder.write("a.png", test::encoded(OutputType::png, test::noise({90, 60}, rgb8))), {90, 60});
-    RenderRecipe recipe = bordered(20);
-    recipe.borderColor = {0.2, 0.4, 0.6, 1};
-    recipe.captionEnabled = true;
-    recipe.setCaptionTemplate(QStringLiteral("{filename}"));
-    recipe.captionFontSize = 9;
-    ImageExporter::exportPhoto(photo, recipe, {.format = ExportFormat::png}, folder.file("out.png"), false, {});
-    const QImage whole = paintableImage(screenImage(test::decoded(test::readFile(folder.file("out.png")))));
-
-    const QRect region(15, 33, 110, 60);
-    EXPECT_EQ(RegionLoader::composed({{photo, recipe, {130, 100}}, region, 1}, {}), whole.copy(region));
 }
 
 TEST(PreviewViewport, zoomsAboutThePointerAndKeepsThePhotoInPlace)

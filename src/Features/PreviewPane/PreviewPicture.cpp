@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Features/PreviewPane/PreviewPicture.h"
 
-#include "Features/PreviewPane/PaintableImage.h"
 #include "Imaging/ImageRenderer.h"
 #include "Imaging/RenderLayout.h"
 #include "Models/ErrorTexts.h"
@@ -50,6 +49,11 @@ std::optional<RenderLayout> layoutOf(const ImportedPhoto& photo, const RenderRec
 QRectF fromTop(const QRectF& rect, const PixelSize& canvas)
 {
     return {rect.x(), double(canvas.height) - rect.y() - rect.height(), rect.width(), rect.height()};
+}
+
+QSize sizeOf(const Bitmap& picture)
+{
+    return {int(picture.size().width), int(picture.size().height)};
 }
 
 } // namespace
@@ -115,7 +119,7 @@ void PreviewPicture::showStandIn(const ImportedPhoto& photo, const RenderRecipe&
 
 void PreviewPicture::showRendered(const PreviewResult& result)
 {
-    if (!photo_ || photo_->id() != result.photoID || result.image.isNull())
+    if (!photo_ || photo_->id() != result.photoID || result.picture.isNull())
         return;
     newest_ = std::make_shared<PreviewResult>(result);
     scaleNewest();
@@ -173,7 +177,7 @@ QRect PreviewPicture::photoOnScreen() const
 {
     if (!shown_)
         return onScreen(standInPhoto_);
-    const double scale = double(shown_->outputSize.width) / shown_->image.width();
+    const double scale = double(shown_->outputSize.width) / double(shown_->picture.size().width);
     const QRectF& rect = shown_->photoRect;
     return onScreen({rect.x() * scale, rect.y() * scale, rect.width() * scale, rect.height() * scale});
 }
@@ -197,12 +201,12 @@ void PreviewPicture::scaleNewest()
         return;
     PreviewViewport view = view_;
     view.setPicture(newest_->outputSize);
-    const Scaling scaling{newest_, paintedSize(view.pictureRect().size(), newest_->image.size())};
+    const Scaling scaling{newest_, paintedSize(view.pictureRect().size(), sizeOf(newest_->picture))};
     if (scaling == askedScaling_)
         return;
     askedScaling_ = scaling;
     scaling_.run([this, scaling](const std::stop_token&) -> NewestTask::Deliver {
-        return [this, scaling, pixels = scaledPaintableImage(scaling.result->image, scaling.size)] {
+        return [this, scaling, pixels = paintableImage(scaling.result->picture, scaling.size)] {
             adopt(scaling.result, pixels);
         };
     });
@@ -225,13 +229,12 @@ void PreviewPicture::prepareBare()
 {
     if (!isComparing_ || bare_.isNull() || !isShown())
         return;
-    const QSize own(int(bare_.size().width), int(bare_.size().height));
-    const Scaling scaling{nullptr, paintedSize(photoOnScreen().size(), own)};
+    const Scaling scaling{nullptr, paintedSize(photoOnScreen().size(), sizeOf(bare_))};
     if (scaling == askedBareScaling_)
         return;
     askedBareScaling_ = scaling;
     bareScaling_.run([this, bare = bare_, size = scaling.size](const std::stop_token&) -> NewestTask::Deliver {
-        return [this, pixels = scaledPaintableImage(screenImage(bare), size)] {
+        return [this, pixels = paintableImage(bare, size)] {
             barePixels_ = pixels;
             emit changed();
         };
@@ -245,7 +248,7 @@ try {
     std::vector<Lettering> parts;
     for (const Engine::Overlay& overlay :
          ImageRenderer::composition(layout, recipe, photo.metadata, {}, scale, stop).overlays)
-        parts.push_back({paintableImage(screenImage(overlay.picture)), QPoint(int(overlay.x), int(overlay.y))});
+        parts.push_back({paintableImage(overlay.picture), QPoint(int(overlay.x), int(overlay.y))});
     return parts;
 } catch (const Cancelled&) {
     return {};
@@ -274,7 +277,7 @@ void PreviewPicture::wantRegion()
 {
     if (!shown_ || isComparing_ || !view_.hasPicture())
         return;
-    const double previewScale = shown_->image.width() / double(shown_->outputSize.width);
+    const double previewScale = double(shown_->picture.size().width) / double(shown_->outputSize.width);
     // A few percent of enlargement are not worth a decode at full size.
     if (previewScale < 1 && view_.zoom() > previewScale * 1.05)
         regions_.want(view_.visibleRegion(), view_.zoom());

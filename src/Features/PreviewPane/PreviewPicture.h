@@ -2,9 +2,9 @@
 #pragma once
 
 #include "Features/PreviewPane/PreviewViewport.h"
-#include "Features/PreviewPane/RegionLoader.h"
 #include "Session/NewestTask.h"
 #include "Session/PreviewRenderQueue.h"
+#include "Session/RegionLoader.h"
 
 #include <QColor>
 #include <QImage>

@@ -45,20 +45,21 @@ class RegionLoader : public QObject {
     Q_OBJECT
 
 public:
-    /// Called on a worker thread. Throws what Engine::Answerer::composeRegion throws; LogoAssetError and SystemError.
-    using Compose = std::function<QImage(const RegionRequest&, const std::stop_token&)>;
+    /// Called on a worker thread, for the pixels of a region; no picture for none. Throws ImagePipelineError,
+    /// Cancelled.
+    using Compose = std::function<Bitmap(const RegionRequest&, const std::stop_token&)>;
 
     /// Most output pixels that are loaded at once: four bytes each, on their way to the screen.
     static constexpr std::int64_t maximumPixels = 36'000'000;
 
     /// After a change of subject, `settling` must pass before anything is loaded: full-size decodes that every step of
     /// a slider drag would start and stop are not free.
-    explicit RegionLoader(Compose compose = &RegionLoader::composed,
+    explicit RegionLoader(Compose compose = exported,
                           std::chrono::milliseconds settling = std::chrono::milliseconds(120),
                           QObject* parent = nullptr);
 
-    /// The program's own: the composition of an export, by the engine's answerer.
-    [[nodiscard]] static QImage composed(const RegionRequest& request, const std::stop_token& stop);
+    /// The program's own: ImageExporter::region().
+    [[nodiscard]] static Bitmap exported(const RegionRequest& request, const std::stop_token& stop);
 
     /// Another photo or framing drops the present region and whatever is on its way.
     void setSubject(const std::optional<RegionSubject>& subject);

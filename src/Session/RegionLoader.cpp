@@ -1,18 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Features/PreviewPane/RegionLoader.h"
+#include "Session/RegionLoader.h"
 
-#include "Engine/Answerer.h"
-#include "Features/PreviewPane/PaintableImage.h"
-#include "Imaging/ImageLoader.h"
-#include "Imaging/ImageRenderer.h"
-#include "Models/ErrorTexts.h"
-#include "Persistence/ManagedLogoStore.h"
-#include "Platform/Base/Cancellation.h"
-#include "Platform/Pixels/Resampler.h"
+#include "Export/ImageExporter.h"
 #include "Session/ScreenImage.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 namespace ferrow {
@@ -38,28 +30,6 @@ QRect withSurroundings(const QRect& visible, PixelSize output)
     return pixelCount(wider) <= RegionLoader::maximumPixels ? wider : visible;
 }
 
-/// A logo that can't be loaded is left out, as in the preview.
-Bitmap logoIfThere(const std::optional<LogoConfiguration>& configuration, const std::stop_token& stop)
-{
-    try {
-        return ManagedLogoStore::loadIfEnabled(configuration, {}, stop).value_or(Bitmap());
-    } catch (const LogoAssetError&) {
-        return {};
-    } catch (const SystemError&) {
-        return {};
-    }
-}
-
-Bitmap reduced(const Bitmap& picture, double scale)
-{
-    if (scale >= 1 || picture.isNull())
-        return picture;
-    const auto length = [scale](std::int64_t pixels) {
-        return std::max<std::int64_t>(1, std::llround(double(pixels) * scale));
-    };
-    return Resampler::scaled(picture, {length(picture.size().width), length(picture.size().height)});
-}
-
 } // namespace
 
 bool RegionLoader::Wish::covers(const QRect& visible, double wantedScale) const
@@ -75,22 +45,9 @@ RegionLoader::RegionLoader(Compose compose, std::chrono::milliseconds settling, 
     connect(&settling_, &QTimer::timeout, this, &RegionLoader::ask);
 }
 
-QImage RegionLoader::composed(const RegionRequest& request, const std::stop_token& stop)
+Bitmap RegionLoader::exported(const RegionRequest& request, const std::stop_token& stop)
 {
-    const auto& [photo, recipe, outputSize] = request.subject;
-    const OpenedFile source = ImageLoader::openSource(photo.url);
-    const Bitmap logo = logoIfThere(recipe.logo, stop);
-
-    Engine::RegionRequest region;
-    region.source = {source.descriptor(), source.size()};
-    region.expectedSize = photo.pixelSize;
-    region.composition = ImageRenderer::exportComposition(photo.pixelSize, recipe, photo.metadata, logo, stop);
-    region.x = request.region.x();
-    region.y = request.region.y();
-    region.size = {request.region.width(), request.region.height()};
-    const Bitmap pixels = Engine::answerer().composeRegion(region, stop);
-    throwIfCancelled(stop);
-    return paintableImage(screenImage(reduced(pixels, request.scale)));
+    return ImageExporter::region(request.subject.photo, request.subject.recipe, request.region, request.scale, stop);
 }
 
 void RegionLoader::setSubject(const std::optional<RegionSubject>& subject)
@@ -132,7 +89,7 @@ void RegionLoader::ask()
     const RegionRequest request{*subject_, wish_->region, wish_->scale};
     task_.run(
         [this, request, compose = compose_](const std::stop_token& stop) -> NewestTask::Deliver {
-            const LoadedRegion region{compose(request, stop), request.region, request.scale};
+            const LoadedRegion region{paintableImage(compose(request, stop)), request.region, request.scale};
             return [this, region] { take(region); };
         },
         // The preview stays under it, and loading it has told the user already what is wrong with the file.
