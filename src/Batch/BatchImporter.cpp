@@ -3,6 +3,7 @@
 
 #include "Imaging/ImageLoader.h"
 #include "Models/ErrorTexts.h"
+#include "Platform/Base/Cancellation.h"
 #include "Platform/Base/Localization.h"
 #include "Platform/Base/TaskGroup.h"
 #include "Platform/Files/FileStatus.h"
@@ -12,15 +13,18 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <set>
 #include <string_view>
+#include <utility>
 #include <variant>
 
 namespace ferrow::BatchImporter {
 
 namespace {
 
-using Outcome = std::variant<ImportedPhoto, BatchExportFailure>;
+struct Unread {};
+using Outcome = std::variant<Unread, ImportedPhoto, BatchExportFailure>;
 
 bool isSupportedExtension(const QByteArray& extension)
 {
@@ -35,18 +39,8 @@ std::vector<FileUrl> deduplicated(const std::vector<FileUrl>& urls)
     std::set<FileUrl> distinct;
     for (const FileUrl& url : urls)
         distinct.insert(url.standardized());
-    // Each text is made once: the comparison runs far more often than there are paths.
-    std::vector<std::pair<QString, FileUrl>> keyed;
-    keyed.reserve(distinct.size());
-    for (const FileUrl& url : distinct)
-        keyed.emplace_back(url.displayPath(), url);
-    std::stable_sort(keyed.begin(), keyed.end(), [](const auto& left, const auto& right) {
-        return Localization::standardCompare(left.first, right.first) < 0;
-    });
-    std::vector<FileUrl> sorted;
-    sorted.reserve(keyed.size());
-    for (auto& [text, url] : keyed)
-        sorted.push_back(std::move(url));
+    std::vector<FileUrl> sorted(distinct.begin(), distinct.end());
+    Localization::standardSort(sorted, [](const FileUrl& url) { return url.displayPath(); });
     return sorted;
 }
 
@@ -59,10 +53,24 @@ BatchExportFailure failureOf(const FileUrl& url, const QString& message)
     return failure;
 }
 
-Outcome loadOne(const FileUrl& url, const Loader& loader)
+/// An unsupported image found in a folder, named by its extension.
+BatchExportFailure unsupportedFailure(const FileUrl& url)
+{
+    const QByteArray extension = url.pathExtension();
+    QString description = ImageTypeNames::description(extension).value_or(QString());
+    if (description.isEmpty())
+        description = extension.isEmpty() ? QStringLiteral("This file type") : QString::fromUtf8(extension).toUpper();
+    const ImagePipelineError error = ImagePipelineError::UnsupportedType{description};
+    return failureOf(url, UserFacingError::message(localizedTexts(error)));
+}
+
+Outcome loadOne(const FileUrl& url, const Loader& loader, const std::stop_token& stop)
 {
     try {
-        return loader ? loader(url) : ImageLoader::loadBatchThumbnail(url);
+        throwIfCancelled(stop);
+        return loader ? loader(url, stop) : ImageLoader::loadBatchThumbnail(url, stop);
+    } catch (const Cancelled&) {
+        return Unread{};
     } catch (...) {
         return failureOf(url, UserFacingError::message(std::current_exception()));
     }
@@ -92,37 +100,63 @@ BatchImportScan scan(const std::vector<FileUrl>& roots)
 }
 
 BatchImportResult load(const std::vector<FileUrl>& urls, int maximumConcurrency, const Loader& loader,
-                       const Progress& progress)
+                       const Progress& progress, const std::stop_token& stop)
 {
     if (maximumConcurrency < 0)
         qFatal("A negative number of loads can't run at once.");
     BatchImportResult result;
     if (maximumConcurrency == 0)
         return result;
+    std::vector<Outcome> outcomes(urls.size());
     std::size_t done = 0;
     runBounded<Outcome>(
-        urls.size(), std::size_t(maximumConcurrency), [&](std::size_t index) { return loadOne(urls[index], loader); },
-        [&](std::size_t, Outcome outcome) {
-            if (auto* photo = std::get_if<ImportedPhoto>(&outcome))
-                result.photos.push_back(std::move(*photo));
-            else
-                result.failures.push_back(std::get<BatchExportFailure>(std::move(outcome)));
+        urls.size(), std::size_t(maximumConcurrency),
+        [&](std::size_t index) { return loadOne(urls[index], loader, stop); },
+        [&](std::size_t index, Outcome outcome) {
+            outcomes[index] = std::move(outcome);
             ++done;
             if (progress)
                 progress(done);
         },
-        [] { return true; });
+        [&] { return !stop.stop_requested(); });
+    for (std::size_t i = 0; i < urls.size(); ++i) {
+        if (auto* photo = std::get_if<ImportedPhoto>(&outcomes[i]))
+            result.photos.push_back(std::move(*photo));
+        else if (auto* failure = std::get_if<BatchExportFailure>(&outcomes[i]))
+            result.failures.push_back(std::move(*failure));
+        else
+            result.unread.push_back(urls[i]);
+    }
     return result;
 }
 
-BatchExportFailure unsupportedFailure(const FileUrl& url)
+BatchImportResult importScanned(const BatchImportScan& scan, const Loader& loader, const Progress& progress,
+                                const std::stop_token& stop)
 {
-    const QByteArray extension = url.pathExtension();
-    QString description = ImageTypeNames::description(extension).value_or(QString());
-    if (description.isEmpty())
-        description = extension.isEmpty() ? QStringLiteral("This file type") : QString::fromUtf8(extension).toUpper();
-    const ImagePipelineError error = ImagePipelineError::UnsupportedType{description};
-    return failureOf(url, UserFacingError::message(localizedTexts(error)));
+    BatchImportResult result;
+    try {
+        result = load(scan.candidates, usualConcurrency, loader, progress, stop);
+    } catch (...) {
+        const QString message = UserFacingError::message(std::current_exception());
+        for (const FileUrl& url : scan.candidates)
+            result.failures.push_back(failureOf(url, message));
+    }
+    std::ranges::move(refused(scan), std::back_inserter(result.failures));
+    Localization::standardSort(result.photos, [](const ImportedPhoto& photo) { return photo.filename(); });
+    Localization::standardSort(result.failures, [](const BatchExportFailure& failure) { return failure.filename; });
+    return result;
+}
+
+std::vector<BatchExportFailure> refused(const BatchImportScan& scan)
+{
+    std::vector<BatchExportFailure> failures = scan.unreadable;
+    std::ranges::transform(scan.unsupported, std::back_inserter(failures), unsupportedFailure);
+    return failures;
+}
+
+bool precedes(const ImportedPhoto& left, const ImportedPhoto& right)
+{
+    return Localization::standardCompare(left.filename(), right.filename()) < 0;
 }
 
 } // namespace ferrow::BatchImporter

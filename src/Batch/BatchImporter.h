@@ -6,6 +6,7 @@
 #include "Platform/Base/FileUrl.h"
 
 #include <functional>
+#include <stop_token>
 #include <vector>
 
 namespace ferrow {
@@ -18,17 +19,21 @@ struct BatchImportScan {
     std::vector<BatchExportFailure> unreadable = {}; ///< Of the folders that were named: those that can't be listed.
 };
 
-/// Both lists in completion order.
+/// What became of each file: it is in one of the lists, whose order never depends on how fast files are read.
 struct BatchImportResult {
     std::vector<ImportedPhoto> photos;
     std::vector<BatchExportFailure> failures;
+    std::vector<FileUrl> unread; ///< Passed over after a stop.
 };
 
-/// Turns files and folders into photos. No state; scan and load may run on any thread.
+/// Turns files and folders into photos. No state; scanning and loading may run on any thread.
 namespace BatchImporter {
 
-/// Reads one photo. Throws ImagePipelineError.
-using Loader = std::function<ImportedPhoto(const FileUrl&)>;
+/// How many photos the programs read at once.
+inline constexpr int usualConcurrency = 4;
+
+/// Reads one photo, on several threads at once. Throws ImagePipelineError, and Cancelled once a stop was requested.
+using Loader = std::function<ImportedPhoto(const FileUrl&, const std::stop_token&)>;
 /// Told on the calling thread, after each file, how many have been read.
 using Progress = std::function<void(std::size_t)>;
 
@@ -36,13 +41,24 @@ using Progress = std::function<void(std::size_t)>;
 /// then says so). Never fails as a whole; folders inside others are passed over where they can't be listed.
 [[nodiscard]] BatchImportScan scan(const std::vector<FileUrl>& roots);
 
-/// Loads `urls`, at most `maximumConcurrency` (0 loads nothing) at once, and waits for all of them.
-/// Never fails as a whole and can't be stopped. The default loader reads thumbnails.
+/// Loads `urls`, at most `maximumConcurrency` (0 loads nothing) at once, and answers in their order. After a stop no
+/// further file is begun, and those in hand are waited for. Never fails as a whole. The default loader reads
+/// thumbnails.
 [[nodiscard]] BatchImportResult load(const std::vector<FileUrl>& urls, int maximumConcurrency,
-                                     const Loader& loader = {}, const Progress& progress = {});
+                                     const Loader& loader = {}, const Progress& progress = {},
+                                     const std::stop_token& stop = {});
 
-/// The failure that stands for an unsupported image found in a folder: named by its extension.
-[[nodiscard]] BatchExportFailure unsupportedFailure(const FileUrl& url);
+/// Loads the candidates and adds what was refused(); photos and failures come in the order of the list, and in the
+/// scan's where names are equal. Else as load(). Without memory for the results all candidates fail.
+[[nodiscard]] BatchImportResult importScanned(const BatchImportScan& scan, const Loader& loader,
+                                              const Progress& progress, const std::stop_token& stop);
+
+/// The failures that stand for what a scan found and nobody reads: folders that can't be listed, and unsupported
+/// images, named by their extensions.
+[[nodiscard]] std::vector<BatchExportFailure> refused(const BatchImportScan& scan);
+
+/// The order of the list: the file browser's, of the names without their folders.
+[[nodiscard]] bool precedes(const ImportedPhoto& left, const ImportedPhoto& right);
 
 } // namespace BatchImporter
 } // namespace ferrow

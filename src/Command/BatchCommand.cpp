@@ -13,9 +13,9 @@
 #include "Persistence/PresetLibrary.h"
 #include "Persistence/TemporaryLogoFolder.h"
 #include "Platform/Base/Cancellation.h"
-#include "Platform/Base/Localization.h"
 #include "Platform/Files/FilePlacement.h"
 #include "Platform/Files/FileStatus.h"
+#include "Platform/Files/FolderWalk.h"
 #include "Shared/UserFacingError.h"
 
 #include <QJsonArray>
@@ -24,14 +24,10 @@
 
 #include <algorithm>
 #include <memory>
-#include <unordered_map>
 
 namespace ferrow::Command {
 
 namespace {
-
-/// Photos read at once while importing, as in the window.
-constexpr int importConcurrency = 4;
 
 PresetPayload findPreset(const Arguments& arguments)
 {
@@ -123,52 +119,14 @@ void prepareOutputFolder(const Settings& settings, bool dryRun)
     checkFolderWritable(folder);
 }
 
-/// Photos in the order in which they are exported and numbered, with what import refused.
-struct ImportedBatch {
-    std::vector<ImportedPhoto> photos;
-    std::vector<BatchExportFailure> failures;
-};
-
-ImportedBatch importBatch(const BatchImportScan& scan, ProgressLine& progress, const std::stop_token& stop)
+BatchImportResult importBatch(const BatchImportScan& scan, ProgressLine& progress, const std::stop_token& stop)
 {
-    std::unordered_map<FileUrl, std::size_t> position;
-    for (const FileUrl& url : scan.candidates)
-        position.emplace(url, position.size());
-
-    BatchImportResult result = BatchImporter::load(
-        scan.candidates, importConcurrency,
-        [&stop](const FileUrl& url) {
-            // After Ctrl-C the rest of the list only has to be counted: nothing of it is opened any more.
-            ImportedPhoto unread;
-            unread.url = url;
-            return stop.stop_requested() ? unread : ImageLoader::load(url, 0);
-        },
+    return BatchImporter::importScanned(
+        scan, [](const FileUrl& url, const std::stop_token& stopped) { return ImageLoader::load(url, 0, stopped); },
         [&](std::size_t done) {
             progress.show(QStringLiteral("Reading"), std::int64_t(done), std::int64_t(scan.candidates.size()), {});
-        });
-
-    ImportedBatch batch{std::move(result.photos), std::move(result.failures)};
-    for (const FileUrl& url : scan.unsupported)
-        batch.failures.push_back(BatchImporter::unsupportedFailure(url));
-    batch.failures.insert(batch.failures.end(), scan.unreadable.begin(), scan.unreadable.end());
-    // Loads end in any order; the window's order is by file name, and names that compare equal keep the walk's.
-    const auto byWalk = [&](const FileUrl& left, const FileUrl& right) {
-        return position.at(left) < position.at(right);
-    };
-    std::sort(batch.photos.begin(), batch.photos.end(),
-              [&](const ImportedPhoto& left, const ImportedPhoto& right) { return byWalk(left.url, right.url); });
-    std::stable_sort(batch.photos.begin(), batch.photos.end(),
-                     [](const ImportedPhoto& left, const ImportedPhoto& right) {
-                         return Localization::standardCompare(left.filename(), right.filename()) < 0;
-                     });
-    std::sort(
-        batch.failures.begin(), batch.failures.end(),
-        [](const BatchExportFailure& left, const BatchExportFailure& right) { return left.source < right.source; });
-    std::stable_sort(batch.failures.begin(), batch.failures.end(),
-                     [](const BatchExportFailure& left, const BatchExportFailure& right) {
-                         return Localization::standardCompare(left.filename, right.filename) < 0;
-                     });
-    return batch;
+        },
+        stop);
 }
 
 /// Tells the user, in lines or in JSON, what became of each photo.
@@ -276,7 +234,8 @@ private:
     ProgressLine& progress_;
 };
 
-BatchExportPlan makePlan(const ImportedBatch& batch, const Settings& settings, bool dryRun, const std::stop_token& stop)
+BatchExportPlan makePlan(const BatchImportResult& batch, const Settings& settings, bool dryRun,
+                         const std::stop_token& stop)
 {
     ExportPlanner planner;
     if (dryRun)
@@ -321,14 +280,16 @@ int exitStatus(const BatchExportReport& report, const std::stop_token& stop)
     return report.failures.empty() ? allDone : somePhotoFailed;
 }
 
-int reportAllCancelled(const ImportedBatch& batch, Reporter& reporter)
+int reportAllCancelled(const BatchImportResult& batch, Reporter& reporter)
 {
     BatchExportReport report;
-    report.total = std::int64_t(batch.photos.size() + batch.failures.size());
-    report.cancelled = std::int64_t(batch.photos.size());
+    report.cancelled = std::int64_t(batch.photos.size() + batch.unread.size());
+    report.total = report.cancelled + std::int64_t(batch.failures.size());
     report.failures = batch.failures;
     for (const ImportedPhoto& photo : batch.photos)
         reporter.cancelledBeforePlanning(photo.url);
+    for (const FileUrl& photo : batch.unread)
+        reporter.cancelledBeforePlanning(photo);
     reporter.report(report);
     return interrupted;
 }
@@ -345,7 +306,7 @@ int runBatch(const Arguments& arguments, const std::stop_token& stop)
 
     ProgressLine progress(!arguments.quiet);
     Reporter reporter(arguments.json, progress);
-    const ImportedBatch batch = importBatch(scan, progress, stop);
+    const BatchImportResult batch = importBatch(scan, progress, stop);
     for (const BatchExportFailure& failure : batch.failures)
         reporter.failed(failure);
     if (stop.stop_requested())

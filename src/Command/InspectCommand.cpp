@@ -101,10 +101,7 @@ int runInspect(const Arguments& arguments, const std::stop_token& stop)
             status = somePhotoFailed;
         }
     }
-    std::vector<BatchExportFailure> refused = scan.unreadable;
-    for (const FileUrl& url : scan.unsupported)
-        refused.push_back(BatchImporter::unsupportedFailure(url));
-    for (const BatchExportFailure& failure : refused) {
+    for (const BatchExportFailure& failure : BatchImporter::refused(scan)) {
         printFailure(failure, arguments.json);
         status = somePhotoFailed;
     }

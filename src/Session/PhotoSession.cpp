@@ -159,7 +159,8 @@ void PhotoSession::importPhotos(const std::vector<FileUrl>& urls, ImportDone don
         // The system allows no thread.
         const QString message = UserFacingError::message(std::current_exception());
         for (const FileUrl& url : urls)
-            import->work->failures.push_back({.filename = url.lastPathComponent(), .message = message, .source = url});
+            import->work->result.failures.push_back(
+                {.filename = url.lastPathComponent(), .message = message, .source = url});
         relay_.sender().post([this, import] { addLoaded(import); });
     }
 }
@@ -171,15 +172,11 @@ void PhotoSession::loadNew(const std::shared_ptr<Import>& import)
     known.reserve(photos_.size());
     for (const ImportedPhoto& photo : photos_)
         known.insert(photo.id());
-    for (const FileUrl& candidate : import->scan.candidates)
-        if (!known.contains(candidate.standardized()))
-            work.candidates.push_back(candidate);
-    work.unsupported = std::move(import->scan.unsupported);
-    work.unreadable = std::move(import->scan.unreadable);
-    emit importProgressed(0, work.candidates.size());
+    work.scan = std::move(import->scan);
+    std::erase_if(work.scan.candidates, [&](const FileUrl& url) { return known.contains(url.standardized()); });
+    emit importProgressed(0, work.scan.candidates.size());
     work_->post([this, import, load = operations_.load, sender = relay_.sender()] {
-        PhotoImport::run(*import->work, load, maximumConcurrentLoads,
-                         [&] { sender.post([this, import] { showProgress(import); }); });
+        PhotoImport::run(*import->work, load, [&] { sender.post([this, import] { showProgress(import); }); });
         sender.post([this, import] { addLoaded(import); });
     });
 }
@@ -187,7 +184,7 @@ void PhotoSession::loadNew(const std::shared_ptr<Import>& import)
 void PhotoSession::showProgress(const std::shared_ptr<Import>& import)
 {
     if (import == import_)
-        emit importProgressed(import->work->takeProgress(), import->work->candidates.size());
+        emit importProgressed(import->work->takeProgress(), import->work->scan.candidates.size());
 }
 
 void PhotoSession::addLoaded(const std::shared_ptr<Import>& import)
@@ -195,30 +192,31 @@ void PhotoSession::addLoaded(const std::shared_ptr<Import>& import)
     if (import != import_)
         return;
     PhotoImport::Work& work = *import->work;
+    BatchImportResult& result = work.result;
     // An undo may have brought some back since the reading began.
-    std::erase_if(work.photos, [this](const ImportedPhoto& photo) { return index_.contains(photo.id()); });
+    std::erase_if(result.photos, [this](const ImportedPhoto& photo) { return index_.contains(photo.id()); });
     ImportOutcome outcome;
-    outcome.added = std::int64_t(work.photos.size());
-    outcome.failures = std::move(work.failures);
-    outcome.hadNothingNew = outcome.failures.empty() && work.candidates.empty();
+    outcome.added = std::int64_t(result.photos.size());
+    outcome.failures = std::move(result.failures);
+    outcome.hadNothingNew = outcome.failures.empty() && work.scan.candidates.empty();
     {
         Change change(*this);
-        if (!work.photos.empty()) {
+        if (!result.photos.empty()) {
+            if (!selectedPhotoID_)
+                selectedPhotoID_ = result.photos.front().id();
             // As if they were appended and the whole sorted stably, in the time of one walk.
             std::vector<ImportedPhoto> merged;
-            merged.reserve(photos_.size() + work.photos.size());
+            merged.reserve(photos_.size() + result.photos.size());
             std::merge(std::move_iterator(photos_.begin()), std::move_iterator(photos_.end()),
-                       std::move_iterator(work.photos.begin()), std::move_iterator(work.photos.end()),
-                       std::back_inserter(merged), PhotoImport::precedes);
+                       std::move_iterator(result.photos.begin()), std::move_iterator(result.photos.end()),
+                       std::back_inserter(merged), BatchImporter::precedes);
             photos_ = std::move(merged);
             for (auto& [id, thumbnail] : work.thumbnails)
                 thumbnails_.try_emplace(id, std::move(thumbnail));
             rebuildIndex();
             change.photos = true;
         }
-        if (!selectedPhotoID_ && work.firstLoaded)
-            selectedPhotoID_ = work.firstLoaded;
-        else if (!selectedPhotoID_ && !photos_.empty())
+        if (!selectedPhotoID_ && !photos_.empty())
             selectedPhotoID_ = photos_.front().id();
     }
     endImport(outcome);
@@ -241,7 +239,7 @@ void PhotoSession::cancelImport()
         return;
     import_->work->stop.request_stop();
     // Walking folders can't be stopped, and may take minutes on a network.
-    if (import_->work->candidates.empty())
+    if (import_->work->scan.candidates.empty())
         abandonImport();
 }
 
@@ -422,11 +420,11 @@ void PhotoSession::restore(const RemovedPhotos& removed)
     photos_ = std::move(merged);
     // Imports since the removal may have shifted places. The rest is in order: its new neighbours tell.
     const auto isInOrder = [this](std::size_t place) {
-        return (place == 0 || !PhotoImport::precedes(photos_[place], photos_[place - 1])) &&
-               (place + 1 == photos_.size() || !PhotoImport::precedes(photos_[place + 1], photos_[place]));
+        return (place == 0 || !BatchImporter::precedes(photos_[place], photos_[place - 1])) &&
+               (place + 1 == photos_.size() || !BatchImporter::precedes(photos_[place + 1], photos_[place]));
     };
     if (!std::ranges::all_of(places, isInOrder))
-        std::ranges::stable_sort(photos_, PhotoImport::precedes);
+        std::ranges::stable_sort(photos_, BatchImporter::precedes);
     rebuildIndex();
     for (const RemovedPhotos::Entry& entry : removed.entries) {
         if (entry.isExcluded)

@@ -62,13 +62,9 @@ public:
     /// Both run on worker threads; empty ones are the importer's own.
     struct Operations {
         std::function<BatchImportScan(const std::vector<FileUrl>&)> scan;
-        /// Reads one photo with the thumbnail in previewSource, until a stop is requested. On several threads at once.
-        std::function<ImportedPhoto(const FileUrl&, const std::stop_token&)> load;
+        BatchImporter::Loader load; ///< Leaves the thumbnail in previewSource.
     };
     using ImportDone = std::function<void(const ImportOutcome&)>;
-
-    /// How many photos are read at once.
-    static constexpr int maximumConcurrentLoads = 4;
 
     explicit PhotoSession(SandboxAccessBroker accessBroker = SandboxAccessBroker(), Operations operations = {},
                           QObject* parent = nullptr);
@@ -106,9 +102,9 @@ public:
     /// The same still compressed, to be decoded on another thread or rendered as a stand-in for the preview.
     [[nodiscard]] CompressedPicture compressedThumbnail(const FileUrl& photoID) const;
 
-    /// Scans and reads on worker threads; the new photos join the list together at the end. `done` is called on the
-    /// main thread, at once with ImportOutcome::none when `urls` is empty or an import runs already, and never once the
-    /// session has gone.
+    /// Scans and reads on worker threads; the new photos join the list together at the end, and where nothing was
+    /// selected the first of them is. `done` is called on the main thread, at once with ImportOutcome::none when `urls`
+    /// is empty or an import runs already, and never once the session has gone.
     void importPhotos(const std::vector<FileUrl>& urls, ImportDone done = {});
     /// Ends the import early. Photos read until then join the list, as finished files stay when an export is
     /// cancelled: whoever does not want them finds them together, while reading thousands again would take minutes.

@@ -2,11 +2,14 @@
 #include "Batch/BatchImporter.h"
 
 #include "Files/OrdinaryUser.h"
+#include "Models/ErrorTexts.h"
+#include "Platform/Base/Cancellation.h"
 #include "Support/Files.h"
 #include "Support/Pictures.h"
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <atomic>
 #include <latch>
 #include <mutex>
@@ -29,8 +32,25 @@ protected:
         return names;
     }
 
+    [[nodiscard]] std::vector<QByteArray> below(const BatchImportResult& result) const
+    {
+        std::vector<FileUrl> urls;
+        for (const ImportedPhoto& photo : result.photos)
+            urls.push_back(photo.url);
+        for (const BatchExportFailure& failure : result.failures)
+            urls.push_back(failure.source);
+        return below(urls);
+    }
+
     test::TemporaryFolder folder;
 };
+
+ImportedPhoto photoAt(const FileUrl& url)
+{
+    ImportedPhoto photo;
+    photo.url = url;
+    return photo;
+}
 
 } // namespace
 
@@ -114,7 +134,7 @@ TEST_F(BatchImporterTest, loadsEachUrlOnceAndNeverMoreThanAllowedAtOnce)
     std::latch together(3);
     std::mutex mutex;
     std::vector<FileUrl> seen;
-    const auto result = BatchImporter::load(urls, 3, [&](const FileUrl& url) {
+    const auto result = BatchImporter::load(urls, 3, [&](const FileUrl& url, const std::stop_token&) {
         EXPECT_LE(++running, 3);
         {
             const std::scoped_lock lock(mutex);
@@ -123,13 +143,51 @@ TEST_F(BatchImporterTest, loadsEachUrlOnceAndNeverMoreThanAllowedAtOnce)
         if (url == urls[0] || url == urls[1] || url == urls[2])
             together.arrive_and_wait(); // Passed only if that many really run at once.
         --running;
-        ImportedPhoto photo;
-        photo.url = url;
-        return photo;
+        return photoAt(url);
     });
     EXPECT_THAT(seen, UnorderedElementsAreArray(urls));
     EXPECT_EQ(result.photos.size(), urls.size());
     EXPECT_THAT(BatchImporter::load(urls, 0).photos, IsEmpty());
+}
+
+TEST_F(BatchImporterTest, answersInTheScansOrderHoweverFastEachIsRead)
+{
+    BatchImportScan scan;
+    for (const char* name : {"a/10.jpg", "a/bad.jpg", "b/10.jpg", "b/bad.jpg"})
+        scan.candidates.push_back(folder.file(name));
+    scan.unsupported = {folder.file("a/9.gif")};
+    std::atomic<std::size_t> left = 4;
+    // All four are read at once, and each waits for the one behind it.
+    const auto backwards = [&](const FileUrl& url, const std::stop_token&) {
+        const auto last = std::size_t(std::ranges::find(scan.candidates, url) - scan.candidates.begin()) + 1;
+        for (std::size_t now = left; now != last; now = left)
+            left.wait(now);
+        left = last - 1;
+        left.notify_all();
+        if (url.path().endsWith("bad.jpg"))
+            throw ImagePipelineError(ImagePipelineError::malformedImage);
+        return photoAt(url);
+    };
+    EXPECT_THAT(below(BatchImporter::load(scan.candidates, 4, backwards)),
+                ElementsAre("a/10.jpg", "b/10.jpg", "a/bad.jpg", "b/bad.jpg"));
+    left = 4;
+    EXPECT_THAT(below(BatchImporter::importScanned(scan, backwards, {}, {})),
+                ElementsAre("a/10.jpg", "b/10.jpg", "a/9.gif", "a/bad.jpg", "b/bad.jpg"));
+}
+
+TEST_F(BatchImporterTest, keepsWhatWasReadBeforeAStopAndNamesTheRest)
+{
+    const std::vector<FileUrl> urls{folder.file("1"), folder.file("2"), folder.file("3"), folder.file("4")};
+    std::stop_source stop;
+    const auto stopped = [&](const FileUrl& url, const std::stop_token& token) {
+        if (url == urls[2])
+            stop.request_stop();
+        throwIfCancelled(token);
+        return photoAt(url);
+    };
+    const BatchImportResult result = BatchImporter::load(urls, 1, stopped, {}, stop.get_token());
+    EXPECT_THAT(below(result), ElementsAre("1", "2"));
+    EXPECT_THAT(below(result.unread), ElementsAre("3", "4"));
 }
 
 } // namespace ferrow

@@ -296,6 +296,23 @@ TEST_F(BatchCommandTest, leavesOnlyWholeFilesWhenInterrupted)
     }
 }
 
+TEST_F(BatchCommandTest, countsWhatAnInterruptionLeftUnread)
+{
+    writePhotos(300);
+    // Waits for the program from before its start on: for all of it, not as raise() does for one thread.
+    const auto interrupt = [] {
+        sigset_t interruption;
+        ::sigemptyset(&interruption);
+        ::sigaddset(&interruption, SIGINT);
+        ::sigprocmask(SIG_BLOCK, &interruption, nullptr);
+        ::kill(::getpid(), SIGINT);
+    };
+    const test::Ended ended =
+        test::Program(command({"--json", "--output", out.path(), in.path()}), environment, interrupt).wait();
+    EXPECT_EQ(ended.status, 130);
+    EXPECT_EQ(outcomes(ended).filter(QStringLiteral("cancelled")).size(), 300);
+}
+
 TEST_F(BatchCommandTest, keepsIgnoringWhatItWasStartedToIgnore)
 {
     writePhotos(20);

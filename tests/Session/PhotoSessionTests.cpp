@@ -60,16 +60,31 @@ TEST(PhotoSession, joinsWhatAnImportReadsInTheOrderOfNames)
     }
 }
 
+TEST(PhotoSession, listsAndSelectsHoweverFastEachIsRead)
+{
+    const std::vector<FileUrl> urls = test::photoUrls({"x/c", "y/c", "b"});
+    std::latch others(2);
+    auto operations = test::withoutDisk();
+    operations.load = [&](const FileUrl& url, const std::stop_token&) {
+        url == urls[0] ? others.wait() : others.count_down();
+        return test::photoAt(url);
+    };
+    test::DisklessSession session(operations);
+    test::importInto(session, urls);
+    EXPECT_THAT(test::names(session.photos()), ElementsAre("b", "c", "c"));
+    EXPECT_EQ(session.photos()[1].id(), urls[0]) << "of one name, in the order of their folders";
+    EXPECT_EQ(test::selectedName(session), "b");
+}
+
 TEST(PhotoSession, keepsTheSelectionValidAndForgetsWhatIsRemoved)
 {
     test::DisklessSession session;
-    // One by one: of several that are read at once, any may be the first.
     test::importInto(session, test::photoUrls({"c"}));
     test::importInto(session, test::photoUrls({"b"}));
     const ImportOutcome again = test::importInto(session, test::photoUrls({"./b"}));
     EXPECT_TRUE(again.added == 0 && again.hadNothingNew);
     test::importInto(session, test::photoUrls({"a", "d", "e"}));
-    EXPECT_EQ(test::selectedName(session), "c") << "what was read first, not what stands first";
+    EXPECT_EQ(test::selectedName(session), "c") << "an import takes the selection from nobody";
     const FileUrl b = test::photoUrl("b");
     session.setSelectedPhotoID(b);
     session.toggleIncluded(b);
@@ -265,13 +280,13 @@ TEST(PhotoSession, selectsWhatComesBackUnlessAnotherWasChosenSince)
 TEST(PhotoImport, failsEachFileWhereNothingCanBeRead)
 {
     PhotoImport::Work work;
-    work.candidates = test::photoUrls({"b", "a"});
-    PhotoImport::run(work, test::withoutDisk().load, 1,
+    work.scan.candidates = test::photoUrls({"b", "a"});
+    PhotoImport::run(work, test::withoutDisk().load,
                      [] { throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again)); });
-    EXPECT_TRUE(work.photos.empty() && work.thumbnails.empty());
-    ASSERT_EQ(work.failures.size(), 2u);
-    EXPECT_EQ(work.failures[0].source, test::photoUrl("a"));
-    EXPECT_FALSE(work.failures[0].message.isEmpty());
+    EXPECT_TRUE(work.result.photos.empty() && work.thumbnails.empty());
+    ASSERT_EQ(work.result.failures.size(), 2u);
+    EXPECT_EQ(work.result.failures[0].source, test::photoUrl("a"));
+    EXPECT_FALSE(work.result.failures[0].message.isEmpty());
 }
 
 TEST(WorkQueue, leavesWhatRunsBehindWithoutWaitingForItLater)

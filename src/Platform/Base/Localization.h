@@ -5,8 +5,12 @@
 #include <QLocale>
 #include <QString>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <utility>
+#include <vector>
 
 /// Texts and order as the user's desktop writes them. Numbers follow LC_NUMERIC, dates LC_TIME, order LC_COLLATE; C and
 /// POSIX count as en_US. Safe from any thread; each reads the environment's locale once.
@@ -28,6 +32,23 @@ namespace ferrow::Localization {
 /// The file browser's order: digit runs by value, letter case secondary. Negative, 0 or positive. A total order over
 /// different texts except where ICU itself finds them equal; sort stably.
 [[nodiscard]] int standardCompare(const QString& left, const QString& right);
+
+/// Sorts stably in that order by the text of each item, which is made once: comparing happens far more often.
+template <typename Item, typename TextOf>
+void standardSort(std::vector<Item>& items, const TextOf& textOf)
+{
+    std::vector<std::pair<QString, std::size_t>> keys;
+    keys.reserve(items.size());
+    for (const Item& item : items)
+        keys.emplace_back(textOf(item), keys.size());
+    std::ranges::stable_sort(
+        keys, [](const auto& left, const auto& right) { return standardCompare(left.first, right.first) < 0; });
+    std::vector<Item> sorted;
+    sorted.reserve(items.size());
+    for (const auto& key : keys)
+        sorted.push_back(std::move(items[key.second]));
+    items = std::move(sorted);
+}
 
 /// Local wall-clock time of the system's zone as a point in time. A time inside a spring gap moves forward by the gap;
 /// a repeated time takes the first. Absent when no such day or time exists in the calendar.
