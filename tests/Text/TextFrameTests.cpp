@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Text/TextTestSupport.h"
 
+#include "Support/Files.h"
+
 #include <random>
 #include <thread>
 
@@ -181,6 +183,15 @@ TEST(TextFrame, colorsLettersAndFadesColorGlyphs)
             EXPECT_GT(colored, 200);
         }
     }
+}
+
+TEST(TextFrame, isDrawnWithoutTheThreadsOfTheToolkit)
+{
+    // Which waits for them for ever where the system does not allow them.
+    drawBlack(u"Hamburg"_s, styleFor("Helvetica Neue", 200), {1'000, 300});
+    const FileUrl threads = FileUrl::fromPath(QByteArray("/proc/self/task"));
+    for (const QString& thread : namesIn(threads))
+        EXPECT_FALSE(readFile(threads.appending(thread.toUtf8() + "/comm")).contains("pooled"));
 }
 
 TEST(TextFrame, givesTheSameBytesOnEveryThread)

@@ -164,6 +164,22 @@ void fade(Bitmap& bitmap, double alpha)
     }
 }
 
+/// From the painter's order of bytes to the bitmap's. Its own order for bitmaps has the toolkit fill shapes on several
+/// threads of its own, and wait for ever for those that the system does not allow.
+void reorder(Bitmap& bitmap)
+{
+    for (std::int64_t y = 0; y < bitmap.size().height; ++y) {
+        std::byte* row = bitmap.row(y);
+        for (std::int64_t x = 0; x < bitmap.size().width; ++x) {
+            const QRgb pixel = reinterpret_cast<const QRgb*>(row)[x];
+            row[x * 4] = std::byte(qRed(pixel));
+            row[x * 4 + 1] = std::byte(qGreen(pixel));
+            row[x * 4 + 2] = std::byte(qBlue(pixel));
+            row[x * 4 + 3] = std::byte(qAlpha(pixel));
+        }
+    }
+}
+
 /// How far beyond what is visible letters are looked for. A stroke that is cut goes on right behind the edge.
 constexpr int cutMargin = 48;
 /// A pixel of less is the soft edge of one inside.
@@ -361,7 +377,7 @@ Bitmap TextFrame::drawn(const QSizeF& box, QPointF offset, int margin, double re
     if (bitmap.isNull())
         return bitmap;
     QImage canvas(reinterpret_cast<uchar*>(bitmap.row(0)), static_cast<int>(size.width), static_cast<int>(size.height),
-                  static_cast<qsizetype>(bitmap.stride()), QImage::Format_RGBA8888_Premultiplied);
+                  static_cast<qsizetype>(bitmap.stride()), QImage::Format_ARGB32_Premultiplied);
     canvas.setDotsPerMeterX(dotsPerMeter);
     canvas.setDotsPerMeterY(dotsPerMeter);
 
@@ -379,6 +395,7 @@ Bitmap TextFrame::drawn(const QSizeF& box, QPointF offset, int margin, double re
         drawLine(painter, line, QPointF(0, baseline / self.lineScale() - line.ascent()));
     });
     painter.end();
+    reorder(bitmap);
     fade(bitmap, alpha);
     return bitmap;
 }
