@@ -6,12 +6,14 @@
 #include <QPushButton>
 #include <QTimer>
 
+#include <signal.h>
 #include <spawn.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <thread>
 
 namespace ferrow {
@@ -21,8 +23,8 @@ namespace {
 constexpr int cameTooLate = 3;
 
 /// The whole program, which closes its window in the middle of the import of what was named, or else of an export to
-/// `out`; there by a signal, or by the window and the answer to its question.
-int runAndClose(bool whileImporting, bool bySignal, const FileUrl& out, int argc, char** argv)
+/// `out`; there by a signal where there is one, or by the window and the answer to its question.
+int runAndClose(bool whileImporting, int signal, const FileUrl& out, int argc, char** argv)
 {
     const auto closing = [&](ContentView& window) {
         PhotoSession& session = window.session();
@@ -43,8 +45,8 @@ int runAndClose(bool whileImporting, bool bySignal, const FileUrl& out, int argc
                 return tooLate();
             if (!test::namesIn(out).filter(QStringLiteral("_framed")).isEmpty()) {
                 look->stop();
-                if (bySignal) {
-                    ::raise(SIGTERM);
+                if (signal != 0) {
+                    ::raise(signal);
                     return;
                 }
                 window.close();
@@ -88,8 +90,13 @@ TEST(Program, endsByItselfWhenItsWindowIsClosedAtWork)
 {
     // What the program leaves behind becomes ours.
     ::prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0);
-    for (const char* phase : {"import", "export", "export, ended by a signal"}) {
-        SCOPED_TRACE(phase);
+    struct Row {
+        const char* phase;
+        int signal;
+    };
+    for (const Row& row :
+         {Row{"import", 0}, Row{"export", 0}, Row{"export", SIGTERM}, Row{"export", SIGINT}, Row{"export", SIGHUP}}) {
+        SCOPED_TRACE(std::string(row.phase) + ", signal " + std::to_string(row.signal));
         const test::TemporaryFolder home;
         const FileUrl out = home.file("out");
         std::filesystem::create_directory(out.path().toStdString());
@@ -103,13 +110,23 @@ TEST(Program, endsByItselfWhenItsWindowIsClosedAtWork)
         qputenv("QT_QPA_PLATFORM", "offscreen");
         const std::filesystem::path before = std::filesystem::current_path();
         std::filesystem::current_path(home.url().path().toStdString());
-        std::vector<std::string> words{"/proc/self/exe", phase, out.path().toStdString(), "--", "-photos"};
+        std::vector<std::string> words{"/proc/self/exe",         row.phase, std::to_string(row.signal),
+                                       out.path().toStdString(), "--",      "-photos"};
         std::vector<char*> argv;
         for (std::string& word : words)
             argv.push_back(word.data());
         argv.push_back(nullptr);
+        // What whoever started us ignores would be ignored by the program as well.
+        posix_spawnattr_t attributes;
+        ::posix_spawnattr_init(&attributes);
+        sigset_t all;
+        ::sigfillset(&all);
+        ::posix_spawnattr_setsigdefault(&attributes, &all);
+        ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
         pid_t program = 0;
-        ASSERT_EQ(::posix_spawn(&program, argv[0], nullptr, nullptr, argv.data(), environ), 0);
+        const int error = ::posix_spawn(&program, argv[0], nullptr, &attributes, argv.data(), environ);
+        ::posix_spawnattr_destroy(&attributes);
+        ASSERT_EQ(error, 0);
         std::filesystem::current_path(before);
 
         int status = -1;
@@ -122,7 +139,7 @@ TEST(Program, endsByItselfWhenItsWindowIsClosedAtWork)
             ASSERT_FALSE(name.startsWith(u'.')) << name.toStdString();
             EXPECT_NO_THROW(static_cast<void>(test::decoded(test::readFile(out.appending(name.toUtf8())))));
         }
-        EXPECT_EQ(test::namesIn(out).isEmpty(), std::string_view(phase) == "import");
+        EXPECT_EQ(test::namesIn(out).isEmpty(), std::string_view(row.phase) == "import");
     }
 }
 
@@ -199,9 +216,9 @@ TEST(Installation, worksWhereverItIsMoved)
 int main(int argc, char** argv)
 {
     using namespace ferrow;
-    if (argc > 3 && std::string_view(argv[3]) == "--")
-        return runAndClose(std::string_view(argv[1]) == "import", std::string_view(argv[1]).ends_with("signal"),
-                           FileUrl::fromPath(QByteArray(argv[2])), argc - 2, argv + 2);
+    if (argc > 4 && std::string_view(argv[4]) == "--")
+        return runAndClose(std::string_view(argv[1]) == "import", std::atoi(argv[2]),
+                           FileUrl::fromPath(QByteArray(argv[3])), argc - 3, argv + 3);
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }
