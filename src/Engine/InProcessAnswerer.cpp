@@ -155,14 +155,7 @@ Bitmap rasterPicture(const SourceFile& source, std::int64_t maximumDimension, Jo
 /// In a space that whoever shows it knows.
 Bitmap viewable(const Bitmap& picture)
 {
-    const ColorProfile space = viewingColorSpace(picture.profile(), ColorModel::rgb);
-    if (picture.isNull() || space.isEquivalentTo(picture.profile()))
-        return picture;
-    Bitmap result(picture.size(), picture.format(), space);
-    const ColorTransform transform(picture.profile(), picture.format(), space, picture.format());
-    for (std::int64_t y = 0; y < picture.size().height; ++y)
-        transform.apply(picture.row(y), result.row(y), std::size_t(picture.size().width));
-    return result;
+    return inColorSpace(picture, viewingColorSpace(picture.profile(), ColorModel::rgb));
 }
 
 Bitmap composedRegion(const RegionRequest& request, const std::stop_token& stop, JobObserver& observer)

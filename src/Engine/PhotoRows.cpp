@@ -258,8 +258,7 @@ void PhotoRows::readStored(std::int64_t count, std::byte* out, std::size_t strid
     const std::size_t rowBytes = width * std::size_t(photo_.decoder->format().bytesPerPixel());
     scratch_.resize(rowBytes * std::size_t(count));
     photo_.decoder->readRows(count, scratch_.data(), rowBytes);
-    for (std::int64_t y = 0; y < count; ++y)
-        transform_.apply(scratch_.data() + std::size_t(y) * rowBytes, out + std::size_t(y) * stride, width);
+    transform_.applyToRows(count, scratch_.data(), rowBytes, out, stride, width);
 }
 
 void PhotoRows::readRows(std::int64_t count, std::byte* out, std::size_t stride)
@@ -311,10 +310,7 @@ Bitmap reducedPicture(OpenedPhoto& photo, std::int64_t maximumDimension, const C
             for (std::int64_t i = 0; i < count; ++i) {
                 const std::byte* in = decoded.data() + std::size_t(i) * decodedBytes;
                 std::byte* out = average ? row.data() : picture.row(y + i);
-                if (transform.isIdentity())
-                    std::memcpy(out, in, rowBytes);
-                else
-                    transform.apply(in, out, std::size_t(size.width));
+                transform.apply(in, out, std::size_t(size.width));
                 if (average)
                     average->feed(out);
             }

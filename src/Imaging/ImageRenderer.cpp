@@ -149,13 +149,8 @@ public:
     [[nodiscard]] PixelFormat format() const override { return format_; }
     void readRows(std::int64_t count, std::byte* out, std::size_t stride) override
     {
-        const auto width = std::size_t(size_.width);
-        for (; count > 0; --count, out += stride, ++nextRow_) {
-            if (transform_.isIdentity())
-                std::memcpy(out, source_.row(nextRow_), width * std::size_t(format_.bytesPerPixel()));
-            else
-                transform_.apply(source_.row(nextRow_), out, width);
-        }
+        transform_.applyToRows(count, source_.row(nextRow_), source_.stride(), out, stride, std::size_t(size_.width));
+        nextRow_ += count;
     }
 
 private:

@@ -5,8 +5,8 @@
 #include "Imaging/RenderLayout.h"
 #include "Persistence/ManagedLogoStore.h"
 #include "Platform/Base/Cancellation.h"
+#include "Platform/Pixels/ColorTransform.h"
 #include "Platform/Pixels/Resampler.h"
-#include "Session/ScreenImage.h"
 #include "Shared/UserFacingError.h"
 
 #include <QTimer>
@@ -51,7 +51,7 @@ PreviewResult framed(PreviewRequest request, const Bitmap& logo, const PreviewRe
             boundedSource(request.source, RenderLayout::calculate(request.pixelSize, request.recipe, scale).canvasSize);
     }
     PreviewResult result;
-    result.picture = inSRGB(operations.render(request, logo, stop));
+    result.picture = inColorSpace(operations.render(request, logo, stop), ColorProfile::sRGB());
     const double scale = scaleOf(request.source.size(), request.pixelSize);
     result.photoRect = fromTop(RenderLayout::calculate(request.pixelSize, request.recipe, scale));
     result.outputSize = RenderLayout::framedLayout(request.pixelSize, request.recipe).canvasSize;

@@ -23,22 +23,11 @@ QImage::Format formatOf(const PixelFormat& format)
 
 } // namespace
 
-Bitmap inSRGB(const Bitmap& picture)
-{
-    if (picture.isNull() || picture.profile().isEquivalentTo(ColorProfile::sRGB()))
-        return picture;
-    Bitmap converted(picture.size(), picture.format(), ColorProfile::sRGB());
-    const ColorTransform transform(picture.profile(), picture.format(), ColorProfile::sRGB(), picture.format());
-    for (std::int64_t y = 0; y < picture.size().height; ++y)
-        transform.apply(picture.row(y), converted.row(y), std::size_t(picture.size().width));
-    return converted;
-}
-
 QImage screenImage(const Bitmap& picture)
 {
     if (picture.isNull())
         return {};
-    auto* shared = new Bitmap(inSRGB(picture));
+    auto* shared = new Bitmap(inColorSpace(picture, ColorProfile::sRGB()));
     // Without constant data QImage would write through to pixels that others may be reading.
     const Bitmap& pixels = *shared;
     return {reinterpret_cast<const uchar*>(pixels.row(0)),
@@ -65,7 +54,7 @@ QImage paintableImage(const Bitmap& picture, QSize size)
     const PixelSize pixels{size.width(), size.height()};
     if (picture.isNull() || size.isEmpty() || pixels == picture.size())
         return paintableImage(picture);
-    return paintableImage(Resampler::scaled(inSRGB(picture), pixels));
+    return paintableImage(Resampler::scaled(inColorSpace(picture, ColorProfile::sRGB()), pixels));
 }
 
 } // namespace ferrow

@@ -10,10 +10,8 @@
 /// on a worker thread. A null picture gives a null one.
 namespace ferrow {
 
-/// `picture` (rgb8, or rgba8 straight or premultiplied), its colours converted; itself where it is sRGB already.
-[[nodiscard]] Bitmap inSRGB(const Bitmap& picture);
-
-/// As inSRGB(), for painting: shares the bitmap's pixels where these need no conversion.
+/// `picture` (rgb8, or rgba8 straight; where it is sRGB premultiplied too) for painting, in sRGB. Shares the bitmap's
+/// pixels where these need no conversion.
 [[nodiscard]] QImage screenImage(const Bitmap& picture);
 
 /// The pixels as windows have them, so that painting them is a copy.

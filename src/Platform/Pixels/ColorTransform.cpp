@@ -266,4 +266,22 @@ void ColorTransform::apply(const std::byte* in, std::byte* out, std::size_t pixe
     implementation_->rows->convert(in, out, pixels);
 }
 
+void ColorTransform::applyToRows(std::int64_t count, const std::byte* in, std::size_t inStride, std::byte* out,
+                                 std::size_t outStride, std::size_t pixels) const
+{
+    for (; count > 0; --count, in += inStride, out += outStride)
+        apply(in, out, pixels);
+}
+
+Bitmap inColorSpace(const Bitmap& picture, const ColorProfile& space)
+{
+    if (picture.isNull() || picture.profile().isEquivalentTo(space))
+        return picture;
+    Bitmap converted(picture.size(), picture.format(), space);
+    ColorTransform(picture.profile(), picture.format(), space, picture.format())
+        .applyToRows(picture.size().height, picture.row(0), picture.stride(), converted.row(0), converted.stride(),
+                     static_cast<std::size_t>(picture.size().width));
+    return converted;
+}
+
 } // namespace ferrow

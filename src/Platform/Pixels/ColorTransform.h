@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Platform/Pixels/Bitmap.h"
 #include "Platform/Pixels/ColorProfile.h"
 #include "Platform/Pixels/PixelFormat.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 
 namespace ferrow {
@@ -28,10 +30,16 @@ public:
 
     /// `in` and `out` may be the same memory only where isIdentity(). Not otherwise overlapping.
     void apply(const std::byte* in, std::byte* out, std::size_t pixels) const;
+    /// The same for `count` rows of `pixels` each, which lie a stride apart: in bytes.
+    void applyToRows(std::int64_t count, const std::byte* in, std::size_t inStride, std::byte* out,
+                     std::size_t outStride, std::size_t pixels) const;
 
 private:
     struct Implementation;
     std::unique_ptr<Implementation> implementation_;
 };
+
+/// `picture` (rgb8, or rgba8 straight) in another RGB space; itself where it is in that space already.
+[[nodiscard]] Bitmap inColorSpace(const Bitmap& picture, const ColorProfile& space);
 
 } // namespace ferrow
