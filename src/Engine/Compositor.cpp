@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Engine/Compositor.h"
 
+#include "Platform/Pixels/AlphaArithmetic.h"
 #include "Platform/Pixels/ColorTransform.h"
 
 #include <algorithm>
@@ -13,13 +14,6 @@ namespace ferrow::Engine {
 namespace {
 
 using Byte = std::uint8_t;
-
-/// a × b ÷ 255, rounded to nearest, exact for all bytes.
-constexpr Byte multiplied(unsigned a, unsigned b)
-{
-    const unsigned product = a * b + 128;
-    return Byte((product + (product >> 8)) >> 8);
-}
 
 std::uint16_t component16(double value)
 {
@@ -78,7 +72,7 @@ void unpremultiply(const Byte* in, Byte* out, std::int64_t pixels)
     for (std::int64_t i = 0; i < pixels; ++i, in += 4, out += 4) {
         const unsigned alpha = in[3];
         for (int c = 0; c < 3; ++c)
-            out[c] = alpha == 0 ? Byte(0) : Byte(std::min(255u, (in[c] * 255u + alpha / 2) / alpha));
+            out[c] = straightened<Byte>(in[c], alpha);
         out[3] = Byte(alpha);
     }
 }

@@ -7,6 +7,7 @@
 #include "Models/ErrorTexts.h"
 #include "Platform/Base/Cancellation.h"
 #include "Platform/Codecs/PdfPage.h"
+#include "Platform/Pixels/AlphaArithmetic.h"
 #include "Platform/Pixels/Resampler.h"
 
 #include <algorithm>
@@ -136,7 +137,7 @@ Bitmap premultiplied(const Bitmap& picture)
         for (std::int64_t x = 0; x < picture.size().width; ++x, in += step, out += 4) {
             const unsigned alpha = hasAlpha ? in[3] : 255;
             for (int c = 0; c < 3; ++c)
-                out[c] = std::uint8_t((in[c] * alpha + 127) / 255);
+                out[c] = multiplied(in[c], alpha);
             out[3] = std::uint8_t(alpha);
         }
     }

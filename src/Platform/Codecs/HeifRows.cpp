@@ -2,6 +2,7 @@
 #include "Platform/Codecs/HeifRows.h"
 
 #include "Platform/Codecs/ImageDecoder.h"
+#include "Platform/Pixels/AlphaArithmetic.h"
 
 #include <algorithm>
 #include <limits>
@@ -18,13 +19,9 @@ constexpr std::uint32_t scaled(std::uint32_t value, std::uint32_t from, std::uin
 template <typename Component>
 void unpremultiply(Component* pixel, std::int64_t width)
 {
-    constexpr std::uint64_t most = std::numeric_limits<Component>::max();
-    for (std::int64_t x = 0; x < width; ++x, pixel += 4) {
-        const std::uint64_t alpha = pixel[3];
+    for (std::int64_t x = 0; x < width; ++x, pixel += 4)
         for (int i = 0; i < 3; ++i)
-            pixel[i] = alpha == 0 ? Component{0}
-                                  : static_cast<Component>(std::min(most, (pixel[i] * most + alpha / 2) / alpha));
-    }
+            pixel[i] = straightened<Component>(pixel[i], pixel[3]);
 }
 
 } // namespace

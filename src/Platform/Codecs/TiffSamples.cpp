@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Codecs/TiffSamples.h"
 
+#include "Platform/Pixels/AlphaArithmetic.h"
+
 #include <tiffio.h>
 
 #include <algorithm>
@@ -51,15 +53,6 @@ std::uint16_t fromSignedLab16(std::uint16_t stored)
 std::uint16_t fromVersion2Lab16(std::uint16_t stored)
 {
     return std::uint16_t(std::min((stored * 257u + 128) / 256, 65535u));
-}
-
-template <typename Component>
-Component straightened(std::uint32_t color, std::uint32_t alpha)
-{
-    constexpr std::uint32_t full = std::numeric_limits<Component>::max();
-    if (alpha == 0)
-        return 0;
-    return Component(std::min<std::uint64_t>((std::uint64_t(color) * full + alpha / 2) / alpha, full));
 }
 
 struct Freer {
