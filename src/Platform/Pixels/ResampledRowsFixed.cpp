@@ -153,18 +153,7 @@ void resample(const Bitmap& source, const FilterAxis& across, const FilterAxis& 
 
 void resampleFixed(const Bitmap& source, const FilterAxis& across, const FilterAxis& down, Bitmap& result)
 {
-    switch (source.format().channels()) {
-    case 1:
-        return resample<1>(source, across, down, result);
-    case 2:
-        return resample<2>(source, across, down, result);
-    case 3:
-        return resample<3>(source, across, down, result);
-    case 4:
-        return resample<4>(source, across, down, result);
-    default:
-        break;
-    }
+    withChannels(source.format(), [&](auto channels) { resample<channels>(source, across, down, result); });
 }
 
 } // namespace ferrow
