@@ -290,14 +290,6 @@ void PhotoSession::setIncluded(const std::vector<FileUrl>& photoIDs, bool includ
         change.excludedPhotoIDs |= included ? excludedPhotoIDs_.erase(id) > 0 : excludedPhotoIDs_.insert(id).second;
 }
 
-void PhotoSession::setAllIncluded(bool included)
-{
-    Change change(*this);
-    for (const ImportedPhoto& photo : photos_)
-        change.excludedPhotoIDs |=
-            included ? excludedPhotoIDs_.erase(photo.id()) > 0 : excludedPhotoIDs_.insert(photo.id()).second;
-}
-
 void PhotoSession::toggleIncluded(const FileUrl& photoID)
 {
     setIncluded({photoID}, !isIncluded(photoID));

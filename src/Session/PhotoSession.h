@@ -118,7 +118,6 @@ public:
     /// Stores the photo's own recipe, or takes it away.
     void setPhotoRecipe(const FileUrl& photoID, const std::optional<RenderRecipe>& recipe);
     void setIncluded(const std::vector<FileUrl>& photoIDs, bool included);
-    void setAllIncluded(bool included);
     void toggleIncluded(const FileUrl& photoID);
 
     /// Stores an edited recipe where the scope says.

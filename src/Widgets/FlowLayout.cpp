@@ -20,13 +20,6 @@ FlowLayout::~FlowLayout()
     }
 }
 
-void FlowLayout::insertWidget(int index, QWidget* widget)
-{
-    addChildWidget(widget);
-    items_.insert(items_.begin() + std::clamp(index, 0, count()), new QWidgetItem(widget));
-    invalidate();
-}
-
 void FlowLayout::addItem(QLayoutItem* item)
 {
     items_.push_back(item);

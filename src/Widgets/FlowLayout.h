@@ -17,7 +17,6 @@ public:
     explicit FlowLayout(int gap, QWidget* parent = nullptr);
     ~FlowLayout() override;
 
-    void insertWidget(int index, QWidget* widget);
 
     void addItem(QLayoutItem* item) override;
     int count() const override;

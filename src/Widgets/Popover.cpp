@@ -52,12 +52,6 @@ void Popover::setPane(QWidget* pane)
     relayout();
 }
 
-void Popover::setCardWidth(int width)
-{
-    width_ = width;
-    relayout();
-}
-
 QRect Popover::cardRect()
 {
     const auto inWindow = [this](const QWidget* widget) {
@@ -65,7 +59,8 @@ QRect Popover::cardRect()
     };
     const QRect pane = inWindow(pane_);
     const Theme& theme = Theme::current();
-    const int width = pane_ ? std::min(theme.scaled(widest), pane.width() - 2 * paneInset) : theme.scaled(width_);
+    const int most = theme.scaled(widest);
+    const int width = pane_ ? std::min(most, pane.width() - 2 * paneInset) : most;
     const int natural =
         body_->hasHeightForWidth() ? body_->totalHeightForWidth(width) : body_->totalSizeHint().height();
     const int height = std::min(natural, parentWidget()->height() - 2 * windowInset);

@@ -25,7 +25,6 @@ public:
     [[nodiscard]] QVBoxLayout* body() const { return body_; }
     /// A popover over the inspector: as wide as `pane` less 24, at most 320, and centred in it. Without: 320.
     void setPane(QWidget* pane);
-    void setCardWidth(int width);
 
 protected:
     QRect cardRect() override;
@@ -39,7 +38,6 @@ private:
     QPointer<QWidget> opener_;
     QPointer<QWidget> pane_;
     QVBoxLayout* body_ = nullptr;
-    int width_ = 320;
 };
 
 } // namespace ferrow

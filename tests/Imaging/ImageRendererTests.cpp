@@ -192,7 +192,7 @@ TEST(ImageRenderer, preservesTheSourceSpaceOnlyWhereThereIsOne)
     RenderRecipe recipe;
     recipe.outputColorProfile = OutputColorProfile::preserveSource;
     const auto space = [&](const ColorProfile& profile) {
-        const Bitmap photo = test::flat({8, 8}, rgb8, {1, 2, 3}).withProfile(profile);
+        const Bitmap photo = test::flat({8, 8}, rgb8, {1, 2, 3}, profile);
         return ImageRenderer::render(photo, {8, 8}, recipe, {}, {}, ImageRenderer::SourceScale::fullSize, {}).profile();
     };
     EXPECT_EQ(space(ColorProfile::displayP3()), ColorProfile::displayP3());

@@ -157,7 +157,7 @@ TEST(PhotoSession, tellsNobodyOfNothing)
     session.setBatchRecipe(RenderRecipe(session.batchRecipe()));
     session.setPhotoRecipe(test::photoUrl("a"), test::border(3));
     session.setPhotoRecipe(test::photoUrl("b"), std::nullopt);
-    session.setAllIncluded(true);
+    session.setIncluded(test::photoUrls({"a", "b"}), true);
     session.setRecipeScope(RecipeScope::batch);
     session.remove(test::photoUrls({"b"}));
     EXPECT_EQ(told, 0);

@@ -288,7 +288,7 @@ TEST(RegionLoader, dropsWhatBelongsToAnotherFramingAndAsksNoMoreThanItMust)
 
 TEST(CompressedPicture, keepsTheLookInAFractionOfTheBytes)
 {
-    const Bitmap wide = test::flat({280, 187}, rgb8, {234, 51, 35}).withProfile(ColorProfile::displayP3());
+    const Bitmap wide = test::flat({280, 187}, rgb8, {234, 51, 35}, ColorProfile::displayP3());
     const CompressedPicture compressed = CompressedPicture::compress(wide);
     EXPECT_LT(compressed.byteCount(), 10'000);
     const Bitmap decoded = compressed.decoded();

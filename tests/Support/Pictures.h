@@ -24,9 +24,10 @@ inline Bitmap noise(PixelSize size, PixelFormat format, unsigned seed = 1)
 }
 
 /// One colour all over: `components` as many as the format has channels.
-inline Bitmap flat(PixelSize size, PixelFormat format, std::initializer_list<int> components)
+inline Bitmap flat(PixelSize size, PixelFormat format, std::initializer_list<int> components,
+                   const ColorProfile& profile = ColorProfile::sRGB())
 {
-    Bitmap picture(size, format, ColorProfile::sRGB());
+    Bitmap picture(size, format, profile);
     for (std::int64_t y = 0; y < size.height; ++y) {
         std::byte* out = picture.row(y);
         for (std::int64_t x = 0; x < size.width; ++x)

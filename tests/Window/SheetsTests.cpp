@@ -87,7 +87,7 @@ TEST_F(Sheets, tellWhatWillBeExportedAndUnderWhichName)
     session.setPhotoRecipe(first, wide);
     session.setRecipeScope(RecipeScope::selected);
     EXPECT_EQ(ExportTexts::subtitle(session, {}), QStringLiteral("1 photo · JPEG, quality 90 · sRGB"));
-    session.setAllIncluded(true);
+    session.setIncluded({first}, true);
     EXPECT_EQ(ExportTexts::subtitle(session, {ExportFormat::png}), QStringLiteral("2 photos · PNG · several profiles"));
 }
 
@@ -115,7 +115,7 @@ TEST_F(Sheets, exportOnlyWhatTheCheckAllows)
     EXPECT_EQ(exportSession.configuration().filenameTemplate, QStringLiteral("{index}!-{index}"));
     start->click();
     EXPECT_TRUE(waitUntil([&] { return started.count() == 1; }));
-    session.setAllIncluded(false);
+    session.setIncluded({session.photos()[0].id(), session.photos()[1].id()}, false);
     EXPECT_FALSE(start->isEnabled());
 }
 

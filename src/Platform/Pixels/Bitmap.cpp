@@ -45,11 +45,4 @@ Bitmap::Bitmap(PixelSize size, PixelFormat format, ColorProfile profile)
     stride_ = static_cast<std::size_t>(stride);
 }
 
-Bitmap Bitmap::withProfile(ColorProfile profile) const
-{
-    Bitmap same = *this;
-    same.profile_ = std::move(profile);
-    return same;
-}
-
 } // namespace ferrow

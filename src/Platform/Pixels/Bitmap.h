@@ -30,8 +30,6 @@ public:
     {
         return pixels_.get() + static_cast<std::size_t>(y) * stride_;
     }
-    /// The same pixels said to be in another colour space.
-    [[nodiscard]] Bitmap withProfile(ColorProfile profile) const;
 
 private:
     PixelSize size_;

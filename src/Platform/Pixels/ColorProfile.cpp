@@ -62,14 +62,6 @@ QByteArray grayProfile(Curve curve, const char* name)
     return LittleCms::bytesOf(profile.get());
 }
 
-QByteArray labProfile()
-{
-    const LittleCms::Context context;
-    const LittleCms::Profile profile(cmsCreateLab4ProfileTHR(context.get(), nullptr));
-    describe(context, profile.get(), "Lab D50");
-    return LittleCms::bytesOf(profile.get());
-}
-
 qsizetype declaredSize(const QByteArray& icc)
 {
     return icc.size() < headerLength ? 0 : static_cast<qsizetype>(qFromBigEndian<quint32>(icc.constData()));
@@ -150,7 +142,6 @@ ColorProfile ColorProfile::of(WellKnown space)
     case WellKnown::grayGamma22:
     case WellKnown::sGray:
     case WellKnown::dotGain20:
-    case WellKnown::lab:
         break;
     }
     return {};
@@ -159,12 +150,6 @@ ColorProfile ColorProfile::of(WellKnown space)
 const ColorProfile& ColorProfile::sGray()
 {
     static const ColorProfile profile(grayProfile(Curve::sRGB, "sGray"), ColorModel::gray, WellKnown::sGray, false);
-    return profile;
-}
-
-const ColorProfile& ColorProfile::lab()
-{
-    static const ColorProfile profile(labProfile(), ColorModel::lab, WellKnown::lab, false);
     return profile;
 }
 

@@ -21,8 +21,7 @@ enum class WellKnown : std::uint8_t {
     rec2020,
     grayGamma22,
     sGray,
-    dotGain20,
-    lab
+    dotGain20
 };
 
 /// A colour space as a value: ICC bytes with a name. Copies share the bytes.
@@ -38,9 +37,8 @@ public:
     [[nodiscard]] static const ColorProfile& rec2020();
     /// One of the RGB spaces above or Adobe's or ProPhoto's; the empty profile for any other.
     [[nodiscard]] static ColorProfile of(WellKnown space);
-    /// Grey with the sRGB curve, and the D50 Lab connection space.
+    /// Grey with the sRGB curve.
     [[nodiscard]] static const ColorProfile& sGray();
-    [[nodiscard]] static const ColorProfile& lab();
 
     /// A profile read from a file. Absent when the bytes are not a usable profile of at most 16 MB, or when it is for
     /// another model than `model` (a grey profile in an RGB picture is no use). What strict readers would refuse of it

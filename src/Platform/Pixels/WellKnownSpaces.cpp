@@ -178,8 +178,6 @@ const char* nameOf(WellKnown space)
         return "sGray";
     case WellKnown::dotGain20:
         return "Dot Gain 20%";
-    case WellKnown::lab:
-        return "Lab D50";
     case WellKnown::none:
         break;
     }
