@@ -165,7 +165,7 @@ void ReportSheet::buildFoot()
 {
     if (!report_.outputFolders.empty()) {
         auto* open = addHelperButton(report_.outputFolders.size() == 1 ? QStringLiteral("Show in Folder")
-                                                                       : QStringLiteral("Open Folders"));
+                                                                       : QStringLiteral("Show in Folders"));
         open->setObjectName(QStringLiteral("openFoldersButton"));
         open->setIcon(icon(IconName::showInFolder));
         connect(open, &QPushButton::clicked, this, [this] { emit openFoldersRequested(report_.outputFolders); });
