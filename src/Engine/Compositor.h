@@ -50,11 +50,11 @@ private:
 };
 
 /// The space a framed picture is drawn in: the policy's, or the photo's own where it is to be preserved, is RGB and can
-/// be converted to. A well-known one comes in our own bytes, whatever the photo's say besides.
+/// be converted to. A well-known space is answered with our own profile, not the photo's.
 [[nodiscard]] ColorProfile outputColorSpace(const ColorProfile& photo, ColorModel model, OutputColorProfile policy);
 
 /// The space that a picture is handed on and shown in: the photo's own where that is well known, else one that holds
-/// the colours of nearly all screens. Nobody but who answers a request ever has to read a profile out of a file.
+/// the colours of nearly all screens. So only the process that answers requests ever reads a profile from a file.
 [[nodiscard]] ColorProfile viewingColorSpace(const ColorProfile& photo, ColorModel model);
 
 /// Whether a colour lets anything through once stored in 8 bits.

@@ -22,7 +22,7 @@ public:
     virtual void headerRead(const JobSize&) {}
     /// A band of rows comes next.
     virtual void beforeBand() {}
-    /// Of a *frame*: from here on it is completed.
+    /// While answering a FrameRequest: from here on the output is completed, also after a stop.
     virtual void lastRowComposed() {}
 };
 

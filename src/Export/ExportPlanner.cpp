@@ -98,7 +98,7 @@ private:
     std::unordered_map<FileUrl, std::exception_ptr> failures_; ///< Null for a folder that is ready.
 };
 
-/// The photos that leave to replace never covers.
+/// The photos that no output may replace, whatever the collision rule says.
 class Originals {
 public:
     Originals(const ExportPlanner& planner, PlaceKeys& keys, const std::vector<ImportedPhoto>& photos)

@@ -23,7 +23,7 @@ namespace ferrow {
 struct ExportPlanner {
     /// Creates a folder with its missing parents; one that exists is fine. Throws SystemError.
     std::function<void(const FileUrl&)> createDirectory = createFolder;
-    /// Whether anything stands at a place, be it a link to nothing: placing the output would not replace that either.
+    /// Whether anything stands at a place, even a link to nothing: placing the output would not replace that either.
     /// Throws SystemError where that can't be known.
     std::function<bool(const FileUrl&)> fileExists = isTaken;
     /// Throws SystemError when a folder takes no new files, or is missing and could not be made. A missing folder that

@@ -161,7 +161,7 @@ void exportPhoto(const ImportedPhoto& photo, const RenderRecipe& recipe, const E
     StagedFile staged = stage(destination, replaceExisting, settings);
     request.outputDescriptor = staged.descriptor();
     frame(request, destination, stop);
-    // Pixels of a file that somebody wrote to meanwhile may be of two minds.
+    // If somebody wrote to the file meanwhile, its pixels may be those of two pictures.
     if (source.currentIdentity() != source.identity())
         throw ImagePipelineError(ImagePipelineError::decodingFailed);
     flush(staged, destination, settings);

@@ -63,7 +63,7 @@ private:
     std::vector<PhotoPreset> presets_;
     std::vector<Change> unsaved_; ///< In memory alone since their writing failed; oldest first.
     std::optional<QString> loadErrorMessage_;
-    bool unreadableFileStands_ = false; ///< And its bytes are nowhere else.
+    bool unreadableFileStands_ = false; ///< The file could not be loaded, and no copy of it was kept yet.
 };
 
 } // namespace ferrow

@@ -33,7 +33,7 @@ struct ExportFinding {
 /// What the check asks of the system, replaceable in tests.
 struct ExportCheckOperations {
     std::function<bool(const FileUrl&)> isReadable;
-    /// Whether anything stands there, be it a dangling link. Throws SystemError where that can't be known.
+    /// Whether anything stands there, even a dangling link. Throws SystemError where that can't be known.
     std::function<bool(const FileUrl&)> exists;
     std::function<void(const FileUrl&)> checkWritable;                    ///< Throws SystemError.
     std::function<std::optional<std::int64_t>(const FileUrl&)> freeBytes; ///< Absent where nobody knows.

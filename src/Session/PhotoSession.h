@@ -113,7 +113,7 @@ public:
     /// Any id: also one that is not, or no longer, in the list.
     void setSelectedPhotoID(const std::optional<FileUrl>& photoID);
     void setBatchRecipe(const RenderRecipe& recipe);
-    /// A way of looking: a photo gets a framing of its own by an edit alone.
+    /// Changes what is shown and edited, and no photo: that gets a framing of its own by its first edit.
     void setRecipeScope(RecipeScope scope);
     /// Stores the photo's own recipe, or takes it away.
     void setPhotoRecipe(const FileUrl& photoID, const std::optional<RenderRecipe>& recipe);

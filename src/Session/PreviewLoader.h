@@ -22,7 +22,8 @@ class PreviewLoader : public QObject {
 public:
     /// Called on a worker thread. Throws what ImageLoader throws.
     using Decode = std::function<ImportedPhoto(const FileUrl&, const std::stop_token&)>;
-    /// Told on the main thread why a decode failed, be it the newest or not; UserFacingError::message() has the words.
+    /// Told on the main thread why a decode failed, also one that was overtaken; UserFacingError::message() has the
+    /// words.
     using Failed = std::function<void(const std::exception_ptr&)>;
 
     explicit PreviewLoader(

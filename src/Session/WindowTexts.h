@@ -39,7 +39,7 @@ namespace ferrow::WindowTexts {
 /// What to tell of an import, if anything.
 [[nodiscard]] std::optional<PresentedError> importMessage(const ImportOutcome& outcome);
 
-/// Whom edits hit: "Changes apply to all 11 photos." or "pug.heic has its own framing."
+/// Which photos an edit changes: "Changes apply to all 11 photos." or "pug.heic has its own framing."
 [[nodiscard]] QString scopeHint(const PhotoSession& session);
 
 /// "2 photos have their own framing, not used while Entire Batch is chosen".

@@ -42,7 +42,7 @@ struct Answer {
 };
 
 /// Asks without waiting: the answer comes by callback, once, on the main thread, after the sheet has been given up.
-/// With a field, the accept button rests while the text is blank.
+/// With a field, the accept button is disabled while the text is blank.
 class ConfirmSheet : public Sheet {
     Q_OBJECT
 

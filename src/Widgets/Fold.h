@@ -27,7 +27,7 @@ private:
     bool open_ = true;
 };
 
-/// The one over rows that it folds away.
+/// The button above the rows that it folds away.
 class FoldButton : public ExpanderButton, public FocusShape {
     Q_OBJECT
 

@@ -33,7 +33,7 @@ class NumberField : public CommitField {
 public:
     enum class Steps {
         areTaken, ///< A step changes the value, within the format's limits.
-        areTold   ///< A step is left to who listens to `stepped` (SliderField).
+        areTold   ///< A step changes nothing here: whoever listens to `stepped` (SliderField) sets the value.
     };
 
     explicit NumberField(const QString& name, QWidget* parent = nullptr);

@@ -14,7 +14,7 @@ class ScrollPane;
 
 /// A modal card at the upper ninth of the window, higher up where it needs the room: title, body that scrolls, foot.
 /// Esc and the leave button close it; Enter presses the focused button, else the main one, unless the field with the
-/// focus uses it. A press on the scrim does nothing. The window's shortcuts rest meanwhile: handle keys in
+/// focus uses it. A press on the scrim does nothing. The window's shortcuts don't work meanwhile: handle keys in
 /// `keyPressEvent` of what is inside.
 class Sheet : public Overlay {
     Q_OBJECT

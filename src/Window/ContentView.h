@@ -72,7 +72,7 @@ private:
     void loadSelectedPreview();
     void importLogo();
     void importLogoFile(const FileUrl& url, const Framing& framing);
-    /// Where it was asked for, be another photo selected by now.
+    /// For the framing that it was asked for, also where another photo is selected by now.
     void useLogo(const LogoAssetReference& asset, const Framing& framing);
     void clearAll();
     void importWaiting();
@@ -114,7 +114,7 @@ private:
     std::stop_source previewLoad_;
     std::vector<FileUrl> waitingRoots_;
     QPointer<ConfirmSheet> closingQuestion_;
-    bool mayClose_ = false; ///< In the middle of an export.
+    bool mayClose_ = false;                    ///< In the middle of an export.
     DropTarget dropTarget_ = DropTarget::none; ///< Of the drag over the window.
 };
 

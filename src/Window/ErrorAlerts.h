@@ -27,7 +27,7 @@ public:
     void present(const PresentedError& error);
     void present(const QString& title, const QString& message);
     void present(const QString& title, const std::exception_ptr& error) { present(title, text(error)); }
-    /// Does it, and presents what it throws under `failureTitle`.
+    /// Calls `operation`, and presents what that throws under `failureTitle`.
     void attempt(const QString& failureTitle, const std::function<void()>& operation);
 
     /// An error of whatever kind as the user is told of it.

@@ -48,7 +48,7 @@ public:
     /// The other side is gone, whatever it has left to be read.
     [[nodiscard]] bool isClosed() const;
     void close() { socket_.close(); }
-    /// As close() for the other side, while others may still look at this one.
+    /// Ends the connection for the other side; this end stays open, since other threads may still ask it.
     void hangUp();
     void refuseDescriptors() { policy_ = Descriptors::refused; }
 

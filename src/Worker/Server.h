@@ -12,8 +12,9 @@ namespace ferrow::Worker {
 /// calls `serveOne` with the new one's own connection, on which it has introduced itself, and never returns.
 void forkOnRequest(Channel& channel, Confinement& walls, const std::function<void(Channel&)>& serveOne);
 
-/// Answers one request after the other on the calling thread, until the other side closes the connection or says what
-/// nobody in their right mind would. After a *frame* it is done: who had an output's descriptor reads no other photo.
+/// Answers one request after the other on the calling thread, until the other side closes the connection or sends
+/// what is no valid request. Returns after a FrameRequest too: a process that had an output's descriptor reads no other
+/// photo.
 void serve(Channel& channel);
 
 } // namespace ferrow::Worker

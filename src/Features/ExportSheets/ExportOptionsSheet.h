@@ -68,7 +68,7 @@ private:
     void showExample();
     void showFindings();
     void remedy(ExportFinding::Remedy remedy);
-    /// They are made after the buttons of the foot, and stand before them.
+    /// The findings' buttons are made after those of the foot, but come before them.
     void putFindingsInTabOrder();
     void updateMainButton();
 
@@ -84,7 +84,8 @@ private:
     QTimer beforeCheck_; ///< Gathers the changes of a burst of typing.
     QTimer slowCheck_;   ///< Only a check that takes its time says so: lines that flash by tell nothing.
     bool startsWhenChecked_ = false;
-    bool errorsAreMended_ = false; ///< Those found last, as far as is known before the next check.
+    bool errorsAreMended_ =
+        false; ///< What the last check found has been put right, as far as can be told before the next.
 
     SegmentedControl* format_ = nullptr;
     SliderField* quality_ = nullptr;

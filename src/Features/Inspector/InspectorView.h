@@ -15,8 +15,8 @@ class PhotoSession;
 class ScopeBlock;
 class ScreenColorPicker;
 
-/// The pane on the right: whom edits hit, and the active recipe in four sections that fold. It shows the models and
-/// sends edits to the history. The models outlive it.
+/// The pane on the right: which photos an edit changes, and the active recipe in four sections that fold. It shows the
+/// models and sends edits to the history. The models outlive it.
 class InspectorView : public QWidget {
     Q_OBJECT
 

@@ -48,7 +48,7 @@ private:
 
     InspectorContext context_;
     bool isImporting_ = false;
-    QPointer<QWidget> focusMeanwhile_; ///< Took the focus from the import button, which rests while it imports.
+    QPointer<QWidget> focusMeanwhile_; ///< Took the focus from the import button, which is disabled during an import.
     QWidget* well_ = nullptr;
     LogoThumbnail* thumbnail_ = nullptr;
     ElidedLabel* name_ = nullptr;
@@ -56,7 +56,7 @@ private:
     QPushButton* import_ = nullptr;
     QPushButton* remove_ = nullptr;
     MessageLine* error_ = nullptr;
-    QWidget* group_ = nullptr; ///< The rows below the file: away without a logo, at rest while it is off.
+    QWidget* group_ = nullptr; ///< The rows below the file: hidden without a logo, disabled while it is off.
     SliderField* width_ = nullptr;
     SliderField* opacity_ = nullptr;
     PositionButton* position_ = nullptr;

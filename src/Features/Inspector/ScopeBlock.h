@@ -14,7 +14,7 @@ class IconLabel;
 class MessageLine;
 class SegmentedControl;
 
-/// Whom edits hit, always in sight above the sections: the batch or the selected photo.
+/// Which photos an edit changes, the batch or the selected one: always in sight above the sections.
 class ScopeBlock : public QWidget {
     Q_OBJECT
 
@@ -22,7 +22,7 @@ public:
     explicit ScopeBlock(const InspectorContext& context, QWidget* parent = nullptr);
     /// Shows what the models say now.
     void refresh();
-    /// Instead of whom edits hit, says that nothing can be edited.
+    /// Says that nothing can be edited, in place of which photos an edit changes.
     void setLocked(bool locked);
 
 protected:

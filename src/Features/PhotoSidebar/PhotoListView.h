@@ -27,8 +27,8 @@ signals:
     /// The user is done looking: by a click or Enter, not by walking through.
     void rowChosen();
     void toggleRequested(int row);
-    /// From the row that was ticked last, else the current one, to the row that was pressed, which says what all
-    /// become.
+    /// `from` is the row that was ticked last, else the current one; `to` is the pressed row. All rows between get the
+    /// state that the pressed one gets.
     void rangeToggleRequested(int from, int to);
     void removeRequested(int row);
     void contextMenuRequestedAt(int row, const QPoint& globalPosition);

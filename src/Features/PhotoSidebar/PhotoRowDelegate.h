@@ -22,7 +22,7 @@ public:
     [[nodiscard]] static QRect checkTarget(const QRect& row);
     [[nodiscard]] static QRect removeButton(const QRect& row);
 
-    /// While an export runs, boxes and remove buttons rest.
+    /// While an export runs, boxes and remove buttons are disabled.
     void setLocked(bool locked) { locked_ = locked; }
 
 private:

@@ -33,7 +33,7 @@ public:
 signals:
     void clearAllRequested();
     void showInFolderRequested(const ferrow::FileUrl& photoID);
-    /// By a click or Enter, be it the one that is selected already.
+    /// By a click or Enter, also where it was selected already.
     void photoChosen();
 
 private:

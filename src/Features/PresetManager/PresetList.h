@@ -74,8 +74,8 @@ public:
     void setActions(QWidget* actions);
     [[nodiscard]] std::optional<QUuid> selectedPreset() const;
     void selectFirst() { select(0); }
-    /// After the library's list has changed: the selected preset stays selected; one that has just come is; in place
-    /// of one that has gone its neighbour is.
+    /// After the library's list has changed: a preset that was added becomes selected, else the selected one stays so;
+    /// if that was removed, its neighbor is selected.
     void renew();
 
 signals:

@@ -7,11 +7,11 @@
 
 namespace ferrow {
 
-/// "40 px · caption · no logo · JPEG". A logo counts when it is configured, be it switched on or not.
+/// "40 px · caption · no logo · JPEG". A logo counts when it is configured, whether or not it is switched on.
 [[nodiscard]] QString payloadSummary(const PresetPayload& payload);
 
-/// How thick the border of a drawn frame is whose shorter side is `side` long, in the same unit: enough to tell thin
-/// from wide, more than true to scale, and never so much that no photo is left.
+/// The border of a little frame that is drawn with a shorter side of `side`, in the same unit: wider than to scale, so
+/// that thin can be told from wide, and never so wide that no photo is left.
 [[nodiscard]] double drawnBorderWidth(const PresetPayload& payload, double side);
 
 } // namespace ferrow

@@ -11,7 +11,7 @@
 
 namespace ferrow {
 
-/// The backdrop with the picture on it: shows it, and takes the hand that zooms, pans and compares.
+/// The backdrop with the picture on it, and the mouse, touchpad and keys that zoom, pan and compare.
 class PreviewCanvas : public QWidget {
     Q_OBJECT
 

@@ -25,7 +25,7 @@ public:
     /// `cardWidth` in logical pixels at the usual font; 0 for whatever the content asks for.
     explicit FloatingCard(QWidget* parent, int cardWidth = 0);
 
-    /// Text is wrapped within the width, which also gives way to a narrow parent.
+    /// Text is wrapped within the width, which shrinks with a narrow parent.
     QSize sizeHint() const override;
 
 protected:
@@ -93,8 +93,8 @@ private:
     QVariantAnimation* sweep_ = nullptr;
 };
 
-/// The accent outline round all of the window, which takes drops everywhere, and the card of a drop that would be
-/// taken at the foot of `area`. No mouse sees it.
+/// What a drag over the window shows while its files would be taken: an accent outline round the whole window, which
+/// takes drops everywhere, and a card at the foot of `area`. The mouse goes through it.
 class DropOverlay : public QWidget {
     Q_OBJECT
 

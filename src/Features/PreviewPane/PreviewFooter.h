@@ -42,7 +42,7 @@ public:
     /// `details`: the same in ever fewer words, the longest first.
     void setPhoto(const QString& name, const std::vector<QString>& details);
     void setBackdrop(PreviewBackdrop backdrop);
-    /// Without one, `index` below 0, the place is empty and the arrows rest.
+    /// Without a photo, which an `index` below 0 says, the text is empty and the arrows are disabled.
     void setPosition(int index, int count);
     void setPagerShown(bool isShown);
 

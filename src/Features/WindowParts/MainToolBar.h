@@ -14,7 +14,8 @@ class ExpanderButton;
 class MenuButton;
 class WindowActions;
 
-/// Verbs on the left, the view in the middle, the result on the right. Where they don't fit, buttons and labels leave.
+/// Verbs on the left, the view in the middle, the result on the right. Where they don't fit, labels and then buttons
+/// are hidden.
 class MainToolBar : public QWidget {
     Q_OBJECT
 
@@ -24,7 +25,7 @@ public:
     /// The zoom as the preview has it; 0 while nothing is shown.
     void setZoom(double zoom, bool isFit);
     void setComparable(bool comparable);
-    /// Which the button for it tells to assistive technology.
+    /// The button that shows and hides it tells this to assistive technology.
     void setSidebarShown(bool shown);
     /// While photos are being added or exported.
     void setAddEnabled(bool enabled);
@@ -49,7 +50,7 @@ private:
     [[nodiscard]] std::array<QWidget*, 3> groups() const { return {verbs_, view_, result_}; }
 
     WindowActions& actions_;
-    std::array<int, 6> needed_{}; ///< Widths, by how many steps the bar gives way.
+    std::array<int, 6> needed_{}; ///< Width of the bar by how many of the steps that hide something it has taken.
     int waysGiven_ = 0;
     ExpanderButton* sidebar_ = nullptr;
     MenuButton* add_ = nullptr;

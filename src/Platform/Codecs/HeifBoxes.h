@@ -15,7 +15,7 @@ struct HeifPicture {
     std::int64_t tiles = 1;
     bool isTurned = false; ///< Turned or cropped, for which the library makes a copy.
     /// A part is coded, or put together, in another size than it declares, or is far larger than the whole: decoding
-    /// would cost what no header owns up to.
+    /// would cost far more than the header says.
     bool contradictsItself = false;
 };
 

@@ -24,7 +24,8 @@ struct PlacementCalls {
     Move renameExclusively;
     Move link;
     Move rename;
-    std::function<int(int folder, const QByteArray& name)> lookUp; ///< 0 where something stands, be it a link.
+    std::function<int(int folder, const QByteArray& name)>
+        lookUp; ///< 0 where something stands, even a link to nothing.
 
     [[nodiscard]] static PlacementCalls system();
 };

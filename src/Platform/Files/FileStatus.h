@@ -20,9 +20,9 @@ enum class FileKind { missing, file, folder, unknown };
 /// Two spellings of one file on a volume that folds case are seen by their number alone. False where either is missing.
 [[nodiscard]] bool isSameFile(const FileUrl& left, const FileUrl& right);
 
-/// 0 where anything stands at a path, be it a link to nothing, and otherwise the errno.
+/// 0 where anything stands at a path, even a link to nothing, and otherwise the errno.
 [[nodiscard]] int lookUp(const FileUrl& url);
-/// Whether anything stands at a path, be it a link to nothing: placing a file would not replace that either. Throws
+/// Whether anything stands at a path, even a link to nothing: placing a file would not replace that either. Throws
 /// SystemError where that can't be known.
 [[nodiscard]] bool isTaken(const FileUrl& url);
 

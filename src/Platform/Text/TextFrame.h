@@ -32,7 +32,7 @@ namespace FontFamilies {
 [[nodiscard]] QStringList chainFor(const QString& name);
 } // namespace FontFamilies
 
-/// What a box shows less of a text than the whole.
+/// What is missing of a text in a box that is too small for it.
 struct TextCut {
     QString leftOut;          ///< What stands in lines that are not drawn, on one line.
     bool cutsLetters = false; ///< Of what is drawn, some letters are not whole.
