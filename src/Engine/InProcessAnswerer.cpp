@@ -153,7 +153,7 @@ Bitmap rasterPicture(const SourceFile& source, std::int64_t maximumDimension, Jo
     return premultiplied(reducedPicture(photo, maximumDimension, profile));
 }
 
-/// In a space that whoever shows it knows.
+/// In a color space that is known without reading a profile, for whoever shows it.
 Bitmap viewable(const Bitmap& picture)
 {
     return inColorSpace(picture, viewingColorSpace(picture.profile(), ColorModel::rgb));

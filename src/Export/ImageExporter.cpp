@@ -61,8 +61,8 @@ double usableQuality(double quality)
     return std::isnan(quality) ? 0.0 : std::clamp(quality, 0.0, 1.0);
 }
 
-/// The file that will be the output, with all that can go wrong with it before the photo is framed behind it. Throws
-/// SystemError.
+/// Makes the file that will be the output. What may keep it from its name is found here, before the photo is framed.
+/// Throws SystemError.
 StagedFile stage(const FileUrl& destination, bool replaceExisting, const ExportSettings& settings)
 {
     StagedFile staged =

@@ -23,7 +23,7 @@ FileUrl folderOr(const std::optional<FileUrl>& managedDirectory)
     return managedDirectory ? *managedDirectory : FerrowStorage::applicationSupportDirectory().appending("Logos");
 }
 
-/// A folder, a pipe or a socket is a bad logo; everything else that keeps a file closed is the system's own word.
+/// What is a folder, a pipe or a socket is malformed; any other reason why a file can't be opened stays the system's.
 OpenedFile openLogo(const FileUrl& url)
 try {
     return OpenedFile::open(url);

@@ -40,7 +40,7 @@ public:
             emit session_.selectedPhotoIDChanged();
     }
 
-    // Too large to be compared: set by who changes them.
+    // Too large to be compared: whoever changes them sets these.
     bool photos = false;
     bool excludedPhotoIDs = false;
     bool photoRecipes = false;

@@ -19,7 +19,7 @@ constexpr int side = 72;
 constexpr int pictureInset = 6;
 /// Enough for a screen of three device pixels each.
 constexpr std::int64_t loadedDimension = 216;
-/// A logo in hand is soon done; a window that closes need not wait long for one that is not.
+/// A logo is loaded quickly as a rule; a window that closes does not wait long for one that is not.
 constexpr std::chrono::milliseconds patience{200};
 
 } // namespace

@@ -22,7 +22,7 @@ namespace {
 
 constexpr int zoomWidth = 56;
 constexpr int dividerHeight = 20;
-/// Narrower than this, minus and plus leave also where there is room for them.
+/// Below this width minus and plus are hidden, also where there is room for them.
 constexpr int fullWidth = 1'040;
 
 QPushButton* iconButton(IconName name, QAction* action, const QString& objectName)
@@ -243,7 +243,7 @@ void MainToolBar::setAddEnabled(bool enabled)
     add_->setEnabled(enabled);
 }
 
-/// By so many steps, the least missed first: keys, wheel, menus and the list of the percentage do its work.
+/// Hides the first so many parts, the least missed first: keys, wheel, menus and the list of percentages do the same.
 void MainToolBar::giveWay(int steps)
 {
     waysGiven_ = steps;
