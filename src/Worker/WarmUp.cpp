@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Worker/WarmUp.h"
 
+#include "Platform/Base/Releaser.h"
 #include "Platform/Codecs/ImageDecoder.h"
 #include "Platform/Codecs/ImageEncoder.h"
 #include "Platform/Codecs/PdfPage.h"
@@ -33,14 +34,10 @@ endstream endobj
 trailer <</Root 1 0 R>>
 )";
 
-struct ListEnd {
-    void operator()(FcStrList* list) const { FcStrListDone(list); }
-};
-
 /// Font folders, caches and the files that say where they are. The list may be null.
 void collect(std::set<std::string>& places, FcStrList* given)
 {
-    const std::unique_ptr<FcStrList, ListEnd> list(given);
+    const std::unique_ptr<FcStrList, Releaser<FcStrListDone>> list(given);
     while (const FcChar8* path = list ? FcStrListNext(list.get()) : nullptr)
         places.insert(reinterpret_cast<const char*>(path));
 }

@@ -2,6 +2,7 @@
 #include "Platform/Base/FileUrl.h"
 
 #include "Platform/Base/ByteText.h"
+#include "Platform/Base/Releaser.h"
 
 #include <QList>
 #include <QSysInfo>
@@ -15,13 +16,9 @@ namespace ferrow {
 
 namespace {
 
-struct FreeDeleter {
-    void operator()(char* text) const { std::free(text); }
-};
-
 QByteArray currentFolder()
 {
-    const std::unique_ptr<char, FreeDeleter> folder(::getcwd(nullptr, 0));
+    const std::unique_ptr<char, Releaser<std::free>> folder(::getcwd(nullptr, 0));
     return folder ? QByteArray(folder.get()) : QByteArray("/");
 }
 

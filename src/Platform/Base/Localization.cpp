@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Base/Localization.h"
 
+#include "Platform/Base/Releaser.h"
+
 #include <QTimeZone>
 
 #include <unicode/ucol.h>
@@ -81,10 +83,7 @@ std::int64_t tenths(std::int64_t bytes, const Unit& unit)
     return bytes / tenth + (bytes % tenth * 2 >= tenth ? 1 : 0);
 }
 
-struct CollatorCloser {
-    void operator()(UCollator* collator) const { ucol_close(collator); }
-};
-using Collator = std::unique_ptr<UCollator, CollatorCloser>;
+using Collator = std::unique_ptr<UCollator, Releaser<ucol_close>>;
 
 Collator makeCollator()
 {
@@ -99,10 +98,7 @@ Collator makeCollator()
     return U_FAILURE(status) ? nullptr : std::move(collator);
 }
 
-struct DateFormatCloser {
-    void operator()(UDateFormat* format) const { udat_close(format); }
-};
-using DateFormat = std::unique_ptr<UDateFormat, DateFormatCloser>;
+using DateFormat = std::unique_ptr<UDateFormat, Releaser<udat_close>>;
 
 /// Formats days of UTC, so that only one zone, Qt's, ever decides which day it was.
 DateFormat makeDateFormat()

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Platform/Base/ByteSource.h"
+#include "Platform/Base/Releaser.h"
 
 #include <libheif/heif.h>
 
@@ -10,15 +11,6 @@
 
 /// Owners of the library's objects and what it reads from, for the HEIF codec and the reader of HEIF metadata.
 namespace ferrow::heif {
-
-template <auto release>
-struct Releaser {
-    template <typename T>
-    void operator()(T* handle) const
-    {
-        release(handle);
-    }
-};
 
 using Context = std::unique_ptr<heif_context, Releaser<heif_context_free>>;
 using Handle = std::unique_ptr<heif_image_handle, Releaser<heif_image_handle_release>>;

@@ -4,6 +4,8 @@
 
 #include "Platform/Codecs/PdfPage.h"
 
+#include "Platform/Base/Releaser.h"
+
 #include <cairo.h>
 #include <poppler.h>
 
@@ -22,15 +24,6 @@ constexpr std::int64_t largestFile = 100'000'000;
 
 /// The drawing library's own limit for a side, in pixels.
 constexpr std::int64_t largestSide = 32'767;
-
-template <auto release>
-struct Releaser {
-    template <typename T>
-    void operator()(T* handle) const
-    {
-        release(handle);
-    }
-};
 
 using Bytes = std::unique_ptr<GBytes, Releaser<g_bytes_unref>>;
 using Document = std::unique_ptr<PopplerDocument, Releaser<g_object_unref>>;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Platform/Base/Releaser.h"
+
 #include <tiffio.h>
 
 #include <memory>
@@ -8,14 +10,7 @@
 namespace ferrow {
 
 /// Frees without writing: what must reach a file is written before.
-struct TiffCleaner {
-    void operator()(TIFF* tiff) const { TIFFCleanup(tiff); }
-};
-using TiffHandle = std::unique_ptr<TIFF, TiffCleaner>;
-
-struct TiffOptionsDeleter {
-    void operator()(TIFFOpenOptions* options) const { TIFFOpenOptionsFree(options); }
-};
-using TiffOptions = std::unique_ptr<TIFFOpenOptions, TiffOptionsDeleter>;
+using TiffHandle = std::unique_ptr<TIFF, Releaser<TIFFCleanup>>;
+using TiffOptions = std::unique_ptr<TIFFOpenOptions, Releaser<TIFFOpenOptionsFree>>;
 
 } // namespace ferrow

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Codecs/TiffSamples.h"
 
+#include "Platform/Base/Releaser.h"
 #include "Platform/Pixels/AlphaArithmetic.h"
 
 #include <tiffio.h>
@@ -55,15 +56,11 @@ std::uint16_t fromVersion2Lab16(std::uint16_t stored)
     return std::uint16_t(std::min((stored * 257u + 128) / 256, 65535u));
 }
 
-struct Freer {
-    void operator()(void* memory) const { std::free(memory); }
-};
-
 } // namespace
 
 /// The library's own tables for the conversion to RGB.
 struct TiffSamples::YCbCr {
-    std::unique_ptr<TIFFYCbCrToRGB, Freer> tables;
+    std::unique_ptr<TIFFYCbCrToRGB, Releaser<std::free>> tables;
 };
 
 TiffSamples::TiffSamples(const TiffLayout& layout) : layout_(layout), format_(layout.format())

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Files/FileStatus.h"
 
+#include "Platform/Base/Releaser.h"
 #include "Platform/Base/SystemErrors.h"
 
 #include <fcntl.h>
@@ -32,7 +33,7 @@ bool isMissing(int errorNumber)
 
 std::optional<FileUrl> canonical(const FileUrl& url)
 {
-    const std::unique_ptr<char, decltype(&std::free)> path(::realpath(url.path().constData(), nullptr), &std::free);
+    const std::unique_ptr<char, Releaser<std::free>> path(::realpath(url.path().constData(), nullptr));
     return path ? std::optional(FileUrl::fromPath(QByteArray(path.get()))) : std::nullopt;
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Platform/Base/Releaser.h"
+
 #include <QByteArray>
 
 #include <lcms2.h>
@@ -12,19 +14,9 @@
 /// The colour library's handles with their deleters, for the .cpp files of this folder alone.
 namespace ferrow::LittleCms {
 
-struct ProfileDeleter {
-    void operator()(cmsHPROFILE profile) const { cmsCloseProfile(profile); }
-};
-struct TransformDeleter {
-    void operator()(cmsHTRANSFORM transform) const { cmsDeleteTransform(transform); }
-};
-struct CurveDeleter {
-    void operator()(cmsToneCurve* curve) const { cmsFreeToneCurve(curve); }
-};
-
-using Profile = std::unique_ptr<void, ProfileDeleter>;
-using Transform = std::unique_ptr<void, TransformDeleter>;
-using Curve = std::unique_ptr<cmsToneCurve, CurveDeleter>;
+using Profile = std::unique_ptr<void, Releaser<cmsCloseProfile>>;
+using Transform = std::unique_ptr<void, Releaser<cmsDeleteTransform>>;
+using Curve = std::unique_ptr<cmsToneCurve, Releaser<cmsFreeToneCurve>>;
 
 /// The library's state for some profiles and transforms. It prints nothing, and hands out memory
 /// in proportion to the profiles' size, since one of a few hundred bytes may claim tables of half a gigabyte. Must
@@ -36,12 +28,8 @@ public:
     [[nodiscard]] cmsContext get() const { return context_.get(); }
 
 private:
-    struct Deleter {
-        void operator()(cmsContext context) const { cmsDeleteContext(context); }
-    };
-
     std::unique_ptr<std::size_t> bytesLeft_;
-    std::unique_ptr<std::remove_pointer_t<cmsContext>, Deleter> context_;
+    std::unique_ptr<std::remove_pointer_t<cmsContext>, Releaser<cmsDeleteContext>> context_;
 };
 
 /// Null when the bytes are no profile.

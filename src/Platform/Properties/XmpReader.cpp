@@ -2,6 +2,7 @@
 #include "Platform/Properties/XmpReader.h"
 
 #include "Platform/Base/ByteText.h"
+#include "Platform/Base/Releaser.h"
 #include "Platform/Properties/MetadataBlocks.h"
 #include "Platform/Properties/MetadataText.h"
 
@@ -192,10 +193,7 @@ private:
     QByteArray text_;
 };
 
-struct ParserDeleter {
-    void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
-};
-using Parser = std::unique_ptr<std::remove_pointer_t<XML_Parser>, ParserDeleter>;
+using Parser = std::unique_ptr<std::remove_pointer_t<XML_Parser>, Releaser<XML_ParserFree>>;
 
 /// What the parser's callbacks are handed. They are called from C, which no exception may cross.
 struct Reading {
