@@ -160,19 +160,10 @@ BatchExportFailure failureOf(const ImportedPhoto& photo, const std::exception_pt
 
 std::vector<FileUrl> sortedAsFileBrowsersDo(const std::unordered_set<FileUrl>& folders)
 {
-    std::vector<std::pair<QString, FileUrl>> rows;
-    rows.reserve(folders.size());
-    for (const FileUrl& folder : folders)
-        rows.emplace_back(folder.displayPath(), folder);
+    std::vector<FileUrl> sorted(folders.begin(), folders.end());
     // Paths that the locale finds equal stand in the order of their bytes, so that plans repeat.
-    std::sort(rows.begin(), rows.end(), [](const auto& left, const auto& right) {
-        const int order = Localization::standardCompare(left.first, right.first);
-        return order != 0 ? order < 0 : left.second < right.second;
-    });
-    std::vector<FileUrl> sorted;
-    sorted.reserve(rows.size());
-    for (auto& row : rows)
-        sorted.push_back(std::move(row.second));
+    std::ranges::sort(sorted);
+    Localization::standardSort(sorted, &FileUrl::displayPath);
     return sorted;
 }
 

@@ -62,9 +62,7 @@ QString validated(const QString& name)
 
 std::vector<PhotoPreset> sorted(std::vector<PhotoPreset> presets)
 {
-    std::ranges::stable_sort(presets, [](const PhotoPreset& left, const PhotoPreset& right) {
-        return Localization::standardCompare(left.name, right.name) < 0;
-    });
+    Localization::standardSort(presets, &PhotoPreset::name);
     return presets;
 }
 

@@ -106,9 +106,7 @@ std::vector<FileUrl> SandboxAccessBroker::unwritableFolders(const std::vector<Fi
         distinct.insert(photo.deletingLastPathComponent().standardized());
     std::vector<FileUrl> folders(distinct.begin(), distinct.end());
     std::erase_if(folders, [&](const FileUrl& folder) { return isWritable(folder); });
-    std::ranges::stable_sort(folders, [](const FileUrl& left, const FileUrl& right) {
-        return Localization::standardCompare(left.displayPath(), right.displayPath()) < 0;
-    });
+    Localization::standardSort(folders, &FileUrl::displayPath);
     return folders;
 }
 

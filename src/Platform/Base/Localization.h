@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -40,7 +41,7 @@ void standardSort(std::vector<Item>& items, const TextOf& textOf)
     std::vector<std::pair<QString, std::size_t>> keys;
     keys.reserve(items.size());
     for (const Item& item : items)
-        keys.emplace_back(textOf(item), keys.size());
+        keys.emplace_back(std::invoke(textOf, item), keys.size());
     std::ranges::stable_sort(
         keys, [](const auto& left, const auto& right) { return standardCompare(left.first, right.first) < 0; });
     std::vector<Item> sorted;
