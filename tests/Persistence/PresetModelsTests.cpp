@@ -54,7 +54,8 @@ TEST(PresetDocument, writesAndReadsEveryField)
     const QUuid id(u"6f9619ff-8b86-4d01-b42d-00cf4fc964ff"_s);
     const PhotoPreset preset{id, u"Travel"_s, test::oddPayload(), created.addMSecs(999), modified.toLocalTime()};
     const QByteArray written = PresetDocument{.presets = {preset}}.encode();
-    EXPECT_EQ(QJsonDocument::fromJson(written), QJsonDocument::fromJson(handWritten));
+    // Byte for byte: only what changed may differ for those who keep their presets under version control.
+    EXPECT_EQ(written, QJsonDocument::fromJson(handWritten).toJson(QJsonDocument::Indented));
     EXPECT_TRUE(
         written.startsWith("{\n    \"presets\": [\n        {\n            \"createdAt\": \"2025-03-14T09:26:53Z\""));
     const PhotoPreset back{id, u"Travel"_s, test::oddPayload(), created, modified};
