@@ -201,7 +201,7 @@ void measureLoop(ContentView& window, const FileUrl& many, const FileUrl& few, c
     import(window, many);
     QTest::qWait(500);
     probe.start();
-    window.exportSession().planAndStart(ExportRequest::make(window.session(), window.exportSession()));
+    window.exportSession().planAndStart(window.exportSession().requestFor(window.session()));
     waitFor([&] { return window.exportSession().report().has_value(); });
     probe.report("exporting 1,011 photos");
 
@@ -217,10 +217,10 @@ void measureRender(const FileUrl& photo)
 {
     const ImportedPhoto preview = ImageLoader::load(photo);
     RenderRecipe recipe;
-    recipe.setCaptionTemplate(QStringLiteral("{camera} · {captureDate} · {artist}"));
+    recipe.captions.front().setCaptionTemplate(QStringLiteral("{camera} · {captureDate} · {artist}"));
     std::vector<double> times;
     for (int run = 0; run < 300; ++run) {
-        recipe.borderWidth = 60 + run % 120;
+        recipe.border.width = 60 + run % 120;
         const Clock::time_point begin = Clock::now();
         (void)ImageRenderer::render(preview.previewSource, preview.pixelSize, recipe, preview.metadata, {},
                                     ImageRenderer::SourceScale::fromSource, {});

@@ -113,10 +113,10 @@ void measureFraming(const Photos& photos, ExportFormat format)
     const auto imported = BatchImporter::load(urls, atOnce).photos;
     const FileUrl destination = FileUrl::fromPath(QByteArray::fromStdString(folder.file("framed")));
     RenderRecipe recipe;
-    recipe.captionEnabled = false;
+    recipe.captions.front().isEnabled = false;
     compare(photos, [&] {
         for (const ImportedPhoto& photo : imported)
-            ImageExporter::exportPhoto(photo, recipe, {format, 0.9}, destination, true, {});
+            ImageExporter::exportPhoto({photo, recipe, {format, 0.9}, destination, true}, {});
     });
 }
 

@@ -6,24 +6,13 @@
 
 using namespace ferrow;
 
-namespace {
-
-QString joined(const std::vector<CaptionSegment>& segments)
-{
-    QString captionTemplate;
-    for (const CaptionSegment& segment : segments)
-        captionTemplate += segment.templateValue();
-    return captionTemplate;
-}
-
-} // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const QString input = QString::fromUtf8(fuzz::bytesOf(data, size));
     const QString captionTemplate = input.section(u'\x1e', 0, 0);
-    const QString parsed = joined(CaptionSegment::parse(captionTemplate));
-    fuzz::require(joined(CaptionSegment::parse(parsed)) == parsed, "chips written out and read again stay");
+    const QString parsed = CaptionSegment::templateOf(CaptionSegment::parse(captionTemplate));
+    fuzz::require(CaptionSegment::templateOf(CaptionSegment::parse(parsed)) == parsed,
+                  "chips written out and read again stay");
 
     PhotoMetadata metadata;
     metadata.filename = input;

@@ -88,14 +88,15 @@ void photographMain(ContentView& window, Photographer& photographer, const FileU
     window.importRoots({photos});
     photographer.waitFor([&] { return !window.session().isImporting() && !window.session().photos().empty(); });
     window.history().editRecipe(QStringLiteral("Frame"), [](RenderRecipe& recipe) {
-        recipe.setCaptionTemplate(QStringLiteral("{filename} · {artist}"));
-        recipe.captionPosition = CaptionPosition::borderBottomCenter;
-        recipe.captionAlignment = CaptionAlignment::center;
-        recipe.captionFontSize = 40;
-        recipe.borderWidth = 130;
+        Caption& caption = recipe.captions.front();
+        caption.setCaptionTemplate(QStringLiteral("{filename} · {artist}"));
+        caption.position = CaptionPosition::borderBottomCenter;
+        caption.alignment = CaptionAlignment::center;
+        caption.fontSize = 40;
+        recipe.border.width = 130;
         if (Theme::current().appearance() == Appearance::dark) {
-            recipe.borderColor = {0.07, 0.07, 0.07, 1};
-            recipe.captionColor = {0.8, 0.8, 0.8, 1};
+            recipe.border.color = {0.07, 0.07, 0.07, 1};
+            caption.color = {0.8, 0.8, 0.8, 1};
         }
     });
     QTest::qWait(700);
@@ -125,9 +126,9 @@ void photographPresets(ContentView& window, Photographer& photographer)
     save(QStringLiteral("Gallery"));
     const RenderRecipe before = window.session().batchRecipe();
     RenderRecipe blue = before;
-    blue.borderColor = {0.16, 0.24, 0.33, 1};
-    blue.borderUnit = BorderUnit::percent;
-    blue.borderWidth = 2.5;
+    blue.border.color = {0.16, 0.24, 0.33, 1};
+    blue.border.unit = BorderUnit::percent;
+    blue.border.width = 2.5;
     window.session().setBatchRecipe(blue);
     save(QStringLiteral("Blue Mat"));
     window.session().setBatchRecipe(before);

@@ -93,8 +93,8 @@ std::function<void(Settings&)> borderChange(const QByteArray& option, const QByt
         misuse(option, QStringLiteral("give a width in pixels or percent, such as 120px or 4%."));
     const double width = number(option, word.chopped(percent ? 1 : 2), 0, mostPixels);
     return [percent, width](Settings& settings) {
-        settings.recipe.borderUnit = percent ? BorderUnit::percent : BorderUnit::pixels;
-        settings.recipe.borderWidth = width;
+        settings.recipe.border.unit = percent ? BorderUnit::percent : BorderUnit::pixels;
+        settings.recipe.border.width = width;
     };
 }
 
@@ -114,12 +114,17 @@ private:
 
 using Handler = std::function<void(Arguments&, const QByteArray& option, const QByteArray& value)>;
 
-/// An option that sets one number of the recipe.
-Handler recipeNumber(double RenderRecipe::*member, double least, double most)
+/// The caption that the options are about.
+Caption& captionOf(Settings& settings)
+{
+    return settings.recipe.captions.front();
+}
+
+Handler captionNumber(double Caption::*member, double least, double most)
 {
     return [=](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
         const double parsed = number(option, value, least, most);
-        arguments.changes.emplace_back([=](Settings& settings) { settings.recipe.*member = parsed; });
+        arguments.changes.emplace_back([=](Settings& settings) { captionOf(settings).*member = parsed; });
     };
 }
 
@@ -198,21 +203,21 @@ void addFrameHandlers(std::unordered_map<QByteArray, Handler>& handlers)
     };
     handlers["--border-color"] = [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
         const RGBAColor parsed = color(option, value);
-        arguments.changes.emplace_back([parsed](Settings& s) { s.recipe.borderColor = parsed; });
+        arguments.changes.emplace_back([parsed](Settings& s) { s.recipe.border.color = parsed; });
     };
     handlers["--caption"] = [](Arguments& arguments, const QByteArray&, const QByteArray& value) {
         const QString text = QString::fromUtf8(value);
         arguments.changes.emplace_back([text](Settings& s) {
-            s.recipe.captionEnabled = true;
-            s.recipe.setCaptionTemplate(text);
+            captionOf(s).isEnabled = true;
+            captionOf(s).setCaptionTemplate(text);
         });
     };
     handlers["--caption-color"] = [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
         const RGBAColor parsed = color(option, value);
-        arguments.changes.emplace_back([parsed](Settings& s) { s.recipe.captionColor = parsed; });
+        arguments.changes.emplace_back([parsed](Settings& s) { captionOf(s).color = parsed; });
     };
     handlers["--caption-position"] =
-        choice<CaptionPosition>(positionWords(), [](Settings& s, CaptionPosition p) { s.recipe.captionPosition = p; });
+        choice<CaptionPosition>(positionWords(), [](Settings& s, CaptionPosition p) { captionOf(s).position = p; });
     handlers["--caption-font"] = choice<CaptionFont>({{"system", CaptionFont::system},
                                                       {"rounded", CaptionFont::rounded},
                                                       {"serif", CaptionFont::serif},
@@ -220,15 +225,15 @@ void addFrameHandlers(std::unordered_map<QByteArray, Handler>& handlers)
                                                       {"geometric", CaptionFont::avenirNext},
                                                       // What scripts may say from before it was called so.
                                                       {"avenir-next", CaptionFont::avenirNext}},
-                                                     [](Settings& s, CaptionFont f) { s.recipe.captionFont = f; });
+                                                     [](Settings& s, CaptionFont f) { captionOf(s).font = f; });
     handlers["--caption-align"] = choice<CaptionAlignment>(
         {{"left", CaptionAlignment::left}, {"center", CaptionAlignment::center}, {"right", CaptionAlignment::right}},
-        [](Settings& s, CaptionAlignment a) { s.recipe.captionAlignment = a; });
-    handlers["--caption-size"] = recipeNumber(&RenderRecipe::captionFontSize, 1, 10'000);
-    handlers["--caption-spacing"] = recipeNumber(&RenderRecipe::captionLineSpacing, 0, mostPixels);
-    handlers["--caption-padding"] = recipeNumber(&RenderRecipe::captionPadding, 0, mostPixels);
-    handlers["--caption-vertical-padding"] = recipeNumber(&RenderRecipe::captionVerticalPadding, 0, mostPixels);
-    handlers["--caption-opacity"] = recipeNumber(&RenderRecipe::captionOpacity, 0, 1);
+        [](Settings& s, CaptionAlignment a) { captionOf(s).alignment = a; });
+    handlers["--caption-size"] = captionNumber(&Caption::fontSize, 1, 10'000);
+    handlers["--caption-spacing"] = captionNumber(&Caption::lineSpacing, 0, mostPixels);
+    handlers["--caption-padding"] = captionNumber(&Caption::padding, 0, mostPixels);
+    handlers["--caption-vertical-padding"] = captionNumber(&Caption::verticalPadding, 0, mostPixels);
+    handlers["--caption-opacity"] = captionNumber(&Caption::opacity, 0, 1);
 }
 
 void addLogoHandlers(std::unordered_map<QByteArray, Handler>& handlers)
@@ -280,7 +285,10 @@ bool applyFlag(Arguments& arguments, const QByteArray& option)
     else if (option == "--quiet")
         arguments.quiet = true;
     else if (option == "--no-caption")
-        arguments.changes.emplace_back([](Settings& settings) { settings.recipe.captionEnabled = false; });
+        arguments.changes.emplace_back([](Settings& settings) {
+            for (Caption& caption : settings.recipe.captions)
+                caption.isEnabled = false;
+        });
     else
         return false;
     return true;

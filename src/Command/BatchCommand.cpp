@@ -201,7 +201,7 @@ private:
     /// A photo that has its framed copy, or will have one, and what that lacks of its caption.
     void framed(const BatchExportJob& job, const char* name)
     {
-        const TextCut cut = ImageRenderer::captionCut(job.photo.pixelSize, job.recipe, job.photo.metadata);
+        const TextCut cut = firstCut(job);
         if (json_) {
             QJsonObject object = outcome(job.photo.url, name, job.destination);
             if (cut.isCut())
@@ -215,6 +215,15 @@ private:
                                                        : QStringLiteral("this is left out: ") + cut.leftOut;
             printError(job.photo.url.displayPath() + QStringLiteral(": The caption does not fit, ") + what);
         }
+    }
+    static TextCut firstCut(const BatchExportJob& job)
+    {
+        for (const Caption& caption : job.recipe.captions)
+            if (const TextCut cut =
+                    ImageRenderer::captionCut(job.photo.pixelSize, job.recipe, caption, job.photo.metadata);
+                cut.isCut())
+                return cut;
+        return {};
     }
     static QJsonObject outcome(const FileUrl& source, const char* name, const std::optional<FileUrl>& destination)
     {
@@ -240,11 +249,14 @@ BatchExportPlan makePlan(const BatchImportResult& batch, const Settings& setting
     ExportPlanner planner;
     if (dryRun)
         planner.createDirectory = [](const FileUrl&) {};
+    ExportRequest request{.photos = batch.photos,
+                          .configuration = settings.configuration,
+                          .settings = settings.exportSettings,
+                          .framing = {.batch = settings.recipe}};
     // What could not be read is still somebody's photo.
     for (const BatchExportFailure& failure : batch.failures)
-        planner.originals.push_back(failure.source);
-    return planner.plan(batch.photos, settings.configuration, settings.exportSettings, RecipeScope::batch,
-                        settings.recipe, {}, stop);
+        request.originals.push_back(failure.source);
+    return planner.plan(request, stop);
 }
 
 std::vector<BatchExportOutcome> exportJobs(const BatchExportPlan& plan, const Settings& settings,
@@ -258,8 +270,7 @@ std::vector<BatchExportOutcome> exportJobs(const BatchExportPlan& plan, const Se
     auto outcomes = BatchExportCoordinator::run(
         plan.jobs, settings.configuration.maximumConcurrentExports,
         [&](const BatchExportJob& job, const std::stop_token& token) {
-            ImageExporter::exportPhoto(job.photo, job.recipe, job.settings, job.destination, job.replaceExisting, token,
-                                       managedLogoFolder);
+            ImageExporter::exportPhoto(job, token, managedLogoFolder);
         },
         [&](const BatchExportOutcome& outcome) {
             reporter.ended(plan.jobs[outcome.jobIndex], outcome);

@@ -101,12 +101,12 @@ private:
 /// The photos that no output may replace, whatever the collision rule says.
 class Originals {
 public:
-    Originals(const ExportPlanner& planner, PlaceKeys& keys, const std::vector<ImportedPhoto>& photos)
+    Originals(const ExportPlanner& planner, PlaceKeys& keys, const ExportRequest& request)
         : planner_(planner), keys_(keys)
     {
-        for (const ImportedPhoto& photo : photos)
+        for (const ImportedPhoto& photo : request.photos)
             places_.insert(photo.url.standardized());
-        for (const FileUrl& url : planner.originals)
+        for (const FileUrl& url : request.originals)
             places_.insert(url.standardized());
     }
 
@@ -169,34 +169,31 @@ std::vector<FileUrl> sortedAsFileBrowsersDo(const std::unordered_set<FileUrl>& f
 
 } // namespace
 
-BatchExportPlan ExportPlanner::plan(const std::vector<ImportedPhoto>& photos,
-                                    const BatchExportConfiguration& configuration, const ExportSettings& settings,
-                                    RecipeScope recipeScope, const RenderRecipe& batchRecipe,
-                                    const std::unordered_map<FileUrl, RenderRecipe>& perPhotoRecipes,
-                                    const std::stop_token& stop) const
+BatchExportPlan ExportPlanner::plan(const ExportRequest& request, const std::stop_token& stop) const
 {
+    const BatchExportConfiguration& configuration = request.configuration;
     BatchExportPlan plan;
     FolderReadiness readiness(*this, configuration.destinationMode);
     PlaceKeys keys(*this);
     ReservedDestinations reserved{.key = [&](const FileUrl& place) { return keys.of(place); },
                                   .fileNumber = fileNumber};
-    for (const FileUrl& place : written) {
+    for (const FileUrl& place : request.written) {
         reserved.add(place);
         if (configuration.collisionRule == CollisionRule::replace)
             static_cast<void>(reserved.claimFile(place));
     }
-    Originals protectedOnes(*this, keys, photos);
+    Originals protectedOnes(*this, keys, request);
     std::unordered_set<FileUrl> folders;
-    const QString extension = filenameExtension(settings.format);
+    const QString extension = filenameExtension(request.settings.format);
     const auto isTaken = [&](const FileUrl& place) {
         throwIfCancelled(stop);
         return fileExists(place);
     };
 
-    for (std::size_t index = 0; index < photos.size(); ++index) {
+    for (std::size_t index = 0; index < request.photos.size(); ++index) {
         throwIfCancelled(stop);
-        const ImportedPhoto& photo = photos[index];
-        if (only && !only->contains(photo.id()))
+        const ImportedPhoto& photo = request.photos[index];
+        if (request.only && !request.only->contains(photo.id()))
             continue;
         FileUrl folder;
         try {
@@ -228,8 +225,8 @@ BatchExportPlan ExportPlanner::plan(const std::vector<ImportedPhoto>& photos,
             continue;
         }
         plan.jobs.push_back({.photo = photo,
-                             .recipe = RenderRecipe::resolve(recipeScope, photo.id(), batchRecipe, perPhotoRecipes),
-                             .settings = settings,
+                             .recipe = request.framing.recipeFor(photo.id()),
+                             .settings = request.settings,
                              .destination = resolution->url,
                              .replaceExisting = resolution->replaceExisting});
     }

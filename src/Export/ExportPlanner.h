@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Export/ExportRequest.h"
 #include "Models/BatchExportModels.h"
-#include "Models/ImportedPhoto.h"
-#include "Models/RenderRecipe.h"
 #include "Platform/Base/FileUrl.h"
 #include "Platform/Files/FilePlacement.h"
 #include "Platform/Files/FileStatus.h"
@@ -12,9 +11,6 @@
 #include <functional>
 #include <optional>
 #include <stop_token>
-#include <unordered_map>
-#include <unordered_set>
-#include <vector>
 
 namespace ferrow {
 
@@ -35,20 +31,10 @@ struct ExportPlanner {
     /// Whether two names that differ in case, or in how accents are composed, may be one file in a folder.
     std::function<bool(const FileUrl&)> foldsNames = VolumeNames::mayFold;
 
-    /// Photos that no output may replace, beside those that are planned.
-    std::vector<FileUrl> originals = {};
-    /// Outputs that an earlier run of the same batch has written: no other photo gets their places.
-    std::vector<FileUrl> written = {};
-    /// When set, only these are planned; the others of the list keep their places in its numbering.
-    std::optional<std::unordered_set<FileUrl>> only = std::nullopt;
-
     /// Never fails as a whole: every photo that is planned is in exactly one of jobs, skipped photos and failures, in
-    /// the order of `photos`, which is the order of export. Each folder is created and checked once. Throws Cancelled.
-    [[nodiscard]] BatchExportPlan plan(const std::vector<ImportedPhoto>& photos,
-                                       const BatchExportConfiguration& configuration, const ExportSettings& settings,
-                                       RecipeScope recipeScope, const RenderRecipe& batchRecipe,
-                                       const std::unordered_map<FileUrl, RenderRecipe>& perPhotoRecipes,
-                                       const std::stop_token& stop) const;
+    /// the order of the request, which is the order of export. Each folder is created and checked once. Throws
+    /// Cancelled.
+    [[nodiscard]] BatchExportPlan plan(const ExportRequest& request, const std::stop_token& stop) const;
 };
 
 } // namespace ferrow

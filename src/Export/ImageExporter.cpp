@@ -144,28 +144,28 @@ Bitmap reduced(const Bitmap& picture, double scale)
 
 } // namespace
 
-void exportPhoto(const ImportedPhoto& photo, const RenderRecipe& recipe, const ExportSettings& settings,
-                 const FileUrl& destination, bool replaceExisting, const std::stop_token& stop,
+void exportPhoto(const BatchExportJob& job, const std::stop_token& stop,
                  const std::optional<FileUrl>& managedLogoDirectory)
 {
+    const ImportedPhoto& photo = job.photo;
     throwIfCancelled(stop);
-    guardDestination(photo.url, destination, replaceExisting);
+    guardDestination(photo.url, job.destination, job.replaceExisting);
     const OpenedFile source = ImageLoader::openSource(photo.url);
-    const Bitmap logo = ManagedLogoStore::loadIfEnabled(recipe.logo, managedLogoDirectory, stop).value_or(Bitmap());
+    const Bitmap logo = ManagedLogoStore::loadIfEnabled(job.recipe.logo, managedLogoDirectory, stop).value_or(Bitmap());
 
-    auto request = requestFor<Engine::FrameRequest>(source, photo, recipe, logo, stop);
-    request.format = settings.format;
-    request.quality = usableQuality(settings.quality);
+    auto request = requestFor<Engine::FrameRequest>(source, photo, job.recipe, logo, stop);
+    request.format = job.settings.format;
+    request.quality = usableQuality(job.settings.quality);
     request.metadata = outputMetadata(photo.metadata);
 
-    StagedFile staged = stage(destination, replaceExisting, settings);
+    StagedFile staged = stage(job.destination, job.replaceExisting, job.settings);
     request.outputDescriptor = staged.descriptor();
-    frame(request, destination, stop);
+    frame(request, job.destination, stop);
     // If somebody wrote to the file meanwhile, its pixels may be those of two pictures.
     if (source.currentIdentity() != source.identity())
         throw ImagePipelineError(ImagePipelineError::decodingFailed);
-    flush(staged, destination, settings);
-    placeOutput(staged, destination, replaceExisting, settings);
+    flush(staged, job.destination, job.settings);
+    placeOutput(staged, job.destination, job.replaceExisting, job.settings);
 }
 
 Bitmap region(const ImportedPhoto& photo, const RenderRecipe& recipe, const QRect& region, double scale,

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Models/ImportedPhoto.h"
-#include "Models/RenderRecipe.h"
+#include "Models/BatchExportModels.h"
 #include "Platform/Base/FileUrl.h"
 #include "Platform/Pixels/Bitmap.h"
 
@@ -15,13 +14,12 @@
 /// once.
 namespace ferrow::ImageExporter {
 
-/// Decodes the source, frames it at full size and moves the encoded result to `destination`, which is never replaced
-/// unless `replaceExisting`, and never when it is the source itself. Whatever happens, `destination` holds the whole
-/// output or what it held before, and no staging file is left. Logos come from `managedLogoDirectory`, or from the
-/// program's own. Throws ImagePipelineError, LogoAssetError, SystemError and Cancelled; a stop that comes after the
+/// Decodes the job's source, frames it at full size and moves the encoded result to the destination, which is never
+/// replaced unless the job says so, and never when it is the source itself. Whatever happens, the destination holds the
+/// whole output or what it held before, and no staging file is left. Logos come from `managedLogoDirectory`, or from
+/// the program's own. Throws ImagePipelineError, LogoAssetError, SystemError and Cancelled; a stop that comes after the
 /// last row is ignored.
-void exportPhoto(const ImportedPhoto& photo, const RenderRecipe& recipe, const ExportSettings& settings,
-                 const FileUrl& destination, bool replaceExisting, const std::stop_token& stop,
+void exportPhoto(const BatchExportJob& job, const std::stop_token& stop,
                  const std::optional<FileUrl>& managedLogoDirectory = {});
 
 /// The pixels that an export of `photo` has in `region` (output pixels, origin at the top left; what reaches beyond the

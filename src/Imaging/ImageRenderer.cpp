@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <iterator>
 #include <new>
 #include <optional>
 
@@ -106,28 +107,28 @@ struct PlacedCaption {
 };
 
 /// Absent where there is no room at all.
-std::optional<PlacedCaption> placeCaption(const QString& text, const RenderLayout& layout, const RenderRecipe& recipe,
+std::optional<PlacedCaption> placeCaption(const QString& text, const RenderLayout& layout, const Caption& caption,
                                           double scale)
 {
-    const double fontSize = std::max(recipe.captionFontSize * scale, 1.0);
-    TextStyle style = captionFont(recipe.captionFont, fontSize);
-    style.alignment = textAlignment(recipe.captionAlignment);
-    style.lineSpacing = std::max(recipe.captionLineSpacing * scale, 0.0);
+    const double fontSize = std::max(caption.fontSize * scale, 1.0);
+    TextStyle style = captionFont(caption.font, fontSize);
+    style.alignment = textAlignment(caption.alignment);
+    style.lineSpacing = std::max(caption.lineSpacing * scale, 0.0);
 
     const QRectF area =
-        captionArea(recipe.captionPosition, layout.imageRect, layout.canvasRect(),
-                    std::max(recipe.captionPadding * scale, 0.0), std::max(recipe.captionVerticalPadding * scale, 0.0));
+        captionArea(caption.position, layout.imageRect, layout.canvasRect(), std::max(caption.padding * scale, 0.0),
+                    std::max(caption.verticalPadding * scale, 0.0));
     if (area.width() <= 0 || area.height() <= 0)
         return std::nullopt;
 
     TextFrame frame(text, style);
-    const double width = wrappingWidth(recipe.captionPosition, area.width(), fontSize);
+    const double width = wrappingWidth(caption.position, area.width(), fontSize);
     const QSizeF suggested = frame.suggestedSize({width, area.height()});
     // Whole pixels of the export, so that a preview's text stands where the export's does.
     const auto wholePixels = [scale](double extent) { return std::ceil(extent / scale) * scale; };
     const QSizeF boxSize(std::min(std::max(wholePixels(suggested.width()), fontSize), area.width()),
                          std::min(std::max(wholePixels(suggested.height()), 1.2 * fontSize), area.height()));
-    const QRectF box = fromTop(anchoredRect(boxSize, area, recipe.captionPosition), layout);
+    const QRectF box = fromTop(anchoredRect(boxSize, area, caption.position), layout);
     return PlacedCaption{std::move(frame), fontSize, box, fromTop(area, layout)};
 }
 
@@ -234,20 +235,20 @@ std::vector<Engine::Overlay> drawLogo(const Bitmap& logo, const RenderLayout& la
     return {overlay};
 }
 
-std::vector<Engine::Overlay> drawCaption(const QString& text, const RenderLayout& layout, const RenderRecipe& recipe,
+std::vector<Engine::Overlay> drawCaption(const QString& text, const RenderLayout& layout, const Caption& caption,
                                          double scale)
 {
-    RGBAColor color = recipe.captionColor;
-    color.alpha = std::clamp(recipe.captionOpacity, 0.0, 1.0);
+    RGBAColor color = caption.color;
+    color.alpha = std::clamp(caption.opacity, 0.0, 1.0);
     const std::optional<PlacedCaption> placed =
-        color.alpha > 0 ? placeCaption(text, layout, recipe, scale) : std::nullopt;
+        color.alpha > 0 ? placeCaption(text, layout, caption, scale) : std::nullopt;
     if (!placed)
         return {};
     const auto& [frame, fontSize, box, clip] = *placed;
 
     const int overhang = int(std::ceil(std::min(glyphOverhang * fontSize, widestGap(box, clip))));
     std::vector<Engine::Overlay> overlays;
-    if (!isInBorder(recipe.captionPosition)) {
+    if (!isInBorder(caption.position)) {
         const double sigma = shadowBlurRadius * scale / 2;
         const int margin = overhang + int(std::ceil(3 * sigma));
         Engine::Overlay shadow = textOverlay(frame, box.translated(0, shadowOffset * scale), margin, color);
@@ -258,15 +259,16 @@ std::vector<Engine::Overlay> drawCaption(const QString& text, const RenderLayout
     return overlays;
 }
 
-TextCut captionCut(PixelSize pixelSize, const RenderRecipe& recipe, const PhotoMetadata& metadata)
+TextCut captionCut(PixelSize pixelSize, const RenderRecipe& recipe, const Caption& caption,
+                   const PhotoMetadata& metadata)
 try {
-    if (!recipe.captionEnabled || !(recipe.captionOpacity > 0))
+    if (!caption.isEnabled || !(caption.opacity > 0))
         return {};
-    const QString text = MetadataTemplateExpander::expand(recipe.captionTemplate(), metadata);
+    const QString text = MetadataTemplateExpander::expand(caption.captionTemplate(), metadata);
     if (text.isEmpty())
         return {};
     validateRenderBounds(pixelSize, recipe, 1.0);
-    const auto placed = placeCaption(text, RenderLayout::calculate(pixelSize, recipe, 1.0), recipe, 1.0);
+    const auto placed = placeCaption(text, RenderLayout::calculate(pixelSize, recipe, 1.0), caption, 1.0);
     if (!placed)
         return {text.simplified(), false};
     return placed->frame.cutIn(placed->box.size(), placed->clip.translated(-placed->box.topLeft()));
@@ -279,20 +281,21 @@ Engine::Composition composition(const RenderLayout& layout, const RenderRecipe& 
 {
     Engine::Composition composition;
     composition.canvasSize = layout.canvasSize;
-    composition.borderColor = recipe.borderColor;
+    composition.borderColor = recipe.border.color;
     composition.colorProfile = recipe.outputColorProfile;
     const QRectF photo = fromTop(layout.drawRect, layout);
     composition.photoX = std::llround(photo.x());
     composition.photoY = std::llround(photo.y());
     if (recipe.logo && recipe.logo->isEnabled && !logo.isNull())
         composition.overlays = drawLogo(logo, layout, *recipe.logo, scale);
-    if (!recipe.captionEnabled)
-        return composition;
-    throwIfCancelled(stop);
-    const QString text = MetadataTemplateExpander::expand(recipe.captionTemplate(), metadata);
-    if (!text.isEmpty())
-        for (Engine::Overlay& overlay : drawCaption(text, layout, recipe, scale))
-            composition.overlays.push_back(std::move(overlay));
+    for (const Caption& caption : recipe.captions) {
+        if (!caption.isEnabled)
+            continue;
+        throwIfCancelled(stop);
+        const QString text = MetadataTemplateExpander::expand(caption.captionTemplate(), metadata);
+        if (!text.isEmpty())
+            std::ranges::move(drawCaption(text, layout, caption, scale), std::back_inserter(composition.overlays));
+    }
     return composition;
 }
 
@@ -330,7 +333,7 @@ Bitmap render(const Bitmap& source, PixelSize originalSize, const RenderRecipe& 
         } else {
             parts.overlays.insert(parts.overlays.begin(), photoOverlay(source, target));
         }
-        const bool hasAlpha = source.format().hasAlpha() || Engine::isTransparent(recipe.borderColor);
+        const bool hasAlpha = source.format().hasAlpha() || Engine::isTransparent(recipe.border.color);
         Engine::Compositor compositor(parts, photo ? &*photo : nullptr, space, hasAlpha);
         Bitmap result(compositor.size(), compositor.format(), space);
         compositor.compose(result.size().height, result.row(0), result.stride());

@@ -11,7 +11,7 @@
 #include <stop_token>
 #include <vector>
 
-/// What is drawn in and on a frame, and in which order: background, photo, logo, caption. Preview and export share all
+/// What is drawn in and on a frame, and in which order: background, photo, logo, captions. Preview and export share all
 /// of it; only the scale differs. No state; any thread, with a QGuiApplication for captions.
 namespace ferrow::ImageRenderer {
 
@@ -22,13 +22,15 @@ namespace ferrow::ImageRenderer {
 /// The typeface of a caption, at `size` output pixels.
 [[nodiscard]] TextStyle captionFont(CaptionFont font, double size);
 
-/// The caption, for positions on the photo with its shadow beneath; none where there is no room for it.
+/// `text` as the caption has it, for positions on the photo with its shadow beneath; none where there is no room for
+/// it.
 [[nodiscard]] std::vector<Engine::Overlay> drawCaption(const QString& text, const RenderLayout& layout,
-                                                       const RenderRecipe& recipe, double scale);
+                                                       const Caption& caption, double scale);
 
-/// What an export of a photo of `pixelSize` cuts off its caption; nothing where it draws none, or can't be drawn at
-/// all. Some milliseconds at most.
-[[nodiscard]] TextCut captionCut(PixelSize pixelSize, const RenderRecipe& recipe, const PhotoMetadata& metadata);
+/// What an export of a photo of `pixelSize` cuts off `caption`, one of the recipe's; nothing where it draws none, or
+/// can't be drawn at all. Some milliseconds at most.
+[[nodiscard]] TextCut captionCut(PixelSize pixelSize, const RenderRecipe& recipe, const Caption& caption,
+                                 const PhotoMetadata& metadata);
 
 /// Everything an export or a preview draws, as values. `logo` may be null. The photo lies where the layout has it,
 /// rounded to whole pixels. Throws Cancelled.

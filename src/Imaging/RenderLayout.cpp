@@ -4,8 +4,8 @@
 #include "Models/ErrorTexts.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
+#include <initializer_list>
 #include <limits>
 
 namespace ferrow {
@@ -75,26 +75,47 @@ QRectF scaledRect(const QRectF& rect, double scale)
     return {rect.x() * scale, rect.y() * scale, rect.width() * scale, rect.height() * scale};
 }
 
-bool allFinite(const RenderRecipe& recipe)
+bool areFinite(std::initializer_list<double> values)
 {
-    const std::array values{recipe.borderWidth,    recipe.captionFontSize,        recipe.captionLineSpacing,
-                            recipe.captionPadding, recipe.captionVerticalPadding, recipe.captionOpacity};
-    if (!std::all_of(values.begin(), values.end(), [](double value) { return std::isfinite(value); }))
-        return false;
-    return !recipe.logo || (std::isfinite(recipe.logo->widthPercent) && std::isfinite(recipe.logo->horizontalPadding) &&
-                            std::isfinite(recipe.logo->verticalPadding) && std::isfinite(recipe.logo->opacity));
+    return std::ranges::all_of(values, [](double value) { return std::isfinite(value); });
+}
+
+bool isFinite(const Caption& caption)
+{
+    return areFinite(
+        {caption.fontSize, caption.lineSpacing, caption.padding, caption.verticalPadding, caption.opacity});
+}
+
+bool isFinite(const LogoConfiguration& logo)
+{
+    return areFinite({logo.widthPercent, logo.horizontalPadding, logo.verticalPadding, logo.opacity});
+}
+
+bool isFinite(const SideLengths& lengths)
+{
+    return areFinite({lengths.top, lengths.right, lengths.bottom, lengths.left});
+}
+
+/// Whole pixels that a border of this length takes.
+std::int64_t wholePixels(double length)
+{
+    return std::max<std::int64_t>(std::int64_t(std::ceil(length)), 0);
 }
 
 } // namespace
 
 RenderLayout RenderLayout::framedLayout(PixelSize imageSize, const RenderRecipe& recipe)
 {
-    const auto border = std::max<std::int64_t>(std::int64_t(std::ceil(recipe.borderWidthFor(imageSize))), 0);
+    const SideLengths border = recipe.border.around(imageSize);
+    const std::int64_t top = wholePixels(border.top);
+    const std::int64_t right = wholePixels(border.right);
+    const std::int64_t bottom = wholePixels(border.bottom);
+    const std::int64_t left = wholePixels(border.left);
     RenderLayout layout;
-    layout.canvasSize = {imageSize.width + 2 * border, imageSize.height + 2 * border};
-    layout.imageRect = QRectF(double(border), double(border), double(imageSize.width), double(imageSize.height));
+    layout.canvasSize = {left + imageSize.width + right, top + imageSize.height + bottom};
+    layout.imageRect = QRectF(double(left), double(bottom), double(imageSize.width), double(imageSize.height));
     layout.drawRect = layout.imageRect;
-    layout.borderThickness = double(border);
+    layout.borderThickness = double(std::max({top, right, bottom, left}));
     return layout;
 }
 
@@ -186,18 +207,17 @@ std::optional<QRectF> logoRect(PixelSize logoSize, const RenderLayout& layout, c
 
 void validateRenderBounds(PixelSize originalSize, const RenderRecipe& recipe, double scale)
 {
-    if (!allFinite(recipe) || !std::isfinite(scale) || scale <= 0)
-        throw ImagePipelineError(ImagePipelineError::invalidRenderRecipe);
-    const double border = recipe.borderWidthFor(originalSize);
-    if (!std::isfinite(border) || border < 0)
+    // A border in percent may go beyond all numbers by the photo's size alone.
+    const SideLengths border = recipe.border.around(originalSize);
+    const bool isValid = std::isfinite(recipe.border.width) && isFinite(border) &&
+                         std::ranges::all_of(recipe.captions, [](const Caption& c) { return isFinite(c); }) &&
+                         (!recipe.logo || isFinite(*recipe.logo));
+    if (!isValid || !std::isfinite(scale) || scale <= 0)
         throw ImagePipelineError(ImagePipelineError::invalidRenderRecipe);
     // Of a very thin photo a preview's scale may leave less than a pixel, which is drawn as one.
-    const auto scaled = [&](std::int64_t side) {
-        const double full = 2 * border + double(side);
-        return full < 1 ? 0 : std::max(scale * full, 1.0);
-    };
-    const double width = scaled(originalSize.width);
-    const double height = scaled(originalSize.height);
+    const auto scaled = [&](double full) { return full < 1 ? 0 : std::max(scale * full, 1.0); };
+    const double width = scaled(border.left + border.right + double(originalSize.width));
+    const double height = scaled(border.top + border.bottom + double(originalSize.height));
     const auto fits = [](double side) { return std::isfinite(side) && side >= 1 && side <= maximumOutputSide; };
     if (!fits(width) || !fits(height) || width * height > maximumOutputPixels)
         throw ImagePipelineError(

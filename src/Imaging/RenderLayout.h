@@ -16,8 +16,8 @@ namespace ferrow {
 struct RenderLayout {
     PixelSize canvasSize;
     QRectF imageRect;
-    QRectF drawRect; ///< Equal to imageRect.
-    double borderThickness = 0;
+    QRectF drawRect;            ///< Equal to imageRect.
+    double borderThickness = 0; ///< Of the side where it is thickest.
 
     /// At full resolution. The border must be finite: validateRenderBounds() comes first.
     [[nodiscard]] static RenderLayout framedLayout(PixelSize imageSize, const RenderRecipe& recipe);

@@ -23,8 +23,6 @@
 
 namespace ferrow {
 
-/// Whether edits go to the batch or to the selected photo alone.
-enum class RecipeScope { batch, selected };
 enum class ExportDestinationMode { chosenFolder, sourceSubfolder };
 enum class CollisionRule { appendNumber, skip, replace };
 
@@ -154,12 +152,6 @@ struct Resolution {
                                                     ReservedDestinations& reserved,
                                                     const std::function<bool(const FileUrl&)>& fileExists);
 } // namespace BatchCollisionResolver
-
-template <>
-struct CodedCases<RecipeScope> {
-    static constexpr std::array<CodedCase<RecipeScope>, 2> table{
-        {{RecipeScope::batch, u"Entire Batch"}, {RecipeScope::selected, u"Selected Photo"}}};
-};
 
 template <>
 struct CodedCases<ExportDestinationMode> {

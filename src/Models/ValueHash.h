@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <optional>
 #include <type_traits>
+#include <vector>
 
 namespace ferrow {
 
@@ -61,6 +62,14 @@ void feed(ValueHash& hash, const std::optional<T>& value)
     feed(hash, value.has_value());
     if (value)
         feed(hash, *value);
+}
+
+template <typename T>
+void feed(ValueHash& hash, const std::vector<T>& values)
+{
+    feed(hash, static_cast<std::int64_t>(values.size()));
+    for (const T& value : values)
+        feed(hash, value);
 }
 
 struct ValueHasher {

@@ -18,6 +18,13 @@ namespace {
 
 using Case = PresetCodingError::Case;
 
+std::vector<CaptionSegment> withoutIdentifiers(std::vector<CaptionSegment> segments)
+{
+    for (CaptionSegment& segment : segments)
+        segment.id = QUuid();
+    return segments;
+}
+
 /// The JSON form of one value: `decode` throws, `encode` gives what decode reads.
 template <typename T>
 struct Coding;
@@ -159,14 +166,20 @@ void decodeMembers(const QJsonObject& object, Owner& into, const std::tuple<Memb
 }
 
 template <typename Owner, typename... T>
-QJsonObject encodeMembers(const Owner& from, const std::tuple<Member<Owner, T>...>& members)
+void encodeMembers(QJsonObject& into, const Owner& from, const std::tuple<Member<Owner, T>...>& members)
 {
-    QJsonObject object;
     std::apply(
         [&](const auto&... member) {
-            (object.insert(member.key, Coding<T>::encode(from.*member.field, member.key)), ...);
+            (into.insert(member.key, Coding<T>::encode(from.*member.field, member.key)), ...);
         },
         members);
+}
+
+template <typename Owner, typename... T>
+QJsonObject encodedMembers(const Owner& from, const std::tuple<Member<Owner, T>...>& members)
+{
+    QJsonObject object;
+    encodeMembers(object, from, members);
     return object;
 }
 
@@ -181,7 +194,7 @@ struct StructCoding {
     }
     static QJsonValue encode(const Owner& value, const QString&)
     {
-        return encodeMembers(value, Coding<Owner>::members);
+        return encodedMembers(value, Coding<Owner>::members);
     }
 };
 
@@ -226,60 +239,7 @@ struct Coding<LogoConfiguration> {
             members);
         return logo;
     }
-    static QJsonValue encode(const LogoConfiguration& value, const QString&) { return encodeMembers(value, members); }
-};
-
-template <>
-struct Coding<PresetPayload> {
-    using P = PresetPayload;
-    static constexpr QLatin1StringView logoKey{"logo"};
-    static constexpr std::tuple members{Member{QLatin1StringView("borderUnit"), &P::borderUnit},
-                                        Member{QLatin1StringView("borderWidth"), &P::borderWidth},
-                                        Member{QLatin1StringView("borderColor"), &P::borderColor},
-                                        Member{QLatin1StringView("captionEnabled"), &P::captionEnabled},
-                                        Member{QLatin1StringView("captionTemplate"), &P::captionTemplate},
-                                        Member{QLatin1StringView("captionPosition"), &P::captionPosition},
-                                        Member{QLatin1StringView("captionFont"), &P::captionFont},
-                                        Member{QLatin1StringView("captionFontSize"), &P::captionFontSize},
-                                        Member{QLatin1StringView("captionColor"), &P::captionColor},
-                                        Member{QLatin1StringView("captionAlignment"), &P::captionAlignment},
-                                        Member{QLatin1StringView("captionLineSpacing"), &P::captionLineSpacing},
-                                        Member{QLatin1StringView("captionPadding"), &P::captionPadding},
-                                        Member{QLatin1StringView("captionVerticalPadding"), &P::captionVerticalPadding},
-                                        Member{QLatin1StringView("captionOpacity"), &P::captionOpacity},
-                                        Member{QLatin1StringView("outputColorProfile"), &P::outputColorProfile},
-                                        Member{QLatin1StringView("exportFormat"), &P::exportFormat},
-                                        Member{QLatin1StringView("exportQuality"), &P::exportQuality},
-                                        Member{QLatin1StringView("destinationMode"), &P::destinationMode},
-                                        Member{QLatin1StringView("sourceSubfolderName"), &P::sourceSubfolderName},
-                                        Member{QLatin1StringView("filenameTemplate"), &P::filenameTemplate},
-                                        Member{QLatin1StringView("collisionRule"), &P::collisionRule}};
-
-    static PresetPayload decode(const QJsonValue& value, const QString& member)
-    {
-        const QJsonObject object = objectOf(value, member);
-        PresetPayload payload;
-        decodeMembers(object, payload, members);
-        if (const QJsonValue logo = object.value(logoKey); !logo.isUndefined() && !logo.isNull())
-            payload.logo = Coding<LogoConfiguration>::decode(logo, logoKey);
-        return payload;
-    }
-    static QJsonValue encode(const PresetPayload& value, const QString&)
-    {
-        QJsonObject object = encodeMembers(value, members);
-        if (value.logo)
-            object.insert(logoKey, Coding<LogoConfiguration>::encode(*value.logo, logoKey));
-        return object;
-    }
-};
-
-template <>
-struct Coding<PhotoPreset> : StructCoding<PhotoPreset> {
-    static constexpr std::tuple members{Member{QLatin1StringView("id"), &PhotoPreset::id},
-                                        Member{QLatin1StringView("name"), &PhotoPreset::name},
-                                        Member{QLatin1StringView("payload"), &PhotoPreset::payload},
-                                        Member{QLatin1StringView("createdAt"), &PhotoPreset::createdAt},
-                                        Member{QLatin1StringView("modifiedAt"), &PhotoPreset::modifiedAt}};
+    static QJsonValue encode(const LogoConfiguration& value, const QString&) { return encodedMembers(value, members); }
 };
 
 template <typename T>
@@ -302,6 +262,82 @@ struct Coding<std::vector<T>> {
     }
 };
 
+/// Chips are kept as their template, and have no identifiers then.
+template <>
+struct Coding<std::vector<CaptionSegment>> {
+    static std::vector<CaptionSegment> decode(const QJsonValue& value, const QString& member)
+    {
+        return withoutIdentifiers(CaptionSegment::parse(Coding<QString>::decode(value, member)));
+    }
+    static QJsonValue encode(const std::vector<CaptionSegment>& value, const QString&)
+    {
+        return CaptionSegment::templateOf(value);
+    }
+};
+
+/// Border and first caption lie flat in the payload, as in the first files.
+template <>
+struct Coding<PresetPayload> {
+    using P = PresetPayload;
+    static constexpr QLatin1StringView logoKey{"logo"};
+    static constexpr std::tuple borderMembers{Member{QLatin1StringView("borderUnit"), &Border::unit},
+                                              Member{QLatin1StringView("borderWidth"), &Border::width},
+                                              Member{QLatin1StringView("borderColor"), &Border::color}};
+    static constexpr std::tuple captionMembers{
+        Member{QLatin1StringView("captionEnabled"), &Caption::isEnabled},
+        Member{QLatin1StringView("captionTemplate"), &Caption::segments},
+        Member{QLatin1StringView("captionPosition"), &Caption::position},
+        Member{QLatin1StringView("captionFont"), &Caption::font},
+        Member{QLatin1StringView("captionFontSize"), &Caption::fontSize},
+        Member{QLatin1StringView("captionColor"), &Caption::color},
+        Member{QLatin1StringView("captionAlignment"), &Caption::alignment},
+        Member{QLatin1StringView("captionLineSpacing"), &Caption::lineSpacing},
+        Member{QLatin1StringView("captionPadding"), &Caption::padding},
+        Member{QLatin1StringView("captionVerticalPadding"), &Caption::verticalPadding},
+        Member{QLatin1StringView("captionOpacity"), &Caption::opacity}};
+    static constexpr std::tuple recipeMembers{
+        Member{QLatin1StringView("outputColorProfile"), &RenderRecipe::outputColorProfile}};
+    static constexpr std::tuple members{Member{QLatin1StringView("exportFormat"), &P::exportFormat},
+                                        Member{QLatin1StringView("exportQuality"), &P::exportQuality},
+                                        Member{QLatin1StringView("destinationMode"), &P::destinationMode},
+                                        Member{QLatin1StringView("sourceSubfolderName"), &P::sourceSubfolderName},
+                                        Member{QLatin1StringView("filenameTemplate"), &P::filenameTemplate},
+                                        Member{QLatin1StringView("collisionRule"), &P::collisionRule}};
+
+    static PresetPayload decode(const QJsonValue& value, const QString& member)
+    {
+        const QJsonObject object = objectOf(value, member);
+        PresetPayload payload;
+        decodeMembers(object, payload.framing.border, borderMembers);
+        decodeMembers(object, payload.framing.captions.front(), captionMembers);
+        decodeMembers(object, payload.framing, recipeMembers);
+        decodeMembers(object, payload, members);
+        if (const QJsonValue logo = object.value(logoKey); !logo.isUndefined() && !logo.isNull())
+            payload.framing.logo = Coding<LogoConfiguration>::decode(logo, logoKey);
+        return payload;
+    }
+    static QJsonValue encode(const PresetPayload& value, const QString&)
+    {
+        QJsonObject object;
+        encodeMembers(object, value.framing.border, borderMembers);
+        encodeMembers(object, value.framing.captions.front(), captionMembers);
+        encodeMembers(object, value.framing, recipeMembers);
+        encodeMembers(object, value, members);
+        if (value.framing.logo)
+            object.insert(logoKey, Coding<LogoConfiguration>::encode(*value.framing.logo, logoKey));
+        return object;
+    }
+};
+
+template <>
+struct Coding<PhotoPreset> : StructCoding<PhotoPreset> {
+    static constexpr std::tuple members{Member{QLatin1StringView("id"), &PhotoPreset::id},
+                                        Member{QLatin1StringView("name"), &PhotoPreset::name},
+                                        Member{QLatin1StringView("payload"), &PhotoPreset::payload},
+                                        Member{QLatin1StringView("createdAt"), &PhotoPreset::createdAt},
+                                        Member{QLatin1StringView("modifiedAt"), &PhotoPreset::modifiedAt}};
+};
+
 template <>
 struct Coding<PresetDocument> : StructCoding<PresetDocument> {
     static constexpr std::tuple members{Member{QLatin1StringView("schemaVersion"), &PresetDocument::schemaVersion},
@@ -313,23 +349,8 @@ struct Coding<PresetDocument> : StructCoding<PresetDocument> {
 PresetPayload PresetPayload::make(const RenderRecipe& recipe, const ExportSettings& settings,
                                   const BatchExportConfiguration& configuration)
 {
-    return {
-        .borderUnit = recipe.borderUnit,
-        .borderWidth = recipe.borderWidth,
-        .borderColor = recipe.borderColor,
-        .captionEnabled = recipe.captionEnabled,
-        .captionTemplate = recipe.captionTemplate(),
-        .captionPosition = recipe.captionPosition,
-        .captionFont = recipe.captionFont,
-        .captionFontSize = recipe.captionFontSize,
-        .captionColor = recipe.captionColor,
-        .captionAlignment = recipe.captionAlignment,
-        .captionLineSpacing = recipe.captionLineSpacing,
-        .captionPadding = recipe.captionPadding,
-        .captionVerticalPadding = recipe.captionVerticalPadding,
-        .captionOpacity = recipe.captionOpacity,
-        .logo = recipe.logo,
-        .outputColorProfile = recipe.outputColorProfile,
+    PresetPayload payload{
+        .framing = recipe,
         .exportFormat = settings.format,
         .exportQuality = settings.quality,
         .destinationMode = configuration.destinationMode,
@@ -337,28 +358,19 @@ PresetPayload PresetPayload::make(const RenderRecipe& recipe, const ExportSettin
         .filenameTemplate = configuration.filenameTemplate,
         .collisionRule = configuration.collisionRule,
     };
+    // By way of the template: texts side by side are one, as they are when read from a file.
+    for (Caption& caption : payload.framing.captions)
+        caption.segments = withoutIdentifiers(CaptionSegment::parse(caption.captionTemplate()));
+    return payload;
 }
 
 RenderRecipe PresetPayload::recipe() const
 {
-    return {
-        .borderUnit = borderUnit,
-        .borderWidth = borderWidth,
-        .borderColor = borderColor,
-        .captionEnabled = captionEnabled,
-        .captionSegments = CaptionSegment::parse(captionTemplate),
-        .captionPosition = captionPosition,
-        .captionFont = captionFont,
-        .captionFontSize = captionFontSize,
-        .captionColor = captionColor,
-        .captionAlignment = captionAlignment,
-        .captionLineSpacing = captionLineSpacing,
-        .captionPadding = captionPadding,
-        .captionVerticalPadding = captionVerticalPadding,
-        .captionOpacity = captionOpacity,
-        .logo = logo,
-        .outputColorProfile = outputColorProfile,
-    };
+    RenderRecipe recipe = framing;
+    for (Caption& caption : recipe.captions)
+        for (CaptionSegment& segment : caption.segments)
+            segment.id = QUuid::createUuid();
+    return recipe;
 }
 
 void PresetPayload::applyTo(ExportSettings& settings, BatchExportConfiguration& configuration) const

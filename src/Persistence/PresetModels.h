@@ -16,25 +16,11 @@
 
 namespace ferrow {
 
-/// What a preset keeps: a whole recipe with its caption as a template, the export settings, and the part of the export
-/// configuration that means the same on every machine (no chosen folder, no concurrency).
+/// What a preset keeps: a whole recipe with its captions as templates, the export settings, and the part of the export
+/// configuration that means the same on every machine (no chosen folder, no concurrency). Comes from make() or a file.
 struct PresetPayload {
-    BorderUnit borderUnit = BorderUnit::pixels;
-    double borderWidth = 0;
-    RGBAColor borderColor;
-    bool captionEnabled = false;
-    QString captionTemplate;
-    CaptionPosition captionPosition = CaptionPosition::borderBottomRight;
-    CaptionFont captionFont = CaptionFont::system;
-    double captionFontSize = 0;
-    RGBAColor captionColor;
-    CaptionAlignment captionAlignment = CaptionAlignment::right;
-    double captionLineSpacing = 0;
-    double captionPadding = 0;
-    double captionVerticalPadding = 0;
-    double captionOpacity = 0;
-    std::optional<LogoConfiguration> logo;
-    OutputColorProfile outputColorProfile = OutputColorProfile::sRGB;
+    /// Its chips have no identifiers, so that equal captions are equal. For use, recipe() gives them some.
+    RenderRecipe framing;
     ExportFormat exportFormat = ExportFormat::jpeg;
     double exportQuality = 0;
     ExportDestinationMode destinationMode = ExportDestinationMode::chosenFolder;
@@ -45,7 +31,7 @@ struct PresetPayload {
     [[nodiscard]] static PresetPayload make(const RenderRecipe& recipe, const ExportSettings& settings,
                                             const BatchExportConfiguration& configuration);
 
-    /// The recipe described; its caption segments have fresh identifiers each time.
+    /// The recipe described; its captions' chips have fresh identifiers each time.
     [[nodiscard]] RenderRecipe recipe() const;
     /// Sets what a preset keeps of these two and leaves the rest as it is.
     void applyTo(ExportSettings& settings, BatchExportConfiguration& configuration) const;

@@ -95,11 +95,11 @@ void checkSources(const ExportRequest& request, const ExportCheckOperations& ope
 /// The rule is the user's choice of the scope; that it leaves work of theirs aside is easily forgotten.
 void checkOwnFramings(const ExportRequest& request, Findings& findings)
 {
-    if (request.recipeScope == RecipeScope::selected)
+    if (request.framing.scope == RecipeScope::selected)
         return;
     std::vector<FileUrl> unused;
     for (const ImportedPhoto& photo : request.photos)
-        if (request.photoRecipes.contains(photo.id()))
+        if (request.framing.own.contains(photo.id()))
             unused.push_back(photo.id());
     if (!unused.empty())
         findings.push_back({Severity::warning, WindowTexts::ownFramingUnused(unused.size()), examples(unused), unused,
@@ -149,7 +149,7 @@ BatchExportPlan dryPlan(const ExportRequest& request, const ExportCheckOperation
             throw SystemError{ENOENT, folder};
     };
     planner.fileExists = operations.exists;
-    return request.plan(std::move(planner), stop);
+    return planner.plan(request, stop);
 }
 
 /// "48 GB free" where all folders say the same, as those of one disk do.
@@ -246,7 +246,7 @@ void checkNames(const ExportRequest& request, const BatchExportPlan& plan, Findi
              overItself});
 }
 
-/// The tokens that a recipe's template really holds, each once.
+/// The tokens that a caption's template really holds, each once.
 std::vector<MetadataToken> tokensOf(const QString& captionTemplate)
 {
     std::vector<MetadataToken> tokens;
@@ -257,52 +257,73 @@ std::vector<MetadataToken> tokensOf(const QString& captionTemplate)
     return tokens;
 }
 
-void checkCaptions(const ExportRequest& request, const std::stop_token& stop, Findings& findings)
-{
-    struct Caption {
-        QString text;
-        std::vector<MetadataToken> tokens;
-    };
-    std::unordered_map<const RenderRecipe*, Caption> captions;
+/// What is wrong with captions, and with those of which photos.
+class CaptionProblems {
+public:
     std::vector<FileUrl> empty;
     std::vector<FileUrl> cut;
     std::map<MetadataToken, std::vector<FileUrl>> missing;
+
+    void check(const ImportedPhoto& photo, const RenderRecipe& recipe, const Caption& caption)
+    {
+        const auto [entry, isNew] = texts_.try_emplace(&caption);
+        Text& text = entry->second;
+        if (isNew) {
+            text.captionTemplate = caption.captionTemplate();
+            text.tokens = tokensOf(text.captionTemplate);
+        }
+        if (MetadataTemplateExpander::expand(text.captionTemplate, photo.metadata).isEmpty()) {
+            addOnce(empty, photo);
+            return;
+        }
+        if (ImageRenderer::captionCut(photo.pixelSize, recipe, caption, photo.metadata).isCut())
+            addOnce(cut, photo);
+        for (const MetadataToken token : text.tokens)
+            if (MetadataTemplateExpander::tokenValue(token, photo.metadata).value_or(QString()).trimmed().isEmpty())
+                addOnce(missing[token], photo);
+    }
+
+private:
+    struct Text {
+        QString captionTemplate;
+        std::vector<MetadataToken> tokens;
+    };
+
+    /// Several captions of one photo may have the same problem, one after the other.
+    static void addOnce(std::vector<FileUrl>& photos, const ImportedPhoto& photo)
+    {
+        if (photos.empty() || photos.back() != photo.id())
+            photos.push_back(photo.id());
+    }
+
+    std::unordered_map<const Caption*, Text> texts_; ///< Recipes are shared by many photos.
+};
+
+void checkCaptions(const ExportRequest& request, const std::stop_token& stop, Findings& findings)
+{
+    CaptionProblems problems;
     for (const ImportedPhoto& photo : request.photos) {
         throwIfCancelled(stop);
-        const RenderRecipe& recipe = request.resolvedRecipe(photo.id());
-        if (!recipe.captionEnabled)
-            continue;
-        const auto [entry, isNew] = captions.try_emplace(&recipe);
-        Caption& caption = entry->second;
-        if (isNew) {
-            caption.text = recipe.captionTemplate();
-            caption.tokens = tokensOf(caption.text);
-        }
-        if (MetadataTemplateExpander::expand(caption.text, photo.metadata).isEmpty()) {
-            empty.push_back(photo.id());
-            continue;
-        }
-        if (ImageRenderer::captionCut(photo.pixelSize, recipe, photo.metadata).isCut())
-            cut.push_back(photo.id());
-        for (const MetadataToken token : caption.tokens)
-            if (MetadataTemplateExpander::tokenValue(token, photo.metadata).value_or(QString()).trimmed().isEmpty())
-                missing[token].push_back(photo.id());
+        const RenderRecipe& recipe = request.framing.recipeFor(photo.id());
+        for (const Caption& caption : recipe.captions)
+            if (caption.isEnabled)
+                problems.check(photo, recipe, caption);
     }
-    if (!empty.empty())
-        findings.push_back(
-            {Severity::warning,
-             photosThat(empty.size(), QStringLiteral("has an empty caption"), QStringLiteral("have an empty caption")),
-             empty.size() == 1 ? QStringLiteral("It is framed without one.")
-                               : QStringLiteral("They are framed without one."),
-             empty});
-    if (!cut.empty())
+    if (!problems.empty.empty())
         findings.push_back({Severity::warning,
-                            photosThat(cut.size(), QStringLiteral("has a caption that doesn’t fit"),
+                            photosThat(problems.empty.size(), QStringLiteral("has an empty caption"),
+                                       QStringLiteral("have an empty caption")),
+                            problems.empty.size() == 1 ? QStringLiteral("It is framed without one.")
+                                                       : QStringLiteral("They are framed without one."),
+                            problems.empty});
+    if (!problems.cut.empty())
+        findings.push_back({Severity::warning,
+                            photosThat(problems.cut.size(), QStringLiteral("has a caption that doesn’t fit"),
                                        QStringLiteral("have captions that don’t fit")),
-                            cut.size() == 1 ? QStringLiteral("A part of it is cut off.")
-                                            : QStringLiteral("A part of each is cut off."),
-                            cut});
-    for (const auto& [token, photos] : missing)
+                            problems.cut.size() == 1 ? QStringLiteral("A part of it is cut off.")
+                                                     : QStringLiteral("A part of each is cut off."),
+                            problems.cut});
+    for (const auto& [token, photos] : problems.missing)
         findings.push_back({Severity::warning,
                             photosThat(photos.size(), QStringLiteral("has no %1"), QStringLiteral("have no %1"))
                                 .arg(displayName(token)),
@@ -318,7 +339,7 @@ void checkLogos(const ExportRequest& request, const ExportCheckOperations& opera
     std::map<QString, std::vector<FileUrl>> failing;
     for (const ImportedPhoto& photo : request.photos) {
         throwIfCancelled(stop);
-        const auto& logo = request.resolvedRecipe(photo.id()).logo;
+        const auto& logo = request.framing.recipeFor(photo.id()).logo;
         if (!logo || !logo->isEnabled)
             continue;
         const auto [entry, isNew] = messages.try_emplace(logo->asset.managedFilename);
@@ -357,7 +378,7 @@ void checkSizes(const ExportRequest& request, const std::stop_token& stop, Findi
     QString firstReason;
     for (const ImportedPhoto& photo : request.photos) {
         throwIfCancelled(stop);
-        const auto problem = sizeProblem(photo, request.resolvedRecipe(photo.id()), request.settings.format);
+        const auto problem = sizeProblem(photo, request.framing.recipeFor(photo.id()), request.settings.format);
         if (!problem)
             continue;
         if (tooLarge.empty())

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Export/ExportRequest.h"
 #include "Platform/Pixels/Bitmap.h"
-#include "Session/ExportRequest.h"
 
 #include <QString>
 

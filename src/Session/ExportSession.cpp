@@ -3,6 +3,7 @@
 
 #include "Batch/BatchExportCoordinator.h"
 #include "Export/ImageExporter.h"
+#include "Session/PhotoSession.h"
 #include "Shared/UserFacingError.h"
 
 #include <algorithm>
@@ -19,7 +20,7 @@ constexpr std::chrono::milliseconds patienceAtEnd{1'500};
 
 void exportToDisk(const BatchExportJob& job, const std::stop_token& stop)
 {
-    ImageExporter::exportPhoto(job.photo, job.recipe, job.settings, job.destination, job.replaceExisting, stop);
+    ImageExporter::exportPhoto(job, stop);
 }
 
 PhotoExportState stateOf(const BatchExportOutcome& outcome)
@@ -50,7 +51,7 @@ BatchExportPlan failedPlan(const ExportRequest& request, const std::exception_pt
     BatchExportPlan plan;
     const QString message = UserFacingError::message(error);
     for (const ImportedPhoto& photo : request.photos)
-        if (!request.retried || request.retried->contains(photo.id()))
+        if (!request.only || request.only->contains(photo.id()))
             plan.failures.push_back({.filename = photo.filename(), .message = message, .source = photo.url});
     return plan;
 }
@@ -120,6 +121,18 @@ void ExportSession::apply(const PresetPayload& payload)
     setConfiguration(configuration);
 }
 
+ExportRequest ExportSession::requestFor(const PhotoSession& session) const
+{
+    ExportRequest request{.photos = session.includedPhotos(),
+                          .configuration = configuration_,
+                          .settings = settings_,
+                          .framing = session.framing()};
+    // All of the session: no output may replace one, included or not.
+    for (const ImportedPhoto& photo : session.photos())
+        request.originals.push_back(photo.url);
+    return request;
+}
+
 void ExportSession::planAndStart(ExportRequest request, Planned planned)
 {
     if (isRunning() || isPlanning_)
@@ -133,7 +146,7 @@ void ExportSession::retry(const std::unordered_set<FileUrl>& photoIDs)
     if (!report_ || isPlanning_)
         return;
     clearReport();
-    request_.retried = photoIDs;
+    request_.only = photoIDs;
     planInBackground({});
 }
 
@@ -150,7 +163,7 @@ void ExportSession::planInBackground(Planned planned)
     };
     work_.replace(
         [request = request_, planner = planner_, begin](const std::stop_token& stop) -> NewestTask::Deliver {
-            const auto plan = std::make_shared<BatchExportPlan>(request.plan(planner, stop));
+            const auto plan = std::make_shared<BatchExportPlan>(planner.plan(request, stop));
             return [begin, plan] { begin(std::move(*plan)); };
         },
         [this, begin](const std::exception_ptr& error) { begin(failedPlan(request_, error)); });

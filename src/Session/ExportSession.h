@@ -2,9 +2,9 @@
 #pragma once
 
 #include "Export/ExportPlanner.h"
+#include "Export/ExportRequest.h"
 #include "Models/BatchExportModels.h"
 #include "Persistence/PresetModels.h"
-#include "Session/ExportRequest.h"
 #include "Session/NewestTask.h"
 
 #include <QObject>
@@ -19,6 +19,8 @@
 #include <vector>
 
 namespace ferrow {
+
+class PhotoSession;
 
 /// How far a run is. `counts.completed` begins with what planning settled: skipped and failed photos.
 struct ExportProgress {
@@ -71,6 +73,8 @@ public:
     /// What a preset keeps of the two; the chosen folder and the concurrency stay.
     void apply(const PresetPayload& payload);
 
+    /// An export of what the session holds now, with the present settings.
+    [[nodiscard]] ExportRequest requestFor(const PhotoSession& session) const;
     /// Runs a plan in the background and returns at once. `batchCount` is the number of photos that were to be
     /// exported. A plan without jobs gives its report at once. Does nothing while planning or running.
     void start(BatchExportPlan plan, std::int64_t batchCount);

@@ -19,7 +19,7 @@ const ImportOutcome ImportOutcome::none{};
 class PhotoSession::Change {
 public:
     explicit Change(PhotoSession& session)
-        : session_(session), selectedPhotoID_(session.selectedPhotoID_), recipeScope_(session.recipeScope_)
+        : session_(session), selectedPhotoID_(session.selectedPhotoID_), recipeScope_(session.recipeScope())
     {
     }
     Change(const Change&) = delete;
@@ -34,7 +34,7 @@ public:
             emit session_.photoRecipesChanged();
         if (batchRecipe)
             emit session_.batchRecipeChanged();
-        if (recipeScope_ != session_.recipeScope_)
+        if (recipeScope_ != session_.recipeScope())
             emit session_.recipeScopeChanged();
         if (selectedPhotoID_ != session_.selectedPhotoID_)
             emit session_.selectedPhotoIDChanged();
@@ -107,12 +107,12 @@ std::size_t PhotoSession::includedCount() const
 
 const RenderRecipe& PhotoSession::activeRecipe() const
 {
-    return RenderRecipe::resolve(recipeScope_, selectedPhotoID_, batchRecipe_, photoRecipes_);
+    return framing_.recipeFor(selectedPhotoID_);
 }
 
 const RenderRecipe& PhotoSession::resolvedRecipe(const FileUrl& photoID) const
 {
-    return RenderRecipe::resolve(recipeScope_, photoID, batchRecipe_, photoRecipes_);
+    return framing_.recipeFor(photoID);
 }
 
 std::optional<std::size_t> PhotoSession::indexOf(const FileUrl& photoID) const
@@ -261,26 +261,26 @@ void PhotoSession::setSelectedPhotoID(const std::optional<FileUrl>& photoID)
 void PhotoSession::setBatchRecipe(const RenderRecipe& recipe)
 {
     Change change(*this);
-    change.batchRecipe = recipe != batchRecipe_;
-    batchRecipe_ = recipe;
+    change.batchRecipe = recipe != framing_.batch;
+    framing_.batch = recipe;
 }
 
 void PhotoSession::setRecipeScope(RecipeScope scope)
 {
     const Change change(*this);
-    recipeScope_ = scope;
+    framing_.scope = scope;
 }
 
 void PhotoSession::setPhotoRecipe(const FileUrl& photoID, const std::optional<RenderRecipe>& recipe)
 {
     Change change(*this);
-    const auto found = photoRecipes_.find(photoID);
+    const auto found = framing_.own.find(photoID);
     if (!recipe) {
-        change.photoRecipes = photoRecipes_.erase(photoID) > 0;
+        change.photoRecipes = framing_.own.erase(photoID) > 0;
         return;
     }
-    change.photoRecipes = found == photoRecipes_.end() || found->second != *recipe;
-    photoRecipes_.insert_or_assign(photoID, *recipe);
+    change.photoRecipes = found == framing_.own.end() || found->second != *recipe;
+    framing_.own.insert_or_assign(photoID, *recipe);
 }
 
 void PhotoSession::setIncluded(const std::vector<FileUrl>& photoIDs, bool included)
@@ -297,7 +297,7 @@ void PhotoSession::toggleIncluded(const FileUrl& photoID)
 
 void PhotoSession::applyRecipe(const RenderRecipe& recipe)
 {
-    if (recipeScope_ == RecipeScope::selected && selectedPhotoID_)
+    if (framing_.scope == RecipeScope::selected && selectedPhotoID_)
         setPhotoRecipe(*selectedPhotoID_, recipe);
     else
         setBatchRecipe(recipe);
@@ -306,7 +306,7 @@ void PhotoSession::applyRecipe(const RenderRecipe& recipe)
 void PhotoSession::useOwnFramings()
 {
     const Change change(*this);
-    recipeScope_ = RecipeScope::selected;
+    framing_.scope = RecipeScope::selected;
     const auto own = std::ranges::find_if(photos_, [this](const auto& photo) { return hasOwnRecipe(photo.id()); });
     if (!selectedPhoto() && own != photos_.end())
         selectedPhotoID_ = own->id();
@@ -314,10 +314,10 @@ void PhotoSession::useOwnFramings()
 
 std::size_t PhotoSession::unusedOwnFramings() const
 {
-    if (recipeScope_ == RecipeScope::selected)
+    if (framing_.scope == RecipeScope::selected)
         return 0;
     return std::size_t(
-        std::ranges::count_if(photoRecipes_, [this](const auto& own) { return index_.contains(own.first); }));
+        std::ranges::count_if(framing_.own, [this](const auto& own) { return index_.contains(own.first); }));
 }
 
 RemovedPhotos PhotoSession::removeSelected()
@@ -368,7 +368,7 @@ RemovedPhotos::Entry PhotoSession::takeOut(std::size_t index, Change& change)
     ImportedPhoto& photo = photos_[index];
     RemovedPhotos::Entry entry;
     entry.index = index;
-    if (const auto recipe = photoRecipes_.extract(photo.id()); !recipe.empty()) {
+    if (const auto recipe = framing_.own.extract(photo.id()); !recipe.empty()) {
         entry.recipe = recipe.mapped();
         change.photoRecipes = true;
     }
@@ -422,7 +422,7 @@ void PhotoSession::restore(const RemovedPhotos& removed)
         if (entry.isExcluded)
             change.excludedPhotoIDs |= excludedPhotoIDs_.insert(entry.photo.id()).second;
         if (entry.recipe) {
-            photoRecipes_.insert_or_assign(entry.photo.id(), *entry.recipe);
+            framing_.own.insert_or_assign(entry.photo.id(), *entry.recipe);
             change.photoRecipes = true;
         }
     }
@@ -438,12 +438,12 @@ RemovedPhotos PhotoSession::clearAll()
         removed.selectedPhotoID = selectedPhotoID_;
         removed.entries.reserve(photos_.size());
         change.photos = !photos_.empty();
-        change.photoRecipes = !photoRecipes_.empty();
+        change.photoRecipes = !framing_.own.empty();
         change.excludedPhotoIDs = !excludedPhotoIDs_.empty();
         for (std::size_t index = 0; index < photos_.size(); ++index)
             removed.entries.push_back(takeOut(index, change));
         photos_.clear();
-        photoRecipes_.clear();
+        framing_.own.clear();
         excludedPhotoIDs_.clear();
         thumbnails_.clear();
         index_.clear();

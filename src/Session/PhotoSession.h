@@ -3,6 +3,7 @@
 
 #include "Batch/BatchImporter.h"
 #include "Models/BatchExportModels.h"
+#include "Models/BatchFraming.h"
 #include "Models/ImportedPhoto.h"
 #include "Models/RenderRecipe.h"
 #include "Persistence/SandboxAccessBroker.h"
@@ -74,9 +75,10 @@ public:
     [[nodiscard]] const std::vector<ImportedPhoto>& photos() const { return photos_; }
     [[nodiscard]] const std::optional<FileUrl>& selectedPhotoID() const { return selectedPhotoID_; }
     [[nodiscard]] const std::unordered_set<FileUrl>& excludedPhotoIDs() const { return excludedPhotoIDs_; }
-    [[nodiscard]] const RenderRecipe& batchRecipe() const { return batchRecipe_; }
-    [[nodiscard]] const std::unordered_map<FileUrl, RenderRecipe>& photoRecipes() const { return photoRecipes_; }
-    [[nodiscard]] RecipeScope recipeScope() const { return recipeScope_; }
+    [[nodiscard]] const BatchFraming& framing() const { return framing_; }
+    [[nodiscard]] const RenderRecipe& batchRecipe() const { return framing_.batch; }
+    [[nodiscard]] const std::unordered_map<FileUrl, RenderRecipe>& photoRecipes() const { return framing_.own; }
+    [[nodiscard]] RecipeScope recipeScope() const { return framing_.scope; }
     [[nodiscard]] bool isImporting() const { return isImporting_; }
     [[nodiscard]] SandboxAccessBroker& accessBroker() { return accessBroker_; }
 
@@ -93,7 +95,7 @@ public:
     [[nodiscard]] std::optional<std::size_t> indexOf(const FileUrl& photoID) const;
     [[nodiscard]] const ImportedPhoto* photo(const FileUrl& photoID) const;
     [[nodiscard]] bool isIncluded(const FileUrl& photoID) const { return !excludedPhotoIDs_.contains(photoID); }
-    [[nodiscard]] bool hasOwnRecipe(const FileUrl& photoID) const { return photoRecipes_.contains(photoID); }
+    [[nodiscard]] bool hasOwnRecipe(const FileUrl& photoID) const { return framing_.own.contains(photoID); }
     /// How many photos of the list have a framing of their own and are framed like the batch all the same.
     [[nodiscard]] std::size_t unusedOwnFramings() const;
 
@@ -167,9 +169,7 @@ private:
     std::unordered_map<FileUrl, CompressedPicture> thumbnails_;
     std::optional<FileUrl> selectedPhotoID_;
     std::unordered_set<FileUrl> excludedPhotoIDs_;
-    RenderRecipe batchRecipe_;
-    std::unordered_map<FileUrl, RenderRecipe> photoRecipes_;
-    RecipeScope recipeScope_ = RecipeScope::batch;
+    BatchFraming framing_;
     bool isImporting_ = false;
     std::shared_ptr<Import> import_; ///< The one that runs.
     MainThreadRelay relay_;

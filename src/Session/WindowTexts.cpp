@@ -136,18 +136,17 @@ QString ownFramingUnused(std::size_t count)
         .arg(photoCount(std::int64_t(count)), whose, rawValue(RecipeScope::batch));
 }
 
-QString borderSummary(const RenderRecipe& recipe)
+QString borderSummary(const Border& border)
 {
-    const QString unit = recipe.borderUnit == BorderUnit::pixels ? QStringLiteral("px") : QStringLiteral("%");
-    return QStringLiteral("%1 %2").arg(measure(recipe.borderWidth), unit);
+    return QStringLiteral("%1 %2").arg(measure(border.width), suffix(border.unit));
 }
 
-QString captionSummary(const RenderRecipe& recipe, const PhotoMetadata* metadata)
+QString captionSummary(const Caption& caption, const PhotoMetadata* metadata)
 {
     if (metadata)
-        return MetadataTemplateExpander::expand(recipe.captionTemplate(), *metadata).simplified();
+        return MetadataTemplateExpander::expand(caption.captionTemplate(), *metadata).simplified();
     QString names;
-    for (const CaptionSegment& segment : recipe.captionSegments)
+    for (const CaptionSegment& segment : caption.segments)
         names += nameOf(segment);
     return names.simplified();
 }

@@ -46,9 +46,9 @@ namespace ferrow::WindowTexts {
 [[nodiscard]] QString ownFramingUnused(std::size_t count);
 
 /// What a closed section of the inspector shows of its values.
-[[nodiscard]] QString borderSummary(const RenderRecipe& recipe);
+[[nodiscard]] QString borderSummary(const Border& border);
 /// The caption as it reads for a photo, in one line; the names of its parts where there is no photo.
-[[nodiscard]] QString captionSummary(const RenderRecipe& recipe, const PhotoMetadata* metadata);
+[[nodiscard]] QString captionSummary(const Caption& caption, const PhotoMetadata* metadata);
 /// What is lost of a caption; empty for nothing.
 [[nodiscard]] QString captionCutNote(const TextCut& cut);
 /// "Serif": what a font is called on this desktop. Files hold its raw value.

@@ -70,7 +70,7 @@ void ExportFlow::startExport()
     if (exportSession_.configuration().collisionRule == CollisionRule::replace)
         confirmReplacement();
     else
-        runExport(ExportRequest::make(session_, exportSession_));
+        runExport(exportSession_.requestFor(session_));
 }
 
 bool ExportFlow::mayWriteBesideSources()
@@ -127,7 +127,7 @@ void ExportFlow::confirmReplacement()
     };
     ConfirmSheet::ask(&window_, question, this, [this](const Answer& answer) {
         if (answer.accepted)
-            runExport(ExportRequest::make(session_, exportSession_));
+            runExport(exportSession_.requestFor(session_));
     });
 }
 

@@ -93,28 +93,27 @@ TEST(Arguments, setsWhatItsOptionsSay)
                 "--caption-opacity|0.5|--caption-color|#FFcc00|--jobs|64|--on-collision|skip|--template|--x|"
                 "--output|/a/../out"));
     EXPECT_EQ(set.exportSettings, (ExportSettings{ExportFormat::tiff, 0.25}));
-    const RenderRecipe recipe{.borderUnit = BorderUnit::percent,
-                              .borderWidth = 2.5,
-                              .borderColor = {1 / 255.0, 2 / 255.0, 3 / 255.0, 4 / 255.0},
-                              .captionSegments = set.recipe.captionSegments, // Identifiers are fresh each time.
-                              .captionPosition = CaptionPosition::imageTopLeft,
-                              .captionFont = CaptionFont::avenirNext,
-                              .captionFontSize = 10,
-                              .captionColor = {1, 0.8, 0, 1},
-                              .captionAlignment = CaptionAlignment::center,
-                              .captionLineSpacing = 3,
-                              .captionPadding = 4,
-                              .captionVerticalPadding = 5,
-                              .captionOpacity = 0.5,
-                              .outputColorProfile = OutputColorProfile::preserveSource};
+    const Border border{BorderUnit::percent, 2.5, {1 / 255.0, 2 / 255.0, 3 / 255.0, 4 / 255.0}};
+    const Caption caption{.segments = set.recipe.captions.front().segments, // Identifiers are fresh each time.
+                          .position = CaptionPosition::imageTopLeft,
+                          .font = CaptionFont::avenirNext,
+                          .fontSize = 10,
+                          .color = {1, 0.8, 0, 1},
+                          .alignment = CaptionAlignment::center,
+                          .lineSpacing = 3,
+                          .padding = 4,
+                          .verticalPadding = 5,
+                          .opacity = 0.5};
+    const RenderRecipe recipe{
+        .border = border, .captions = {caption}, .outputColorProfile = OutputColorProfile::preserveSource};
     EXPECT_EQ(set.recipe, recipe);
-    EXPECT_EQ(set.recipe.captionTemplate(), QStringLiteral("a=b {iso}"));
+    EXPECT_EQ(set.recipe.captions.front().captionTemplate(), QStringLiteral("a=b {iso}"));
     const BatchExportConfiguration configuration{.chosenFolder = FileUrl::fromPath(QByteArray("/out")),
                                                  .filenameTemplate = QStringLiteral("--x"),
                                                  .collisionRule = CollisionRule::skip,
                                                  .maximumConcurrentExports = 64};
     EXPECT_EQ(set.configuration, configuration);
-    EXPECT_FALSE(settingsOf(wordsOf("--caption|x|--no-caption")).recipe.captionEnabled);
+    EXPECT_FALSE(settingsOf(wordsOf("--caption|x|--no-caption")).recipe.captions.front().isEnabled);
 }
 
 TEST(Arguments, tellsPathsFromOptionsAndNames)

@@ -208,7 +208,7 @@ TEST_F(BatchCommandTest, heedsTheCollisionRule)
 TEST_F(BatchCommandTest, letsOptionsOverrideAPreset)
 {
     folder.write("in/a.jpg", photo);
-    const RenderRecipe recipe{.borderWidth = 20, .captionEnabled = false};
+    const RenderRecipe recipe{.border = {.width = 20}, .captions = {{.isEnabled = false}}};
     const BatchExportConfiguration configuration{.destinationMode = ExportDestinationMode::sourceSubfolder,
                                                  .sourceSubfolderName = QStringLiteral("Gerahmt"),
                                                  .filenameTemplate = QStringLiteral("{index}")};

@@ -46,9 +46,7 @@ struct FakeDisk {
     int questions = 0;
 
     BatchExportPlan plan(const Paths& sources, const BatchExportConfiguration& configuration,
-                         const ExportSettings& settings = {}, const RenderRecipe& recipe = {},
-                         const std::unordered_map<FileUrl, RenderRecipe>& perPhoto = {},
-                         const std::stop_token& stop = {})
+                         const ExportSettings& settings = {}, const BatchFraming& framing = {})
     {
         const auto refuse = [](const std::map<FileUrl, int>& folders, const FileUrl& folder) {
             if (folders.contains(folder))
@@ -73,11 +71,11 @@ struct FakeDisk {
             const auto found = numbers.find(url);
             return found == numbers.end() ? std::nullopt : std::optional(found->second);
         };
-        planner.originals = originals;
-        std::vector<ImportedPhoto> photos;
+        ExportRequest request{
+            .configuration = configuration, .settings = settings, .framing = framing, .originals = originals};
         for (const QByteArray& path : sources)
-            photos.emplace_back().url = place(path);
-        return planner.plan(photos, configuration, settings, RecipeScope::selected, recipe, perPhoto, stop);
+            request.photos.emplace_back().url = place(path);
+        return planner.plan(request, {});
     }
 };
 
@@ -200,9 +198,9 @@ TEST(ExportPlanner, heedsAStopWhileItNumbers)
             stop.request_stop();
         return questions < 10'000; // Enough to fail, not to run for ever.
     };
-    std::vector<ImportedPhoto> photos(1);
-    photos[0].url = place("/x/a.jpg");
-    EXPECT_THROW((void)planner.plan(photos, into("/out"), {}, RecipeScope::batch, {}, {}, stop.get_token()), Cancelled);
+    ExportRequest request{.configuration = into("/out")};
+    request.photos.emplace_back().url = place("/x/a.jpg");
+    EXPECT_THROW((void)planner.plan(request, stop.get_token()), Cancelled);
 }
 
 TEST(ExportPlanner, neverGivesTwoPhotosOneFile)
@@ -256,12 +254,13 @@ TEST(ExportPlanner, numbersByThePlaceInTheListAndResolvesEachPhotosRecipe)
     BatchExportConfiguration configuration = into("/out", CollisionRule::skip);
     configuration.filenameTemplate = QStringLiteral("{index}");
     const ExportSettings settings{.format = ExportFormat::heic, .quality = 0.5};
-    const auto plan = disk.plan({"/x/a.jpg", "/x/b.jpg", "/x/c.jpg"}, configuration, settings, {.borderWidth = 3},
-                                {{place("/x/c.jpg"), {.borderWidth = 7}}});
+    const BatchFraming framing{
+        RecipeScope::selected, {.border = {.width = 3}}, {{place("/x/c.jpg"), {.border = {.width = 7}}}}};
+    const auto plan = disk.plan({"/x/a.jpg", "/x/b.jpg", "/x/c.jpg"}, configuration, settings, framing);
     EXPECT_THAT(destinations(plan), ElementsAre("/out/1.heic", "/out/3.heic"));
     EXPECT_THAT(paths(plan.skippedPhotos), ElementsAre("/x/b.jpg"));
-    EXPECT_EQ(plan.jobs.at(0).recipe.borderWidth, 3);
-    EXPECT_EQ(plan.jobs.at(1).recipe.borderWidth, 7);
+    EXPECT_EQ(plan.jobs.at(0).recipe.border.width, 3);
+    EXPECT_EQ(plan.jobs.at(1).recipe.border.width, 7);
     EXPECT_EQ(plan.jobs.at(1).settings, settings);
     EXPECT_EQ(plan.jobs.at(1).photo.url, place("/x/c.jpg"));
 }

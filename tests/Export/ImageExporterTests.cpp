@@ -40,8 +40,8 @@ public:
 RenderRecipe plainRecipe()
 {
     RenderRecipe recipe;
-    recipe.borderWidth = 10;
-    recipe.captionEnabled = false;
+    recipe.border.width = 10;
+    recipe.captions.front().isEnabled = false;
     return recipe;
 }
 
@@ -75,7 +75,7 @@ protected:
     void frame(const ImportedPhoto& photo, const FileUrl& place, bool replace = false,
                const ExportSettings& settings = {}) const
     {
-        ImageExporter::exportPhoto(photo, plainRecipe(), settings, place, replace, stop.get_token());
+        ImageExporter::exportPhoto({photo, plainRecipe(), settings, place, replace}, stop.get_token());
     }
     [[nodiscard]] Error::Case failure(const ImportedPhoto& photo, const FileUrl& place, bool replace = false,
                                       const ExportSettings& settings = {}) const
@@ -184,8 +184,7 @@ TEST_F(ImageExporterTest, leavesNothingBehindWhenItFails)
     RenderRecipe missingLogo = plainRecipe();
     missingLogo.logo = LogoConfiguration::placeholder();
     missingLogo.logo->asset.managedFilename = QStringLiteral("none.png");
-    EXPECT_THROW(ImageExporter::exportPhoto(photo, missingLogo, {}, destination, false, {}, folder.url()),
-                 LogoAssetError);
+    EXPECT_THROW(ImageExporter::exportPhoto({photo, missingLogo, {}, destination}, {}, folder.url()), LogoAssetError);
 
     meddler->before = [](const auto&) { ADD_FAILURE() << "framed for nothing"; };
     const FileUrl none = folder.file("none");
@@ -318,15 +317,15 @@ TEST_F(ImageExporterTest, showsThePixelsThatItWrites)
     const FileUrl source = writeSource(test::encoded(OutputType::png, test::noise({90, 60}, rgb8)));
     const ImportedPhoto photo = ImageLoader::load(source);
     RenderRecipe recipe = plainRecipe();
-    recipe.borderWidth = 20;
-    recipe.borderColor = {0.2, 0.4, 0.6, 1};
-    recipe.captionEnabled = true;
-    recipe.setCaptionTemplate(QStringLiteral("{filename}"));
-    recipe.captionFontSize = 9;
+    recipe.border.width = 20;
+    recipe.border.color = {0.2, 0.4, 0.6, 1};
+    recipe.captions.front().isEnabled = true;
+    recipe.captions.front().setCaptionTemplate(QStringLiteral("{filename}"));
+    recipe.captions.front().fontSize = 9;
     recipe.logo = LogoConfiguration::placeholder(); // Nowhere to be found.
     const Bitmap shown = ImageExporter::region(photo, recipe, {15, 33, 110, 80}, 1, {});
     recipe.logo.reset();
-    ImageExporter::exportPhoto(photo, recipe, {.format = ExportFormat::png}, output.appending("out.png"), false, {});
+    ImageExporter::exportPhoto({photo, recipe, {.format = ExportFormat::png}, output.appending("out.png")}, {});
     const Bitmap whole = test::decoded(test::readFile(output.appending("out.png")));
     ASSERT_EQ(shown.size(), (PixelSize{110, 67})) << "what the picture has of it";
     EXPECT_TRUE(test::holdsAt(whole, 15, 33, shown));
@@ -345,7 +344,7 @@ TEST_F(ImageExporterTest, drawsTheLogoFromTheFolderItIsGiven)
     recipe.logo->horizontalPadding = recipe.logo->verticalPadding = 0;
     const QByteArray green = test::encoded(OutputType::png, test::flat({60, 40}, rgb8, {0, 99, 0}));
     const ImportedPhoto photo = ImageLoader::load(writeSource(green), 0);
-    ImageExporter::exportPhoto(photo, recipe, {.format = ExportFormat::png}, destination, false, {}, managed);
+    ImageExporter::exportPhoto({photo, recipe, {.format = ExportFormat::png}, destination}, {}, managed);
 
     const Bitmap framed = test::decoded(test::readFile(destination));
     ASSERT_EQ(framed.size(), (PixelSize{80, 60}));

@@ -15,13 +15,13 @@ constexpr int border = 80;
 RenderRecipe captioned(CaptionPosition position)
 {
     RenderRecipe recipe;
-    recipe.borderWidth = border;
-    recipe.setCaptionTemplate(QStringLiteral("HHHH"));
-    recipe.captionPosition = position;
-    recipe.captionPadding = 20;
-    recipe.captionVerticalPadding = 12;
-    recipe.captionFontSize = 24;
-    recipe.captionOpacity = 1;
+    recipe.border.width = border;
+    recipe.captions.front().setCaptionTemplate(QStringLiteral("HHHH"));
+    recipe.captions.front().position = position;
+    recipe.captions.front().padding = 20;
+    recipe.captions.front().verticalPadding = 12;
+    recipe.captions.front().fontSize = 24;
+    recipe.captions.front().opacity = 1;
     return recipe;
 }
 
@@ -68,8 +68,8 @@ TEST(ImageRenderer, captionsOnThePhotoCastAShadowAndBorderOnesDoNot)
 {
     for (const bool onPhoto : {true, false}) {
         RenderRecipe recipe = captioned(onPhoto ? CaptionPosition::imageCenter : CaptionPosition::borderBottomCenter);
-        recipe.borderColor = {190 / 255.0, 190 / 255.0, 190 / 255.0, 1};
-        recipe.captionColor = RGBAColor::white;
+        recipe.border.color = {190 / 255.0, 190 / 255.0, 190 / 255.0, 1};
+        recipe.captions.front().color = RGBAColor::white;
         // White text can't darken grey: only a shadow can.
         EXPECT_EQ(inkBounds(rendered(recipe), 150).isEmpty(), !onPhoto);
     }
@@ -82,43 +82,55 @@ TEST(ImageRenderer, leavesOutWhatHasNoRoomOrIsSwitchedOff)
         change(recipe);
         return !inkBounds(rendered(recipe), 100).isEmpty();
     };
-    EXPECT_TRUE(hasInk([](RenderRecipe& recipe) { recipe.captionOpacity = 1.7; }));
-    EXPECT_FALSE(hasInk([](RenderRecipe& recipe) { recipe.captionOpacity = -0.2; }));
-    EXPECT_FALSE(hasInk([](RenderRecipe& recipe) { recipe.captionVerticalPadding = border + 1; }));
-    EXPECT_FALSE(hasInk([](RenderRecipe& recipe) { recipe.captionEnabled = false; }));
+    EXPECT_TRUE(hasInk([](RenderRecipe& recipe) { recipe.captions.front().opacity = 1.7; }));
+    EXPECT_FALSE(hasInk([](RenderRecipe& recipe) { recipe.captions.front().opacity = -0.2; }));
+    EXPECT_FALSE(hasInk([](RenderRecipe& recipe) { recipe.captions.front().verticalPadding = border + 1; }));
+    EXPECT_FALSE(hasInk([](RenderRecipe& recipe) { recipe.captions.front().isEnabled = false; }));
     // Nothing but separators is left of it.
-    EXPECT_FALSE(hasInk([](RenderRecipe& recipe) { recipe.setCaptionTemplate(QStringLiteral("{lens} · {iso}")); }));
+    EXPECT_FALSE(hasInk(
+        [](RenderRecipe& recipe) { recipe.captions.front().setCaptionTemplate(QStringLiteral("{lens} · {iso}")); }));
 }
 
 TEST(ImageRenderer, tellsWhatAnExportCutsOffACaption)
 {
     RenderRecipe recipe;
-    recipe.setCaptionTemplate(QStringLiteral("Hamburg, in March"));
-    const auto cut = [&](PixelSize size) { return ImageRenderer::captionCut(size, recipe, {}); };
+    recipe.captions.front().setCaptionTemplate(QStringLiteral("Hamburg, in March"));
+    const auto cut = [&](PixelSize size) {
+        return ImageRenderer::captionCut(size, recipe, recipe.captions.front(), {});
+    };
     EXPECT_FALSE(cut({6000, 4000}).isCut());
     EXPECT_TRUE(cut({40, 400}).leftOut.endsWith(QStringLiteral("March")));
-    recipe.borderWidth = 40;
+    recipe.border.width = 40;
     EXPECT_EQ(cut({6000, 4000}), (TextCut{{}, true}));
-    recipe.captionVerticalPadding = 40; // No room at all.
+    recipe.captions.front().verticalPadding = 40; // No room at all.
     EXPECT_EQ(cut({6000, 4000}), (TextCut{QStringLiteral("Hamburg, in March"), false}));
-    recipe.captionOpacity = 0;
+    recipe.captions.front().opacity = 0;
     EXPECT_FALSE(cut({6000, 4000}).isCut());
-    recipe.captionOpacity = 1;
-    recipe.borderWidth = std::numeric_limits<double>::infinity();
+    recipe.captions.front().opacity = 1;
+    recipe.border.width = std::numeric_limits<double>::infinity();
     EXPECT_FALSE(cut({6000, 4000}).isCut());
+}
+
+TEST(ImageRenderer, drawsEveryCaption)
+{
+    const RenderRecipe below = captioned(CaptionPosition::borderBottomRight);
+    RenderRecipe both = captioned(CaptionPosition::borderTopLeft);
+    const QRect above = inkBounds(rendered(both), 100);
+    both.captions.push_back(below.captions.front());
+    EXPECT_EQ(inkBounds(rendered(both), 100), above.united(inkBounds(rendered(below), 100)));
 }
 
 TEST(ImageRenderer, logosLieInTheirBoxUnderTheCaption)
 {
     RenderRecipe recipe = captioned(CaptionPosition::imageCenter);
-    recipe.captionColor = {1, 0, 0, 1};
+    recipe.captions.front().color = {1, 0, 0, 1};
     recipe.logo = LogoConfiguration::placeholder();
     recipe.logo->position = CaptionPosition::imageCenter;
     recipe.logo->widthPercent = 50;
     const Bitmap logo = test::flat({30, 10}, rgba8Premultiplied, {0, 0, 0, 255});
     const Bitmap picture = rendered(recipe, logo);
     EXPECT_EQ(inkBounds(picture, 100), QRect(80 + 150, 80 + 150, 300, 100));
-    recipe.captionEnabled = false;
+    recipe.captions.front().isEnabled = false;
     EXPECT_FALSE(test::samePixels(picture, rendered(recipe, logo))) << "the caption is hidden";
     recipe.logo->opacity = 0.5;
     EXPECT_NEAR(test::component(rendered(recipe, logo), 380, 280, 0), 95, 1);
@@ -129,8 +141,8 @@ TEST(ImageRenderer, logosLieInTheirBoxUnderTheCaption)
 TEST(ImageRenderer, previewIsTheExportMadeSmaller)
 {
     RenderRecipe recipe = captioned(CaptionPosition::imageBottomRight);
-    recipe.captionFontSize = 60;
-    recipe.borderWidth = 150;
+    recipe.captions.front().fontSize = 60;
+    recipe.border.width = 150;
     const auto render = [&](PixelSize source) {
         return ImageRenderer::render(test::flat(source, rgb8, {99, 99, 99}), {1200, 800}, recipe, {}, {},
                                      ImageRenderer::SourceScale::fromSource, {});
@@ -152,7 +164,7 @@ TEST(ImageRenderer, previewHasTextAndShadowWhereTheExportHasThem)
     const auto inkHeight = [](const RenderRecipe& recipe, PixelSize source) {
         const auto draw = [&](bool isCaptioned) {
             RenderRecipe drawn = recipe;
-            drawn.captionEnabled = isCaptioned;
+            drawn.captions.front().isEnabled = isCaptioned;
             return ImageRenderer::render(test::flat(source, rgb8, {190, 190, 190}), photoSize, drawn, {}, {},
                                          ImageRenderer::SourceScale::fromSource, {});
         };
@@ -175,8 +187,9 @@ TEST(ImageRenderer, previewHasTextAndShadowWhereTheExportHasThem)
         for (const bool isShadowAlone : {false, true})
             for (const double padding : {12.0, 13.0, 15.0}) {
                 RenderRecipe recipe = captioned(position);
-                recipe.captionVerticalPadding = padding;
-                recipe.captionColor = isShadowAlone ? RGBAColor{190 / 255.0, 190 / 255.0, 190 / 255.0, 1} : RGBAColor{};
+                recipe.captions.front().verticalPadding = padding;
+                recipe.captions.front().color =
+                    isShadowAlone ? RGBAColor{190 / 255.0, 190 / 255.0, 190 / 255.0, 1} : RGBAColor{};
                 if (isShadowAlone && isInBorder(position))
                     continue;
                 // Scales at which the canvas has whole pixels too.

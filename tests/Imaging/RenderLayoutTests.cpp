@@ -13,7 +13,7 @@ namespace {
 
 RenderRecipe bordered(BorderUnit unit, double width)
 {
-    return {.borderUnit = unit, .borderWidth = width};
+    return {.border = {.unit = unit, .width = width}};
 }
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
@@ -94,13 +94,13 @@ TEST(RenderLayout, refusesWhatCannotBeDrawnSafely)
 
 TEST(RenderLayout, refusesEveryValueThatIsNoNumber)
 {
-    double RenderRecipe::*const members[] = {
-        &RenderRecipe::borderWidth,    &RenderRecipe::captionFontSize,        &RenderRecipe::captionLineSpacing,
-        &RenderRecipe::captionPadding, &RenderRecipe::captionVerticalPadding, &RenderRecipe::captionOpacity};
+    double Caption::*const members[] = {&Caption::fontSize, &Caption::lineSpacing, &Caption::padding,
+                                        &Caption::verticalPadding, &Caption::opacity};
     for (const double value : {infinity, -infinity, std::nan("")}) {
-        std::vector<RenderRecipe> recipes(std::size(members) + 1);
+        std::vector<RenderRecipe> recipes(std::size(members) + 2);
         for (std::size_t i = 0; i < std::size(members); ++i)
-            recipes[i].*members[i] = value;
+            recipes[i].captions.emplace_back().*members[i] = value;
+        recipes[std::size(members)].border.width = value;
         recipes.back().logo = LogoConfiguration::placeholder();
         recipes.back().logo->opacity = value;
         for (const RenderRecipe& recipe : recipes)

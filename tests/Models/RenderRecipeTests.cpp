@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Models/RenderRecipe.h"
 
-#include "Models/BatchExportModels.h"
+#include "Models/BatchFraming.h"
 #include "Support/TestSupport.h"
 
 #include <cmath>
@@ -28,7 +28,7 @@ QString shown(const std::vector<CaptionSegment>& segments)
 
 } // namespace
 
-TEST(RenderRecipe, readsTemplatesAsSegments)
+TEST(Caption, readsTemplatesAsSegments)
 {
     const std::pair<QString, QString> rows[] = {
         {{}, {}},
@@ -45,10 +45,10 @@ TEST(RenderRecipe, readsTemplatesAsSegments)
         {u"a}{year}}"_s, u"a}~<year>~}"_s},
     };
     for (const auto& [captionTemplate, expected] : rows) {
-        RenderRecipe recipe;
-        recipe.setCaptionTemplate(captionTemplate);
-        EXPECT_EQ(shown(recipe.captionSegments), expected);
-        EXPECT_EQ(recipe.captionTemplate(), captionTemplate);
+        Caption caption;
+        caption.setCaptionTemplate(captionTemplate);
+        EXPECT_EQ(shown(caption.segments), expected);
+        EXPECT_EQ(caption.captionTemplate(), captionTemplate);
     }
     for (const MetadataToken token : allCases<MetadataToken>())
         EXPECT_EQ(CaptionSegment::parse(templateValue(token)).at(0).content, CaptionSegment::Content(token));
@@ -56,25 +56,28 @@ TEST(RenderRecipe, readsTemplatesAsSegments)
         EXPECT_EQ(CaptionSegment::parse(rawValue(separator)).at(0).content, CaptionSegment::Content(separator));
 }
 
-TEST(RenderRecipe, tellsCaptionsApartByTheirChips)
+TEST(Caption, tellsCaptionsApartByTheirChips)
 {
-    RenderRecipe recipe;
-    EXPECT_EQ(recipe, RenderRecipe{});
-    EXPECT_EQ(recipe.captionTemplate(), u"{camera} \u00B7 {lens}"_s);
-    recipe.setCaptionTemplate(u"{iso}{iso}"_s);
-    EXPECT_NE(recipe.captionSegments.at(0).id, recipe.captionSegments.at(1).id);
-    const RenderRecipe before = recipe;
-    recipe.setCaptionTemplate(recipe.captionTemplate());
-    EXPECT_NE(recipe, before);
+    Caption caption;
+    EXPECT_EQ(caption, Caption{});
+    EXPECT_EQ(caption.captionTemplate(), u"{camera} \u00B7 {lens}"_s);
+    caption.setCaptionTemplate(u"{iso}{iso}"_s);
+    EXPECT_NE(caption.segments.at(0).id, caption.segments.at(1).id);
+    const Caption before = caption;
+    caption.setCaptionTemplate(caption.captionTemplate());
+    EXPECT_NE(caption, before);
 }
 
 TEST(RenderRecipe, hashesLikeItCompares)
 {
     const std::hash<RenderRecipe> hash;
-    const RenderRecipe zero{.borderWidth = 0.0};
-    EXPECT_EQ(zero, RenderRecipe{.borderWidth = -0.0});
-    EXPECT_EQ(hash(zero), hash(RenderRecipe{.borderWidth = -0.0}));
+    const RenderRecipe zero{.border = {.width = 0.0}};
+    const RenderRecipe negativeZero{.border = {.width = -0.0}};
+    EXPECT_EQ(zero, negativeZero);
+    EXPECT_EQ(hash(zero), hash(negativeZero));
     EXPECT_NE(hash(zero), hash(RenderRecipe{}));
+    const RenderRecipe two{.captions = {{}, {.fontSize = 9}}};
+    EXPECT_NE(hash(two), hash(RenderRecipe{.captions = {{}, {.fontSize = 8}}}));
 
     RenderRecipe withLogo = zero;
     withLogo.logo = LogoConfiguration::placeholder();
@@ -103,19 +106,21 @@ TEST(RenderRecipe, keepsTheBorderWhenItsUnitChanges)
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(&row - rows);
-        RenderRecipe recipe{.borderUnit = row.from, .borderWidth = row.width};
-        EXPECT_DOUBLE_EQ(recipe.borderWidthFor(row.size), row.thickness);
-        recipe.convertBorder(row.to, row.size);
-        EXPECT_EQ(recipe.borderUnit, row.to);
-        EXPECT_DOUBLE_EQ(recipe.borderWidth, row.converted);
+        Border border{.unit = row.from, .width = row.width};
+        const SideLengths around = border.around(row.size);
+        for (const double length : {around.top, around.right, around.bottom, around.left})
+            EXPECT_DOUBLE_EQ(length, row.thickness);
+        border.convert(row.to, row.size);
+        EXPECT_EQ(border.unit, row.to);
+        EXPECT_DOUBLE_EQ(border.width, row.converted);
     }
 }
 
-TEST(RenderRecipe, appliesAPhotosOwnRecipeInSelectedScopeAlone)
+TEST(BatchFraming, appliesAPhotosOwnRecipeInSelectedScopeAlone)
 {
     const FileUrl own = FileUrl::fromPath(QByteArray("/own.jpg"));
     const auto width = [&](RecipeScope scope, const std::optional<FileUrl>& photo) {
-        return RenderRecipe::resolve(scope, photo, {}, {{own, {.borderWidth = 7}}}).borderWidth;
+        return BatchFraming{scope, {}, {{own, {.border = {.width = 7}}}}}.recipeFor(photo).border.width;
     };
     EXPECT_EQ(width(RecipeScope::selected, own), 7);
     EXPECT_EQ(width(RecipeScope::selected, FileUrl::fromPath(QByteArray("/other.jpg"))), 120);

@@ -33,9 +33,9 @@ struct Roads {
         if (refusal([&] { photo = ImageLoader::loadBatchThumbnail(source); }))
             return Outcome::refusedAtImport;
         RenderRecipe recipe;
-        recipe.captionEnabled = false;
-        const ExportSettings settings{ExportFormat::png, 1};
-        const bool isRefused = refusal([&] { ImageExporter::exportPhoto(*photo, recipe, settings, output, true, {}); });
+        recipe.captions.front().isEnabled = false;
+        const BatchExportJob job{*photo, recipe, {ExportFormat::png, 1}, output, true};
+        const bool isRefused = refusal([&] { ImageExporter::exportPhoto(job, {}); });
         return isRefused ? Outcome::refusedAtExport : Outcome::exported;
     }
     /// What the last export left: a picture, or nothing.

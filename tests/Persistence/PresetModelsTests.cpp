@@ -68,9 +68,14 @@ TEST(PresetDocument, readsTheLogosOfOlderDocuments)
     const QByteArray members = handWritten.mid(start, handWritten.indexOf('}', start) - start);
     const auto expectPaddings = [&](const QByteArray& older, double horizontal, double vertical) {
         const QByteArray json = handWrittenWith(members, older);
-        const LogoConfiguration logo{
-            test::oddPayload().logo->asset, true, CaptionPosition::imageBottomRight, 18, horizontal, vertical, 1};
-        EXPECT_EQ(PresetDocument::decode(json).presets.at(0).payload.logo, logo) << older.toStdString();
+        const LogoConfiguration logo{test::oddPayload().framing.logo->asset,
+                                     true,
+                                     CaptionPosition::imageBottomRight,
+                                     18,
+                                     horizontal,
+                                     vertical,
+                                     1};
+        EXPECT_EQ(PresetDocument::decode(json).presets.at(0).payload.framing.logo, logo) << older.toStdString();
     };
     expectPaddings(R"("padding": 7)", 7, 7);
     expectPaddings(R"("padding": 7, "horizontalPadding": 12)", 12, 7);
@@ -109,7 +114,8 @@ TEST(PresetDocument, refusesWhatIsOddAndSaysWhere)
     EXPECT_TRUE(odd.presets.at(0).name.isValidUtf16());
 
     PresetPayload payload = test::oddPayload();
-    payload.captionOpacity = std::numeric_limits<double>::quiet_NaN(); // Nor is written what could not be read.
+    payload.framing.captions.front().opacity =
+        std::numeric_limits<double>::quiet_NaN(); // Nor is written what could not be read.
     const PresetDocument document{.presets = {{QUuid(), u"x"_s, payload, {}, {}}}};
     EXPECT_TRUE(test::errorOf<PresetCodingError>([&] { return document.encode(); }));
 }

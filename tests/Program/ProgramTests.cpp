@@ -57,7 +57,7 @@ int runAndClose(bool whileImporting, int signal, const FileUrl& out, int argc, c
                 BatchExportConfiguration configuration;
                 configuration.chosenFolder = out;
                 exporting.setConfiguration(configuration);
-                exporting.planAndStart(ExportRequest::make(session, exporting));
+                exporting.planAndStart(exporting.requestFor(session));
             }
         });
         look->start(1);

@@ -20,9 +20,9 @@ protected:
     void setBorder(double width)
     {
         history.editRecipe(QStringLiteral("Border Width"),
-                           [width](RenderRecipe& recipe) { recipe.borderWidth = width; });
+                           [width](RenderRecipe& recipe) { recipe.border.width = width; });
     }
-    [[nodiscard]] double shown(const FileUrl& photo) const { return session.resolvedRecipe(photo).borderWidth; }
+    [[nodiscard]] double shown(const FileUrl& photo) const { return session.resolvedRecipe(photo).border.width; }
 
     const FileUrl a = test::photoUrl("a");
     const FileUrl b = test::photoUrl("b");
@@ -50,12 +50,12 @@ TEST_F(EditHistoryTest, makesOneStepOfAGestureAndNoneOfNothing)
     EXPECT_EQ(stack.count(), 2) << "a drag that ends where it began leaves no step";
     EXPECT_EQ(stack.undoText(), QStringLiteral("Border Width"));
     stack.undo();
-    EXPECT_EQ(session.batchRecipe().borderWidth, 10);
+    EXPECT_EQ(session.batchRecipe().border.width, 10);
     stack.undo();
     EXPECT_EQ(session.batchRecipe(), RenderRecipe());
     stack.redo();
     stack.redo();
-    EXPECT_EQ(session.batchRecipe().borderWidth, 40);
+    EXPECT_EQ(session.batchRecipe().border.width, 40);
 }
 
 TEST_F(EditHistoryTest, undoesWhereTheEditWasMade)
@@ -143,7 +143,7 @@ TEST_F(EditHistoryTest, marksNoPhotoThatWasOnlyLookedAt)
     history.beginGesture();
     setBorder(20);
     EXPECT_TRUE(session.hasOwnRecipe(a));
-    setBorder(session.batchRecipe().borderWidth);
+    setBorder(session.batchRecipe().border.width);
     history.endGesture();
     EXPECT_FALSE(session.hasOwnRecipe(a)) << "a drag that ends where the batch is";
     EXPECT_EQ(stack.count(), 0);

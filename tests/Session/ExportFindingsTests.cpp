@@ -21,7 +21,7 @@ struct Situation {
     {
         for (const char* name : {"a.jpg", "b.jpg", "c.jpg"})
             request.photos.push_back(test::photoAt(test::photoUrl(name)));
-        request.batchRecipe.setCaptionTemplate(QStringLiteral("Here: {camera}"));
+        request.framing.batch.captions.front().setCaptionTemplate(QStringLiteral("Here: {camera}"));
         for (ImportedPhoto& photo : request.photos)
             photo.metadata.cameraModel = QStringLiteral("Model");
         request.configuration.chosenFolder = FileUrl::fromPath(QByteArray("/out"));
@@ -118,16 +118,21 @@ TEST(ExportFindings, namesEachCauseOnce)
          [](auto& s) { s.request.photos[1].metadata.cameraModel.reset(); }},
         {"2 photos have an empty caption", Severity::warning, 2, "",
          [](auto& s) {
-             s.request.batchRecipe.setCaptionTemplate(QStringLiteral("{artist}"));
+             s.request.framing.batch.captions.front().setCaptionTemplate(QStringLiteral("{artist}"));
              s.request.photos[1].metadata.artist = QStringLiteral("x");
+         }},
+        {"3 photos have an empty caption", Severity::warning, 3, "",
+         [](auto& s) {
+             for (int i = 0; i < 2; ++i)
+                 s.request.framing.batch.captions.emplace_back().setCaptionTemplate(QStringLiteral("{artist}"));
          }},
         {"1 photo has a caption that doesn’t fit", Severity::warning, 1, "cut off",
          [](auto& s) {
              s.request.photos[1].pixelSize = {40, 400};
          }},
         {"3 photos have captions that don’t fit", Severity::warning, 3, "cut off",
-         [](auto& s) { s.request.batchRecipe.borderWidth = 30; }},
-        {"The logo can’t be drawn", Severity::error, 3, "", [](auto& s) { s.request.batchRecipe.logo.emplace(); }},
+         [](auto& s) { s.request.framing.batch.border.width = 30; }},
+        {"The logo can’t be drawn", Severity::error, 3, "", [](auto& s) { s.request.framing.batch.logo.emplace(); }},
         {"1 photo can’t be framed like this", Severity::warning, 1, "",
          [](auto& s) {
              s.request.photos[0].pixelSize = {49'900, 100};
@@ -138,17 +143,17 @@ TEST(ExportFindings, namesEachCauseOnce)
              s.request.photos[0].pixelSize = {32'529, 100};
          }},
         {"1 photo has its own framing, not used while Entire Batch is chosen", Severity::warning, 1, "b.jpg",
-         [](auto& s) { s.request.photoRecipes[s.request.photos[1].id()].borderWidth = 7; }},
+         [](auto& s) { s.request.framing.own[s.request.photos[1].id()].border.width = 7; }},
         {"2 photos have their own framing, not used while Entire Batch is chosen", Severity::warning, 2, "a.jpg, b.jpg",
          [](auto& s) {
              for (const std::size_t photo : {0, 1})
-                 s.request.photoRecipes[s.request.photos[photo].id()].borderWidth = 7;
+                 s.request.framing.own[s.request.photos[photo].id()].border.width = 7;
          }},
         {"1 photo can’t be framed like this", Severity::warning, 1, "",
          [](auto& s) {
-             s.request.recipeScope = RecipeScope::selected;
-             s.request.photoRecipes[s.request.photos[2].id()] = s.request.batchRecipe;
-             s.request.photoRecipes[s.request.photos[2].id()].borderWidth = 30'000;
+             s.request.framing.scope = RecipeScope::selected;
+             s.request.framing.own[s.request.photos[2].id()] = s.request.framing.batch;
+             s.request.framing.own[s.request.photos[2].id()].border.width = 30'000;
          }},
     };
     for (const Row& row : rows) {
@@ -191,7 +196,7 @@ TEST(ExportCheck, answersTheLastQuestion)
 TEST(ExportCheck, stopsALogoThatIsBeingDrawnWhenItGoes)
 {
     Situation situation;
-    situation.request.batchRecipe.logo = LogoConfiguration{};
+    situation.request.framing.batch.logo = LogoConfiguration{};
     std::atomic<bool> isDrawing = false;
     std::atomic<bool> wasStopped = false;
     situation.operations.loadLogo = [&](const LogoAssetReference&, const std::stop_token& stop) -> Bitmap {

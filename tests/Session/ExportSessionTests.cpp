@@ -123,7 +123,7 @@ TEST(ExportSession, plansInTheBackgroundUnlessCancelled)
     test::DisklessSession photos;
     test::importInto(photos, test::photoUrls({"a", "b", "c"}));
     photos.toggleIncluded(test::photoUrl("b"));
-    const ExportRequest request = ExportRequest::make(photos, session);
+    const ExportRequest request = session.requestFor(photos);
     std::size_t planned = 0;
     const auto note = [&](const BatchExportPlan& plan) { planned = plan.jobs.size(); };
     session.planAndStart(request, note);
@@ -190,7 +190,7 @@ TEST(ExportSession, triesFailedPhotosAgainWithoutTouchingWhatItHasWritten)
                                   .maximumConcurrentExports = 1});
         test::DisklessSession photos;
         test::importInto(photos, test::photoUrls({"a", "b", "c"}));
-        session.planAndStart(ExportRequest::make(photos, session));
+        session.planAndStart(session.requestFor(photos));
         ASSERT_TRUE(test::waitUntil([&] { return session.report().has_value(); }));
         for (int attempt = 0; attempt < 2; ++attempt) {
             ASSERT_EQ(session.report()->failures.size(), 1u);

@@ -117,27 +117,27 @@ TEST(PhotoSession, editsWhereTheScopeSays)
     test::DisklessSession session;
     session.setRecipeScope(RecipeScope::selected);
     session.applyRecipe(test::border(1));
-    EXPECT_EQ(session.batchRecipe().borderWidth, 1);
+    EXPECT_EQ(session.batchRecipe().border.width, 1);
     session.setRecipeScope(RecipeScope::batch);
 
     test::importInto(session, test::photoUrls({"a", "b"}));
     const FileUrl a = test::photoUrl("a");
     session.setSelectedPhotoID(a);
     session.setRecipeScope(RecipeScope::selected);
-    EXPECT_EQ(session.activeRecipe().borderWidth, 1);
+    EXPECT_EQ(session.activeRecipe().border.width, 1);
     EXPECT_FALSE(session.hasOwnRecipe(a)) << "it was only looked at";
     session.applyRecipe(test::border(2));
     session.setRecipeScope(RecipeScope::batch);
-    EXPECT_EQ(session.activeRecipe().borderWidth, 1);
-    EXPECT_EQ(session.resolvedRecipe(a).borderWidth, 1);
+    EXPECT_EQ(session.activeRecipe().border.width, 1);
+    EXPECT_EQ(session.resolvedRecipe(a).border.width, 1);
     session.setRecipeScope(RecipeScope::selected);
-    EXPECT_EQ(session.activeRecipe().borderWidth, 2);
+    EXPECT_EQ(session.activeRecipe().border.width, 2);
     session.setSelectedPhotoID(test::photoUrl("b"));
     EXPECT_FALSE(session.hasOwnRecipe(test::photoUrl("b")));
-    EXPECT_EQ(session.activeRecipe().borderWidth, 1);
+    EXPECT_EQ(session.activeRecipe().border.width, 1);
 
     session.clearAll();
-    EXPECT_EQ(session.batchRecipe().borderWidth, 1);
+    EXPECT_EQ(session.batchRecipe().border.width, 1);
     EXPECT_EQ(session.recipeScope(), RecipeScope::selected);
     EXPECT_TRUE(session.photoRecipes().empty() && !session.selectedPhotoID());
 }

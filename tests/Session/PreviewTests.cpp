@@ -130,7 +130,7 @@ TEST_F(PreviewRenderQueueTest, coalescesAndKeepsItsDistance)
     PreviewRenderQueue queue(operations);
     std::vector<double> shown;
     QObject::connect(&queue, &PreviewRenderQueue::rendered, &queue,
-                     [&](const PreviewResult& result) { shown.push_back(result.recipe.borderWidth); });
+                     [&](const PreviewResult& result) { shown.push_back(result.recipe.border.width); });
     const auto passInterval = [&] {
         now += PreviewRenderQueue::minimumInterval;
         std::exchange(later, nullptr)();
@@ -211,8 +211,8 @@ TEST(PreviewRender, framesAsAnExportDoesWithinTheScreensMeasure)
     const auto show = [&](const Bitmap& source, double width) {
         result.reset();
         RenderRecipe recipe = test::border(width);
-        recipe.captionEnabled = false;
-        recipe.borderColor = {1, 0, 0, 1};
+        recipe.captions.front().isEnabled = false;
+        recipe.border.color = {1, 0, 0, 1};
         recipe.outputColorProfile = OutputColorProfile::displayP3;
         queue.request({test::photoUrl("a"), source, {600, 400}, recipe, {}});
         return test::waitUntil([&] { return result.has_value(); });
@@ -237,7 +237,7 @@ TEST(PreviewRender, framesAsAnExportDoesWithinTheScreensMeasure)
 TEST(PreviewRender, showsPhotosThatAreThinnerThanAPixel)
 {
     RenderRecipe bare = test::border(0);
-    bare.captionEnabled = false;
+    bare.captions.front().isEnabled = false;
     struct Row {
         PixelSize photo;
         PixelSize preview;
@@ -262,7 +262,7 @@ TEST(RegionLoader, dropsWhatBelongsToAnotherFramingAndAsksNoMoreThanItMust)
     RegionLoader loader(
         [&](const RegionRequest& request, const std::stop_token&) {
             ++asked;
-            if (request.subject.recipe.borderWidth == 1)
+            if (request.subject.recipe.border.width == 1)
                 first.wait();
             return test::flat({1, 1}, rgb8, {1, 2, 3});
         },

@@ -87,7 +87,7 @@ inline std::string selectedName(const PhotoSession& session)
 inline RenderRecipe border(double width)
 {
     RenderRecipe recipe;
-    recipe.borderWidth = width;
+    recipe.border.width = width;
     return recipe;
 }
 

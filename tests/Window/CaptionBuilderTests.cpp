@@ -21,11 +21,6 @@ namespace {
 
 using Segments = CaptionChips::Segments;
 
-QString joined(const Segments& segments)
-{
-    return RenderRecipe{.captionSegments = segments}.captionTemplate();
-}
-
 /// Letters, so that an order reads at a glance.
 Segments letters(const QString& text)
 {
@@ -43,7 +38,7 @@ TEST(CaptionChips, movesAChipToTheGapThatWasMeant)
     for (const auto& [index, gap, order] : rows) {
         SCOPED_TRACE(testing::Message() << index << " to " << gap);
         const Segments moved = CaptionChips::moved(row, index, gap);
-        EXPECT_EQ(joined(moved), QLatin1StringView(order));
+        EXPECT_EQ(CaptionSegment::templateOf(moved), QLatin1StringView(order));
         EXPECT_EQ(moved[std::size_t(CaptionChips::indexAfterMove(index, gap))], row[std::size_t(index)]);
     }
 }
@@ -93,9 +88,11 @@ protected:
         builder.show();
         well = builder.findChild<QWidget*>(QStringLiteral("captionChips"));
         QObject::connect(&builder, &CaptionBuilder::segmentsEdited, &builder,
-                         [this](const QString& name, const auto& now) { steps.append(name + u':' + joined(now)); });
+                         [this](const QString& name, const auto& now) {
+                             steps.append(name + u':' + CaptionSegment::templateOf(now));
+                         });
         QObject::connect(&builder, &CaptionBuilder::segmentsPreviewed, &builder,
-                         [this](const auto& now) { previews.append(joined(now)); });
+                         [this](const auto& now) { previews.append(CaptionSegment::templateOf(now)); });
         well->setFocus();
         EXPECT_TRUE(QTest::qWaitForWindowActive(&builder));
     }
@@ -135,7 +132,7 @@ TEST_F(CaptionBuilderTest, isWorkedByKeys)
     type(QStringLiteral("x"));
     type(QStringLiteral("y"));
     EXPECT_EQ(previews.last(), QStringLiteral("bxy"));
-    EXPECT_EQ(joined(builder.segments()), QStringLiteral("b"));
+    EXPECT_EQ(CaptionSegment::templateOf(builder.segments()), QStringLiteral("b"));
     press({Qt::Key_Return});
     EXPECT_EQ(steps.last(), QStringLiteral("Add Text:bxy"));
     EXPECT_TRUE(chip(1)->state().focused);
@@ -161,7 +158,7 @@ TEST_F(CaptionBuilderTest, reordersByMouseAndPutsBack)
     EXPECT_EQ(previews, QStringList{QStringLiteral("bca")});
     // A model that follows previews hands them back meanwhile, which must not end the drag.
     builder.setSegments(CaptionChips::moved(builder.segments(), 0, 3));
-    EXPECT_EQ(joined(builder.segments()), QStringLiteral("abc"));
+    EXPECT_EQ(CaptionSegment::templateOf(builder.segments()), QStringLiteral("abc"));
     QTest::keyClick(well, Qt::Key_Escape);
     QTest::mouseRelease(well, Qt::LeftButton, {}, centre(2));
     EXPECT_EQ(previews.last(), QStringLiteral("abc"));

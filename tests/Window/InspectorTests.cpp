@@ -73,14 +73,15 @@ TEST(PositionScene, warnsOfBordersThatHoldNoCaption)
     ImportedPhoto photo;
     photo.pixelSize = {600, 400};
     RenderRecipe recipe;
-    recipe.setCaptionTemplate(QStringLiteral("So many words that they need a third line in a border that has two"));
+    recipe.captions.front().setCaptionTemplate(
+        QStringLiteral("So many words that they need a third line in a border that has two"));
     EXPECT_FALSE(borderWarning(PlacedElement::caption, recipe, &photo).isEmpty());
-    recipe.setCaptionTemplate(QStringLiteral("Hamburg"));
+    recipe.captions.front().setCaptionTemplate(QStringLiteral("Hamburg"));
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        recipe.borderUnit = row.unit;
-        recipe.borderWidth = row.width;
-        recipe.captionPosition = row.position;
+        recipe.border.unit = row.unit;
+        recipe.border.width = row.width;
+        recipe.captions.front().position = row.position;
         EXPECT_EQ(!borderWarning(PlacedElement::caption, recipe, row.hasPhoto ? &photo : nullptr).isEmpty(), row.warns);
     }
 }
@@ -121,10 +122,10 @@ TEST_F(Inspector, takesWhatIsTypedOnEnterAndNothingFromOutsideMeanwhile)
 {
     auto& width = find<QLineEdit>("borderWidthField");
     type(width, "77");
-    history.editRecipe(QStringLiteral("Other"), [](RenderRecipe& changed) { changed.borderWidth = 9; });
+    history.editRecipe(QStringLiteral("Other"), [](RenderRecipe& changed) { changed.border.width = 9; });
     EXPECT_EQ(width.text(), QStringLiteral("77"));
     key(Qt::Key_Return);
-    EXPECT_EQ(recipe().borderWidth, 77);
+    EXPECT_EQ(recipe().border.width, 77);
     history.stack().undo();
     EXPECT_EQ(width.text(), QStringLiteral("9"));
     history.stack().undo();
@@ -147,10 +148,10 @@ TEST_F(Inspector, saysWhatItShowsOfTheScope)
 TEST_F(Inspector, leavesValuesOfPresetsAsTheyAreUntilTheyAreEdited)
 {
     RenderRecipe wild;
-    wild.borderWidth = 1'234.56;
-    wild.borderColor = {0.1234, 1e20, -3, 0.5};
-    wild.captionColor = {1e300, -1e300, 2, 1};
-    wild.captionFontSize = 4'000;
+    wild.border.width = 1'234.56;
+    wild.border.color = {0.1234, 1e20, -3, 0.5};
+    wild.captions.front().color = {1e300, -1e300, 2, 1};
+    wild.captions.front().fontSize = 4'000;
     session.setBatchRecipe(wild);
     EXPECT_EQ(find<QLineEdit>("borderWidthField").text(), QStringLiteral("1235"));
     find<QLineEdit>("borderWidthField").setFocus();
@@ -169,14 +170,14 @@ TEST_F(Inspector, recordsPopoversInRunsAndFollowsUndoWhileTheyAreOpen)
     find<ColorWell>("borderColorWell").swatch()->click();
     for (int i = 0; i < 3; ++i)
         key(Qt::Key_Right);
-    EXPECT_EQ(ColorText::hex(recipe().borderColor), QStringLiteral("#D9D9D9"));
+    EXPECT_EQ(ColorText::hex(recipe().border.color), QStringLiteral("#D9D9D9"));
     EXPECT_EQ(history.stack().count(), 1);
     history.stack().undo();
     auto* hex = Overlay::topmost(&window)->findChild<ColorWell*>()->field();
     EXPECT_EQ(hex->text(), QStringLiteral("#FFFFFF"));
     type(*hex, "#12");
     key(Qt::Key_Return);
-    EXPECT_EQ(recipe().borderColor, RGBAColor::white);
+    EXPECT_EQ(recipe().border.color, RGBAColor::white);
     view.setLocked(true);
     EXPECT_FALSE(Overlay::topmost(&window));
     EXPECT_FALSE(find<QLineEdit>("borderWidthField").isEnabled());
@@ -185,7 +186,7 @@ TEST_F(Inspector, recordsPopoversInRunsAndFollowsUndoWhileTheyAreOpen)
     find<QPushButton>("captionPositionButton").click();
     key(Qt::Key_Left);
     key(Qt::Key_Up);
-    EXPECT_EQ(recipe().captionPosition, CaptionPosition::imageBottomCenter);
+    EXPECT_EQ(recipe().captions.front().position, CaptionPosition::imageBottomCenter);
     EXPECT_EQ(history.stack().count(), 1);
 }
 
@@ -194,12 +195,12 @@ TEST_F(Inspector, showsACaptionInHandAndRecordsItOnce)
     const RenderRecipe before = recipe();
     CaptionDraft draft(session, history);
     draft.preview(CaptionSegment::parse(QStringLiteral("a")));
-    EXPECT_EQ(recipe().captionTemplate(), QStringLiteral("a"));
-    draft.preview(before.captionSegments);
+    EXPECT_EQ(recipe().captions.front().captionTemplate(), QStringLiteral("a"));
+    draft.preview(before.captions.front().segments);
     EXPECT_EQ(recipe(), before);
     draft.preview(CaptionSegment::parse(QStringLiteral("a")));
     draft.commit(QStringLiteral("Add Text"), CaptionSegment::parse(QStringLiteral("ab")));
-    EXPECT_EQ(recipe().captionTemplate(), QStringLiteral("ab"));
+    EXPECT_EQ(recipe().captions.front().captionTemplate(), QStringLiteral("ab"));
     history.stack().undo();
     EXPECT_EQ(recipe(), before);
     EXPECT_FALSE(history.stack().canUndo());
@@ -213,24 +214,25 @@ TEST_F(Inspector, leavesNothingOfACaptionInHandThatUndoInterrupts)
     key(Qt::Key_End);
     key(Qt::Key_Delete);
     QTest::keyClick(&well, 'x');
-    EXPECT_EQ(recipe().captionTemplate(), QStringLiteral("{camera} \u00B7 x"));
+    EXPECT_EQ(recipe().captions.front().captionTemplate(), QStringLiteral("{camera} \u00B7 x"));
     history.stack().undo();
     EXPECT_EQ(recipe(), usual);
     key(Qt::Key_Home);
     key(Qt::Key_Delete);
-    EXPECT_EQ(recipe().captionTemplate(), QStringLiteral(" \u00B7 {lens}"));
+    EXPECT_EQ(recipe().captions.front().captionTemplate(), QStringLiteral(" \u00B7 {lens}"));
     history.stack().undo();
     EXPECT_EQ(recipe(), usual);
 
     // Undo may also lead to another recipe: the one with the draft gets back what it had.
     const FileUrl photo = FileUrl::fromPath(QByteArray("/photos/a"));
-    session.setPhotoRecipe(photo, RenderRecipe{.captionSegments = CaptionSegment::parse(QStringLiteral("own"))});
+    session.setPhotoRecipe(photo,
+                           RenderRecipe{.captions = {{.segments = CaptionSegment::parse(QStringLiteral("own"))}}});
     well.setFocus();
     QTest::keyClick(&well, 'y');
     EXPECT_NE(recipe(), usual);
     session.setRecipeScope(RecipeScope::selected);
     session.setSelectedPhotoID(photo);
-    EXPECT_EQ(recipe().captionTemplate(), QStringLiteral("own"));
+    EXPECT_EQ(recipe().captions.front().captionTemplate(), QStringLiteral("own"));
     EXPECT_EQ(session.batchRecipe(), usual);
 }
 

@@ -55,7 +55,7 @@ TEST_F(RealWindow, FramesADroppedFolderWithAPreset)
     press(Qt::Key_A, Qt::ControlModifier);
     type("40");
     press(Qt::Key_Return);
-    EXPECT_EQ(window_->session().batchRecipe().borderWidth, 40);
+    EXPECT_EQ(window_->session().batchRecipe().border.width, 40);
 
     // The caption by keyboard alone: away with the three chips, a text in their place.
     widget("captionChips")->setFocus(Qt::TabFocusReason);
@@ -63,7 +63,7 @@ TEST_F(RealWindow, FramesADroppedFolderWithAPreset)
         press(Qt::Key_Delete);
     type("Summer");
     press(Qt::Key_Return);
-    EXPECT_EQ(window_->session().batchRecipe().captionTemplate(), QStringLiteral("Summer"));
+    EXPECT_EQ(window_->session().batchRecipe().captions.front().captionTemplate(), QStringLiteral("Summer"));
 
     click("presetsButton");
     click("savePresetButton");
@@ -73,10 +73,10 @@ TEST_F(RealWindow, FramesADroppedFolderWithAPreset)
     press(Qt::Key_Escape);
     ASSERT_TRUE(waitFor([&] { return !Overlay::topmost(window_.get()); }));
     press(Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_NE(window_->session().batchRecipe().captionTemplate(), QStringLiteral("Summer"));
+    EXPECT_NE(window_->session().batchRecipe().captions.front().captionTemplate(), QStringLiteral("Summer"));
     click("presetsButton");
     click("applyPresetButton");
-    EXPECT_EQ(window_->session().batchRecipe().captionTemplate(), QStringLiteral("Summer"));
+    EXPECT_EQ(window_->session().batchRecipe().captions.front().captionTemplate(), QStringLiteral("Summer"));
 
     ASSERT_TRUE(waitFor([&] { return !Overlay::topmost(window_.get()); }));
     panelAnswer_ = framed;

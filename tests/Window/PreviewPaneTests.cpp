@@ -27,8 +27,8 @@ ImportedPhoto withPicture(const FileUrl& url, const std::stop_token&)
 RenderRecipe bordered(double width)
 {
     RenderRecipe recipe;
-    recipe.borderWidth = width;
-    recipe.captionEnabled = false;
+    recipe.border.width = width;
+    recipe.captions.front().isEnabled = false;
     return recipe;
 }
 
@@ -93,12 +93,12 @@ TEST_F(Pane, tellsOfAMissingLogoOverThePhotosThatHaveIt)
 TEST(PreviewPicture, standsInWithTheCaption)
 {
     RenderRecipe recipe = bordered(100);
-    recipe.setCaptionTemplate(QStringLiteral("Summer"));
+    recipe.captions.front().setCaptionTemplate(QStringLiteral("Summer"));
     PreviewViewport view;
     view.setView({400, 300}, 0);
     view.setPicture({800, 600});
     const auto paintedInk = [&](bool hasCaption, bool compares) {
-        recipe.captionEnabled = hasCaption;
+        recipe.captions.front().isEnabled = hasCaption;
         PreviewPicture picture;
         const QSignalSpy changed(&picture, &PreviewPicture::changed);
         picture.showStandIn(test::photoAt(test::photoUrl("a")), recipe, {});
@@ -162,7 +162,7 @@ TEST_F(Pane, removesNothingWhileAnExportIsPlanned)
     pane.showLoadError(QStringLiteral("It is broken."));
     auto* remove = pane.findChild<QPushButton*>(QStringLiteral("removeUnreadableButton"));
     auto* canvas = pane.findChild<QWidget*>(QStringLiteral("previewCanvas"));
-    exportSession.planAndStart(ExportRequest::make(session, exportSession));
+    exportSession.planAndStart(exportSession.requestFor(session));
     ASSERT_TRUE(exportSession.isPlanning() && !exportSession.isRunning());
     remove->click();
     QTest::keyClick(canvas, Qt::Key_Delete);

@@ -185,7 +185,7 @@ TEST_F(Sheets, tellHowManyAreExportedAndNotHowManyAreSettled)
     QStringList told;
     QObject::connect(&exportSession, &ExportSession::progressChanged, &sidebar,
                      [&] { told << child<QLabel>(sidebar, "includedCount")->text(); });
-    exportSession.planAndStart(ExportRequest::make(session, exportSession));
+    exportSession.planAndStart(exportSession.requestFor(session));
     ASSERT_TRUE(waitUntil([&] { return exportSession.report().has_value(); }));
     ASSERT_FALSE(told.isEmpty());
     EXPECT_EQ(told.front(), QStringLiteral("0 of 2 exported"));
@@ -212,7 +212,7 @@ TEST_F(Sheets, listIsLockedFromTheStartOfPlanning)
         QTest::keyClick(sidebar.list(), Qt::Key_Delete);
     };
     const QSignalSpy cleared(&sidebar, &PhotoSidebar::clearAllRequested);
-    exportSession.planAndStart(ExportRequest::make(session, exportSession));
+    exportSession.planAndStart(exportSession.requestFor(session));
     ASSERT_TRUE(exportSession.isPlanning());
     tryAll();
     EXPECT_EQ(history.stack().count() + cleared.count(), 0);
@@ -223,11 +223,14 @@ TEST_F(Sheets, listIsLockedFromTheStartOfPlanning)
 
 TEST(PresetSummary, saysWhatAPresetHolds)
 {
-    PresetPayload payload{.borderWidth = 40, .captionEnabled = true};
-    EXPECT_EQ(payloadSummary(payload), QStringLiteral("40 px · caption · no logo · JPEG"));
-    payload = {.borderUnit = BorderUnit::percent, .borderWidth = 2.5, .logo = LogoConfiguration::placeholder()};
-    payload.logo->isEnabled = false;
-    EXPECT_EQ(payloadSummary(payload), QStringLiteral("2.5 % · no caption · logo · JPEG"));
+    const auto summary = [](const RenderRecipe& recipe) { return payloadSummary(PresetPayload::make(recipe, {}, {})); };
+    EXPECT_EQ(summary({.border = {.width = 40}, .captions = {{.isEnabled = false}, {}}}),
+              QStringLiteral("40 px · caption · no logo · JPEG"));
+    RenderRecipe recipe{.border = {.unit = BorderUnit::percent, .width = 2.5},
+                        .captions = {{.isEnabled = false}},
+                        .logo = LogoConfiguration::placeholder()};
+    recipe.logo->isEnabled = false;
+    EXPECT_EQ(summary(recipe), QStringLiteral("2.5 % · no caption · logo · JPEG"));
 }
 
 TEST_F(Sheets, presetsAreAppliedRenamedAndRemovedByKeys)

@@ -53,14 +53,6 @@ QString place(const Segments& segments, int index)
     return QStringLiteral("%1 of %2").arg(index + 1).arg(segments.size());
 }
 
-QString captionTemplate(const Segments& segments)
-{
-    QString text;
-    for (const CaptionSegment& segment : segments)
-        text += segment.templateValue();
-    return text;
-}
-
 } // namespace
 
 Kind kindOf(const CaptionSegment::Content& content)
@@ -171,7 +163,7 @@ Reading reading(const Segments& segments, const std::optional<PhotoMetadata>& me
         return {QStringLiteral("Select a photo to see what it says."), true};
     if (segments.empty())
         return {QStringLiteral("Nothing yet."), true};
-    const QString text = MetadataTemplateExpander::expand(captionTemplate(segments), *metadata);
+    const QString text = MetadataTemplateExpander::expand(CaptionSegment::templateOf(segments), *metadata);
     return text.isEmpty() ? Reading{QStringLiteral("Nothing for this photo."), true} : Reading{text, false};
 }
 

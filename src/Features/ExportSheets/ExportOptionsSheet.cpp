@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Features/ExportSheets/ExportOptionsSheet.h"
 
+#include "Export/ExportRequest.h"
 #include "Features/ExportSheets/ExportCheckList.h"
 #include "Features/ExportSheets/ExportTexts.h"
 #include "Features/ExportSheets/FolderDisplay.h"
-#include "Session/ExportRequest.h"
 #include "Session/WindowTexts.h"
 #include "Widgets/AccessibleEvents.h"
 #include "Widgets/ElidedLabel.h"
@@ -460,7 +460,7 @@ void ExportOptionsSheet::checkSoon()
 void ExportOptionsSheet::check()
 {
     slowCheck_.start();
-    check_.start(ExportRequest::make(session_, exportSession_));
+    check_.start(exportSession_.requestFor(session_));
 }
 
 bool ExportOptionsSheet::isCheckOutstanding() const

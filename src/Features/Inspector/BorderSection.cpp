@@ -18,7 +18,7 @@ const QString colorStep = QStringLiteral("Border Color");
 
 void setColor(RenderRecipe& recipe, const RGBAColor& color)
 {
-    recipe.borderColor = color;
+    recipe.border.color = color;
 }
 
 } // namespace
@@ -41,7 +41,7 @@ void BorderSection::build()
                           InspectorRanges::borderWidth(BorderUnit::pixels));
     width_->field()->setObjectName(QStringLiteral("borderWidthField"));
     bindEdits(width_, &SliderField::valueEdited, context_.history, QStringLiteral("Border Width"),
-              [](RenderRecipe& recipe, double width) { recipe.borderWidth = width; });
+              [](RenderRecipe& recipe, double width) { recipe.border.width = width; });
 
     color_ = new ColorWell(QStringLiteral("Border color"));
     color_->setObjectName(QStringLiteral("borderColorWell"));
@@ -57,12 +57,12 @@ void BorderSection::chooseUnit(BorderUnit unit)
     const ImportedPhoto* photo = context_.session.selectedPhoto();
     const std::optional<PixelSize> size = photo ? std::optional(photo->pixelSize) : std::nullopt;
     context_.history.editRecipe(QStringLiteral("Border Unit"),
-                                [&](RenderRecipe& recipe) { convertBorderUnit(recipe, unit, size); });
+                                [&](RenderRecipe& recipe) { convertBorderUnit(recipe.border, unit, size); });
 }
 
 void BorderSection::openColor()
 {
-    popover_ = new ColorPopover(color_->swatch(), QStringLiteral("Border Color"), context_.recipe().borderColor,
+    popover_ = new ColorPopover(color_->swatch(), QStringLiteral("Border Color"), context_.recipe().border.color,
                                 ColorPopover::Opacity::offered, context_.screenColorPicker);
     popover_->setPane(context_.pane);
     bindEdits(popover_.data(), &ColorPopover::colorEdited, context_.history, colorStep, setColor);
@@ -71,17 +71,17 @@ void BorderSection::openColor()
 
 void BorderSection::refresh()
 {
-    const RenderRecipe& recipe = context_.recipe();
-    setSummary(WindowTexts::borderSummary(recipe));
-    unit_->setCurrentIndex(recipe.borderUnit == BorderUnit::pixels ? 0 : 1);
-    if (shownUnit_ != recipe.borderUnit) {
-        shownUnit_ = recipe.borderUnit;
-        applyRange(width_, InspectorRanges::borderWidth(recipe.borderUnit));
+    const Border& border = context_.recipe().border;
+    setSummary(WindowTexts::borderSummary(border));
+    unit_->setCurrentIndex(border.unit == BorderUnit::pixels ? 0 : 1);
+    if (shownUnit_ != border.unit) {
+        shownUnit_ = border.unit;
+        applyRange(width_, InspectorRanges::borderWidth(border.unit));
     }
-    width_->setValue(recipe.borderWidth);
-    color_->setColor(recipe.borderColor);
+    width_->setValue(border.width);
+    color_->setColor(border.color);
     if (popover_)
-        popover_->setColor(recipe.borderColor);
+        popover_->setColor(border.color);
 }
 
 } // namespace ferrow

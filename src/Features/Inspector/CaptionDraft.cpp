@@ -14,13 +14,13 @@ void CaptionDraft::preview(const std::vector<CaptionSegment>& segments)
         if (session_.recipeScope() == RecipeScope::selected)
             before_->photoID = session_.selectedPhotoID();
         before_->hadOwnRecipe = before_->photoID && session_.hasOwnRecipe(*before_->photoID);
-        before_->segments = session_.activeRecipe().captionSegments;
+        before_->segments = session_.activeRecipe().captions.front().segments;
     }
     if (segments == before_->segments)
         return putBack();
     previewed_ = segments;
     RenderRecipe recipe = session_.activeRecipe();
-    recipe.captionSegments = segments;
+    recipe.captions.front().segments = segments;
     session_.applyRecipe(recipe);
 }
 
@@ -33,13 +33,13 @@ void CaptionDraft::commit(const QString& stepName, const std::vector<CaptionSegm
             quiet.emplace(session_);
         putBack();
     }
-    history_.editRecipe(stepName, [&](RenderRecipe& recipe) { recipe.captionSegments = segments; });
+    history_.editRecipe(stepName, [&](RenderRecipe& recipe) { recipe.captions.front().segments = segments; });
 }
 
 void CaptionDraft::interrupt()
 {
     const RenderRecipe* drafted = draftedRecipe();
-    if (drafted && drafted->captionSegments == previewed_)
+    if (drafted && drafted->captions.front().segments == previewed_)
         putBack();
     before_.reset();
 }
@@ -64,7 +64,7 @@ void CaptionDraft::putBack()
     if (before.photoID && !before.hadOwnRecipe)
         return session_.setPhotoRecipe(*before.photoID, std::nullopt);
     RenderRecipe recipe = *drafted;
-    recipe.captionSegments = before.segments;
+    recipe.captions.front().segments = before.segments;
     if (before.photoID)
         session_.setPhotoRecipe(*before.photoID, recipe);
     else

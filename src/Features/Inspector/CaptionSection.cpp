@@ -26,16 +26,20 @@ namespace {
 
 const QString colorStep = QStringLiteral("Caption Color");
 
-void setColor(RenderRecipe& recipe, const RGBAColor& color)
+/// The caption that the section shows.
+template <typename Recipe>
+auto& captionOf(Recipe& recipe)
 {
-    recipe.captionColor = color;
+    return recipe.captions.front();
 }
 
-/// Sends what a slider tells to one number of the recipe.
-void bindNumber(SliderField* field, EditHistory& history, const QString& step, double RenderRecipe::*number)
+/// Sends what a control tells to one member of the caption.
+template <typename Source, typename Value, typename Member>
+void bindMember(Source* source, void (Source::*edited)(Value), EditHistory& history, const QString& step,
+                Member Caption::*member)
 {
-    bindEdits(field, &SliderField::valueEdited, history, step,
-              [number](RenderRecipe& recipe, double value) { recipe.*number = value; });
+    bindEdits(source, edited, history, step,
+              [member](RenderRecipe& recipe, const Member& value) { captionOf(recipe).*member = value; });
 }
 
 } // namespace
@@ -45,9 +49,8 @@ CaptionSection::CaptionSection(const InspectorContext& context, QWidget* parent)
 {
     ToggleSwitch* shown = addSwitch(QStringLiteral("Show caption"));
     shown->setObjectName(QStringLiteral("captionSwitch"));
-    connect(shown, &ToggleSwitch::clicked, this, [this](bool on) {
-        edit(QStringLiteral("Show Caption"), [on](RenderRecipe& recipe) { recipe.captionEnabled = on; });
-    });
+    connect(shown, &ToggleSwitch::clicked, this,
+            [this](bool on) { edit(QStringLiteral("Show Caption"), &Caption::isEnabled, on); });
 
     QVBoxLayout* rows = addGroup(body());
     group_ = rows->parentWidget();
@@ -86,21 +89,19 @@ void CaptionSection::buildLook(QVBoxLayout* rows)
     font_ = makeCombo(QStringLiteral("Caption font"), fonts);
     font_->setObjectName(QStringLiteral("captionFontCombo"));
     connect(font_, &QComboBox::activated, this, [this](int index) {
-        const CaptionFont font = allCases<CaptionFont>()[std::size_t(index)];
-        edit(QStringLiteral("Caption Font"), [font](RenderRecipe& recipe) { recipe.captionFont = font; });
+        edit(QStringLiteral("Caption Font"), &Caption::font, allCases<CaptionFont>()[std::size_t(index)]);
     });
     addRow(rows, QStringLiteral("Font"), font_);
 
     size_ = addSliderRow(rows, QStringLiteral("Size"), QStringLiteral("Caption size"), InspectorRanges::captionSize());
     size_->field()->setObjectName(QStringLiteral("captionSizeField"));
-    bindNumber(size_, context_.history, QStringLiteral("Caption Size"), &RenderRecipe::captionFontSize);
+    bindMember(size_, &SliderField::valueEdited, context_.history, QStringLiteral("Caption Size"), &Caption::fontSize);
 
     color_ = new ColorWell(QStringLiteral("Caption color"));
     color_->setObjectName(QStringLiteral("captionColorWell"));
     connect(color_, &ColorWell::openRequested, this, &CaptionSection::openColor);
-    connect(color_, &ColorWell::colorEdited, this, [this](const RGBAColor& color) {
-        edit(colorStep, [&](RenderRecipe& recipe) { setColor(recipe, color); });
-    });
+    connect(color_, &ColorWell::colorEdited, this,
+            [this](const RGBAColor& color) { edit(colorStep, &Caption::color, color); });
     addRow(rows, QStringLiteral("Color"), color_);
 }
 
@@ -109,9 +110,8 @@ void CaptionSection::buildAlignment(QVBoxLayout* rows)
     alignment_ = new SegmentedControl(QStringLiteral("Caption alignment"), choicesOf<CaptionAlignment>());
     alignment_->setObjectName(QStringLiteral("captionAlignmentControl"));
     connect(alignment_, &SegmentedControl::chosen, this, [this](int index) {
-        const CaptionAlignment alignment = allCases<CaptionAlignment>()[std::size_t(index)];
-        edit(QStringLiteral("Caption Alignment"),
-             [alignment](RenderRecipe& recipe) { recipe.captionAlignment = alignment; });
+        edit(QStringLiteral("Caption Alignment"), &Caption::alignment,
+             allCases<CaptionAlignment>()[std::size_t(index)]);
     });
     addRow(rows, QStringLiteral("Alignment"), alignment_);
 }
@@ -129,34 +129,36 @@ void CaptionSection::buildMore(QVBoxLayout* rows)
     auto* more = new Disclosure(QStringLiteral("More"), QStringLiteral("More caption settings"));
     rows->addWidget(more);
     const auto add = [&](const QString& label, const QString& name, const ValueRange& range, const QString& tip,
-                         double RenderRecipe::*number) {
+                         double Caption::*number) {
         SliderField* field = addSliderRow(more->rows(), label, name, range, tip);
-        bindNumber(field, context_.history, name, number);
+        bindMember(field, &SliderField::valueEdited, context_.history, name, number);
         return field;
     };
     lineSpacing_ =
         add(QStringLiteral("Spacing"), QStringLiteral("Caption Line Spacing"), InspectorRanges::lineSpacing(),
-            QStringLiteral("Extra space between lines"), &RenderRecipe::captionLineSpacing);
+            QStringLiteral("Extra space between lines"), &Caption::lineSpacing);
     sideInset_ = add(QStringLiteral("Side inset"), QStringLiteral("Caption Side Inset"), InspectorRanges::inset(),
-                     QStringLiteral("Distance to the left and right edge"), &RenderRecipe::captionPadding);
+                     QStringLiteral("Distance to the left and right edge"), &Caption::padding);
     edgeInset_ = add(QStringLiteral("Edge inset"), QStringLiteral("Caption Edge Inset"), InspectorRanges::inset(),
-                     QStringLiteral("Distance to the upper or lower edge"), &RenderRecipe::captionVerticalPadding);
+                     QStringLiteral("Distance to the upper or lower edge"), &Caption::verticalPadding);
     opacity_ = add(QStringLiteral("Opacity"), QStringLiteral("Caption Opacity"), InspectorRanges::opacity(), QString(),
-                   &RenderRecipe::captionOpacity);
+                   &Caption::opacity);
 }
 
-void CaptionSection::edit(const QString& step, const EditHistory::RecipeEdit& edit)
+template <typename Value>
+void CaptionSection::edit(const QString& step, Value Caption::*member, const Value& value)
 {
-    context_.history.editRecipe(step, edit);
+    context_.history.editRecipe(step, [&](RenderRecipe& recipe) { captionOf(recipe).*member = value; });
 }
 
 void CaptionSection::openColor()
 {
     // A caption's transparency is a value of its own, so that its colour has none.
-    colorPopover_ = new ColorPopover(color_->swatch(), QStringLiteral("Caption Color"), context_.recipe().captionColor,
-                                     ColorPopover::Opacity::fixed, context_.screenColorPicker);
+    colorPopover_ =
+        new ColorPopover(color_->swatch(), QStringLiteral("Caption Color"), captionOf(context_.recipe()).color,
+                         ColorPopover::Opacity::fixed, context_.screenColorPicker);
     colorPopover_->setPane(context_.pane);
-    bindEdits(colorPopover_.data(), &ColorPopover::colorEdited, context_.history, colorStep, setColor);
+    bindMember(colorPopover_.data(), &ColorPopover::colorEdited, context_.history, colorStep, &Caption::color);
     colorPopover_->present();
 }
 
@@ -168,35 +170,35 @@ void CaptionSection::openPosition()
         new PositionPopover(position_, QStringLiteral("Caption Position"), scene,
                             [this](const FileUrl& photoID) { return context_.session.thumbnail(photoID); });
     positionPopover_->setPane(context_.pane);
-    bindEdits(positionPopover_.data(), &PositionPopover::positionEdited, context_.history,
-              QStringLiteral("Caption Position"),
-              [](RenderRecipe& recipe, CaptionPosition position) { recipe.captionPosition = position; });
+    bindMember(positionPopover_.data(), &PositionPopover::positionEdited, context_.history,
+               QStringLiteral("Caption Position"), &Caption::position);
     positionPopover_->present();
 }
 
 void CaptionSection::refresh()
 {
     const RenderRecipe& recipe = context_.recipe();
+    const Caption& caption = captionOf(recipe);
     const ImportedPhoto* photo = context_.session.selectedPhoto();
-    setSummary(WindowTexts::captionSummary(recipe, photo ? &photo->metadata : nullptr));
-    headerSwitch()->setChecked(recipe.captionEnabled);
-    group_->setEnabled(recipe.captionEnabled);
+    setSummary(WindowTexts::captionSummary(caption, photo ? &photo->metadata : nullptr));
+    headerSwitch()->setChecked(caption.isEnabled);
+    group_->setEnabled(caption.isEnabled);
 
     builder_->setMetadata(photo ? std::optional(photo->metadata) : std::nullopt);
-    builder_->setSegments(recipe.captionSegments);
-    builder_->setCutNote(
-        photo ? WindowTexts::captionCutNote(ImageRenderer::captionCut(photo->pixelSize, recipe, photo->metadata))
-              : QString());
-    font_->setCurrentIndex(int(recipe.captionFont));
-    size_->setValue(recipe.captionFontSize);
-    color_->setColor(recipe.captionColor);
-    alignment_->setCurrentIndex(int(recipe.captionAlignment));
-    lineSpacing_->setValue(recipe.captionLineSpacing);
-    sideInset_->setValue(recipe.captionPadding);
-    edgeInset_->setValue(recipe.captionVerticalPadding);
-    opacity_->setValue(recipe.captionOpacity);
+    builder_->setSegments(caption.segments);
+    builder_->setCutNote(photo ? WindowTexts::captionCutNote(
+                                     ImageRenderer::captionCut(photo->pixelSize, recipe, caption, photo->metadata))
+                               : QString());
+    font_->setCurrentIndex(int(caption.font));
+    size_->setValue(caption.fontSize);
+    color_->setColor(caption.color);
+    alignment_->setCurrentIndex(int(caption.alignment));
+    lineSpacing_->setValue(caption.lineSpacing);
+    sideInset_->setValue(caption.padding);
+    edgeInset_->setValue(caption.verticalPadding);
+    opacity_->setValue(caption.opacity);
     if (colorPopover_)
-        colorPopover_->setColor(recipe.captionColor);
+        colorPopover_->setColor(caption.color);
     refreshPosition(recipe);
 }
 
@@ -204,7 +206,7 @@ void CaptionSection::refreshPosition(const RenderRecipe& recipe)
 {
     const PositionScene scene = PositionScene::make(PlacedElement::caption, recipe, context_.session.selectedPhoto());
     position_->setPosition(scene.position);
-    positionRow_->setMessage(Severity::warning, recipe.captionEnabled ? scene.warning : QString());
+    positionRow_->setMessage(Severity::warning, captionOf(recipe).isEnabled ? scene.warning : QString());
     if (positionPopover_)
         positionPopover_->setScene(scene);
 }

@@ -35,7 +35,8 @@ private:
     void buildAlignment(QVBoxLayout* rows);
     void buildPosition(QVBoxLayout* rows);
     void buildMore(QVBoxLayout* rows);
-    void edit(const QString& step, const EditHistory::RecipeEdit& edit);
+    template <typename Value>
+    void edit(const QString& step, Value Caption::*member, const Value& value);
     void openColor();
     void openPosition();
     void refreshPosition(const RenderRecipe& recipe);

@@ -80,9 +80,9 @@ ValueRange opacity()
 
 } // namespace InspectorRanges
 
-void convertBorderUnit(RenderRecipe& recipe, BorderUnit unit, const std::optional<PixelSize>& size)
+void convertBorderUnit(Border& border, BorderUnit unit, const std::optional<PixelSize>& size)
 {
-    recipe.convertBorder(unit, size.value_or(usualPhoto));
+    border.convert(unit, size.value_or(usualPhoto));
 }
 
 void applyRange(SliderField* field, const ValueRange& range)

@@ -38,7 +38,7 @@ namespace InspectorRanges {
 
 /// Switches the unit and keeps the thickness that a photo of `size` shows. Without a photo, that of a usual one: 120
 /// pixels must not become 120 percent.
-void convertBorderUnit(RenderRecipe& recipe, BorderUnit unit, const std::optional<PixelSize>& size);
+void convertBorderUnit(Border& border, BorderUnit unit, const std::optional<PixelSize>& size);
 
 void applyRange(SliderField* field, const ValueRange& range);
 

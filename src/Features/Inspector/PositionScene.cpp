@@ -13,50 +13,60 @@ namespace {
 /// What a line of text takes at least, in font sizes: the renderer's own measure.
 constexpr double lineHeight = 1.2;
 
-/// Pixels of the border on each side; absent where it depends on a photo and there is none.
-std::optional<double> borderThickness(const RenderRecipe& recipe, const ImportedPhoto* photo)
+/// Pixels of the border where `position` lies in it; absent where that depends on a photo and there is none.
+std::optional<double> borderThickness(const Border& border, CaptionPosition position, const ImportedPhoto* photo)
 {
-    if (photo)
-        return std::ceil(recipe.borderWidthFor(photo->pixelSize));
-    if (recipe.borderUnit == BorderUnit::percent && recipe.borderWidth > 0)
+    if (!photo && border.unit == BorderUnit::percent && border.width > 0)
         return std::nullopt;
-    return std::max(recipe.borderWidth, 0.0);
+    const SideLengths lengths = border.around(photo ? photo->pixelSize : PixelSize());
+    const double length = position < CaptionPosition::borderBottomLeft ? lengths.top : lengths.bottom;
+    return photo ? std::ceil(length) : length;
+}
+
+QString captionWarning(const RenderRecipe& recipe, const Caption& caption, const ImportedPhoto* photo)
+{
+    const auto thickness = borderThickness(recipe.border, caption.position, photo);
+    if (!thickness || !isInBorder(caption.position))
+        return {};
+    const double room = *thickness - std::max(caption.verticalPadding, 0.0);
+    const bool fits = photo ? !ImageRenderer::captionCut(photo->pixelSize, recipe, caption, photo->metadata).isCut()
+                            : room >= lineHeight * caption.fontSize;
+    return fits ? QString() : QStringLiteral("The border is too thin for the caption.");
+}
+
+QString logoWarning(const RenderRecipe& recipe, const ImportedPhoto* photo)
+{
+    if (!recipe.logo || !isInBorder(recipe.logo->position))
+        return {};
+    const auto thickness = borderThickness(recipe.border, recipe.logo->position, photo);
+    const bool fits = !thickness || *thickness - std::max(recipe.logo->verticalPadding, 0.0) >= 1;
+    return fits ? QString() : QStringLiteral("The border is too thin for the logo.");
 }
 
 } // namespace
 
 QString borderWarning(PlacedElement element, const RenderRecipe& recipe, const ImportedPhoto* photo)
 {
-    const std::optional<double> thickness = borderThickness(recipe, photo);
-    if (!thickness)
-        return {};
-    if (element == PlacedElement::caption) {
-        const double room = *thickness - std::max(recipe.captionVerticalPadding, 0.0);
-        const bool fits = !isInBorder(recipe.captionPosition) ||
-                          (photo ? !ImageRenderer::captionCut(photo->pixelSize, recipe, photo->metadata).isCut()
-                                 : room >= lineHeight * recipe.captionFontSize);
-        return fits ? QString() : QStringLiteral("The border is too thin for the caption.");
-    }
-    const bool isAffected = recipe.logo && isInBorder(recipe.logo->position);
-    const bool fits = !isAffected || *thickness - std::max(recipe.logo->verticalPadding, 0.0) >= 1;
-    return fits ? QString() : QStringLiteral("The border is too thin for the logo.");
+    return element == PlacedElement::caption ? captionWarning(recipe, recipe.captions.front(), photo)
+                                             : logoWarning(recipe, photo);
 }
 
 PositionScene PositionScene::make(PlacedElement element, const RenderRecipe& recipe, const ImportedPhoto* photo)
 {
     const bool showsLogo = recipe.logo && recipe.logo->isEnabled;
+    const Caption& caption = recipe.captions.front();
     PositionScene scene;
     scene.element = element;
     if (element == PlacedElement::caption) {
-        scene.position = recipe.captionPosition;
+        scene.position = caption.position;
         if (showsLogo)
             scene.other = recipe.logo->position;
     } else {
         scene.position = recipe.logo ? recipe.logo->position : LogoConfiguration::placeholder().position;
-        if (recipe.captionEnabled)
-            scene.other = recipe.captionPosition;
+        if (caption.isEnabled)
+            scene.other = caption.position;
     }
-    scene.borderColor = recipe.borderColor;
+    scene.borderColor = recipe.border.color;
     if (photo && photo->pixelSize.height > 0)
         scene.aspectRatio = photo->pixelSize.aspectRatio();
     if (photo)

@@ -44,15 +44,15 @@ QColor photoColor(const QColor& border)
     return backdrops.gray;
 }
 
-void paintFrame(QPainter& painter, const QRect& box, const PresetPayload& payload)
+void paintFrame(QPainter& painter, const QRect& box, const Border& border)
 {
-    const QColor border = ColorText::toQColor(payload.borderColor);
+    const QColor color = ColorText::toQColor(border.color);
     painter.setPen(QPen(themeColor(&ThemeColors::border), 1));
-    painter.setBrush(border);
+    painter.setBrush(color);
     painter.drawRoundedRect(QRectF(box).adjusted(0.5, 0.5, -0.5, -0.5), 2, 2);
     const QRectF inside = QRectF(box).adjusted(1, 1, -1, -1);
-    const double width = std::round(drawnBorderWidth(payload, inside.height()));
-    painter.fillRect(inside.adjusted(width, width, -width, -width), photoColor(border));
+    const double width = std::round(drawnBorderWidth(border, inside.height()));
+    painter.fillRect(inside.adjusted(width, width, -width, -width), photoColor(color));
 }
 
 std::vector<QUuid> ids(const std::vector<PhotoPreset>& presets)
@@ -154,7 +154,7 @@ void PresetRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
     painter->setRenderHint(QPainter::Antialiasing);
     const bool hovered = option.state.testFlag(QStyle::State_MouseOver);
     paintListRow(*painter, QRectF(option.rect).adjusted(0, 1, 0, -1), option, hovered);
-    paintFrame(*painter, frameBox(option.rect), preset.payload);
+    paintFrame(*painter, frameBox(option.rect), preset.payload.framing.border);
 
     const int nameHeight = theme.lineHeight(TextRole::strong);
     const int summaryHeight = theme.lineHeight(TextRole::small);

@@ -17,29 +17,28 @@ constexpr double exaggeration = 2;
 constexpr double leastShare = 0.04;
 constexpr double greatestShare = 0.35;
 
-QString borderText(const PresetPayload& payload)
+QString borderText(const Border& border)
 {
-    const int fractionDigits = payload.borderUnit == BorderUnit::percent ? 1 : 0;
-    return QStringLiteral("%1 %2").arg(Localization::number(payload.borderWidth, fractionDigits),
-                                       suffix(payload.borderUnit));
+    const int fractionDigits = border.unit == BorderUnit::percent ? 1 : 0;
+    return QStringLiteral("%1 %2").arg(Localization::number(border.width, fractionDigits), suffix(border.unit));
 }
 
 } // namespace
 
 QString payloadSummary(const PresetPayload& payload)
 {
-    return QStringList{
-        borderText(payload), payload.captionEnabled ? QStringLiteral("caption") : QStringLiteral("no caption"),
-        payload.logo ? QStringLiteral("logo") : QStringLiteral("no logo"), rawValue(payload.exportFormat)}
+    const RenderRecipe& recipe = payload.framing;
+    return QStringList{borderText(recipe.border),
+                       recipe.showsCaption() ? QStringLiteral("caption") : QStringLiteral("no caption"),
+                       recipe.logo ? QStringLiteral("logo") : QStringLiteral("no logo"), rawValue(payload.exportFormat)}
         .join(QStringLiteral(" · "));
 }
 
-double drawnBorderWidth(const PresetPayload& payload, double side)
+double drawnBorderWidth(const Border& border, double side)
 {
-    if (!(payload.borderWidth > 0))
+    if (!(border.width > 0))
         return 0;
-    const double share =
-        payload.borderUnit == BorderUnit::percent ? payload.borderWidth / 100 : payload.borderWidth / usualShortSide;
+    const double share = border.unit == BorderUnit::percent ? border.width / 100 : border.width / usualShortSide;
     return side * std::clamp(leastShare + share * exaggeration, leastShare, greatestShare);
 }
 

@@ -12,6 +12,6 @@ namespace ferrow {
 
 /// The border of a little frame that is drawn with a shorter side of `side`, in the same unit: wider than to scale, so
 /// that thin can be told from wide, and never so wide that no photo is left.
-[[nodiscard]] double drawnBorderWidth(const PresetPayload& payload, double side);
+[[nodiscard]] double drawnBorderWidth(const Border& border, double side);
 
 } // namespace ferrow

@@ -258,7 +258,7 @@ try {
 void PreviewPicture::prepareCaption()
 {
     const QSize size = view_.pictureRect().size();
-    if (!isStandIn() || !recipe_.captionEnabled || !view_.hasPicture() || size == captionSize_)
+    if (!isStandIn() || !recipe_.showsCaption() || !view_.hasPicture() || size == captionSize_)
         return;
     captionSize_ = size;
     caption_ = {};
@@ -297,7 +297,7 @@ void PreviewPicture::paint(QPainter& painter, const QColor& backdrop) const
         paintRendered(painter);
     else
         paintStandIn(painter);
-    if (needsHairline(recipe().borderColor, backdrop)) {
+    if (needsHairline(recipe().border.color, backdrop)) {
         painter.setPen(QPen(hairlineColor, 1));
         painter.setBrush(Qt::NoBrush);
         const QRect rect = view_.pictureRect();
@@ -307,7 +307,7 @@ void PreviewPicture::paint(QPainter& painter, const QColor& backdrop) const
 
 void PreviewPicture::paintStandIn(QPainter& painter) const
 {
-    painter.fillRect(view_.pictureRect(), ColorText::toQColor(recipe_.borderColor));
+    painter.fillRect(view_.pictureRect(), ColorText::toQColor(recipe_.border.color));
     paintBare(painter);
     for (const Lettering& part : caption_)
         painter.drawImage(view_.pictureRect().topLeft() + part.place, part.image);

@@ -1,0 +1,172 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Models/Caption.h"
+
+#include <utility>
+
+namespace ferrow {
+
+namespace {
+
+/// Text between two braces' worth of template: a separator when it is exactly one, else literal text.
+CaptionSegment::Content literal(const QString& text)
+{
+    if (const auto separator = fromRawValue<CaptionSeparator>(text))
+        return *separator;
+    return text;
+}
+
+} // namespace
+
+QString displayName(MetadataToken token)
+{
+    switch (token) {
+    case MetadataToken::filename:
+        return QStringLiteral("Filename");
+    case MetadataToken::captureDate:
+        return QStringLiteral("Capture Date");
+    case MetadataToken::camera:
+        return QStringLiteral("Camera");
+    case MetadataToken::cameraMake:
+        return QStringLiteral("Camera Make");
+    case MetadataToken::cameraModel:
+        return QStringLiteral("Camera Model");
+    case MetadataToken::lens:
+        return QStringLiteral("Lens");
+    case MetadataToken::focalLength:
+        return QStringLiteral("Focal Length");
+    case MetadataToken::aperture:
+        return QStringLiteral("Aperture");
+    case MetadataToken::shutterSpeed:
+        return QStringLiteral("Shutter Speed");
+    case MetadataToken::iso:
+        return QStringLiteral("ISO");
+    case MetadataToken::exposureCompensation:
+        return QStringLiteral("Exposure Compensation");
+    case MetadataToken::artist:
+        return QStringLiteral("Artist");
+    case MetadataToken::copyright:
+        return QStringLiteral("Copyright");
+    case MetadataToken::title:
+        return QStringLiteral("Title");
+    case MetadataToken::caption:
+        return QStringLiteral("Caption");
+    case MetadataToken::year:
+        return QStringLiteral("Year");
+    }
+    return {};
+}
+
+QString templateValue(MetadataToken token)
+{
+    return u'{' + rawValue(token) + u'}';
+}
+
+QString displayName(CaptionSeparator separator)
+{
+    switch (separator) {
+    case CaptionSeparator::middleDot:
+        return QStringLiteral("Middle dot  \u00B7");
+    case CaptionSeparator::verticalBar:
+        return QStringLiteral("Vertical bar  |");
+    case CaptionSeparator::emDash:
+        return QStringLiteral("Em dash  \u2014");
+    case CaptionSeparator::lineBreak:
+        return QStringLiteral("Line break");
+    }
+    return {};
+}
+
+QString chipLabel(CaptionSeparator separator)
+{
+    return separator == CaptionSeparator::lineBreak ? QStringLiteral("\u21B5") : rawValue(separator).trimmed();
+}
+
+const std::vector<CaptionSegment>& CaptionSegment::defaultCaption()
+{
+    static const std::vector<CaptionSegment> segments{
+        {.content = MetadataToken::camera}, {.content = CaptionSeparator::middleDot}, {.content = MetadataToken::lens}};
+    return segments;
+}
+
+std::vector<CaptionSegment> CaptionSegment::parse(const QString& captionTemplate)
+{
+    std::vector<CaptionSegment> segments;
+    const auto append = [&](Content content) { segments.push_back({.content = std::move(content)}); };
+
+    qsizetype position = 0;
+    while (position < captionTemplate.size()) {
+        const qsizetype open = captionTemplate.indexOf(u'{', position);
+        const qsizetype literalEnd = open < 0 ? captionTemplate.size() : open;
+        if (literalEnd > position)
+            append(literal(captionTemplate.mid(position, literalEnd - position)));
+        if (open < 0)
+            break;
+
+        const qsizetype close = captionTemplate.indexOf(u'}', open);
+        if (close < 0) {
+            append(captionTemplate.mid(open));
+            break;
+        }
+        if (const auto token =
+                fromRawValue<MetadataToken>(QStringView(captionTemplate).mid(open + 1, close - open - 1)))
+            append(*token);
+        else
+            append(captionTemplate.mid(open, close - open + 1));
+        position = close + 1;
+    }
+    return segments;
+}
+
+QString CaptionSegment::templateValue() const
+{
+    if (const auto* text = std::get_if<QString>(&content))
+        return *text;
+    if (const auto* token = std::get_if<MetadataToken>(&content))
+        return ferrow::templateValue(*token);
+    return rawValue(std::get<CaptionSeparator>(content));
+}
+
+QString CaptionSegment::templateOf(const std::vector<CaptionSegment>& segments)
+{
+    QString text;
+    for (const CaptionSegment& segment : segments)
+        text += segment.templateValue();
+    return text;
+}
+
+bool isInBorder(CaptionPosition position)
+{
+    return position >= CaptionPosition::borderTopLeft;
+}
+
+QString Caption::captionTemplate() const
+{
+    return CaptionSegment::templateOf(segments);
+}
+
+void Caption::setCaptionTemplate(const QString& captionTemplate)
+{
+    segments = CaptionSegment::parse(captionTemplate);
+}
+
+void feed(ValueHash& hash, const CaptionSegment& segment)
+{
+    feed(hash, segment.id);
+    feed(hash, static_cast<std::int64_t>(segment.content.index()));
+    std::visit([&](const auto& content) { feed(hash, content); }, segment.content);
+}
+
+void feed(ValueHash& hash, const Caption& caption)
+{
+    feed(hash, caption.isEnabled);
+    feed(hash, caption.segments);
+    feed(hash, caption.position);
+    feed(hash, caption.font);
+    feed(hash, caption.fontSize);
+    feed(hash, caption.color);
+    feed(hash, caption.alignment);
+    for (const double number : {caption.lineSpacing, caption.padding, caption.verticalPadding, caption.opacity})
+        feed(hash, number);
+}
+
+} // namespace ferrow

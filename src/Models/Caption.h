@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Models/CodedEnum.h"
+#include "Models/RGBAColor.h"
+#include "Models/ValueHash.h"
+
+#include <QString>
+#include <QUuid>
+
+#include <variant>
+#include <vector>
+
+namespace ferrow {
+
+enum class MetadataToken {
+    filename,
+    captureDate,
+    camera,
+    cameraMake,
+    cameraModel,
+    lens,
+    focalLength,
+    aperture,
+    shutterSpeed,
+    iso,
+    exposureCompensation,
+    artist,
+    copyright,
+    title,
+    caption,
+    year
+};
+/// Label in menus and on chips: "Capture Date".
+[[nodiscard]] QString displayName(MetadataToken token);
+/// "{captureDate}".
+[[nodiscard]] QString templateValue(MetadataToken token);
+
+enum class CaptionSeparator { middleDot, verticalBar, emDash, lineBreak };
+/// Label in menus, with two spaces before the symbol.
+[[nodiscard]] QString displayName(CaptionSeparator separator);
+/// Glyph on a chip.
+[[nodiscard]] QString chipLabel(CaptionSeparator separator);
+
+/// One chip of a caption: text kept exactly, a metadata token, or a separator.
+struct CaptionSegment {
+    using Content = std::variant<QString, MetadataToken, CaptionSeparator>;
+
+    QUuid id = QUuid::createUuid();
+    Content content;
+
+    /// Token camera, middle dot, token lens; the identifiers are made once for the whole process.
+    [[nodiscard]] static const std::vector<CaptionSegment>& defaultCaption();
+    /// Segments of a template string, each with a fresh identifier.
+    [[nodiscard]] static std::vector<CaptionSegment> parse(const QString& captionTemplate);
+    [[nodiscard]] QString templateValue() const;
+    /// The template string that parse() reads as these.
+    [[nodiscard]] static QString templateOf(const std::vector<CaptionSegment>& segments);
+
+    bool operator==(const CaptionSegment&) const = default;
+};
+
+enum class CaptionPosition {
+    imageTopLeft,
+    imageTopCenter,
+    imageTopRight,
+    imageCenterLeft,
+    imageCenter,
+    imageCenterRight,
+    imageBottomLeft,
+    imageBottomCenter,
+    imageBottomRight,
+    borderTopLeft,
+    borderTopCenter,
+    borderTopRight,
+    borderBottomLeft,
+    borderBottomCenter,
+    borderBottomRight
+};
+[[nodiscard]] bool isInBorder(CaptionPosition position);
+
+enum class CaptionFont { system, rounded, serif, monospaced, avenirNext };
+enum class CaptionAlignment { left, center, right };
+/// One text on a framed photo. Lengths are output pixels at full size.
+struct Caption {
+    bool isEnabled = true;
+    std::vector<CaptionSegment> segments = CaptionSegment::defaultCaption();
+    CaptionPosition position = CaptionPosition::borderBottomRight;
+    CaptionFont font = CaptionFont::system;
+    double fontSize = 48;
+    RGBAColor color = RGBAColor::black;
+    CaptionAlignment alignment = CaptionAlignment::right;
+    double lineSpacing = 8;
+    double padding = 36;
+    double verticalPadding = 16;
+    double opacity = 0.9;
+
+    /// The text form of the segments. Setting it makes segments with fresh identifiers.
+    [[nodiscard]] QString captionTemplate() const;
+    void setCaptionTemplate(const QString& captionTemplate);
+
+    bool operator==(const Caption&) const = default;
+};
+
+template <>
+struct CodedCases<MetadataToken> {
+    static constexpr std::array<CodedCase<MetadataToken>, 16> table{
+        {{MetadataToken::filename, u"filename"},
+         {MetadataToken::captureDate, u"captureDate"},
+         {MetadataToken::camera, u"camera"},
+         {MetadataToken::cameraMake, u"cameraMake"},
+         {MetadataToken::cameraModel, u"cameraModel"},
+         {MetadataToken::lens, u"lens"},
+         {MetadataToken::focalLength, u"focalLength"},
+         {MetadataToken::aperture, u"aperture"},
+         {MetadataToken::shutterSpeed, u"shutterSpeed"},
+         {MetadataToken::iso, u"iso"},
+         {MetadataToken::exposureCompensation, u"exposureCompensation"},
+         {MetadataToken::artist, u"artist"},
+         {MetadataToken::copyright, u"copyright"},
+         {MetadataToken::title, u"title"},
+         {MetadataToken::caption, u"caption"},
+         {MetadataToken::year, u"year"}}};
+};
+
+template <>
+struct CodedCases<CaptionSeparator> {
+    static constexpr std::array<CodedCase<CaptionSeparator>, 4> table{{{CaptionSeparator::middleDot, u" \u00B7 "},
+                                                                       {CaptionSeparator::verticalBar, u" | "},
+                                                                       {CaptionSeparator::emDash, u" \u2014 "},
+                                                                       {CaptionSeparator::lineBreak, u"\n"}}};
+};
+
+template <>
+struct CodedCases<CaptionPosition> {
+    static constexpr std::array<CodedCase<CaptionPosition>, 15> table{
+        {{CaptionPosition::imageTopLeft, u"Image \u00B7 Top Left"},
+         {CaptionPosition::imageTopCenter, u"Image \u00B7 Top Center"},
+         {CaptionPosition::imageTopRight, u"Image \u00B7 Top Right"},
+         {CaptionPosition::imageCenterLeft, u"Image \u00B7 Center Left"},
+         {CaptionPosition::imageCenter, u"Image \u00B7 Center"},
+         {CaptionPosition::imageCenterRight, u"Image \u00B7 Center Right"},
+         {CaptionPosition::imageBottomLeft, u"Image \u00B7 Bottom Left"},
+         {CaptionPosition::imageBottomCenter, u"Image \u00B7 Bottom Center"},
+         {CaptionPosition::imageBottomRight, u"Image \u00B7 Bottom Right"},
+         {CaptionPosition::borderTopLeft, u"Border \u00B7 Top Left"},
+         {CaptionPosition::borderTopCenter, u"Border \u00B7 Top Center"},
+         {CaptionPosition::borderTopRight, u"Border \u00B7 Top Right"},
+         {CaptionPosition::borderBottomLeft, u"Border \u00B7 Bottom Left"},
+         {CaptionPosition::borderBottomCenter, u"Border \u00B7 Bottom Center"},
+         {CaptionPosition::borderBottomRight, u"Border \u00B7 Bottom Right"}}};
+};
+
+template <>
+struct CodedCases<CaptionFont> {
+    static constexpr std::array<CodedCase<CaptionFont>, 5> table{{{CaptionFont::system, u"System"},
+                                                                  {CaptionFont::rounded, u"Rounded"},
+                                                                  {CaptionFont::serif, u"New York"},
+                                                                  {CaptionFont::monospaced, u"Monospaced"},
+                                                                  {CaptionFont::avenirNext, u"Avenir Next"}}};
+};
+
+template <>
+struct CodedCases<CaptionAlignment> {
+    static constexpr std::array<CodedCase<CaptionAlignment>, 3> table{{{CaptionAlignment::left, u"Left"},
+                                                                       {CaptionAlignment::center, u"Center"},
+                                                                       {CaptionAlignment::right, u"Right"}}};
+};
+
+void feed(ValueHash& hash, const CaptionSegment& segment);
+void feed(ValueHash& hash, const Caption& caption);
+
+} // namespace ferrow
+
+template <>
+struct std::hash<ferrow::CaptionSegment> : ferrow::ValueHasher {
+};
+template <>
+struct std::hash<ferrow::Caption> : ferrow::ValueHasher {
+};
