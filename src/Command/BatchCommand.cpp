@@ -15,12 +15,9 @@
 #include "Platform/Base/Cancellation.h"
 #include "Platform/Files/FilePlacement.h"
 #include "Platform/Files/FileStatus.h"
-#include "Platform/Files/FolderWalk.h"
 #include "Shared/UserFacingError.h"
 
 #include <QJsonArray>
-
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <memory>
