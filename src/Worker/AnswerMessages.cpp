@@ -25,7 +25,6 @@ constexpr int maximumDepth = 4;
 constexpr std::int64_t largestNumber = std::int64_t(1) << 40;
 
 enum class Tag : std::uint8_t { number, text, numbers, texts, map };
-constexpr Tag lastTag = Tag::map;
 
 void write(ByteWriter& writer, const PropertyMap& map, int depth);
 
@@ -98,7 +97,7 @@ auto readList(ByteReader& reader, ReadOne readOne)
 
 PropertyValue readValue(ByteReader& reader, int depth)
 {
-    switch (reader.enumerator(lastTag)) {
+    switch (reader.enumerator<Tag>()) {
     case Tag::number:
         return {readNumber(reader)};
     case Tag::text:
@@ -143,8 +142,8 @@ AnsweredPicture readPicture(ByteReader& reader)
 {
     AnsweredPicture picture;
     picture.size = readSize(reader, 0, Engine::maximumSourceSide);
-    picture.format.alpha = reader.enumerator(Alpha::premultiplied);
-    picture.space = reader.enumerator(WellKnown::rec2020);
+    picture.format.alpha = reader.enumerator<Alpha>();
+    picture.space = readSpace(reader);
     const bool isEmpty = picture.size == PixelSize{};
     if (!isEmpty &&
         (picture.size.shorterSide() < 1 || picture.size.width * picture.size.height > Engine::maximumSourcePixels))
@@ -176,7 +175,7 @@ Inspected readInspected(ByteReader& reader)
 {
     Inspected inspected;
     Engine::InspectAnswer& answer = inspected.answer;
-    answer.type = reader.enumerator(SupportedImageType::heic);
+    answer.type = reader.enumerator<SupportedImageType>();
     answer.storedSize = readSize(reader, 1, Engine::maximumSourceSide);
     if (answer.storedSize.width * answer.storedSize.height > Engine::maximumSourcePixels)
         reader.fail();
@@ -200,7 +199,6 @@ enum class Refusal : std::uint8_t {
     encodingFailed,
     outputWriteFailed
 };
-constexpr Refusal lastRefusal = Refusal::outputWriteFailed;
 constexpr int largestErrorNumber = 4095; // MAX_ERRNO of the kernel.
 
 void write(ByteWriter& writer, const PhotoRefused& refused)
@@ -243,7 +241,7 @@ QString readLabel(ByteReader& reader)
 ImagePipelineError readRefusal(ByteReader& reader)
 {
     using Error = ImagePipelineError;
-    switch (reader.enumerator(lastRefusal)) {
+    switch (reader.enumerator<Refusal>()) {
     case Refusal::plain:
         return plainRefusals[reader.number<std::uint8_t>(0, plainRefusals.size() - 1)];
     case Refusal::unsupportedType:
@@ -271,8 +269,10 @@ ImagePipelineError readRefusal(ByteReader& reader)
 LogoAssetError::Case readLogoRefusal(ByteReader& reader)
 {
     using Case = LogoAssetError::Case;
-    const Case error = reader.enumerator(Case::unreasonableDimensions);
-    if (error == Case::fileTooLarge)
+    const auto error = reader.enumerator<Case>();
+    // The rest is for the caller to find out.
+    constexpr std::array refusals{Case::malformed, Case::unsupportedType, Case::unreasonableDimensions};
+    if (std::ranges::find(refusals, error) == refusals.end())
         reader.fail();
     return error;
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Platform/Base/EnumCases.h"
+
 #include <QString>
 
 #include <algorithm>
@@ -78,11 +80,11 @@ public:
         return least;
     }
     [[nodiscard]] bool flag() { return number<std::uint8_t>(0, 1) == 1; }
-    /// One of the enumeration's cases, which count from 0 to `last`.
+    /// One of the enumeration's cases, which count from 0.
     template <typename Enum>
-    [[nodiscard]] Enum enumerator(Enum last)
+    [[nodiscard]] Enum enumerator()
     {
-        return Enum(number<std::uint8_t>(0, std::uint8_t(last)));
+        return Enum(number<std::uint8_t>(0, std::uint8_t(lastEnumerator<Enum{}>())));
     }
     [[nodiscard]] QString text(qsizetype limit)
     {

@@ -16,6 +16,9 @@ void write(ByteWriter& writer, PixelSize size);
 /// Each side within the given range.
 [[nodiscard]] PixelSize readSize(ByteReader& reader, std::int64_t least, std::int64_t most);
 
+/// A space that pictures come in: one of the well-known RGB spaces, or none.
+[[nodiscard]] WellKnown readSpace(ByteReader& reader);
+
 /// The pixels alone, without gaps between rows.
 void writePixels(ByteWriter& writer, const Bitmap& picture);
 /// Into a picture of its size. The reader fails where the bytes are not there.

@@ -8,6 +8,17 @@
 
 namespace ferrow::Worker {
 
+namespace {
+
+/// Requests and answers each count on from their first.
+template <MessageKind First>
+bool isFrom(MessageKind kind)
+{
+    return kind >= First && kind <= lastEnumerator<First>();
+}
+
+} // namespace
+
 std::optional<MessageHeader> parseHeader(std::span<const std::byte, headerLength> bytes)
 {
     ByteReader reader(bytes);
@@ -16,8 +27,8 @@ std::optional<MessageHeader> parseHeader(std::span<const std::byte, headerLength
     header.job = reader.number<std::uint32_t>();
     header.bodyLength = reader.number<std::uint32_t>(0, maximumBodyLength);
     header.descriptorCount = reader.number<std::uint32_t>(0, maximumDescriptors);
-    const bool isRequest = header.kind >= MessageKind::setup && header.kind <= MessageKind::stop;
-    const bool isAnswer = header.kind >= MessageKind::hello && header.kind <= MessageKind::cancelled;
+    const bool isRequest = isFrom<MessageKind::setup>(header.kind);
+    const bool isAnswer = isFrom<MessageKind::hello>(header.kind);
     if (!reader.isWhole() || !(isRequest || isAnswer))
         return std::nullopt;
     return header;
@@ -53,6 +64,14 @@ PixelSize readSize(ByteReader& reader, std::int64_t least, std::int64_t most)
     const auto width = reader.number<std::int64_t>(least, most);
     const auto height = reader.number<std::int64_t>(least, most);
     return {width, height};
+}
+
+WellKnown readSpace(ByteReader& reader)
+{
+    const auto space = reader.enumerator<WellKnown>();
+    if (space != WellKnown::none && ColorProfile::of(space).isEmpty())
+        reader.fail();
+    return space;
 }
 
 void writePixels(ByteWriter& writer, const Bitmap& picture)

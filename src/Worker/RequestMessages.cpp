@@ -54,7 +54,7 @@ void write(ByteWriter& writer, const ColorProfile& profile)
 
 ColorProfile readProfile(ByteReader& reader)
 {
-    const ColorProfile known = ColorProfile::of(reader.enumerator(WellKnown::rec2020));
+    const ColorProfile known = ColorProfile::of(readSpace(reader));
     const auto icc = reader.raw(reader.number<std::uint32_t>(0, largestProfile));
     if (icc.empty())
         return known;
@@ -113,7 +113,7 @@ Engine::Composition readComposition(ByteReader& reader, int overlayMemory)
     composition.borderColor = readColor(reader);
     composition.photoX = reader.number<std::int64_t>(-farthest, farthest);
     composition.photoY = reader.number<std::int64_t>(-farthest, farthest);
-    composition.colorProfile = reader.enumerator(OutputColorProfile::preserveSource);
+    composition.colorProfile = reader.enumerator<OutputColorProfile>();
     const auto count = reader.number<std::uint32_t>(0, maximumOverlays);
     std::size_t offset = 0;
     for (std::uint32_t i = 0; i < count && reader.isSound(); ++i)
@@ -238,7 +238,7 @@ void readRest(ByteReader& reader, Engine::InspectRequest& request, int)
 void readRest(ByteReader& reader, Engine::FrameRequest& request, int overlayMemory)
 {
     request.expectedSize = readSize(reader, 1, largestSide);
-    request.format = reader.enumerator(ExportFormat::heic);
+    request.format = reader.enumerator<ExportFormat>();
     request.quality = reader.number<double>(0, 1);
     for (auto* field : fieldsOf(request.metadata))
         *field = readOptionalText(reader);
