@@ -8,14 +8,12 @@
 #include "Platform/Base/TaskGroup.h"
 #include "Platform/Files/FileStatus.h"
 #include "Platform/Files/FolderWalk.h"
-#include "Platform/Files/ImageTypeNames.h"
+#include "Platform/Files/ImageTypes.h"
 #include "Shared/UserFacingError.h"
 
 #include <algorithm>
-#include <array>
 #include <iterator>
 #include <set>
-#include <string_view>
 #include <utility>
 #include <variant>
 
@@ -25,14 +23,6 @@ namespace {
 
 struct Unread {};
 using Outcome = std::variant<Unread, ImportedPhoto, BatchExportFailure>;
-
-bool isSupportedExtension(const QByteArray& extension)
-{
-    static constexpr std::array<std::string_view, 7> supported{"jpg", "jpeg", "png", "tif", "tiff", "heic", "heif"};
-    const QByteArray lower = extension.toLower();
-    return std::find(supported.begin(), supported.end(), std::string_view(lower.constData(), size_t(lower.size()))) !=
-           supported.end();
-}
 
 std::vector<FileUrl> deduplicated(const std::vector<FileUrl>& urls)
 {
@@ -57,7 +47,7 @@ BatchExportFailure failureOf(const FileUrl& url, const QString& message)
 BatchExportFailure unsupportedFailure(const FileUrl& url)
 {
     const QByteArray extension = url.pathExtension();
-    QString description = ImageTypeNames::description(extension).value_or(QString());
+    QString description = ImageTypes::description(extension).value_or(QString());
     if (description.isEmpty())
         description = extension.isEmpty() ? QStringLiteral("This file type") : QString::fromUtf8(extension).toUpper();
     const ImagePipelineError error = ImagePipelineError::UnsupportedType{description};
@@ -88,9 +78,9 @@ BatchImportScan scan(const std::vector<FileUrl>& roots)
         }
         const int failure = walkFolder(root, [&found](const FileUrl& item) {
             const QByteArray extension = item.pathExtension();
-            if (isSupportedExtension(extension))
+            if (ImageTypes::isPhotoExtension(extension))
                 found.candidates.push_back(item);
-            else if (ImageTypeNames::isImageExtension(extension))
+            else if (ImageTypes::isImageExtension(extension))
                 found.unsupported.push_back(item);
         });
         if (failure != 0)

@@ -49,7 +49,7 @@ void printPhotoJson(const ImportedPhoto& photo)
         metadata.insert(name, value);
     QJsonObject object = pathObject(photo.url);
     object.insert(QStringLiteral("ok"), true);
-    object.insert(QStringLiteral("type"), rawValue(photo.type));
+    object.insert(QStringLiteral("type"), inputType(photo.type).code);
     object.insert(QStringLiteral("width"), qint64(photo.pixelSize.width));
     object.insert(QStringLiteral("height"), qint64(photo.pixelSize.height));
     object.insert(QStringLiteral("colorProfile"), photo.colorProfileName);
@@ -60,8 +60,8 @@ void printPhotoJson(const ImportedPhoto& photo)
 void printPhoto(const ImportedPhoto& photo)
 {
     printLine(photo.url.displayPath());
-    printLine(
-        QStringLiteral("  %1, %2, %3").arg(rawValue(photo.type), photo.pixelSize.formatted(), photo.colorProfileName));
+    printLine(QStringLiteral("  %1, %2, %3")
+                  .arg(inputType(photo.type).code, photo.pixelSize.formatted(), photo.colorProfileName));
     for (const auto& [name, value] : fields(photo.metadata))
         if (name != QLatin1StringView("filename"))
             printLine(QStringLiteral("  %1: %2").arg(name, onOneLine(value)));

@@ -41,7 +41,7 @@ OutputType outputType(ExportFormat format)
 JobSize jobSize(const OpenedPhoto& photo, std::int64_t bytes)
 {
     const PixelSize size = photo.decoder->storedSize();
-    return {size.width * size.height, photo.type == SupportedImageType::heic, bytes};
+    return {size.width * size.height, photo.type == FileType::heif, bytes};
 }
 
 OpenedPhoto openExpectedPhoto(const SourceFile& source, PixelSize expected)
@@ -96,26 +96,14 @@ LogoAssetError logoError(LogoAssetError::Case value)
     return {.value = value};
 }
 
-QByteArray logoExtension(const ByteSource& source, FileType& type)
+const InputType& logoType(const ByteSource& source)
 {
     const std::optional<DetectedType> detected = detectFileType(source);
     if (!detected)
         throw logoError(LogoAssetError::Case::malformed);
-    if (!detected->type)
+    if (!detected->type || inputType(*detected->type).logoExtension.isEmpty())
         throw logoError(LogoAssetError::Case::unsupportedType);
-    type = *detected->type;
-    switch (type) {
-    case FileType::png:
-        return "png";
-    case FileType::tiff:
-        return "tiff";
-    case FileType::pdf:
-        return "pdf";
-    case FileType::jpeg:
-    case FileType::heif:
-        break;
-    }
-    throw logoError(LogoAssetError::Case::unsupportedType);
+    return inputType(*detected->type);
 }
 
 void validateLogoSize(PixelSize size)
@@ -264,10 +252,10 @@ LogoAnswer InProcessAnswerer::rasteriseLogo(const LogoRequest& request, const st
     throwIfCancelled(stop);
     try {
         const ByteSource source(request.source.descriptor, request.source.size);
-        FileType type{};
+        const InputType& input = logoType(source);
         LogoAnswer answer;
-        answer.fileExtension = logoExtension(source, type);
-        if (type == FileType::pdf) {
+        answer.fileExtension = QByteArray(input.logoExtension.data(), input.logoExtension.size());
+        if (input.type == FileType::pdf) {
             observer_->headerRead({.bytes = MemoryNeed::ofPage(request.maximumDimension)});
             answer.picture = rasterisePdf(source, request.maximumDimension);
         } else {

@@ -48,32 +48,17 @@ auto translated(Stage stage, Work&& work)
     }
 }
 
-FileType supportedFileType(const ByteSource& source)
+FileType photoType(const ByteSource& source)
 {
     const std::optional<DetectedType> detected = detectFileType(source);
     if (!detected)
         throw ImagePipelineError(ImagePipelineError::malformedImage);
     if (!detected->type)
         throw ImagePipelineError(ImagePipelineError::UnsupportedType{detected->description});
-    if (*detected->type == FileType::pdf)
-        throw ImagePipelineError(ImagePipelineError::UnsupportedType{QStringLiteral("PDF document")});
-    return *detected->type;
-}
-
-SupportedImageType supportedType(FileType type)
-{
-    switch (type) {
-    case FileType::jpeg:
-        return SupportedImageType::jpeg;
-    case FileType::png:
-        return SupportedImageType::png;
-    case FileType::tiff:
-        return SupportedImageType::tiff;
-    case FileType::heif:
-    case FileType::pdf:
-        break;
-    }
-    return SupportedImageType::heic;
+    const InputType& input = inputType(*detected->type);
+    if (!input.isPhoto)
+        throw ImagePipelineError(ImagePipelineError::UnsupportedType{input.description});
+    return input.type;
 }
 
 void validateStoredSize(PixelSize size)
@@ -212,13 +197,12 @@ OpenedPhoto openPhoto(const SourceFile& source, const DecodeOptions& options)
     return translated(Stage::header, [&] {
         OpenedPhoto photo;
         photo.source = std::make_unique<const ByteSource>(source.descriptor, source.size);
-        const FileType type = supportedFileType(*photo.source);
-        photo.type = supportedType(type);
-        photo.decoder = openDecoder(type, *photo.source, options);
+        photo.type = photoType(*photo.source);
+        photo.decoder = openDecoder(photo.type, *photo.source, options);
         validateStoredSize(photo.decoder->storedSize());
         if (photo.decoder->heldBytes() > maximumHeldBytes(photo.decoder->storedSize()))
             throw CodecError{CodecError::Reason::tooLarge, {}};
-        photo.properties = readProperties(type, *photo.source);
+        photo.properties = readProperties(photo.type, *photo.source);
         photo.orientation = orientationFrom(photo.properties);
         return photo;
     });

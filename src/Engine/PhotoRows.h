@@ -16,7 +16,7 @@ namespace ferrow::Engine {
 
 /// A photo whose header was read and found within the limits; no pixel memory has been asked for yet.
 struct OpenedPhoto {
-    SupportedImageType type = SupportedImageType::jpeg;
+    FileType type = FileType::jpeg;           ///< One of photos.
     std::unique_ptr<const ByteSource> source; ///< On the heap: the decoder keeps a reference while this moves.
     ImageProperties properties;
     int orientation = 1; ///< 1…8, as the Exif and TIFF tag count them.

@@ -43,7 +43,7 @@ struct InspectRequest {
 };
 
 struct InspectAnswer {
-    SupportedImageType type = SupportedImageType::jpeg;
+    FileType type = FileType::jpeg; ///< One of photos.
     PixelSize storedSize;
     PixelSize uprightSize;
     ImageProperties properties;

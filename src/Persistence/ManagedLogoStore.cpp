@@ -10,6 +10,8 @@
 #include "Platform/Files/FileAccess.h"
 #include "Platform/Files/FilePlacement.h"
 #include "Platform/Files/FileStatus.h"
+#include "Platform/Files/FolderWalk.h"
+#include "Platform/Files/ImageTypes.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -37,9 +39,8 @@ Engine::LogoAnswer rasterise(const OpenedFile& file, std::int64_t maximumDimensi
 {
     const auto dimension = std::clamp<std::int64_t>(maximumDimension, 1, Engine::maximumLogoSide);
     Engine::LogoAnswer answer = Engine::answerer().rasteriseLogo({{file.descriptor(), file.size()}, dimension}, stop);
-    // The extension becomes part of a file name, so it must be one of the three.
-    const QByteArray& extension = answer.fileExtension;
-    if (extension != "png" && extension != "tiff" && extension != "pdf")
+    // The extension becomes part of a file name.
+    if (!ImageTypes::isLogoExtension(answer.fileExtension))
         throw LogoAssetError{LogoAssetError::Case::unsupportedType};
     if (answer.picture.isNull())
         throw LogoAssetError{LogoAssetError::Case::malformed};

@@ -11,7 +11,7 @@
 #include "Features/WindowParts/WindowActions.h"
 #include "Features/WindowParts/WindowColumns.h"
 #include "Platform/Desktop/Portal.h"
-#include "Platform/Files/ImageTypeNames.h"
+#include "Platform/Files/ImageTypes.h"
 #include "Session/EditSteps.h"
 #include "Session/WindowTexts.h"
 #include "Widgets/ConfirmSheet.h"
@@ -44,7 +44,7 @@ int carriedPhotoCount(const QMimeData& data)
 {
     const QList<QUrl> urls = data.urls();
     const bool arePhotos = std::ranges::all_of(urls, [](const QUrl& url) {
-        return ImageTypeNames::isImageExtension(url.fileName().section(u'.', -1).toLatin1());
+        return ImageTypes::isImageExtension(url.fileName().section(u'.', -1).toLatin1());
     });
     return arePhotos ? carriedFileCount(data) : 0;
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Window/FilePanels.h"
 
+#include "Platform/Files/ImageTypes.h"
+
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -12,11 +14,18 @@ namespace ferrow {
 namespace {
 
 /// Name filters tell upper from lower case, so both are listed.
-QString filter(const QString& name, const QStringList& extensions)
+template <typename Wanted>
+QString filter(const QString& name, const Wanted& isWanted)
 {
     QStringList patterns;
-    for (const QString& extension : extensions)
-        patterns << QStringLiteral("*.") + extension << QStringLiteral("*.") + extension.toUpper();
+    for (const InputType& input : inputTypes()) {
+        if (!isWanted(input))
+            continue;
+        for (const std::string_view word : input.extensions) {
+            const auto extension = QString::fromLatin1(word.data(), qsizetype(word.size()));
+            patterns << QStringLiteral("*.") + extension << QStringLiteral("*.") + extension.toUpper();
+        }
+    }
     return QStringLiteral("%1 (%2)").arg(name, patterns.join(u' '));
 }
 
@@ -24,13 +33,9 @@ QStringList filters(PanelRequest::Kind kind)
 {
     const QString allFiles = QStringLiteral("All Files (*)");
     if (kind == PanelRequest::Kind::photos)
-        return {filter(QStringLiteral("Photos"),
-                       {QStringLiteral("jpg"), QStringLiteral("jpeg"), QStringLiteral("png"), QStringLiteral("tif"),
-                        QStringLiteral("tiff"), QStringLiteral("heic"), QStringLiteral("heif")}),
-                allFiles};
-    return {filter(QStringLiteral("Logos"),
-                   {QStringLiteral("png"), QStringLiteral("tif"), QStringLiteral("tiff"), QStringLiteral("pdf")}),
-            allFiles};
+        return {filter(QStringLiteral("Photos"), [](const InputType& input) { return input.isPhoto; }), allFiles};
+    const auto isLogo = [](const InputType& input) { return !input.logoExtension.isEmpty(); };
+    return {filter(QStringLiteral("Logos"), isLogo), allFiles};
 }
 
 /// The user's pictures, or home where there are none.

@@ -175,7 +175,9 @@ Inspected readInspected(ByteReader& reader)
 {
     Inspected inspected;
     Engine::InspectAnswer& answer = inspected.answer;
-    answer.type = reader.enumerator<SupportedImageType>();
+    answer.type = reader.enumerator<FileType>();
+    if (!inputType(answer.type).isPhoto)
+        reader.fail();
     answer.storedSize = readSize(reader, 1, Engine::maximumSourceSide);
     if (answer.storedSize.width * answer.storedSize.height > Engine::maximumSourcePixels)
         reader.fail();
@@ -327,7 +329,7 @@ LogoRasterised readLogo(ByteReader& reader)
     LogoRasterised logo;
     const auto extension = reader.raw(reader.number<std::uint8_t>(1, 8));
     logo.fileExtension = QByteArray(reinterpret_cast<const char*>(extension.data()), qsizetype(extension.size()));
-    if (logo.fileExtension != "png" && logo.fileExtension != "tiff" && logo.fileExtension != "pdf")
+    if (!ImageTypes::isLogoExtension(logo.fileExtension))
         reader.fail();
     logo.picture = readPicture(reader);
     return logo;

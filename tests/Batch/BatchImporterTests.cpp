@@ -58,9 +58,10 @@ TEST_F(BatchImporterTest, sortsWhatAFolderHolds)
 {
     for (const char* name : {"in", "in/folder.jpg", "in/My.app", "in/.hidden", "elsewhere"})
         ::mkdir(folder.file(name).path().constData(), 0777);
-    for (const char* name : {"in/a.JPG", "in/c.cr2", "in/d.gif", "in/.hidden.jpg", "in/notes.txt", "in/jpg",
-                             "in/x.jpg.part", "in/folder.jpg/inside.png", "in/My.app/icon.png", "in/.hidden/e.jpg",
-                             "elsewhere/far.jpg", "in/caf\xe9.jpg", "in/g\nh.tiff"})
+    for (const char* name :
+         {"in/a.JPG", "in/c.cr2", "in/d.gif", "in/.hidden.jpg", "in/notes.txt", "in/jpg", "in/x.jpg.part", "in/k.HIF",
+          "in/l.jfif", "in/m.jpe", "in/folder.jpg/inside.png", "in/My.app/icon.png", "in/.hidden/e.jpg",
+          "elsewhere/far.jpg", "in/caf\xe9.jpg", "in/g\nh.tiff"})
         folder.write(name, "");
     test::makeLink(folder.file("in/linked.jpg"), "../elsewhere/far.jpg");
     test::makeLink(folder.file("in/linkedFolder"), "../elsewhere");
@@ -69,7 +70,7 @@ TEST_F(BatchImporterTest, sortsWhatAFolderHolds)
     const BatchImportScan scan = BatchImporter::scan({folder.file("in")});
     EXPECT_THAT(below(scan.candidates), UnorderedElementsAreArray(std::vector<QByteArray>{
                                             "in/a.JPG", "in/folder.jpg/inside.png", "in/linked.jpg", "in/dangling.jpg",
-                                            "in/caf\xe9.jpg", "in/g\nh.tiff"}));
+                                            "in/caf\xe9.jpg", "in/g\nh.tiff", "in/k.HIF", "in/l.jfif", "in/m.jpe"}));
     EXPECT_THAT(below(scan.unsupported), ElementsAre("in/c.cr2", "in/d.gif"));
 }
 

@@ -65,6 +65,23 @@ TEST(FileType, knowsSignaturesAndTakesNoTextsForPictures)
     });
 }
 
+TEST(FileType, callsATypeWhatItsExtensionDoes)
+{
+    const QByteArray filler(32, '\0');
+    const std::tuple<const char*, QByteArray> rows[] = {
+        {"bmp", "BM" + bigEndian(0, 12) + QByteArray(1, 40) + filler},
+        {"dng", tiffFile({{50706, 1, 4, QByteArray("\1\4\0\0", 4)}})},
+        {"ico", QByteArray("\0\0\1\0\1\0", 6) + filler},
+        {"kdc", tiffFile({textTag(271, "Eastman Kodak"), shortTag(262, 32803)})},
+        {"pgm", "P5\n2 2\n255\n" + filler},
+        {"psd", "8BPS" + filler},
+        {"raw", tiffFile({shortTag(262, 32803)})},
+        {"xcf", "gimp xcf file" + filler},
+    };
+    for (const auto& [extension, bytes] : rows)
+        EXPECT_EQ(detected(bytes), ImageTypes::description(extension)->toUtf8());
+}
+
 TEST(FileType, tellsRawsFromTiffs)
 {
     const auto withSubDirectory = [](const QByteArray& make, const std::vector<TiffTag>& tags) {

@@ -30,7 +30,7 @@ TEST(ImageLoader, readsSizeTypeTextsAndAReducedPictureByContent)
     const QByteArray bytes =
         test::withOrientation(test::encoded(OutputType::jpeg, test::flat({2000, 1000}, rgb8, {9, 9, 9}), metadata), 8);
     const ImportedPhoto photo = ImageLoader::load(folder.write("misnamed \xe9.png", bytes));
-    EXPECT_EQ(photo.type, SupportedImageType::jpeg);
+    EXPECT_EQ(photo.type, FileType::jpeg);
     EXPECT_EQ(photo.pixelSize, (PixelSize{1000, 2000}));
     EXPECT_EQ(photo.previewSource.size(), (PixelSize{800, 1600}));
     EXPECT_EQ(photo.metadata.cameraMake, QStringLiteral("FUJIFILM"));

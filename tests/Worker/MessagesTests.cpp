@@ -67,7 +67,8 @@ TEST(Messages, areNotBelievedBeyondTheirLimits)
     refused("picture without height", [](Inspected& a) { a.picture = {{5, 0}, rgb8, WellKnown::sRGB, {}}; });
     refused("picture of another size", [](Inspected& a) { a.picture.size = {5, 6}; });
     refused("grey space", [](Inspected& a) { a.picture.space = WellKnown::sGray; });
-    refused("type", [](Inspected& a) { a.answer.type = SupportedImageType(4); });
+    refused("a type beyond the last", [](Inspected& a) { a.answer.type = FileType(5); });
+    refused("a type of logos alone", [](Inspected& a) { a.answer.type = FileType::pdf; });
     const ImagePipelineError steersTerminal = ImagePipelineError::UnsupportedType{QStringLiteral("\x1b[2J")};
     for (const Answer& answer :
          {Answer{1, PhotoRefused{steersTerminal}}, Answer{2, HeaderRead{-1, false, 0, false}},

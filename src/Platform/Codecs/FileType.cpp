@@ -82,22 +82,22 @@ QLatin1StringView rawNameForMake(const TiffStructure& structure, const TiffDirec
         QLatin1StringView name;
     };
     static constexpr std::array makers{
-        Maker{"nikon", QLatin1StringView("Nikon NEF raw image")},
-        Maker{"sony", QLatin1StringView("Sony ARW raw image")},
-        Maker{"pentax", QLatin1StringView("Pentax PEF raw image")},
-        Maker{"ricoh", QLatin1StringView("Pentax PEF raw image")},
-        Maker{"canon", QLatin1StringView("Canon CR2 raw image")},
-        Maker{"samsung", QLatin1StringView("Samsung SRW raw image")},
-        Maker{"hasselblad", QLatin1StringView("Hasselblad 3FR raw image")},
-        Maker{"phase one", QLatin1StringView("Phase One IIQ raw image")},
-        Maker{"seiko epson", QLatin1StringView("Epson ERF raw image")},
-        Maker{"eastman kodak", QLatin1StringView("Kodak raw image")},
+        Maker{"nikon", ImageTypeNames::nikonNef},
+        Maker{"sony", ImageTypeNames::sonyArw},
+        Maker{"pentax", ImageTypeNames::pentax},
+        Maker{"ricoh", ImageTypeNames::pentax},
+        Maker{"canon", ImageTypeNames::canonCr2},
+        Maker{"samsung", ImageTypeNames::samsung},
+        Maker{"hasselblad", ImageTypeNames::hasselblad3fr},
+        Maker{"phase one", ImageTypeNames::phaseOne},
+        Maker{"seiko epson", ImageTypeNames::epson},
+        Maker{"eastman kodak", ImageTypeNames::kodak},
     };
     const TiffEntry* entry = directory.find(makeTag);
     const QByteArray make = entry ? structure.bytes(*entry, 64).toLower() : QByteArray();
     const auto maker = std::find_if(makers.begin(), makers.end(),
                                     [&](const Maker& candidate) { return make.startsWith(candidate.make); });
-    return maker == makers.end() ? QLatin1StringView("Camera raw image") : maker->name;
+    return maker == makers.end() ? ImageTypeNames::raw : maker->name;
 }
 
 /// Judged by what the directories hold, never by the maker alone: the makers' own programs export ordinary TIFFs too.
@@ -107,7 +107,7 @@ Detection detectTiff(const TiffStructure& structure)
     if (!first)
         return withCodec(FileType::tiff);
     if (first->find(dngVersionTag))
-        return withoutCodec(QLatin1StringView("Adobe DNG raw image"));
+        return withoutCodec(ImageTypeNames::dng);
     if (holdsSensorData(structure, *first))
         return withoutCodec(rawNameForMake(structure, *first));
 
@@ -123,16 +123,16 @@ Detection detectTiff(const TiffStructure& structure)
 Detection detectTiffFamily(const ByteSource& source, QByteArrayView head)
 {
     if (head.startsWith("IIRO") || head.startsWith("IIRS") || head.startsWith("MMOR"))
-        return withoutCodec(QLatin1StringView("Olympus ORF raw image"));
+        return withoutCodec(ImageTypeNames::olympus);
     if (head.startsWith(QByteArrayView("IIU\0", 4)))
-        return withoutCodec(QLatin1StringView("Panasonic RW2 raw image"));
+        return withoutCodec(ImageTypeNames::panasonic);
     if (head.startsWith("II\x1a") && head.sliced(3).startsWith(QByteArrayView("\0\0\0HEAPCCDR", 11)))
-        return withoutCodec(QLatin1StringView("Canon CRW raw image"));
+        return withoutCodec(ImageTypeNames::canonCrw);
     const auto structure = TiffStructure::open(source);
     if (!structure)
         return std::nullopt;
     if (head.size() > 10 && head.sliced(8).startsWith("CR\x02"))
-        return withoutCodec(QLatin1StringView("Canon CR2 raw image"));
+        return withoutCodec(ImageTypeNames::canonCr2);
     return detectTiff(*structure);
 }
 
@@ -257,9 +257,9 @@ Detection detectBaseMedia(const ByteSource& source, QByteArrayView head)
         note(head.sliced(i, 4));
 
     if (isBrandOf(major, {"crx "}))
-        return withoutCodec(QLatin1StringView("Canon CR3 raw image"));
+        return withoutCodec(ImageTypeNames::canonCr3);
     if (isHeif || isAvif)
-        return isAv1Coded(source, isAvif) ? withoutCodec(QLatin1StringView("AVIF image")) : withCodec(FileType::heif);
+        return isAv1Coded(source, isAvif) ? withoutCodec(ImageTypeNames::avif) : withCodec(FileType::heif);
     if (isBrandOf(major, {"qt  "}))
         return withoutCodec(QLatin1StringView("QuickTime movie"));
     if (isBrandOf(major, {"isom", "iso2", "iso4", "iso5", "iso6", "mp41", "mp42", "avc1", "M4V ", "MSNV"}))
@@ -276,22 +276,22 @@ struct Signature {
 Detection detectBySignature(QByteArrayView head)
 {
     static const std::array signatures{
-        Signature{0, "GIF87a", QLatin1StringView("GIF image")},
-        Signature{0, "GIF89a", QLatin1StringView("GIF image")},
-        Signature{0, "8BPS", QLatin1StringView("Photoshop document")},
-        Signature{0, "v/1\x01", QLatin1StringView("OpenEXR image")},
-        Signature{0, "#?RADIANCE", QLatin1StringView("Radiance HDR image")},
-        Signature{0, "#?RGBE", QLatin1StringView("Radiance HDR image")},
-        Signature{0, "gimp xcf ", QLatin1StringView("GIMP image (XCF)")},
-        Signature{0, "FUJIFILMCCD-RAW", QLatin1StringView("Fujifilm RAF raw image")},
-        Signature{0, "FOVb", QLatin1StringView("Sigma X3F raw image")},
-        Signature{0, {"\0MRM", 4}, QLatin1StringView("Minolta MRW raw image")},
-        Signature{0, {"\0\0\0\x0cjP  \r\n\x87\n", 12}, QLatin1StringView("JPEG 2000 image")},
-        Signature{0, "\xff\x4f\xff\x51", QLatin1StringView("JPEG 2000 image")},
-        Signature{0, {"\0\0\0\x0cJXL \r\n\x87\n", 12}, QLatin1StringView("JPEG XL image")},
-        Signature{0, "\xff\x0a", QLatin1StringView("JPEG XL image")},
-        Signature{0, "\xc5\xd0\xd3\xc6", QLatin1StringView("EPS image")},
-        Signature{0, "%!PS-Adobe", QLatin1StringView("EPS image")},
+        Signature{0, "GIF87a", ImageTypeNames::gif},
+        Signature{0, "GIF89a", ImageTypeNames::gif},
+        Signature{0, "8BPS", ImageTypeNames::photoshop},
+        Signature{0, "v/1\x01", ImageTypeNames::openExr},
+        Signature{0, "#?RADIANCE", ImageTypeNames::radiance},
+        Signature{0, "#?RGBE", ImageTypeNames::radiance},
+        Signature{0, "gimp xcf ", ImageTypeNames::gimp},
+        Signature{0, "FUJIFILMCCD-RAW", ImageTypeNames::fujifilm},
+        Signature{0, "FOVb", ImageTypeNames::sigma},
+        Signature{0, {"\0MRM", 4}, ImageTypeNames::minolta},
+        Signature{0, {"\0\0\0\x0cjP  \r\n\x87\n", 12}, ImageTypeNames::jpeg2000},
+        Signature{0, "\xff\x4f\xff\x51", ImageTypeNames::jpeg2000},
+        Signature{0, {"\0\0\0\x0cJXL \r\n\x87\n", 12}, ImageTypeNames::jpegXl},
+        Signature{0, "\xff\x0a", ImageTypeNames::jpegXl},
+        Signature{0, "\xc5\xd0\xd3\xc6", ImageTypeNames::eps},
+        Signature{0, "%!PS-Adobe", ImageTypeNames::eps},
         Signature{4, "moov", QLatin1StringView("QuickTime movie")},
         Signature{4, {"mdat", 4}, QLatin1StringView("QuickTime movie")},
         Signature{4, {"wide\0\0", 6}, QLatin1StringView("QuickTime movie")},
@@ -310,20 +310,20 @@ Detection detectByHeader(QByteArrayView head)
     if (head.size() < 16)
         return std::nullopt;
     if (head.startsWith("RIFF") && head.sliced(8).startsWith("WEBP"))
-        return withoutCodec(QLatin1StringView("WebP image"));
+        return withoutCodec(ImageTypeNames::webp);
     // The length of a bitmap's second header names its version: 12 to 124 bytes.
     if (head.startsWith("BM") && byteAt(14) >= 12 && byteAt(14) <= 124 && byteAt(15) == 0)
-        return withoutCodec(QLatin1StringView("Windows BMP image"));
+        return withoutCodec(ImageTypeNames::bmp);
     if (head.startsWith(QByteArrayView("\0\0\1\0", 4)) && byteAt(4) + byteAt(5) > 0 && byteAt(9) == 0)
-        return withoutCodec(QLatin1StringView("Windows icon"));
+        return withoutCodec(ImageTypeNames::icon);
     const int pcxBits = byteAt(3);
     if (byteAt(0) == 10 && byteAt(1) <= 5 && byteAt(2) == 1 &&
         (pcxBits == 1 || pcxBits == 2 || pcxBits == 4 || pcxBits == 8))
-        return withoutCodec(QLatin1StringView("PCX image"));
+        return withoutCodec(ImageTypeNames::pcx);
     const char* const blanks = " \t\r\n#";
     if (byteAt(0) == 'P' && byteAt(1) >= '1' && byteAt(1) <= '7' && byteAt(2) != 0 &&
         QByteArrayView(blanks).contains(head[2]))
-        return withoutCodec(QLatin1StringView("Netpbm image"));
+        return withoutCodec(ImageTypeNames::netpbm);
     return std::nullopt;
 }
 
@@ -336,7 +336,7 @@ Detection detectText(QByteArrayView head)
     const bool startsAsSvg = text.startsWith("<svg") || text.startsWith("<?xml") || text.startsWith("<!--") ||
                              text.startsWith("<!DOCTYPE svg");
     if (startsAsSvg && text.contains("<svg"))
-        return withoutCodec(QLatin1StringView("SVG image"));
+        return withoutCodec(ImageTypeNames::svg);
     if (head.first(std::min(head.size(), pdfHeaderReach)).contains("%PDF-"))
         return withCodec(FileType::pdf);
     return std::nullopt;
@@ -350,7 +350,7 @@ Detection detectByFooter(const ByteSource& source)
     constexpr std::int64_t signatureLength = 18; // The footer ends with it.
     if (source.size() >= headerLength + footerLength &&
         bytesAt(source, source.size() - signatureLength, signatureLength) == QByteArrayView("TRUEVISION-XFILE.\0", 18))
-        return withoutCodec(QLatin1StringView("TGA image"));
+        return withoutCodec(ImageTypeNames::targa);
     return std::nullopt;
 }
 

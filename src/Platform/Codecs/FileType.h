@@ -2,15 +2,13 @@
 #pragma once
 
 #include "Platform/Base/ByteSource.h"
+#include "Platform/Files/ImageTypes.h"
 
 #include <QString>
 
 #include <optional>
 
 namespace ferrow {
-
-/// The containers that have a codec here.
-enum class FileType { jpeg, png, tiff, heif, pdf };
 
 /// What a file's first bytes say it is.
 struct DetectedType {
