@@ -10,7 +10,6 @@
 #include "Platform/Files/FileAccess.h"
 #include "Platform/Files/FilePlacement.h"
 #include "Platform/Files/FileStatus.h"
-#include "Platform/Files/FolderWalk.h"
 #include "Platform/Files/ImageTypes.h"
 
 #include <algorithm>

@@ -12,10 +12,14 @@ EditHistory::EditHistory(PhotoSession& session, ExportSession& exportSession, QO
 {
 }
 
+EditHistory::~EditHistory() = default;
+
 void EditHistory::push(std::unique_ptr<QUndoCommand> step)
 {
-    if (!step->isObsolete())
-        stack_.push(step.release());
+    if (step->isObsolete())
+        return;
+    keepPreview();
+    stack_.push(step.release());
 }
 
 void EditHistory::editRecipe(const QString& name, const RecipeEdit& edit)
@@ -23,6 +27,38 @@ void EditHistory::editRecipe(const QString& name, const RecipeEdit& edit)
     RenderRecipe recipe = session_.activeRecipe();
     edit(recipe);
     push(std::make_unique<FramingStep>(session_, name, Framing::active(session_), recipe, gesture()));
+}
+
+void EditHistory::preview(const QString& name, const RecipeEdit& edit)
+{
+    const Framing framing = Framing::active(session_);
+    if (preview_ && (preview_->framing() != framing || !preview_->isInPlace()))
+        dropPreview();
+    RenderRecipe recipe = session_.activeRecipe();
+    edit(recipe);
+    if (preview_) {
+        preview_->setText(name);
+        preview_->goOnTo(recipe);
+    } else {
+        preview_ = std::make_unique<FramingStep>(session_, name, framing, recipe, gesture());
+        if (!preview_->isObsolete())
+            preview_->redo();
+    }
+    if (preview_ && preview_->isObsolete())
+        preview_.reset();
+}
+
+void EditHistory::keepPreview()
+{
+    // Doing it once more, as the stack does, changes nothing.
+    if (auto step = std::move(preview_); step && step->isInPlace())
+        push(std::move(step));
+}
+
+void EditHistory::dropPreview()
+{
+    if (const auto step = std::move(preview_); step && step->isInPlace())
+        step->takeBack();
 }
 
 void EditHistory::beginGesture()

@@ -16,6 +16,8 @@
 
 namespace ferrow {
 
+class FramingStep;
+
 /// The way of every edit from a view into the models, as steps that can be taken back. Verbs that change nothing make
 /// no step. Undo and redo of a framing show where it happens: they bring back the scope it was made in and select the
 /// photo it was made on. Names of steps read after "Undo": "Border Width". Lives on the main thread; the two sessions
@@ -27,12 +29,21 @@ public:
     using RecipeEdit = std::function<void(RenderRecipe&)>;
 
     EditHistory(PhotoSession& session, ExportSession& exportSession, QObject* parent = nullptr);
+    ~EditHistory() override;
 
     /// For undo and redo actions; nothing is pushed from outside.
     [[nodiscard]] QUndoStack& stack() { return stack_; }
 
     /// Changes the active recipe: the batch's, or the selected photo's own.
     void editRecipe(const QString& name, const RecipeEdit& edit);
+    /// Shows an edit that is still in hand, such as a text that is typed: the active recipe has it, the history does
+    /// not yet. The next preview changes what this one has left. One that is back where the first began leaves nothing.
+    void preview(const QString& name, const RecipeEdit& edit);
+    /// What is in hand becomes a step. So it does before any other edit.
+    void keepPreview();
+    /// Puts back what was there before the first preview, unless the recipe has been changed by others since.
+    void dropPreview();
+
     /// Between these two, edits of one name are one step: a slider drag, a burst of the wheel. They may nest.
     void beginGesture();
     void endGesture();
@@ -74,6 +85,7 @@ private:
     PhotoSession& session_;
     ExportSession& exportSession_;
     std::optional<RenderRecipe> copiedFraming_;
+    std::unique_ptr<FramingStep> preview_; ///< Done, and not on the stack.
     int gestureDepth_ = 0;
     std::int64_t gesture_ = 0; ///< Number of the present gesture.
     QUndoStack stack_;

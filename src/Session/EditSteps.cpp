@@ -21,15 +21,19 @@ std::optional<RenderRecipe> Framing::stored(const PhotoSession& session) const
     return own == session.photoRecipes().end() ? std::nullopt : std::optional(own->second);
 }
 
+void Framing::put(PhotoSession& session, const std::optional<RenderRecipe>& recipe) const
+{
+    if (photoID)
+        session.setPhotoRecipe(*photoID, recipe);
+    else
+        session.setBatchRecipe(*recipe);
+}
+
 void Framing::store(PhotoSession& session, const std::optional<RenderRecipe>& recipe) const
 {
     session.setRecipeScope(scope);
-    if (!photoID) {
-        session.setBatchRecipe(*recipe);
-        return;
-    }
-    session.setPhotoRecipe(*photoID, recipe);
-    if (session.indexOf(*photoID))
+    put(session, recipe);
+    if (photoID && session.indexOf(*photoID))
         session.setSelectedPhotoID(photoID);
 }
 
@@ -46,14 +50,17 @@ bool FramingStep::mergeWith(const QUndoCommand* other)
     const auto* next = dynamic_cast<const FramingStep*>(other);
     if (!next || gesture_ == 0 || next->gesture_ != gesture_ || next->framing_ != framing_ || next->text() != text())
         return false;
-    after_ = next->after_;
-    // A photo without a framing of its own that is back where the batch is was only looked at.
-    if (!before_ && after_ == session_.batchRecipe()) {
-        after_ = before_;
-        framing_.store(session_, before_);
-    }
-    setObsolete(before_ == after_);
+    goOnTo(next->after_);
     return true;
+}
+
+void FramingStep::goOnTo(const std::optional<RenderRecipe>& after)
+{
+    // A photo without a framing of its own that is back where the batch is was only looked at.
+    const bool isOnlyLookedAt = !before_ && after == session_.batchRecipe();
+    after_ = isOnlyLookedAt ? before_ : after;
+    setObsolete(before_ == after_);
+    framing_.store(session_, after_);
 }
 
 OwnFramingStep::OwnFramingStep(PhotoSession& session, const QString& name, std::vector<FileUrl> photoIDs,

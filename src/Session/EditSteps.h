@@ -26,6 +26,7 @@ struct Framing {
     [[nodiscard]] static Framing active(const PhotoSession& session);
     /// Absent for a photo that shows the batch's.
     [[nodiscard]] std::optional<RenderRecipe> stored(const PhotoSession& session) const;
+    void put(PhotoSession& session, const std::optional<RenderRecipe>& recipe) const;
     /// Stores `recipe`, and shows scope and photo.
     void store(PhotoSession& session, const std::optional<RenderRecipe>& recipe) const;
 
@@ -41,6 +42,14 @@ public:
     void redo() override { framing_.store(session_, after_); }
     [[nodiscard]] int id() const override { return 1; }
     bool mergeWith(const QUndoCommand* other) override;
+
+    [[nodiscard]] const Framing& framing() const { return framing_; }
+    /// Whether the framing is still as the step left it.
+    [[nodiscard]] bool isInPlace() const { return framing_.stored(session_) == after_; }
+    /// Leads to another recipe from now on. Obsolete where that is the one it came from.
+    void goOnTo(const std::optional<RenderRecipe>& after);
+    /// As undo, without showing where.
+    void takeBack() const { framing_.put(session_, before_); }
 
 private:
     PhotoSession& session_;

@@ -34,6 +34,28 @@ protected:
 
 } // namespace
 
+TEST_F(EditHistoryTest, showsAnEditInHandAndRecordsItOnce)
+{
+    const auto preview = [&](double width) {
+        history.preview(QStringLiteral("Border Width"), [&](RenderRecipe& recipe) { recipe.border.width = width; });
+    };
+    preview(10);
+    preview(120);
+    history.keepPreview();
+    EXPECT_EQ(stack.count(), 0) << "it is back where it began";
+    preview(10);
+    preview(20);
+    EXPECT_EQ(session.batchRecipe().border.width, 20);
+    EXPECT_EQ(stack.count(), 0);
+    history.keepPreview();
+    history.dropPreview();
+    preview(30);
+    stack.undo();
+    history.dropPreview();
+    EXPECT_EQ(session.batchRecipe().border.width, 120) << "the undo counts, not what was in hand";
+    EXPECT_FALSE(stack.canUndo());
+}
+
 TEST_F(EditHistoryTest, makesOneStepOfAGestureAndNoneOfNothing)
 {
     setBorder(120);

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Features/CaptionBuilder/CaptionBuilder.h"
 
-#include "Features/CaptionBuilder/CaptionChips.h"
 #include "Features/CaptionBuilder/ChipLayout.h"
+#include "Session/CaptionChips.h"
+#include "Session/CaptionEditing.h"
 #include "Support/TestSupport.h"
 #include "Widgets/Theme.h"
 
@@ -77,22 +78,19 @@ TEST(ChipLayout, findsTheGapUnderThePointer)
     }
 }
 
-/// A builder of three chips "abc" in a window, with what it told last.
+/// A builder of three chips "abc" in a window, with what came of it.
 class CaptionBuilderTest : public testing::Test {
 protected:
     CaptionBuilderTest()
     {
         Theme::current().setReducedMotion(true);
-        builder.setSegments(letters(QStringLiteral("abc")));
+        session.setBatchRecipe({.captions = {{.segments = letters(QStringLiteral("abc"))}}});
         builder.resize(300, 200);
         builder.show();
         well = builder.findChild<QWidget*>(QStringLiteral("captionChips"));
-        QObject::connect(&builder, &CaptionBuilder::segmentsEdited, &builder,
-                         [this](const QString& name, const auto& now) {
-                             steps.append(name + u':' + CaptionSegment::templateOf(now));
-                         });
-        QObject::connect(&builder, &CaptionBuilder::segmentsPreviewed, &builder,
-                         [this](const auto& now) { previews.append(CaptionSegment::templateOf(now)); });
+        QObject::connect(&history.stack(), &QUndoStack::indexChanged, &builder,
+                         [this] { steps.append(history.stack().undoText() + u':' + caption()); });
+        QObject::connect(&session, &PhotoSession::batchRecipeChanged, &builder, [this] { captions.append(caption()); });
         well->setFocus();
         EXPECT_TRUE(QTest::qWaitForWindowActive(&builder));
     }
@@ -115,10 +113,17 @@ protected:
         QTest::mouseMove(well, place);
     }
 
-    CaptionBuilder builder;
+    [[nodiscard]] QString caption() const { return session.batchRecipe().captions.front().captionTemplate(); }
+    [[nodiscard]] QString finished() const { return CaptionSegment::templateOf(editing.segments()); }
+
+    PhotoSession session;
+    ExportSession exportSession;
+    EditHistory history{session, exportSession};
+    CaptionEditing editing{session, history};
+    CaptionBuilder builder{editing};
     QWidget* well = nullptr;
     QStringList steps;
-    QStringList previews;
+    QStringList captions; ///< What the recipe's said, one after the other.
 };
 
 TEST_F(CaptionBuilderTest, isWorkedByKeys)
@@ -131,8 +136,8 @@ TEST_F(CaptionBuilderTest, isWorkedByKeys)
 
     type(QStringLiteral("x"));
     type(QStringLiteral("y"));
-    EXPECT_EQ(previews.last(), QStringLiteral("bxy"));
-    EXPECT_EQ(CaptionSegment::templateOf(builder.segments()), QStringLiteral("b"));
+    EXPECT_EQ(captions.last(), QStringLiteral("bxy"));
+    EXPECT_EQ(finished(), QStringLiteral("b"));
     press({Qt::Key_Return});
     EXPECT_EQ(steps.last(), QStringLiteral("Add Text:bxy"));
     EXPECT_TRUE(chip(1)->state().focused);
@@ -142,12 +147,12 @@ TEST_F(CaptionBuilderTest, restoresAndRemovesTextsThatAreTyped)
 {
     press({Qt::Key_Return});
     type(QStringLiteral("zz"));
-    EXPECT_EQ(previews.last(), QStringLiteral("zzbc"));
+    EXPECT_EQ(captions.last(), QStringLiteral("zzbc"));
     press({Qt::Key_Escape});
-    EXPECT_EQ(previews.last(), QStringLiteral("abc"));
+    EXPECT_EQ(captions.last(), QStringLiteral("abc"));
     EXPECT_TRUE(steps.isEmpty());
     press({Qt::Key_F2, Qt::Key_Backspace});
-    EXPECT_EQ(previews.last(), QStringLiteral("bc"));
+    EXPECT_EQ(captions.last(), QStringLiteral("bc"));
     press({Qt::Key_Return});
     EXPECT_EQ(steps, QStringList{QStringLiteral("Remove Text:bc")});
 }
@@ -155,13 +160,11 @@ TEST_F(CaptionBuilderTest, restoresAndRemovesTextsThatAreTyped)
 TEST_F(CaptionBuilderTest, reordersByMouseAndPutsBack)
 {
     dragFirstTo(centre(2) + QPoint(10, 0));
-    EXPECT_EQ(previews, QStringList{QStringLiteral("bca")});
-    // A model that follows previews hands them back meanwhile, which must not end the drag.
-    builder.setSegments(CaptionChips::moved(builder.segments(), 0, 3));
-    EXPECT_EQ(CaptionSegment::templateOf(builder.segments()), QStringLiteral("abc"));
+    EXPECT_EQ(captions, QStringList{QStringLiteral("bca")});
+    EXPECT_EQ(finished(), QStringLiteral("abc"));
     QTest::keyClick(well, Qt::Key_Escape);
     QTest::mouseRelease(well, Qt::LeftButton, {}, centre(2));
-    EXPECT_EQ(previews.last(), QStringLiteral("abc"));
+    EXPECT_EQ(captions.last(), QStringLiteral("abc"));
 
     dragFirstTo(QPoint(100, 180));
     QTest::mouseRelease(well, Qt::LeftButton, {}, QPoint(100, 180));

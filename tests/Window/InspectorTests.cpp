@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Features/Inspector/CaptionDraft.h"
 #include "Features/Inspector/InspectorView.h"
 #include "Features/Inspector/PickedColor.h"
 #include "Features/Inspector/PositionGrid.h"
 #include "Features/Inspector/PositionScene.h"
+#include "Session/EditHistory.h"
 #include "Widgets/ColorWell.h"
 #include "Widgets/Overlay.h"
 #include "Widgets/SegmentedControl.h"
@@ -188,22 +188,6 @@ TEST_F(Inspector, recordsPopoversInRunsAndFollowsUndoWhileTheyAreOpen)
     key(Qt::Key_Up);
     EXPECT_EQ(recipe().captions.front().position, CaptionPosition::imageBottomCenter);
     EXPECT_EQ(history.stack().count(), 1);
-}
-
-TEST_F(Inspector, showsACaptionInHandAndRecordsItOnce)
-{
-    const RenderRecipe before = recipe();
-    CaptionDraft draft(session, history);
-    draft.preview(CaptionSegment::parse(QStringLiteral("a")));
-    EXPECT_EQ(recipe().captions.front().captionTemplate(), QStringLiteral("a"));
-    draft.preview(before.captions.front().segments);
-    EXPECT_EQ(recipe(), before);
-    draft.preview(CaptionSegment::parse(QStringLiteral("a")));
-    draft.commit(QStringLiteral("Add Text"), CaptionSegment::parse(QStringLiteral("ab")));
-    EXPECT_EQ(recipe().captions.front().captionTemplate(), QStringLiteral("ab"));
-    history.stack().undo();
-    EXPECT_EQ(recipe(), before);
-    EXPECT_FALSE(history.stack().canUndo());
 }
 
 TEST_F(Inspector, leavesNothingOfACaptionInHandThatUndoInterrupts)

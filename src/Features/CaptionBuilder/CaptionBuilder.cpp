@@ -4,6 +4,7 @@
 #include "Features/CaptionBuilder/CaptionWell.h"
 #include "Features/CaptionBuilder/PaletteButton.h"
 #include "Features/CaptionBuilder/WrappedLabel.h"
+#include "Session/CaptionEditing.h"
 #include "Widgets/MessageLine.h"
 #include "Widgets/Theme.h"
 
@@ -12,8 +13,9 @@
 
 namespace ferrow {
 
-CaptionBuilder::CaptionBuilder(QWidget* parent)
-    : QWidget(parent), well_(new CaptionWell(this)), palette_(new QWidget(this)), reading_(new WrappedLabel(this))
+CaptionBuilder::CaptionBuilder(CaptionEditing& editing, QWidget* parent)
+    : QWidget(parent), editing_(editing), well_(new CaptionWell(editing, this)), palette_(new QWidget(this)),
+      reading_(new WrappedLabel(this))
 {
     buildPalette();
     reading_->setObjectName(QStringLiteral("captionReading"));
@@ -30,8 +32,9 @@ CaptionBuilder::CaptionBuilder(QWidget* parent)
     column->addWidget(reading_);
     column->addWidget(makeNote(cut_, QStringLiteral("captionCutNote")));
     column->addWidget(makeNote(missing_, QStringLiteral("missingTokensNote")));
-    connectWell();
-    read({});
+    connectPalette();
+    connect(&editing_, &CaptionEditing::changed, this, &CaptionBuilder::read);
+    read();
 }
 
 void CaptionBuilder::buildPalette()
@@ -76,60 +79,25 @@ void CaptionBuilder::showNote(MessageLine* line, const QString& text)
     line->parentWidget()->setVisible(!text.isEmpty());
 }
 
-void CaptionBuilder::connectWell()
+void CaptionBuilder::connectPalette()
 {
-    connect(well_, &CaptionWell::edited, this, [this](const QString& stepName, const auto& segments) {
-        read(segments);
-        emit segmentsEdited(stepName, segments);
-    });
-    connect(well_, &CaptionWell::previewed, this, [this](const auto& segments) {
-        read(segments);
-        emit segmentsPreviewed(segments);
-    });
-    connect(well_, &CaptionWell::interrupted, this, &CaptionBuilder::interrupted);
     for (PaletteButton* button : buttons_) {
         const CaptionChips::Kind kind = button->kind();
         connect(button, &QPushButton::clicked, well_, [this, button, kind] {
-            if (kind == CaptionChips::Kind::text)
-                well_->startText(well_->endGap());
-            else
-                well_->startChoice(kind, well_->endGap(), button->mapToGlobal(QPoint(0, button->height() + 2)));
+            well_->startChip(kind, editing_.endGap(), button->mapToGlobal(QPoint(0, button->height() + 2)));
         });
-        connect(button, &PaletteButton::dragStarted, well_, [this, button, kind](const QPoint& pointer) {
-            well_->beginPaletteDrag(kind, button->text(), pointer);
-        });
-        connect(button, &PaletteButton::dragMoved, well_, &CaptionWell::dragTo);
-        connect(button, &PaletteButton::dropped, well_, &CaptionWell::drop);
-        connect(button, &PaletteButton::dragGivenUp, well_, &CaptionWell::giveUpDrag);
+        connect(button, &PaletteButton::dragStarted, well_,
+                [this, button, kind](const QPoint& pointer) { well_->startDrag(kind, button->text(), pointer); });
+        connect(button, &PaletteButton::dragMoved, &well_->drag(), &ChipDrag::moveTo);
+        connect(button, &PaletteButton::dropped, &well_->drag(), &ChipDrag::drop);
+        connect(button, &PaletteButton::dragGivenUp, &well_->drag(), &ChipDrag::giveUp);
     }
-}
-
-void CaptionBuilder::setSegments(const std::vector<CaptionSegment>& segments)
-{
-    well_->setSegments(segments);
-    // What is typed or dragged goes on being read, and tells itself.
-    if (!well_->isBusy() && segments != read_)
-        read(segments);
-}
-
-void CaptionBuilder::setMetadata(const std::optional<PhotoMetadata>& metadata)
-{
-    if (metadata == metadata_)
-        return;
-    metadata_ = metadata;
-    well_->setMetadata(metadata);
-    read(read_);
 }
 
 void CaptionBuilder::setCutNote(const QString& text)
 {
     if (text != cut_->text())
         showNote(cut_, text);
-}
-
-const std::vector<CaptionSegment>& CaptionBuilder::segments() const
-{
-    return well_->segments();
 }
 
 void CaptionBuilder::resizeEvent(QResizeEvent* event)
@@ -155,15 +123,16 @@ void CaptionBuilder::fitPalette()
         button->setShowsIcon(isColumn || withIcons <= width());
 }
 
-void CaptionBuilder::read(const std::vector<CaptionSegment>& segments)
+void CaptionBuilder::read()
 {
-    read_ = segments;
-    const CaptionChips::Reading reading = CaptionChips::reading(read_, metadata_);
+    const CaptionChips::Segments& chips = editing_.drafted();
+    const auto& metadata = editing_.metadata();
+    const CaptionChips::Reading reading = CaptionChips::reading(chips, metadata);
     reading_->setText(reading.text);
     setTextRole(reading_, reading.isHint ? TextRole::body : TextRole::strong,
                 reading.isHint ? &ThemeColors::text2 : &ThemeColors::text);
     const QString note =
-        metadata_ ? CaptionChips::missingNote(CaptionChips::missingTokens(read_, *metadata_)) : QString();
+        metadata ? CaptionChips::missingNote(CaptionChips::missingTokens(chips, *metadata)) : QString();
     showNote(missing_, note);
 }
 

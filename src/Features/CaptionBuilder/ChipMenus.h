@@ -1,33 +1,24 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Features/CaptionBuilder/CaptionChips.h"
+#include "Session/CaptionEditing.h"
 
-#include <QMenu>
+#include <QPoint>
 
 #include <functional>
 #include <optional>
 
+class QWidget;
+
+/// The menus of the well. Each goes when it closes.
 namespace ferrow::ChipMenus {
 
 using Chosen = std::function<void(const CaptionSegment::Content& content)>;
 
-/// Fills a menu with all tokens, the present one ticked, each beside its value in the shown photo.
-void addTokens(QMenu& menu, std::optional<MetadataToken> current, const std::optional<PhotoMetadata>& metadata,
-               const Chosen& chosen);
-void addSeparators(QMenu& menu, std::optional<CaptionSeparator> current, const Chosen& chosen);
-
-/// What the context menu of a chip can ask for; what it adds comes after the chip.
-struct ChipCommands {
-    std::function<void()> edit;
-    std::function<void()> moveBack;
-    std::function<void()> moveOn;
-    std::function<void()> remove;
-    std::function<void()> addText;
-    Chosen change;
-    Chosen add;
-};
-void addCommands(QMenu& menu, const CaptionChips::Segments& segments, int index,
-                 const std::optional<PhotoMetadata>& metadata, const ChipCommands& commands);
+/// Lists all tokens, each beside its value in the shown photo, or all separators. The present one is ticked.
+void openChoice(QWidget& well, CaptionChips::Kind kind, const std::optional<CaptionSegment::Content>& current,
+                const std::optional<PhotoMetadata>& metadata, const QPoint& globalPlace, const Chosen& chosen);
+/// Lists what can be done with a chip; what is added comes after it.
+void openCommands(QWidget& well, CaptionEditing& editing, int index, const QPoint& globalPlace);
 
 } // namespace ferrow::ChipMenus

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Features/CaptionBuilder/CaptionChips.h"
+#include "Session/CaptionChips.h"
 
 #include <QRectF>
 #include <QString>

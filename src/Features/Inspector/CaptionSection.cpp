@@ -26,26 +26,20 @@ namespace {
 
 const QString colorStep = QStringLiteral("Caption Color");
 
-/// The caption that the section shows.
-template <typename Recipe>
-auto& captionOf(Recipe& recipe)
-{
-    return recipe.captions.front();
-}
-
 /// Sends what a control tells to one member of the caption.
 template <typename Source, typename Value, typename Member>
 void bindMember(Source* source, void (Source::*edited)(Value), EditHistory& history, const QString& step,
                 Member Caption::*member)
 {
-    bindEdits(source, edited, history, step,
-              [member](RenderRecipe& recipe, const Member& value) { captionOf(recipe).*member = value; });
+    bindEdits(source, edited, history, step, [member](RenderRecipe& recipe, const Member& value) {
+        CaptionEditing::captionOf(recipe).*member = value;
+    });
 }
 
 } // namespace
 
 CaptionSection::CaptionSection(const InspectorContext& context, QWidget* parent)
-    : Section(QStringLiteral("Caption"), parent), context_(context), draft_(context.session, context.history)
+    : Section(QStringLiteral("Caption"), parent), context_(context), editing_(context.session, context.history)
 {
     ToggleSwitch* shown = addSwitch(QStringLiteral("Show caption"));
     shown->setObjectName(QStringLiteral("captionSwitch"));
@@ -70,15 +64,9 @@ CaptionSection::CaptionSection(const InspectorContext& context, QWidget* parent)
 
 void CaptionSection::buildText()
 {
-    builder_ = new CaptionBuilder;
+    builder_ = new CaptionBuilder(editing_);
     // Its buttons give up their icons where it is narrow, rather than make the pane wider.
     builder_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    connect(
-        builder_, &CaptionBuilder::segmentsEdited, this,
-        [this](const QString& step, const std::vector<CaptionSegment>& segments) { draft_.commit(step, segments); });
-    connect(builder_, &CaptionBuilder::segmentsPreviewed, this,
-            [this](const std::vector<CaptionSegment>& segments) { draft_.preview(segments); });
-    connect(builder_, &CaptionBuilder::interrupted, this, [this] { draft_.interrupt(); });
 }
 
 void CaptionSection::buildLook(QVBoxLayout* rows)
@@ -148,15 +136,15 @@ void CaptionSection::buildMore(QVBoxLayout* rows)
 template <typename Value>
 void CaptionSection::edit(const QString& step, Value Caption::*member, const Value& value)
 {
-    context_.history.editRecipe(step, [&](RenderRecipe& recipe) { captionOf(recipe).*member = value; });
+    context_.history.editRecipe(step, [&](RenderRecipe& recipe) { CaptionEditing::captionOf(recipe).*member = value; });
 }
 
 void CaptionSection::openColor()
 {
     // A caption's transparency is a value of its own, so that its colour has none.
-    colorPopover_ =
-        new ColorPopover(color_->swatch(), QStringLiteral("Caption Color"), captionOf(context_.recipe()).color,
-                         ColorPopover::Opacity::fixed, context_.screenColorPicker);
+    colorPopover_ = new ColorPopover(color_->swatch(), QStringLiteral("Caption Color"),
+                                     CaptionEditing::captionOf(context_.recipe()).color, ColorPopover::Opacity::fixed,
+                                     context_.screenColorPicker);
     colorPopover_->setPane(context_.pane);
     bindMember(colorPopover_.data(), &ColorPopover::colorEdited, context_.history, colorStep, &Caption::color);
     colorPopover_->present();
@@ -178,14 +166,12 @@ void CaptionSection::openPosition()
 void CaptionSection::refresh()
 {
     const RenderRecipe& recipe = context_.recipe();
-    const Caption& caption = captionOf(recipe);
+    const Caption& caption = CaptionEditing::captionOf(recipe);
     const ImportedPhoto* photo = context_.session.selectedPhoto();
     setSummary(WindowTexts::captionSummary(caption, photo ? &photo->metadata : nullptr));
     headerSwitch()->setChecked(caption.isEnabled);
     group_->setEnabled(caption.isEnabled);
 
-    builder_->setMetadata(photo ? std::optional(photo->metadata) : std::nullopt);
-    builder_->setSegments(caption.segments);
     builder_->setCutNote(photo ? WindowTexts::captionCutNote(
                                      ImageRenderer::captionCut(photo->pixelSize, recipe, caption, photo->metadata))
                                : QString());
@@ -206,7 +192,8 @@ void CaptionSection::refreshPosition(const RenderRecipe& recipe)
 {
     const PositionScene scene = PositionScene::make(PlacedElement::caption, recipe, context_.session.selectedPhoto());
     position_->setPosition(scene.position);
-    positionRow_->setMessage(Severity::warning, captionOf(recipe).isEnabled ? scene.warning : QString());
+    positionRow_->setMessage(Severity::warning,
+                             CaptionEditing::captionOf(recipe).isEnabled ? scene.warning : QString());
     if (positionPopover_)
         positionPopover_->setScene(scene);
 }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Features/Inspector/CaptionDraft.h"
 #include "Features/Inspector/InspectorContext.h"
+#include "Session/CaptionEditing.h"
 #include "Widgets/Section.h"
 
 #include <QPointer>
@@ -42,7 +42,7 @@ private:
     void refreshPosition(const RenderRecipe& recipe);
 
     InspectorContext context_;
-    CaptionDraft draft_;
+    CaptionEditing editing_;
     QWidget* group_ = nullptr; ///< All rows: they rest while the caption is off.
     CaptionBuilder* builder_ = nullptr;
     QComboBox* font_ = nullptr;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Features/CaptionBuilder/CaptionChips.h"
+#include "Session/CaptionChips.h"
 
 #include "Metadata/MetadataTemplateExpander.h"
 
@@ -116,6 +116,20 @@ QString title(const CaptionSegment& segment)
         return QStringLiteral("Separator");
     }
     return {};
+}
+
+QString tip(const CaptionSegment& segment, const std::optional<PhotoMetadata>& metadata)
+{
+    if (const auto* text = std::get_if<QString>(&segment.content))
+        return *text;
+    const auto* token = std::get_if<MetadataToken>(&segment.content);
+    if (!token)
+        return label(segment);
+    if (!metadata)
+        return title(segment);
+    const QString value = MetadataTemplateExpander::tokenValue(*token, *metadata).value_or(QString());
+    return QStringLiteral("%1: %2").arg(title(segment),
+                                        value.trimmed().isEmpty() ? QStringLiteral("missing in this photo") : value);
 }
 
 QString spokenName(const Segments& segments, int index)

@@ -32,6 +32,8 @@ enum class Kind { text, token, separator };
 [[nodiscard]] QString label(const CaptionSegment& segment);
 /// For menus and steps to take back: "Aperture", "Text", "Separator".
 [[nodiscard]] QString title(const CaptionSegment& segment);
+/// What stands beside the pointer: the whole text, or "Aperture: f/2.8".
+[[nodiscard]] QString tip(const CaptionSegment& segment, const std::optional<PhotoMetadata>& metadata);
 /// For assistive technology: "Aperture, token, 2 of 5".
 [[nodiscard]] QString spokenName(const Segments& segments, int index);
 /// After a move: "Aperture, 2 of 5".

@@ -1,0 +1,221 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Session/CaptionEditing.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ferrow {
+
+namespace {
+
+QString textStep(const CaptionEditing::TextInHand& text)
+{
+    if (text.isNew)
+        return QStringLiteral("Add Text");
+    return text.text().isEmpty() ? QStringLiteral("Remove Text") : QStringLiteral("Change Text");
+}
+
+} // namespace
+
+CaptionEditing::CaptionEditing(PhotoSession& session, EditHistory& history, QObject* parent)
+    : QObject(parent), session_(session), history_(history)
+{
+    for (const auto signal :
+         {&PhotoSession::photosChanged, &PhotoSession::selectedPhotoIDChanged, &PhotoSession::batchRecipeChanged,
+          &PhotoSession::photoRecipesChanged, &PhotoSession::recipeScopeChanged})
+        connect(&session, signal, this, &CaptionEditing::follow);
+    follow();
+}
+
+/// Goes along with the models. What it has shown itself comes back to it this way as well.
+void CaptionEditing::follow()
+{
+    const ImportedPhoto* photo = session_.selectedPhoto();
+    const bool isOtherPhoto = photo ? metadata_ != photo->metadata : metadata_.has_value();
+    if (isOtherPhoto)
+        metadata_ = photo ? std::optional(photo->metadata) : std::nullopt;
+    const Framing framing = Framing::active(session_);
+    const bool isLeftBehind = (text_ || carried_) && framing != framing_;
+    framing_ = framing;
+    const Segments& now = captionOf(session_.activeRecipe()).segments;
+    if (isLeftBehind || (now != segments_ && now != drafted_)) {
+        const QUuid chip = current_ < endGap() ? segments_[std::size_t(current_)].id : QUuid();
+        segments_ = drafted_ = now;
+        current_ = indexOf(chip).value_or(clampedToRow(current_));
+        text_.reset();
+        carried_.reset();
+        history_.dropPreview();
+        emit replaced();
+    } else if (!isOtherPhoto) {
+        return;
+    }
+    update();
+}
+
+void CaptionEditing::update()
+{
+    shown_ = segments_;
+    if (text_)
+        shown_ = text_->isNew ? CaptionChips::inserted(segments_, text_->index, text_->chip)
+                              : CaptionChips::replaced(segments_, text_->index, text_->chip.content);
+    emit changed();
+}
+
+int CaptionEditing::clampedToRow(int index) const
+{
+    return std::clamp(index, 0, std::max(0, endGap() - 1));
+}
+
+std::optional<int> CaptionEditing::indexOf(const QUuid& chip) const
+{
+    const auto found = std::ranges::find(segments_, chip, &CaptionSegment::id);
+    return found == segments_.end() ? std::nullopt : std::optional(int(found - segments_.begin()));
+}
+
+/// `name` is the step's if what is in hand were finished now.
+void CaptionEditing::show(const QString& name, const Segments& drafted)
+{
+    const bool isOther = drafted != drafted_;
+    drafted_ = drafted;
+    update();
+    if (!isOther)
+        return;
+    if (drafted_ != segments_) {
+        history_.preview(name, [this](RenderRecipe& recipe) { captionOf(recipe).segments = drafted_; });
+        return;
+    }
+    history_.dropPreview();
+    // Another edit in between has made a step of what was in hand, which is not taken back by giving up the rest.
+    follow();
+}
+
+void CaptionEditing::apply(const QString& name, const Segments& segments, int current)
+{
+    segments_ = drafted_ = segments;
+    current_ = clampedToRow(current);
+    update();
+    emit revealRequested();
+    // A list of its own goes along: whoever hears of the change may have this follow other chips.
+    history_.preview(name, [&segments](RenderRecipe& recipe) { captionOf(recipe).segments = segments; });
+    history_.keepPreview();
+}
+
+void CaptionEditing::setCurrent(int index)
+{
+    if (index < 0 || index >= int(shown_.size()))
+        return;
+    current_ = index;
+    emit revealRequested();
+    emit currentMoved();
+}
+
+void CaptionEditing::remove(int index)
+{
+    const QString title = CaptionChips::title(segments_[std::size_t(index)]);
+    apply(QStringLiteral("Remove %1").arg(title), CaptionChips::removed(segments_, index), index);
+    if (!segments_.empty())
+        emit currentMoved();
+}
+
+void CaptionEditing::move(int index, int gap)
+{
+    const Segments row = CaptionChips::moved(segments_, index, gap);
+    if (row == segments_)
+        return;
+    const int now = CaptionChips::indexAfterMove(index, gap);
+    apply(QStringLiteral("Move %1").arg(CaptionChips::title(row[std::size_t(now)])), row, now);
+    emit moved(now);
+}
+
+void CaptionEditing::add(const CaptionSegment::Content& content, int gap)
+{
+    const CaptionSegment chip{.content = content};
+    const int place = std::min(gap, endGap());
+    apply(QStringLiteral("Add %1").arg(CaptionChips::title(chip)), CaptionChips::inserted(segments_, place, chip),
+          place);
+    emit currentMoved();
+}
+
+void CaptionEditing::change(const QUuid& chip, const CaptionSegment::Content& content)
+{
+    const std::optional<int> index = indexOf(chip);
+    if (!index || segments_[std::size_t(*index)].content == content)
+        return;
+    const QString title = CaptionChips::title(segments_[std::size_t(*index)]);
+    apply(QStringLiteral("Change %1").arg(title), CaptionChips::replaced(segments_, *index, content), *index);
+}
+
+void CaptionEditing::startText(int gap, const QString& text)
+{
+    endText(End::keep);
+    openText({.index = std::min(gap, endGap()), .chip = {.content = text}, .isNew = true});
+}
+
+void CaptionEditing::editText(int index)
+{
+    endText(End::keep);
+    openText({.index = index, .chip = segments_[std::size_t(index)]});
+}
+
+void CaptionEditing::openText(TextInHand text)
+{
+    current_ = text.index;
+    text_ = std::move(text);
+    setText(text_->text());
+    emit revealRequested();
+}
+
+void CaptionEditing::setText(const QString& typed)
+{
+    text_->chip.content = typed;
+    const auto& [index, chip, isNew] = *text_;
+    if (!typed.isEmpty())
+        show(textStep(*text_),
+             isNew ? CaptionChips::inserted(segments_, index, chip) : CaptionChips::replaced(segments_, index, typed));
+    else
+        show(textStep(*text_), isNew ? segments_ : CaptionChips::removed(segments_, index));
+}
+
+void CaptionEditing::endText(End end)
+{
+    if (!text_)
+        return;
+    const TextInHand text = *std::exchange(text_, std::nullopt);
+    const Segments drafted = drafted_;
+    if (end == End::keep && drafted != segments_) {
+        apply(textStep(text), drafted, text.index);
+        return;
+    }
+    current_ = clampedToRow(current_);
+    show({}, segments_);
+}
+
+void CaptionEditing::carry(int index)
+{
+    carried_ = index;
+    gap_.reset();
+}
+
+void CaptionEditing::carryTo(const std::optional<int>& gap)
+{
+    gap_ = gap;
+    const QString title = CaptionChips::title(segments_[std::size_t(*carried_)]);
+    show(QStringLiteral("Move %1").arg(title), gap ? CaptionChips::moved(segments_, *carried_, *gap) : segments_);
+}
+
+void CaptionEditing::letGo()
+{
+    const int index = *std::exchange(carried_, std::nullopt);
+    if (gap_)
+        move(index, *gap_);
+    else
+        show({}, segments_);
+}
+
+void CaptionEditing::putBack()
+{
+    carried_.reset();
+    show({}, segments_);
+}
+
+} // namespace ferrow
