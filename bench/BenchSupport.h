@@ -23,7 +23,7 @@ struct SourceOptions {
 void writeSourceJpeg(const std::string& path, const SourceOptions& options);
 
 /// Decodes `source` and encodes it with a white border of `border` pixels, row by row, through libjpeg-turbo alone:
-/// quality 90, 4:4:4, no Huffman optimisation, to a file. What framing costs when nothing but the codec is paid for.
+/// quality 90, 4:4:4, no Huffman optimization, to a file. What framing costs when nothing but the codec is paid for.
 void bareFrameLoop(const std::string& source, const std::string& destination, int border);
 
 /// Decodes `source` at 1/8 through libjpeg-turbo alone and drops the pixels.

@@ -3,7 +3,7 @@ add_library(ferrow_options INTERFACE)
 target_include_directories(ferrow_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
 target_compile_options(ferrow_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
                        -Wcast-align -Wimplicit-fallthrough
-                       # Designated initialisers leave members to their defaults on purpose.
+                       # Designated initializers leave members to their defaults on purpose.
                        -Wno-missing-field-initializers)
 target_compile_definitions(ferrow_options INTERFACE QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING
                            QT_NO_FOREACH _FILE_OFFSET_BITS=64)

@@ -27,7 +27,7 @@ void parse(std::span<const std::byte> message)
         expectSound(inspected->picture);
     if (const auto* region = std::get_if<Worker::RegionComposed>(&answer->content))
         expectSound(region->picture);
-    if (const auto* logo = std::get_if<Worker::LogoRasterised>(&answer->content))
+    if (const auto* logo = std::get_if<Worker::LogoRasterized>(&answer->content))
         expectSound(logo->picture);
     const auto written = Worker::encode(*answer).bytes;
     const auto again = Worker::parseAnswer(written);

@@ -111,7 +111,7 @@ void addAnswers(Seeds& seeds)
                                 {Worker::Hello{}},
                                 {Worker::HeaderRead{}},
                                 {Worker::Framed{}},
-                                {Worker::LogoRasterised{"png", inspected.picture}},
+                                {Worker::LogoRasterized{"png", inspected.picture}},
                                 {Worker::PhotoRefused{ImagePipelineError::UnreasonableDimensions{1, 2}}},
                                 {Worker::LogoRefused{}}})
         seeds.add("AnswerFuzz", answer({7, content}));

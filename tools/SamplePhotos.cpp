@@ -176,7 +176,7 @@ std::vector<FileUrl> writeSamplePhotos(const FileUrl& folder)
         {"Blue Hour", {2400, 1600}, dusk, 0.5, true, "Ada Lind"},
         {"Dunes at Four", {2400, 1350}, dunes, 0.2, false, "Ada Lind"},
         {"First Snow", {1600, 2400}, mist, 0.55, false, "Ada Lind"},
-        {"Harbour Road", {2400, 1600}, noon, 0.4, true, "Jon Arvid"},
+        {"Harbor Road", {2400, 1600}, noon, 0.4, true, "Jon Arvid"},
         {"Lake 2", {2000, 2000}, dawn, 0.35, true, "Jon Arvid"},
         {"Lake 10", {2400, 1600}, noon, 0.5, true, "Jon Arvid"},
         {"Long Shadows", {2400, 1000}, dunes, 0.3, false, ""},

@@ -43,7 +43,7 @@ public:
 
     void press(const char* objectName)
     {
-        // Of a colour well: its swatch.
+        // Of a color well: its swatch.
         const auto* host = window_.findChild<QWidget*>(QLatin1StringView(objectName));
         auto* button = window_.findChild<QAbstractButton*>(QLatin1StringView(objectName));
         if (!button && host)
@@ -106,7 +106,7 @@ void photographMain(ContentView& window, Photographer& photographer, const FileU
 void photographPopovers(Photographer& photographer)
 {
     photographer.press("borderColorWell");
-    photographer.shoot("colour-popover");
+    photographer.shoot("color-popover");
     photographer.closeOverlay();
     photographer.press("captionPositionButton");
     photographer.shoot("position-popover");

@@ -21,8 +21,8 @@ BatchExportOutcome runJob(const BatchExportJob& job, std::size_t index, const Op
     try {
         operation(job, stop);
         return {BatchExportOutcome::Exported{filename}, index};
-    } catch (const Cancelled&) {
-        return {BatchExportOutcome::Cancelled{filename}, index};
+    } catch (const Canceled&) {
+        return {BatchExportOutcome::Canceled{filename}, index};
     } catch (...) {
         BatchExportFailure failure;
         failure.filename = filename;
@@ -65,7 +65,7 @@ std::vector<BatchExportOutcome> neverStarted(const std::vector<BatchExportJob>& 
     // Jobs start in order, so that the ones without an outcome are the last.
     std::vector<BatchExportOutcome> rest;
     for (std::size_t index = outcomes.size(); index < jobs.size(); ++index)
-        rest.push_back({BatchExportOutcome::Cancelled{jobs[index].photo.filename()}, index});
+        rest.push_back({BatchExportOutcome::Canceled{jobs[index].photo.filename()}, index});
     return rest;
 }
 
@@ -80,8 +80,8 @@ BatchExportReport report(const BatchExportPlan& plan, std::int64_t batchCount,
     for (const BatchExportOutcome& outcome : outcomes) {
         if (std::holds_alternative<BatchExportOutcome::Exported>(outcome.result))
             ++report.exported;
-        else if (std::holds_alternative<BatchExportOutcome::Cancelled>(outcome.result))
-            ++report.cancelled;
+        else if (std::holds_alternative<BatchExportOutcome::Canceled>(outcome.result))
+            ++report.canceled;
         else
             report.failures.push_back(std::get<BatchExportOutcome::Failed>(outcome.result).failure);
     }

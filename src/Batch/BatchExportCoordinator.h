@@ -10,7 +10,7 @@
 /// Runs the jobs of a planned batch.
 namespace ferrow::BatchExportCoordinator {
 
-/// Does one job. Throws Cancelled when it heeded `stop`, any error when it failed.
+/// Does one job. Throws Canceled when it heeded `stop`, any error when it failed.
 using Operation = std::function<void(const BatchExportJob&, const std::stop_token& stop)>;
 /// Told of each outcome as it arrives, on the thread that called run().
 using Progress = std::function<void(const BatchExportOutcome&)>;
@@ -23,7 +23,7 @@ using Progress = std::function<void(const BatchExportOutcome&)>;
                                                   std::int64_t maximumConcurrency, const Operation& operation,
                                                   const Progress& progress, const std::stop_token& stop);
 
-/// Cancelled outcomes for the jobs that have none, in job order: what a cancelled run never started.
+/// Canceled outcomes for the jobs that have none, in job order: what a canceled run never started.
 [[nodiscard]] std::vector<BatchExportOutcome> neverStarted(const std::vector<BatchExportJob>& jobs,
                                                            const std::vector<BatchExportOutcome>& outcomes);
 

@@ -57,9 +57,9 @@ BatchExportFailure unsupportedFailure(const FileUrl& url)
 Outcome loadOne(const FileUrl& url, const Loader& loader, const std::stop_token& stop)
 {
     try {
-        throwIfCancelled(stop);
+        throwIfCanceled(stop);
         return loader ? loader(url, stop) : ImageLoader::loadBatchThumbnail(url, stop);
-    } catch (const Cancelled&) {
+    } catch (const Canceled&) {
         return Unread{};
     } catch (...) {
         return failureOf(url, UserFacingError::message(std::current_exception()));

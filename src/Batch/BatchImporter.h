@@ -32,7 +32,7 @@ namespace BatchImporter {
 /// How many photos the programs read at once.
 inline constexpr int usualConcurrency = 4;
 
-/// Reads one photo, on several threads at once. Throws ImagePipelineError, and Cancelled once a stop was requested.
+/// Reads one photo, on several threads at once. Throws ImagePipelineError, and Canceled once a stop was requested.
 using Loader = std::function<ImportedPhoto(const FileUrl&, const std::stop_token&)>;
 /// Told on the calling thread, after each file, how many have been read.
 using Progress = std::function<void(std::size_t)>;

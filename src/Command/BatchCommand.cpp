@@ -154,12 +154,12 @@ public:
     {
         if (const auto* failure = std::get_if<BatchExportOutcome::Failed>(&result.result))
             failed(failure->failure, job.destination);
-        else if (std::holds_alternative<BatchExportOutcome::Cancelled>(result.result))
-            jsonOutcome(job.photo.url, "cancelled", job.destination);
+        else if (std::holds_alternative<BatchExportOutcome::Canceled>(result.result))
+            jsonOutcome(job.photo.url, "canceled", job.destination);
         else
             framed(job, "exported");
     }
-    void cancelledBeforePlanning(const FileUrl& source) { jsonOutcome(source, "cancelled", {}); }
+    void canceledBeforePlanning(const FileUrl& source) { jsonOutcome(source, "canceled", {}); }
 
     void report(const BatchExportReport& report)
     {
@@ -168,8 +168,8 @@ public:
             QString line = QStringLiteral("Framed %1 of %2 photos").arg(report.exported).arg(report.total);
             if (report.skipped > 0)
                 line += QStringLiteral(", %1 skipped").arg(report.skipped);
-            if (report.cancelled > 0)
-                line += QStringLiteral(", %1 canceled").arg(report.cancelled);
+            if (report.canceled > 0)
+                line += QStringLiteral(", %1 canceled").arg(report.canceled);
             if (!report.failures.empty())
                 line += QStringLiteral(", %1 failed").arg(report.failures.size());
             printLine(line + QLatin1Char('.'));
@@ -186,7 +186,7 @@ public:
         QJsonObject counts{{QStringLiteral("total"), qint64(report.total)},
                            {QStringLiteral("exported"), qint64(report.exported)},
                            {QStringLiteral("skipped"), qint64(report.skipped)},
-                           {QStringLiteral("cancelled"), qint64(report.cancelled)},
+                           {QStringLiteral("canceled"), qint64(report.canceled)},
                            {QStringLiteral("failures"), qint64(report.failures.size())},
                            {QStringLiteral("outputFolders"), folders}};
         if (!allText)
@@ -288,16 +288,16 @@ int exitStatus(const BatchExportReport& report, const std::stop_token& stop)
     return report.failures.empty() ? allDone : somePhotoFailed;
 }
 
-int reportAllCancelled(const BatchImportResult& batch, Reporter& reporter)
+int reportAllCanceled(const BatchImportResult& batch, Reporter& reporter)
 {
     BatchExportReport report;
-    report.cancelled = std::int64_t(batch.photos.size() + batch.unread.size());
-    report.total = report.cancelled + std::int64_t(batch.failures.size());
+    report.canceled = std::int64_t(batch.photos.size() + batch.unread.size());
+    report.total = report.canceled + std::int64_t(batch.failures.size());
     report.failures = batch.failures;
     for (const ImportedPhoto& photo : batch.photos)
-        reporter.cancelledBeforePlanning(photo.url);
+        reporter.canceledBeforePlanning(photo.url);
     for (const FileUrl& photo : batch.unread)
-        reporter.cancelledBeforePlanning(photo);
+        reporter.canceledBeforePlanning(photo);
     reporter.report(report);
     return interrupted;
 }
@@ -318,13 +318,13 @@ int runBatch(const Arguments& arguments, const std::stop_token& stop)
     for (const BatchExportFailure& failure : batch.failures)
         reporter.failed(failure);
     if (stop.stop_requested())
-        return reportAllCancelled(batch, reporter);
+        return reportAllCanceled(batch, reporter);
 
     BatchExportPlan plan;
     try {
         plan = makePlan(batch, settings, arguments.dryRun, stop);
-    } catch (const Cancelled&) {
-        return reportAllCancelled(batch, reporter);
+    } catch (const Canceled&) {
+        return reportAllCanceled(batch, reporter);
     }
     for (const BatchExportFailure& failure : plan.failures)
         reporter.failed(failure);

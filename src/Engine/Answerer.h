@@ -10,18 +10,18 @@ namespace ferrow::Engine {
 
 /// Who answers the requests: this process, or a worker that owns nothing but the descriptors it is handed. Safe from
 /// several threads at once. Photo requests throw ImagePipelineError, logo requests LogoAssetError, all of them
-/// Cancelled; nothing else.
+/// Canceled; nothing else.
 class Answerer {
 public:
     virtual ~Answerer() = default;
 
     [[nodiscard]] virtual InspectAnswer inspect(const InspectRequest& request, const std::stop_token& stop) = 0;
-    /// On return the output file is complete, but not yet flushed to disk. A stop is honoured until the last row is
+    /// On return the output file is complete, but not yet flushed to disk. A stop is honored until the last row is
     /// composed.
     virtual void frame(const FrameRequest& request, const std::stop_token& stop) = 0;
-    /// 8-bit RGB or straight RGBA in the output's colour space.
+    /// 8-bit RGB or straight RGBA in the output's color space.
     [[nodiscard]] virtual Bitmap composeRegion(const RegionRequest& request, const std::stop_token& stop) = 0;
-    [[nodiscard]] virtual LogoAnswer rasteriseLogo(const LogoRequest& request, const std::stop_token& stop) = 0;
+    [[nodiscard]] virtual LogoAnswer rasterizeLogo(const LogoRequest& request, const std::stop_token& stop) = 0;
 };
 
 /// The process-wide answerer: this process itself until a program chooses another at its start.

@@ -22,7 +22,7 @@ std::uint16_t component16(double value)
 
 Byte alpha8(const RGBAColor& color)
 {
-    // Nothing refuses a colour that is not a number, and rounding it must not trap: it counts as opaque.
+    // Nothing refuses a color that is not a number, and rounding it must not trap: it counts as opaque.
     return std::isnan(color.alpha) ? Byte(255) : Byte(std::lround(std::clamp(color.alpha, 0.0, 1.0) * 255.0));
 }
 

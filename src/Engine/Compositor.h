@@ -12,13 +12,13 @@
 namespace ferrow::Engine {
 
 /// The one place where framed pixels are computed, for preview and export alike: band after band of canvas rows from a
-/// background colour, a photo rectangle and a few overlays. The bytes do not depend on how the rows are split into
+/// background color, a photo rectangle and a few overlays. The bytes do not depend on how the rows are split into
 /// bands.
 class Compositor {
 public:
     /// `photo` delivers rgb8 or straight rgba8 rows in `canvasSpace` and must outlive the compositor; without one the
     /// canvas holds background and overlays alone. `hasAlpha` chooses straight rgba8 rows over rgb8 ones: needed when
-    /// the border colour or the photo can be transparent.
+    /// the border color or the photo can be transparent.
     Compositor(const Composition& composition, RowSource* photo, const ColorProfile& canvasSpace, bool hasAlpha);
 
     [[nodiscard]] PixelSize size() const { return size_; }
@@ -54,10 +54,10 @@ private:
 [[nodiscard]] ColorProfile outputColorSpace(const ColorProfile& photo, ColorModel model, OutputColorProfile policy);
 
 /// The space that a picture is handed on and shown in: the photo's own where that is well known, else one that holds
-/// the colours of nearly all screens. So only the process that answers requests ever reads a profile from a file.
+/// the colors of nearly all screens. So only the process that answers requests ever reads a profile from a file.
 [[nodiscard]] ColorProfile viewingColorSpace(const ColorProfile& photo, ColorModel model);
 
-/// Whether a colour lets anything through once stored in 8 bits.
+/// Whether a color lets anything through once stored in 8 bits.
 [[nodiscard]] bool isTransparent(const RGBAColor& color);
 
 /// Straight rgba8 rows laid over white, as rgb8. `in` and `out` may be the same memory.

@@ -77,7 +77,7 @@ void writeBands(FramedPhoto& framed, ImageEncoder& encoder, PixelFormat outputFo
     const std::int64_t band = bandRows(stride, size.height);
     std::vector<std::byte> rows(stride * std::size_t(band));
     for (std::int64_t y = 0; y < size.height; y += band) {
-        throwIfCancelled(stop);
+        throwIfCanceled(stop);
         observer.beforeBand();
         const std::int64_t count = std::min(band, size.height - y);
         framed.compositor.compose(count, rows.data(), stride);
@@ -165,7 +165,7 @@ Bitmap composedRegion(const RegionRequest& request, const std::stop_token& stop,
     const std::int64_t band = bandRows(stride, canvas.height);
     std::vector<std::byte> rows(stride * std::size_t(band));
     for (std::int64_t y = 0; y < top + height; y += band) {
-        throwIfCancelled(stop);
+        throwIfCanceled(stop);
         observer.beforeBand();
         const std::int64_t count = std::min(band, top + height - y);
         framed.compositor.compose(count, rows.data(), stride);
@@ -186,7 +186,7 @@ ImagePipelineError writingFailed(const QString& formatName, int errorNumber)
 
 InspectAnswer InProcessAnswerer::inspect(const InspectRequest& request, const std::stop_token& stop)
 {
-    throwIfCancelled(stop);
+    throwIfCanceled(stop);
     OpenedPhoto photo =
         openPhoto(request.source, {.enoughDimension = request.maximumDimension, .tolerance = Tolerance::tolerant});
     InspectAnswer answer;
@@ -205,7 +205,7 @@ InspectAnswer InProcessAnswerer::inspect(const InspectRequest& request, const st
 
 void InProcessAnswerer::frame(const FrameRequest& request, const std::stop_token& stop)
 {
-    throwIfCancelled(stop);
+    throwIfCanceled(stop);
     const QString formatName = rawValue(request.format);
     try {
         FramedPhoto framed(request.source, request.expectedSize, request.composition);
@@ -239,7 +239,7 @@ void InProcessAnswerer::frame(const FrameRequest& request, const std::stop_token
 
 Bitmap InProcessAnswerer::composeRegion(const RegionRequest& request, const std::stop_token& stop)
 {
-    throwIfCancelled(stop);
+    throwIfCanceled(stop);
     try {
         return composedRegion(request, stop, *observer_);
     } catch (const std::bad_alloc&) {
@@ -247,9 +247,9 @@ Bitmap InProcessAnswerer::composeRegion(const RegionRequest& request, const std:
     }
 }
 
-LogoAnswer InProcessAnswerer::rasteriseLogo(const LogoRequest& request, const std::stop_token& stop)
+LogoAnswer InProcessAnswerer::rasterizeLogo(const LogoRequest& request, const std::stop_token& stop)
 {
-    throwIfCancelled(stop);
+    throwIfCanceled(stop);
     try {
         const ByteSource source(request.source.descriptor, request.source.size);
         const InputType& input = logoType(source);
@@ -257,7 +257,7 @@ LogoAnswer InProcessAnswerer::rasteriseLogo(const LogoRequest& request, const st
         answer.fileExtension = QByteArray(input.logoExtension.data(), input.logoExtension.size());
         if (input.type == FileType::pdf) {
             observer_->headerRead({.bytes = MemoryNeed::ofPage(request.maximumDimension)});
-            answer.picture = rasterisePdf(source, request.maximumDimension);
+            answer.picture = rasterizePdf(source, request.maximumDimension);
         } else {
             answer.picture = rasterPicture(request.source, request.maximumDimension, *observer_);
         }

@@ -19,7 +19,7 @@ public:
     [[nodiscard]] InspectAnswer inspect(const InspectRequest& request, const std::stop_token& stop) override;
     void frame(const FrameRequest& request, const std::stop_token& stop) override;
     [[nodiscard]] Bitmap composeRegion(const RegionRequest& request, const std::stop_token& stop) override;
-    [[nodiscard]] LogoAnswer rasteriseLogo(const LogoRequest& request, const std::stop_token& stop) override;
+    [[nodiscard]] LogoAnswer rasterizeLogo(const LogoRequest& request, const std::stop_token& stop) override;
 
 private:
     JobObserver ignorant_;

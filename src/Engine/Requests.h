@@ -60,7 +60,7 @@ struct Overlay {
     double opacity = 1; ///< 0…1.
 };
 
-/// A framed picture as values: a canvas filled with one colour, a photo at whole-pixel position, overlays in order.
+/// A framed picture as values: a canvas filled with one color, a photo at whole-pixel position, overlays in order.
 struct Composition {
     PixelSize canvasSize;
     RGBAColor borderColor;   ///< sRGB.

@@ -186,12 +186,12 @@ BatchExportPlan ExportPlanner::plan(const ExportRequest& request, const std::sto
     std::unordered_set<FileUrl> folders;
     const QString extension = filenameExtension(request.settings.format);
     const auto isTaken = [&](const FileUrl& place) {
-        throwIfCancelled(stop);
+        throwIfCanceled(stop);
         return fileExists(place);
     };
 
     for (std::size_t index = 0; index < request.photos.size(); ++index) {
-        throwIfCancelled(stop);
+        throwIfCanceled(stop);
         const ImportedPhoto& photo = request.photos[index];
         if (request.only && !request.only->contains(photo.id()))
             continue;

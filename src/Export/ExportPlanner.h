@@ -33,7 +33,7 @@ struct ExportPlanner {
 
     /// Never fails as a whole: every photo that is planned is in exactly one of jobs, skipped photos and failures, in
     /// the order of the request, which is the order of export. Each folder is created and checked once. Throws
-    /// Cancelled.
+    /// Canceled.
     [[nodiscard]] BatchExportPlan plan(const ExportRequest& request, const std::stop_token& stop) const;
 };
 

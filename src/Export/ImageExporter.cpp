@@ -148,7 +148,7 @@ void exportPhoto(const BatchExportJob& job, const std::stop_token& stop,
                  const std::optional<FileUrl>& managedLogoDirectory)
 {
     const ImportedPhoto& photo = job.photo;
-    throwIfCancelled(stop);
+    throwIfCanceled(stop);
     guardDestination(photo.url, job.destination, job.replaceExisting);
     const OpenedFile source = ImageLoader::openSource(photo.url);
     const Bitmap logo = ManagedLogoStore::loadIfEnabled(job.recipe.logo, managedLogoDirectory, stop).value_or(Bitmap());
@@ -177,7 +177,7 @@ Bitmap region(const ImportedPhoto& photo, const RenderRecipe& recipe, const QRec
     request.y = region.y();
     request.size = {region.width(), region.height()};
     const Bitmap pixels = Engine::answerer().composeRegion(request, stop);
-    throwIfCancelled(stop);
+    throwIfCanceled(stop);
     return reduced(pixels, scale);
 }
 

@@ -17,14 +17,14 @@ namespace ferrow::ImageExporter {
 /// Decodes the job's source, frames it at full size and moves the encoded result to the destination, which is never
 /// replaced unless the job says so, and never when it is the source itself. Whatever happens, the destination holds the
 /// whole output or what it held before, and no staging file is left. Logos come from `managedLogoDirectory`, or from
-/// the program's own. Throws ImagePipelineError, LogoAssetError, SystemError and Cancelled; a stop that comes after the
+/// the program's own. Throws ImagePipelineError, LogoAssetError, SystemError and Canceled; a stop that comes after the
 /// last row is ignored.
 void exportPhoto(const BatchExportJob& job, const std::stop_token& stop,
                  const std::optional<FileUrl>& managedLogoDirectory = {});
 
 /// The pixels that an export of `photo` has in `region` (output pixels, origin at the top left; what reaches beyond the
 /// picture is cut off), at `scale` where that is below 1: 8-bit RGB or straight RGBA in the output's color space. As in
-/// a preview, a logo that can't be loaded is left out. Throws ImagePipelineError and Cancelled.
+/// a preview, a logo that can't be loaded is left out. Throws ImagePipelineError and Canceled.
 [[nodiscard]] Bitmap region(const ImportedPhoto& photo, const RenderRecipe& recipe, const QRect& region, double scale,
                             const std::stop_token& stop);
 

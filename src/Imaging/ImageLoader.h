@@ -9,7 +9,7 @@
 #include <stop_token>
 
 /// The only way a source photo enters the program. The file is opened once, checked, read through that one descriptor
-/// and never changed. Everything here throws ImagePipelineError, Cancelled once `stop` was requested, and nothing else;
+/// and never changed. Everything here throws ImagePipelineError, Canceled once `stop` was requested, and nothing else;
 /// it is safe from several threads.
 namespace ferrow::ImageLoader {
 

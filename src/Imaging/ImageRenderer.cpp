@@ -137,7 +137,7 @@ double scaleOf(PixelSize picture, PixelSize original)
     return std::min(double(picture.width) / double(original.width), double(picture.height) / double(original.height));
 }
 
-/// The rows of a picture in memory, in another colour space, cut off on the right and below at `size`.
+/// The rows of a picture in memory, in another color space, cut off on the right and below at `size`.
 class BitmapRows : public Engine::RowSource {
 public:
     BitmapRows(const Bitmap& source, PixelSize size, const ColorProfile& space)
@@ -291,7 +291,7 @@ Engine::Composition composition(const RenderLayout& layout, const RenderRecipe& 
     for (const Caption& caption : recipe.captions) {
         if (!caption.isEnabled)
             continue;
-        throwIfCancelled(stop);
+        throwIfCanceled(stop);
         const QString text = MetadataTemplateExpander::expand(caption.captionTemplate(), metadata);
         if (!text.isEmpty())
             std::ranges::move(drawCaption(text, layout, caption, scale), std::back_inserter(composition.overlays));
@@ -316,10 +316,10 @@ Bitmap render(const Bitmap& source, PixelSize originalSize, const RenderRecipe& 
     if (source.isNull() || originalSize.width < 1 || originalSize.height < 1)
         throw ImagePipelineError(ImagePipelineError::renderingFailed);
     const double scale = sourceScale == SourceScale::fullSize ? 1.0 : scaleOf(source.size(), originalSize);
-    throwIfCancelled(stop);
+    throwIfCanceled(stop);
     validateRenderBounds(originalSize, recipe, scale);
     const RenderLayout layout = RenderLayout::calculate(originalSize, recipe, scale);
-    throwIfCancelled(stop);
+    throwIfCanceled(stop);
     try {
         Engine::Composition parts = composition(layout, recipe, metadata, logo, scale, stop);
         const ColorProfile space =

@@ -33,13 +33,13 @@ namespace ferrow::ImageRenderer {
                                  const PhotoMetadata& metadata);
 
 /// Everything an export or a preview draws, as values. `logo` may be null. The photo lies where the layout has it,
-/// rounded to whole pixels. Throws Cancelled.
+/// rounded to whole pixels. Throws Canceled.
 [[nodiscard]] Engine::Composition composition(const RenderLayout& layout, const RenderRecipe& recipe,
                                               const PhotoMetadata& metadata, const Bitmap& logo, double scale,
                                               const std::stop_token& stop);
 
 /// The same at full size, for an export of a photo of `pixelSize` and for looking at its pixels. Throws
-/// ImagePipelineError and Cancelled.
+/// ImagePipelineError and Canceled.
 [[nodiscard]] Engine::Composition exportComposition(PixelSize pixelSize, const RenderRecipe& recipe,
                                                     const PhotoMetadata& metadata, const Bitmap& logo,
                                                     const std::stop_token& stop);
@@ -48,8 +48,8 @@ namespace ferrow::ImageRenderer {
 enum class SourceScale { fullSize, fromSource };
 
 /// The framed picture in memory, computed by the export's own compositor from `source` (8-bit RGB, upright, any size):
-/// rgb8, or straight rgba8 where border or source can be transparent, in the output's colour space. `logo` may be null.
-/// Throws ImagePipelineError and Cancelled.
+/// rgb8, or straight rgba8 where border or source can be transparent, in the output's color space. `logo` may be null.
+/// Throws ImagePipelineError and Canceled.
 [[nodiscard]] Bitmap render(const Bitmap& source, PixelSize originalSize, const RenderRecipe& recipe,
                             const PhotoMetadata& metadata, const Bitmap& logo, SourceScale sourceScale,
                             const std::stop_token& stop);

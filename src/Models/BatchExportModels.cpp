@@ -87,7 +87,7 @@ QString BatchExportOutcome::filename() const
         return failed->failure.filename;
     if (const auto* exported = std::get_if<Exported>(&result))
         return exported->filename;
-    return std::get<Cancelled>(result).filename;
+    return std::get<Canceled>(result).filename;
 }
 
 bool SafePathComponent::isValid(const QString& name)

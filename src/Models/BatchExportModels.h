@@ -72,11 +72,11 @@ struct BatchExportOutcome {
     struct Failed {
         BatchExportFailure failure;
     };
-    struct Cancelled {
+    struct Canceled {
         QString filename;
     };
 
-    std::variant<Exported, Failed, Cancelled> result;
+    std::variant<Exported, Failed, Canceled> result;
     std::size_t jobIndex = 0; ///< Position in the list of jobs: names alone can repeat.
 
     [[nodiscard]] QString filename() const;
@@ -95,7 +95,7 @@ struct BatchExportReport {
     std::int64_t total = 0;
     std::int64_t exported = 0;
     std::int64_t skipped = 0;
-    std::int64_t cancelled = 0;
+    std::int64_t canceled = 0;
     std::vector<BatchExportFailure> failures;
     std::vector<FileUrl> outputFolders;
 };

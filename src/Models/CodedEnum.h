@@ -10,7 +10,7 @@
 namespace ferrow {
 
 /// An enumeration's cases in declaration order with their raw values: what files hold and, for most, what users read.
-/// Each coded enumeration specialises this with `static constexpr std::array<Case, n> table`.
+/// Each coded enumeration specializes this with `static constexpr std::array<Case, n> table`.
 template <typename Enum>
 struct CodedCases;
 

@@ -12,7 +12,7 @@ QString byteValueText(double component)
     const double scaled = std::round(component * 255);
     // 2^63: what a 64-bit integer no longer holds. The comparison is false for NaN.
     if (!(std::abs(scaled) < 9223372036854775808.0))
-        qFatal("A colour component is not a finite number in range.");
+        qFatal("A color component is not a finite number in range.");
     return QString::number(static_cast<qint64>(scaled));
 }
 

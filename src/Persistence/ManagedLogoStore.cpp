@@ -34,10 +34,10 @@ try {
     throw;
 }
 
-Engine::LogoAnswer rasterise(const OpenedFile& file, std::int64_t maximumDimension, const std::stop_token& stop)
+Engine::LogoAnswer rasterize(const OpenedFile& file, std::int64_t maximumDimension, const std::stop_token& stop)
 {
     const auto dimension = std::clamp<std::int64_t>(maximumDimension, 1, Engine::maximumLogoSide);
-    Engine::LogoAnswer answer = Engine::answerer().rasteriseLogo({{file.descriptor(), file.size()}, dimension}, stop);
+    Engine::LogoAnswer answer = Engine::answerer().rasterizeLogo({{file.descriptor(), file.size()}, dimension}, stop);
     // The extension becomes part of a file name.
     if (!ImageTypes::isLogoExtension(answer.fileExtension))
         throw LogoAssetError{LogoAssetError::Case::unsupportedType};
@@ -60,8 +60,8 @@ LogoAssetReference importAsset(const FileUrl& url, const std::optional<FileUrl>&
     const OpenedFile file = openLogo(url);
     if (file.size() > maximumFileSize)
         throw LogoAssetError{LogoAssetError::Case::fileTooLarge, file.size()};
-    throwIfCancelled(stop);
-    const QByteArray extension = rasterise(file, validationDimension, stop).fileExtension;
+    throwIfCanceled(stop);
+    const QByteArray extension = rasterize(file, validationDimension, stop).fileExtension;
 
     const QUuid id = QUuid::createUuid();
     const QByteArray name = id.toByteArray(QUuid::WithoutBraces).toUpper() + '.' + extension;
@@ -84,8 +84,8 @@ Bitmap load(const LogoAssetReference& asset, std::int64_t maximumDimension,
     const DecodeCache::Key key{url.path(), maximumDimension};
     if (auto cached = DecodeCache::shared().image(key))
         return *cached;
-    throwIfCancelled(stop);
-    const Bitmap picture = rasterise(openLogo(url), maximumDimension, stop).picture;
+    throwIfCanceled(stop);
+    const Bitmap picture = rasterize(openLogo(url), maximumDimension, stop).picture;
     DecodeCache::shared().store(picture, key);
     return picture;
 }

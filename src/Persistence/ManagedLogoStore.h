@@ -13,7 +13,7 @@
 /// never make the program read another file. The folder only grows. Safe from several threads.
 ///
 /// Without `managedDirectory` the folder is "Logos" in the support folder. All of it throws LogoAssetError or
-/// SystemError, and Cancelled once `stop` was requested.
+/// SystemError, and Canceled once `stop` was requested.
 namespace ferrow::ManagedLogoStore {
 
 inline constexpr std::int64_t maximumFileSize = 100'000'000; ///< Bytes, the largest that is still accepted.

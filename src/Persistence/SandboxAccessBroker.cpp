@@ -53,7 +53,7 @@ SandboxAccessBroker::ensureSourceFolderAccess(const std::vector<FileUrl>& photos
             continue;
         const auto answer = requestGrant(folder, index, folders.size());
         if (!answer)
-            return {Case::cancelled, {}};
+            return {Case::canceled, {}};
         const FileUrl granted = answer->standardized();
         if (!contains(granted, folder))
             return {Case::outsideScope, folder};

@@ -24,7 +24,7 @@ public:
     };
 
     struct SourceAccessOutcome {
-        enum class Case { outsideScope, accessDenied, granted, cancelled };
+        enum class Case { outsideScope, accessDenied, granted, canceled };
         Case value = Case::granted;
         FileUrl folder; ///< outsideScope: the source folder asked for. accessDenied: the folder picked.
 

@@ -15,7 +15,7 @@ namespace ferrow {
 
 namespace {
 
-/// No difference is seen at thumbnail size; the colour is not subsampled from here on.
+/// No difference is seen at thumbnail size; the color is not subsampled from here on.
 constexpr double quality = 0.9;
 
 void encode(const Bitmap& picture, ByteSink& sink)

@@ -71,7 +71,7 @@ void checkSources(const ExportRequest& request, const ExportCheckOperations& ope
 {
     std::vector<FileUrl> unreadable;
     for (const ImportedPhoto& photo : request.photos) {
-        throwIfCancelled(stop);
+        throwIfCanceled(stop);
         if (!operations.isReadable(photo.url))
             unreadable.push_back(photo.id());
     }
@@ -303,7 +303,7 @@ void checkCaptions(const ExportRequest& request, const std::stop_token& stop, Fi
 {
     CaptionProblems problems;
     for (const ImportedPhoto& photo : request.photos) {
-        throwIfCancelled(stop);
+        throwIfCanceled(stop);
         const RenderRecipe& recipe = request.framing.recipeFor(photo.id());
         for (const Caption& caption : recipe.captions)
             if (caption.isEnabled)
@@ -338,7 +338,7 @@ void checkLogos(const ExportRequest& request, const ExportCheckOperations& opera
     std::unordered_map<QString, QString> messages; // By file name; empty for a logo that is well.
     std::map<QString, std::vector<FileUrl>> failing;
     for (const ImportedPhoto& photo : request.photos) {
-        throwIfCancelled(stop);
+        throwIfCanceled(stop);
         const auto& logo = request.framing.recipeFor(photo.id()).logo;
         if (!logo || !logo->isEnabled)
             continue;
@@ -346,7 +346,7 @@ void checkLogos(const ExportRequest& request, const ExportCheckOperations& opera
         if (isNew) {
             try {
                 static_cast<void>(operations.loadLogo(logo->asset, stop));
-            } catch (const Cancelled&) {
+            } catch (const Canceled&) {
                 throw;
             } catch (...) {
                 entry->second = inOneLine(UserFacingError::message(std::current_exception()));
@@ -377,7 +377,7 @@ void checkSizes(const ExportRequest& request, const std::stop_token& stop, Findi
     std::vector<FileUrl> tooLarge;
     QString firstReason;
     for (const ImportedPhoto& photo : request.photos) {
-        throwIfCancelled(stop);
+        throwIfCanceled(stop);
         const auto problem = sizeProblem(photo, request.framing.recipeFor(photo.id()), request.settings.format);
         if (!problem)
             continue;

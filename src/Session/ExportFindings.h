@@ -37,14 +37,14 @@ struct ExportCheckOperations {
     std::function<bool(const FileUrl&)> exists;
     std::function<void(const FileUrl&)> checkWritable;                    ///< Throws SystemError.
     std::function<std::optional<std::int64_t>(const FileUrl&)> freeBytes; ///< Absent where nobody knows.
-    /// Throws LogoAssetError, SystemError and Cancelled.
+    /// Throws LogoAssetError, SystemError and Canceled.
     std::function<Bitmap(const LogoAssetReference&, const std::stop_token&)> loadLogo;
 
     [[nodiscard]] static ExportCheckOperations system();
 };
 
 /// The findings in the order of the sheet: photos, own framings, folder, names, captions, logos, sizes. Creates and
-/// changes nothing. Throws Cancelled.
+/// changes nothing. Throws Canceled.
 [[nodiscard]] std::vector<ExportFinding>
 findingsFor(const ExportRequest& request, const ExportCheckOperations& operations, const std::stop_token& stop);
 

@@ -27,8 +27,8 @@ PhotoExportState stateOf(const BatchExportOutcome& outcome)
 {
     if (std::holds_alternative<BatchExportOutcome::Exported>(outcome.result))
         return PhotoExportState::exported;
-    if (std::holds_alternative<BatchExportOutcome::Cancelled>(outcome.result))
-        return PhotoExportState::cancelled;
+    if (std::holds_alternative<BatchExportOutcome::Canceled>(outcome.result))
+        return PhotoExportState::canceled;
     return PhotoExportState::failed;
 }
 

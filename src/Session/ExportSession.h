@@ -33,7 +33,7 @@ struct ExportProgress {
 };
 
 /// Where a photo of the batch stands, while a run is in progress and until its report is cleared.
-enum class PhotoExportState { waiting, exporting, exported, skipped, failed, cancelled };
+enum class PhotoExportState { waiting, exporting, exported, skipped, failed, canceled };
 
 /// Export settings, and the run of a planned batch. Lives on the main thread. Idle: neither progress nor report;
 /// running: progress; finished: report, until clearReport().
@@ -59,7 +59,7 @@ public:
     [[nodiscard]] bool isPlanning() const { return isPlanning_; }
     /// From the start of planning to the report: photos and framing are not to be changed.
     [[nodiscard]] bool isBusy() const { return isPlanning() || isRunning(); }
-    /// Cancelled, with jobs still in hand.
+    /// Canceled, with jobs still in hand.
     [[nodiscard]] bool isStopping() const { return isStopping_; }
     /// Absent for photos outside the batch, and when there is neither run nor report.
     [[nodiscard]] std::optional<PhotoExportState> photoState(const FileUrl& photoID) const;

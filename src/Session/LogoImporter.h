@@ -18,7 +18,7 @@ class LogoImporter : public QObject {
     Q_OBJECT
 
 public:
-    /// Throws LogoAssetError, SystemError and Cancelled; on a worker thread.
+    /// Throws LogoAssetError, SystemError and Canceled; on a worker thread.
     using Import = std::function<LogoAssetReference(const FileUrl&, const std::stop_token&)>;
     using Imported = std::function<void(const LogoAssetReference&)>;
     using Failed = std::function<void(const std::exception_ptr&)>;

@@ -52,7 +52,7 @@ void NewestTask::start(Task task)
             Deliver deliver;
             try {
                 deliver = work(stop);
-            } catch (const Cancelled&) {
+            } catch (const Canceled&) {
             } catch (...) {
                 deliver = failure();
             }

@@ -17,7 +17,7 @@ class NewestTask {
 public:
     /// What to do with a result, on the main thread; may be empty.
     using Deliver = std::function<void()>;
-    /// Called on a worker thread. Whatever it throws but Cancelled is an error.
+    /// Called on a worker thread. Whatever it throws but Canceled is an error.
     using Work = std::function<Deliver(const std::stop_token&)>;
     /// Told on the main thread instead of a delivery: what the work threw, or std::system_error where the system allows
     /// no thread to do it on.

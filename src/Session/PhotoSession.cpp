@@ -410,7 +410,7 @@ void PhotoSession::restore(const RemovedPhotos& removed)
     }
     std::move(photos_.begin() + std::ptrdiff_t(next), photos_.end(), std::back_inserter(merged));
     photos_ = std::move(merged);
-    // Imports since the removal may have shifted places. The rest is in order: its new neighbours tell.
+    // Imports since the removal may have shifted places. The rest is in order: its new neighbors tell.
     const auto isInOrder = [this](std::size_t place) {
         return (place == 0 || !BatchImporter::precedes(photos_[place], photos_[place - 1])) &&
                (place + 1 == photos_.size() || !BatchImporter::precedes(photos_[place + 1], photos_[place]));

@@ -109,7 +109,7 @@ public:
     /// is empty or an import runs already, and never once the session has gone.
     void importPhotos(const std::vector<FileUrl>& urls, ImportDone done = {});
     /// Ends the import early. Photos read until then join the list, as finished files stay when an export is
-    /// cancelled: whoever does not want them finds them together, while reading thousands again would take minutes.
+    /// canceled: whoever does not want them finds them together, while reading thousands again would take minutes.
     void cancelImport();
 
     /// Any id: also one that is not, or no longer, in the list.

@@ -39,7 +39,7 @@ std::stop_source PreviewLoader::load(const std::optional<ImportedPhoto>& photo, 
     const auto decode = [url = photo->url, stop, decode = decode_, finish, sender = relay_.sender()] {
         try {
             // Whoever runs through the list asks for many photos and looks at the last.
-            throwIfCancelled(stop.get_token());
+            throwIfCanceled(stop.get_token());
             sender.post([finish, decoded = decode(url, stop.get_token())] { finish(decoded, nullptr); });
         } catch (...) {
             sender.post([finish, error = std::current_exception()] { finish(std::nullopt, error); });

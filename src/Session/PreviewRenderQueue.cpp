@@ -147,7 +147,7 @@ PreviewRenderQueue::Outcome PreviewRenderQueue::outcomeOf(const PreviewRequest& 
         logo = operations.loadLogo(request.recipe.logo, stop).value_or(Bitmap());
         if (!logo.isNull())
             outcome.logoFilename = request.recipe.logo->asset.managedFilename;
-    } catch (const Cancelled&) {
+    } catch (const Canceled&) {
         throw;
     } catch (...) {
         outcome.logoFilename = request.recipe.logo ? request.recipe.logo->asset.managedFilename : QString();
@@ -155,7 +155,7 @@ PreviewRenderQueue::Outcome PreviewRenderQueue::outcomeOf(const PreviewRequest& 
     }
     try {
         outcome.result = framed(request, logo, operations, stop);
-    } catch (const Cancelled&) {
+    } catch (const Canceled&) {
         throw;
     } catch (...) {
         outcome.failure = UserFacingError::message(std::current_exception());

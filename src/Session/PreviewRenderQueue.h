@@ -51,7 +51,7 @@ public:
     /// What the queue calls; all but `now` and `callLater` on its worker thread.
     struct Operations {
         std::function<Bitmap(const PreviewRequest&, const Bitmap& logo, const std::stop_token&)> render;
-        /// Absent where the recipe shows no logo. Throws LogoAssetError, SystemError and Cancelled.
+        /// Absent where the recipe shows no logo. Throws LogoAssetError, SystemError and Canceled.
         std::function<std::optional<Bitmap>(const std::optional<LogoConfiguration>&, const std::stop_token&)> loadLogo;
         std::function<Clock::time_point()> now;
         std::function<void(std::chrono::milliseconds, std::function<void()>)> callLater;

@@ -46,7 +46,7 @@ class RegionLoader : public QObject {
 
 public:
     /// Called on a worker thread, for the pixels of a region; no picture for none. Throws ImagePipelineError,
-    /// Cancelled.
+    /// Canceled.
     using Compose = std::function<Bitmap(const RegionRequest&, const std::stop_token&)>;
 
     /// Most output pixels that are loaded at once: four bytes each, on their way to the screen.

@@ -40,7 +40,7 @@ namespace UserFacingError {
 [[nodiscard]] QString message(const InputOutputError& error);
 
 /// For the error in flight or kept: every typed error known here, else a generic sentence without anything from a
-/// library. Must not be given Cancelled: that is an outcome. Types of higher rooms are caught where they are known and
+/// library. Must not be given Canceled: that is an outcome. Types of higher rooms are caught where they are known and
 /// handed to the overload below.
 [[nodiscard]] QString message(const std::exception_ptr& error);
 

@@ -49,7 +49,7 @@ QString spoken(const RGBAColor& color)
 
 namespace {
 
-/// Transparent colours lie on squares of two greys.
+/// Transparent colors lie on squares of two grays.
 void paintColor(QPainter& painter, const QRectF& rect, const QColor& color)
 {
     if (color.alpha() < 255) {
@@ -62,7 +62,7 @@ void paintColor(QPainter& painter, const QRectF& rect, const QColor& color)
         painter.restore();
     }
     StyleDrawing::paintBox(painter, rect, Radius::box, color);
-    // A quarter of the opposite tells the colour from the ground round it, whichever both are.
+    // A quarter of the opposite tells the color from the ground round it, whichever both are.
     QColor edge = themeColor(&ThemeColors::text);
     edge.setAlphaF(0.22F);
     StyleDrawing::paintBox(painter, rect, Radius::box, Qt::transparent, edge);
@@ -136,7 +136,7 @@ void ColorWell::take(const QString& text)
         return;
     }
     const bool isNew = ColorText::hex(*typed) != ColorText::hex(color_);
-    // A colour finer than its hex text stays as fine as it is when the same text is typed again.
+    // A color finer than its hex text stays as fine as it is when the same text is typed again.
     setColor(isNew ? *typed : color_);
     field_->restore();
     if (isNew) {

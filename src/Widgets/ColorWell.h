@@ -17,11 +17,11 @@ namespace ColorText {
 /// Takes "#F4F1EA", "f4f1ea" and "#fff"; `alpha` goes through. Nothing for anything else.
 [[nodiscard]] std::optional<RGBAColor> parse(const QString& text, double alpha = 1);
 [[nodiscard]] QColor toQColor(const RGBAColor& color);
-/// "red 244, green 241, blue 234", of what is drawn: colours of presets may lie anywhere.
+/// "red 244, green 241, blue 234", of what is drawn: colors of presets may lie anywhere.
 [[nodiscard]] QString spoken(const RGBAColor& color);
 } // namespace ColorText
 
-/// A square button of 32 that shows a colour and reads it out.
+/// A square button of 32 that shows a color and reads it out.
 class ColorSwatch : public QPushButton {
     Q_OBJECT
 
@@ -38,7 +38,7 @@ private:
     RGBAColor color_;
 };
 
-/// Swatch and hex field of one colour. The swatch asks for a popover; the field takes a typed colour and keeps the
+/// Swatch and hex field of one color. The swatch asks for a popover; the field takes a typed color and keeps the
 /// alpha.
 class ColorWell : public QWidget {
     Q_OBJECT
@@ -58,7 +58,7 @@ public:
 signals:
     void openRequested();
     void colorEdited(const ferrow::RGBAColor& color);
-    /// The reason why a typed colour can't be taken, or an empty text when all is well again.
+    /// The reason why a typed color can't be taken, or an empty text when all is well again.
     void errorChanged(const QString& message);
 
 private:

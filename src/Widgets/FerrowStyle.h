@@ -9,12 +9,12 @@ class QApplication;
 namespace ferrow {
 
 enum class ButtonRole {
-    standard,    ///< Filled grey.
-    raised,      ///< Filled like a card: on rows that are grey or tinted themselves.
+    standard,    ///< Filled gray.
+    raised,      ///< Filled like a card: on rows that are gray or tinted themselves.
     main,        ///< Ink: the one button that a view leads to.
     flat,        ///< No fill at rest: icon buttons, toolbar.
-    destructive, ///< Filled grey, its text in the colour of errors.
-    link         ///< Text in the accent colour, no fill: "Use Batch".
+    destructive, ///< Filled gray, its text in the color of errors.
+    link         ///< Text in the accent color, no fill: "Use Batch".
 };
 
 /// Works on QPushButton and QToolButton; a button without a role is `standard`, a QToolButton `flat`.

@@ -17,7 +17,6 @@ public:
     explicit FlowLayout(int gap, QWidget* parent = nullptr);
     ~FlowLayout() override;
 
-
     void addItem(QLayoutItem* item) override;
     int count() const override;
     QLayoutItem* itemAt(int index) const override;

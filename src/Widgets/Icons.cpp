@@ -24,7 +24,7 @@ namespace ferrow {
 namespace {
 
 constexpr std::array fileNames{"add",      "check",          "chevron-down", "chevron-right", "close",
-                               "colour",   "compare",        "drag-handle",  "error",         "export",
+                               "color",    "compare",        "drag-handle",  "error",         "export",
                                "folder",   "info",           "logo",         "more",          "own-framing",
                                "photo",    "presets",        "redo",         "remove",        "separator-chip",
                                "settings", "show-in-folder", "sidebar",      "text-chip",     "token-chip",
@@ -55,7 +55,7 @@ double strokeFor(int size)
     return size >= 32 ? 1.5 * 20 / size : 1.5;
 }
 
-/// Draws `size` logical pixels at `scale`. Qt's SVG draws currentColor black, so the colour is put in before it is
+/// Draws `size` logical pixels at `scale`. Qt's SVG draws currentColor black, so the color is put in before it is
 /// read.
 QPixmap drawn(IconName name, int size, const QColor& color, double scale)
 {

@@ -16,7 +16,7 @@ enum class IconName {
     chevronDown,
     chevronRight,
     close,
-    colour,
+    color,
     compare,
     dragHandle,
     error,
@@ -44,15 +44,15 @@ enum class IconName {
     zoomOut
 };
 
-/// An icon that draws itself in the theme's colour of `role` at any size and scale, also after the theme has changed;
-/// greyed when disabled.
+/// An icon that draws itself in the theme's color of `role` at any size and scale, also after the theme has changed;
+/// grayed when disabled.
 [[nodiscard]] QIcon icon(IconName name, ColorRole role = &ThemeColors::text);
 
 /// The icon as a square of `size` logical pixels at `scale` device pixels each. Does not follow the theme: for
 /// painting.
 [[nodiscard]] QPixmap iconPixmap(IconName name, int size, const QColor& color, double scale);
 
-/// Paints the icon centred in `rect`, `size` logical pixels large.
+/// Paints the icon centered in `rect`, `size` logical pixels large.
 void paintIcon(QPainter& painter, IconName name, const QRectF& rect, int size, const QColor& color);
 
 /// A flat button of 32 x 32 with a tooltip; `text` is tooltip and accessible name.

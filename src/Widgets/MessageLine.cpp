@@ -119,7 +119,7 @@ void MessageLine::renew()
     icon_->setIcon(severityIcon(severity_), color);
     icon_->setVisible(severity_ != Severity::plain);
     layout()->setSpacing(isSmall ? smallIconGap : iconGap);
-    // Small lines stand alone and take the colour; larger ones have the icon to say it.
+    // Small lines stand alone and take the color; larger ones have the icon to say it.
     setTextRole(text_, role_, isSmall ? color : &ThemeColors::text);
     detail_->setVisible(!detail_->text().isEmpty());
     update();

@@ -15,7 +15,7 @@ class IconLabel;
 enum class Severity { plain, info, success, warning, error };
 
 [[nodiscard]] ColorRole severityColor(Severity severity);
-/// No icon for `plain`; never colour alone for the rest.
+/// No icon for `plain`; never color alone for the rest.
 [[nodiscard]] IconName severityIcon(Severity severity);
 
 /// Icon and text, with an optional second line and button. Wraps, never elides.

@@ -9,7 +9,7 @@ class QVBoxLayout;
 namespace ferrow {
 
 /// Where a popover of `size` goes, in window coordinates: 6 below the opener, else 6 above, clamped 8 inside the
-/// window; centred in `pane` across where there is one, else at the opener's left edge.
+/// window; centered in `pane` across where there is one, else at the opener's left edge.
 [[nodiscard]] QRect popoverRect(const QRect& opener, const QSize& size, const QRect& pane, const QSize& window);
 
 /// A card beside its opener for changing one thing while the rest stays in sight. Esc and a press outside close it and
@@ -23,7 +23,7 @@ public:
 
     /// The content, 20 from the edges, under the title.
     [[nodiscard]] QVBoxLayout* body() const { return body_; }
-    /// A popover over the inspector: as wide as `pane` less 24, at most 320, and centred in it. Without: 320.
+    /// A popover over the inspector: as wide as `pane` less 24, at most 320, and centered in it. Without: 320.
     void setPane(QWidget* pane);
 
 protected:

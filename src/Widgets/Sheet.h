@@ -23,7 +23,7 @@ public:
     /// Lives in `window`'s top-level window.
     Sheet(QWidget* window, const QString& title);
 
-    /// Under the title, in the second text colour; empty for none.
+    /// Under the title, in the second text color; empty for none.
     void setSubtitle(const QString& subtitle);
     /// 600 from the start; 640 at most for lists.
     void setCardWidth(int width);

@@ -75,7 +75,7 @@ QColor buttonTextColor(const ButtonLook& look)
     Q_UNREACHABLE();
 }
 
-QColor greyFill(const ControlState& state, const QColor& rest)
+QColor grayFill(const ControlState& state, const QColor& rest)
 {
     if (!state.enabled) {
         return rest;
@@ -163,7 +163,7 @@ void paintBox(QPainter& painter, const QRectF& rect, double radius, const QColor
     painter.setRenderHint(QPainter::Antialiasing);
     const bool hasEdge = edge.alpha() > 0;
     if (fill.alpha() > 0) {
-        // Under an edge the fill stays inside of its middle, or its colour would shine through the corners.
+        // Under an edge the fill stays inside of its middle, or its color would shine through the corners.
         const double inset = hasEdge ? edgeWidth / 2 : 0;
         const QRectF inner = rect.adjusted(inset, inset, -inset, -inset);
         painter.setPen(Qt::NoPen);
@@ -210,15 +210,15 @@ QColor buttonFill(const ButtonLook& look)
     case ButtonRole::flat: {
         QColor none = colors().fill;
         none.setAlpha(0);
-        return greyFill(look.state, none);
+        return grayFill(look.state, none);
     }
     case ButtonRole::link:
         return Qt::transparent;
     case ButtonRole::raised:
-        return greyFill(look.state, colors().raised);
+        return grayFill(look.state, colors().raised);
     case ButtonRole::standard:
     case ButtonRole::destructive:
-        return greyFill(look.state, colors().fill);
+        return grayFill(look.state, colors().fill);
     }
     Q_UNREACHABLE();
 }

@@ -16,7 +16,7 @@ class QStyleOptionSlider;
 /// What the style and the widgets of this room are drawn with. Not for views.
 namespace ferrow::StyleDrawing {
 
-/// A filled rounded rectangle with an edge inside of it; a transparent colour draws nothing.
+/// A filled rounded rectangle with an edge inside of it; a transparent color draws nothing.
 void paintBox(QPainter& painter, const QRectF& rect, double radius, const QColor& fill,
               const QColor& edge = Qt::transparent, double edgeWidth = 1);
 

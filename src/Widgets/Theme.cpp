@@ -157,7 +157,7 @@ QFont fontOf(TextRole role, const QFont& system)
     return font;
 }
 
-/// Keeps one widget dressed in the theme's colours and font.
+/// Keeps one widget dressed in the theme's colors and font.
 class Dress : public QObject {
 public:
     explicit Dress(QWidget* widget) : QObject(widget)

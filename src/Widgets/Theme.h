@@ -13,7 +13,7 @@ class QWidget;
 
 namespace ferrow {
 
-/// The colours of one appearance, by role. What stands round photos is neutral grey; `accent` alone means "here".
+/// The colors of one appearance, by role. What stands round photos is neutral gray; `accent` alone means "here".
 struct ThemeColors {
     QColor window;  ///< Toolbar, inspector, footers.
     QColor sidebar; ///< Photo list, empty preview.
@@ -52,7 +52,7 @@ struct ThemeColors {
     bool operator==(const ThemeColors&) const = default;
 };
 
-/// One colour of the theme, named where a call needs "which": `icon(IconName::warning, &ThemeColors::warning)`.
+/// One color of the theme, named where a call needs "which": `icon(IconName::warning, &ThemeColors::warning)`.
 using ColorRole = QColor ThemeColors::*;
 
 enum class Appearance { light, dark };
@@ -160,13 +160,13 @@ public:
 
     /// What `appearance` and `contrast` look like, without switching to it.
     [[nodiscard]] static ThemeColors colorsOf(Appearance appearance, Contrast contrast);
-    /// The colours as Qt's own widgets ask for them.
+    /// The colors as Qt's own widgets ask for them.
     [[nodiscard]] static QPalette paletteOf(const ThemeColors& colors);
     /// Gives the application palette and fonts. FerrowStyle::install does it.
     void renewApplication();
 
 signals:
-    /// Colours, fonts or motion have changed. Palette, fonts and icons of the widgets have been renewed by then.
+    /// Colors, fonts or motion have changed. Palette, fonts and icons of the widgets have been renewed by then.
     void changed();
 
 private:
@@ -182,20 +182,20 @@ private:
     std::array<QFont, 6> fonts_;
 };
 
-/// The current colour of a role.
+/// The current color of a role.
 [[nodiscard]] inline QColor themeColor(ColorRole role)
 {
     return Theme::current().color(role);
 }
 
-/// Gives a label or other text-bearing widget the font and colour of its role and keeps both through theme changes.
+/// Gives a label or other text-bearing widget the font and color of its role and keeps both through theme changes.
 void setTextRole(QWidget* widget, TextRole role, ColorRole color = &ThemeColors::text);
 
 /// A label with that text and role.
 [[nodiscard]] QLabel* makeLabel(const QString& text, TextRole role, ColorRole color = &ThemeColors::text,
                                 QWidget* parent = nullptr);
 
-/// Fills the widget's background with a colour of the theme and keeps it through theme changes. Never a style sheet:
+/// Fills the widget's background with a color of the theme and keeps it through theme changes. Never a style sheet:
 /// that would break the style of everything inside.
 void setGround(QWidget* widget, ColorRole color);
 

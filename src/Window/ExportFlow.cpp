@@ -110,7 +110,7 @@ bool ExportFlow::mayWriteBesideSources()
             QStringLiteral("Ferrow still cannot write beside the source photos. Please choose an export folder "
                            "instead."));
         return false;
-    case Case::cancelled:
+    case Case::canceled:
         break;
     }
     return false;
@@ -174,7 +174,7 @@ void ExportFlow::notifyOfReport()
     QString body = WindowTexts::exported(report.exported, report.total);
     if (!report.failures.empty())
         body += QStringLiteral(", %1 failed").arg(report.failures.size());
-    services_.notify(report.cancelled > 0 ? QStringLiteral("Export stopped") : QStringLiteral("Export finished"), body);
+    services_.notify(report.canceled > 0 ? QStringLiteral("Export stopped") : QStringLiteral("Export finished"), body);
 }
 
 void ExportFlow::finishExportReport()

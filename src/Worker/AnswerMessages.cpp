@@ -317,16 +317,16 @@ HeaderRead readHeaderRead(ByteReader& reader)
     return header;
 }
 
-void write(ByteWriter& writer, const LogoRasterised& logo)
+void write(ByteWriter& writer, const LogoRasterized& logo)
 {
     writer.number(std::uint8_t(logo.fileExtension.size()));
     writer.raw(std::as_bytes(std::span(logo.fileExtension.constData(), std::size_t(logo.fileExtension.size()))));
     write(writer, logo.picture);
 }
 
-LogoRasterised readLogo(ByteReader& reader)
+LogoRasterized readLogo(ByteReader& reader)
 {
-    LogoRasterised logo;
+    LogoRasterized logo;
     const auto extension = reader.raw(reader.number<std::uint8_t>(1, 8));
     logo.fileExtension = QByteArray(reinterpret_cast<const char*>(extension.data()), qsizetype(extension.size()));
     if (!ImageTypes::isLogoExtension(logo.fileExtension))
@@ -365,14 +365,14 @@ Message encode(const Answer& answer)
                 return MessageKind::framed;
             else if constexpr (std::is_same_v<Content, RegionComposed>)
                 return MessageKind::regionComposed;
-            else if constexpr (std::is_same_v<Content, LogoRasterised>)
-                return MessageKind::logoRasterised;
+            else if constexpr (std::is_same_v<Content, LogoRasterized>)
+                return MessageKind::logoRasterized;
             else if constexpr (std::is_same_v<Content, PhotoRefused>)
                 return MessageKind::photoRefused;
             else if constexpr (std::is_same_v<Content, LogoRefused>)
                 return MessageKind::logoRefused;
             else
-                return MessageKind::cancelled;
+                return MessageKind::canceled;
         },
         answer.content);
     return sealed(std::move(writer), kind, answer.job, std::move(descriptors));
@@ -407,7 +407,7 @@ std::optional<Answer> parseAnswer(std::span<const std::byte> message)
     case MessageKind::regionComposed:
         answer.content = RegionComposed{readPicture(reader)};
         break;
-    case MessageKind::logoRasterised:
+    case MessageKind::logoRasterized:
         answer.content = readLogo(reader);
         break;
     case MessageKind::photoRefused:
@@ -416,8 +416,8 @@ std::optional<Answer> parseAnswer(std::span<const std::byte> message)
     case MessageKind::logoRefused:
         answer.content = LogoRefused{readLogoRefusal(reader)};
         break;
-    case MessageKind::cancelled:
-        answer.content = WasCancelled{};
+    case MessageKind::canceled:
+        answer.content = WasCanceled{};
         break;
     default:
         return std::nullopt;

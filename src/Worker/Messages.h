@@ -24,7 +24,7 @@ enum class MessageKind : std::uint32_t {
     inspect,
     frame,
     composeRegion,
-    rasteriseLogo,
+    rasterizeLogo,
     proceed, ///< The memory asked for in `headerRead` is granted.
     stop,
     // From a worker:
@@ -34,10 +34,10 @@ enum class MessageKind : std::uint32_t {
     inspected,
     framed,
     regionComposed,
-    logoRasterised,
+    logoRasterized,
     photoRefused,
     logoRefused,
-    cancelled,
+    canceled,
 };
 
 struct MessageHeader {
@@ -101,7 +101,7 @@ struct HeaderRead {
 
 struct LastRowComposed {};
 struct Framed {};
-struct WasCancelled {};
+struct WasCanceled {};
 
 /// A picture as it comes back: its pixels, or where they are.
 struct AnsweredPicture {
@@ -118,7 +118,7 @@ struct Inspected {
 struct RegionComposed {
     AnsweredPicture picture;
 };
-struct LogoRasterised {
+struct LogoRasterized {
     QByteArray fileExtension;
     AnsweredPicture picture;
 };
@@ -131,8 +131,8 @@ struct LogoRefused {
 
 struct Answer {
     std::uint32_t job = 0;
-    std::variant<Hello, HeaderRead, LastRowComposed, Inspected, Framed, RegionComposed, LogoRasterised, PhotoRefused,
-                 LogoRefused, WasCancelled>
+    std::variant<Hello, HeaderRead, LastRowComposed, Inspected, Framed, RegionComposed, LogoRasterized, PhotoRefused,
+                 LogoRefused, WasCanceled>
         content;
 };
 

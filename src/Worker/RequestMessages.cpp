@@ -273,7 +273,7 @@ constexpr MessageKind kindOf()
     else if constexpr (std::is_same_v<Wanted, Engine::RegionRequest>)
         return MessageKind::composeRegion;
     else if constexpr (std::is_same_v<Wanted, Engine::LogoRequest>)
-        return MessageKind::rasteriseLogo;
+        return MessageKind::rasterizeLogo;
     else if constexpr (std::is_same_v<Wanted, Proceed>)
         return MessageKind::proceed;
     else
@@ -374,7 +374,7 @@ std::optional<Request> parseRequest(std::span<const std::byte> message, std::spa
     case MessageKind::composeRegion:
         request.content = readJob<Engine::RegionRequest>(reader, descriptors, request);
         break;
-    case MessageKind::rasteriseLogo:
+    case MessageKind::rasterizeLogo:
         request.content = readJob<Engine::LogoRequest>(reader, descriptors, request);
         break;
     case MessageKind::proceed:

@@ -109,7 +109,7 @@ void Server::headerRead(const Engine::JobSize& size)
             continue; // A stop that came too late for the job before.
         if (std::holds_alternative<Proceed>(request->content))
             return;
-        throw Cancelled{};
+        throw Canceled{};
     }
 }
 
@@ -117,7 +117,7 @@ void Server::beforeBand()
 {
     const auto request = next({.timeout = std::chrono::milliseconds(0)});
     if (request && request->job == job_ && std::holds_alternative<Stop>(request->content))
-        throw Cancelled{};
+        throw Canceled{};
 }
 
 void Server::lastRowComposed()
@@ -145,15 +145,15 @@ decltype(Answer::content) Server::work(const Engine::RegionRequest& request, int
 
 decltype(Answer::content) Server::work(const Engine::LogoRequest& request, int memory)
 {
-    const Engine::LogoAnswer logo = engine_.rasteriseLogo(request, {});
-    return LogoRasterised{logo.fileExtension, answeredPicture(logo.picture, memory)};
+    const Engine::LogoAnswer logo = engine_.rasterizeLogo(request, {});
+    return LogoRasterized{logo.fileExtension, answeredPicture(logo.picture, memory)};
 }
 
 void Server::answer(const Request& request)
 {
     job_ = request.job;
     bytesHeld_ = 0;
-    decltype(Answer::content) content = WasCancelled{};
+    decltype(Answer::content) content = WasCanceled{};
     try {
         std::visit(
             [&]<typename Wanted>(const Wanted& wanted) {
@@ -162,7 +162,7 @@ void Server::answer(const Request& request)
                     content = work(wanted, request.pictureMemory);
             },
             request.content);
-    } catch (const Cancelled&) {
+    } catch (const Canceled&) {
     } catch (const ImagePipelineError& error) {
         content = PhotoRefused{error};
     } catch (const LogoAssetError& error) {

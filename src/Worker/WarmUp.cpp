@@ -95,7 +95,7 @@ std::vector<std::string> warmUpText()
         ByteSink sink(file.get());
         sink.write(std::as_bytes(std::span(page, sizeof page - 1)));
         sink.flush();
-        static_cast<void>(rasterisePdf(ByteSource(file.get(), sizeof page - 1), side));
+        static_cast<void>(rasterizePdf(ByteSource(file.get(), sizeof page - 1), side));
     } catch (const InputOutputError&) {
     } catch (const CodecError&) {
     }

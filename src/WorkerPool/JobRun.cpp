@@ -108,11 +108,11 @@ Worker::Answer JobRun::ask(Worker::Request request, Allowance::Duration encoding
                 throw NoAnswer{};
             if (grace_) // The stop that was passed on came too late.
                 grace_.emplace(graceForCompleting);
-        } else if (std::holds_alternative<Worker::WasCancelled>(answer.content)) {
+        } else if (std::holds_alternative<Worker::WasCanceled>(answer.content)) {
             if (!grace_)
                 throw NoAnswer{};
             accept();
-            throw Cancelled{};
+            throw Canceled{};
         } else {
             return answer;
         }
@@ -142,7 +142,7 @@ void JobRun::send(const Worker::Message& message)
     case Outcome::done:
         return;
     case Outcome::woken:
-        throw Cancelled{};
+        throw Canceled{};
     case Outcome::timedOut:
         throw NoAnswer{.timedOut = true};
     case Outcome::closed:
@@ -178,7 +178,7 @@ Worker::Answer JobRun::listen()
         if (outcome == Outcome::woken)
             passOnStop();
         else if (isOver && grace_)
-            throw Cancelled{};
+            throw Canceled{};
         else if (isOver)
             throw NoAnswer{.timedOut = true};
     }
@@ -188,7 +188,7 @@ void JobRun::passOnStop()
 {
     if (job_ == 0) {
         accept(); // It has not been asked anything yet.
-        throw Cancelled{};
+        throw Canceled{};
     }
     if (isCompleting_) {
         grace_.emplace(graceForCompleting);
@@ -213,7 +213,7 @@ void JobRun::waitForMemory(std::int64_t bytes)
 {
     try {
         memory_ = budget_.acquire(bytes, stop_);
-    } catch (const Cancelled&) {
+    } catch (const Canceled&) {
         passOnStop();
         return;
     }

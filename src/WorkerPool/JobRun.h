@@ -39,10 +39,10 @@ public:
     ~JobRun();
 
     /// How the worker is confined: its first word. One that ends without is replaced, some times. Throws NoAnswer and
-    /// Cancelled.
+    /// Canceled.
     const Worker::Hello& greet();
     /// The request's answer or refusal. `encoding` is time that is allowed beside decoding. Throws NoAnswer and
-    /// Cancelled.
+    /// Canceled.
     [[nodiscard]] Worker::Answer ask(Worker::Request request, Allowance::Duration encoding = {});
     /// After NoAnswer: whether the worker may have suffered from an earlier job and is gone, so that another may be
     /// asked the same.

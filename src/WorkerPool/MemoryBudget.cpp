@@ -67,7 +67,7 @@ MemoryBudget::Share MemoryBudget::acquire(std::int64_t bytes, const std::stop_to
     std::erase(queue_, &wanted);
     changed_.notify_all(); // The next one may fit as well.
     if (!isOurTurn)
-        throw Cancelled{};
+        throw Canceled{};
     used_ += wanted;
     return {*this, wanted};
 }

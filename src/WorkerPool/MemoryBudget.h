@@ -35,7 +35,7 @@ public:
         std::int64_t bytes_ = 0;
     };
 
-    /// Waits until `bytes` are free. Throws Cancelled.
+    /// Waits until `bytes` are free. Throws Canceled.
     [[nodiscard]] Share acquire(std::int64_t bytes, const std::stop_token& stop);
 
 private:

@@ -70,7 +70,7 @@ std::unique_ptr<WorkerProcess> Pool::take(WorkerKind kind, Purpose purpose, cons
         });
         if (worker)
             break;
-        throwIfCancelled(stop);
+        throwIfCanceled(stop);
         if (!own.needsStem)
             clock.restart(); // Others' jobs end by clocks of their own.
         if (isClosed_ || clock.isOver())

@@ -43,7 +43,7 @@ public:
     };
 
     /// An idle worker or a new one; waits where there are as many as there may be. `limits` hold for a new one. Throws
-    /// Cancelled, and NoWorker: at once where starting failed several times lately.
+    /// Canceled, and NoWorker: at once where starting failed several times lately.
     [[nodiscard]] std::unique_ptr<WorkerProcess> take(WorkerKind kind, Purpose purpose, const Worker::JobLimits& limits,
                                                       const std::stop_token& stop);
     /// A worker that is not fit is killed at once.

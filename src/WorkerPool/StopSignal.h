@@ -23,7 +23,7 @@ public:
         event_ = Descriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
         callback_.emplace(stop, [this] {
             constexpr std::uint64_t one = 1;
-            static_cast<void>(::write(event_.get(), &one, sizeof one) == sizeof one); // Full only when signalled.
+            static_cast<void>(::write(event_.get(), &one, sizeof one) == sizeof one); // Full only when signaled.
         });
     }
 

@@ -187,7 +187,7 @@ WorkerAnswerer::WorkerAnswerer(std::shared_ptr<Pool> pool, std::int64_t memoryBu
 template <typename Steps>
 auto WorkerAnswerer::onWorker(const Assignment& assignment, const std::stop_token& stop, const Steps& steps)
 {
-    throwIfCancelled(stop);
+    throwIfCanceled(stop);
     for (bool isSecond = false;; isSecond = true) {
         JobRun job(*pool_, budget_, assignment, stop);
         try {
@@ -263,7 +263,7 @@ Bitmap WorkerAnswerer::composeRegion(const Engine::RegionRequest& request, const
     });
 }
 
-Engine::LogoAnswer WorkerAnswerer::rasteriseLogo(const Engine::LogoRequest& request, const std::stop_token& stop)
+Engine::LogoAnswer WorkerAnswerer::rasterizeLogo(const Engine::LogoRequest& request, const std::stop_token& stop)
 {
     try {
         Assignment assignment = reading(WorkerKind::logos);
@@ -276,7 +276,7 @@ Engine::LogoAnswer WorkerAnswerer::rasteriseLogo(const Engine::LogoRequest& requ
                 job.accept();
                 throw LogoAssetError{.value = refused->error};
             }
-            const auto& logo = expect<Worker::LogoRasterised>(answer);
+            const auto& logo = expect<Worker::LogoRasterized>(answer);
             Engine::LogoAnswer result{logo.fileExtension, takePicture(logo.picture, memory, largest)};
             if (result.picture.isNull() || logo.picture.format != rgba8Premultiplied)
                 throw NoAnswer{};

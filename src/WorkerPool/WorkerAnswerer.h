@@ -23,14 +23,14 @@ public:
                                                 const std::stop_token& stop) override;
     void frame(const Engine::FrameRequest& request, const std::stop_token& stop) override;
     [[nodiscard]] Bitmap composeRegion(const Engine::RegionRequest& request, const std::stop_token& stop) override;
-    [[nodiscard]] Engine::LogoAnswer rasteriseLogo(const Engine::LogoRequest& request,
+    [[nodiscard]] Engine::LogoAnswer rasterizeLogo(const Engine::LogoRequest& request,
                                                    const std::stop_token& stop) override;
 
     /// How workers are confined. Throws NoAnswer when none can be started.
     [[nodiscard]] Worker::Hello confinement();
 
 private:
-    /// What `steps` answer, which ask the worker of the JobRun they are given. Throws NoAnswer, Cancelled and whatever
+    /// What `steps` answer, which ask the worker of the JobRun they are given. Throws NoAnswer, Canceled and whatever
     /// they throw.
     template <typename Steps>
     auto onWorker(const Assignment& assignment, const std::stop_token& stop, const Steps& steps);

@@ -60,7 +60,7 @@ TEST(BatchExportCoordinator, goesOnAfterFailuresAndNeverExceedsTheConcurrency)
     }
 }
 
-TEST(BatchExportCoordinator, letsRunningJobsEndAsTheyEndWhenCancelled)
+TEST(BatchExportCoordinator, letsRunningJobsEndAsTheyEndWhenCanceled)
 {
     const test::TemporaryFolder folder;
     const auto jobs = makeJobs(folder.url(), 10);
@@ -75,12 +75,12 @@ TEST(BatchExportCoordinator, letsRunningJobsEndAsTheyEndWhenCancelled)
             bothRun.arrive_and_wait();
             stop.request_stop();
             if (numberOf(job) == 3)
-                throwIfCancelled(token);
+                throwIfCanceled(token);
         },
         {}, stop.get_token());
     ASSERT_EQ(outcomes.size(), 5u);
     for (const BatchExportOutcome& outcome : outcomes)
-        EXPECT_EQ(std::holds_alternative<BatchExportOutcome::Cancelled>(outcome.result), outcome.jobIndex == 3);
+        EXPECT_EQ(std::holds_alternative<BatchExportOutcome::Canceled>(outcome.result), outcome.jobIndex == 3);
 
     auto all = outcomes;
     QStringList rest;
@@ -95,10 +95,10 @@ TEST(BatchExportCoordinator, letsRunningJobsEndAsTheyEndWhenCancelled)
     plan.outputFolders.push_back(folder.url());
     const BatchExportReport report = BatchExportCoordinator::report(plan, 13, all);
     EXPECT_EQ(report.exported, 4);
-    EXPECT_EQ(report.cancelled, 6);
+    EXPECT_EQ(report.canceled, 6);
     EXPECT_EQ(report.failures, plan.failures);
     EXPECT_EQ(report.outputFolders, plan.outputFolders);
-    EXPECT_EQ(report.exported + report.cancelled + report.skipped + std::int64_t(report.failures.size()), report.total);
+    EXPECT_EQ(report.exported + report.canceled + report.skipped + std::int64_t(report.failures.size()), report.total);
 
     // Already stopped: nothing starts.
     const auto neverRuns = [](const auto&, const auto&) { ADD_FAILURE() << "started"; };

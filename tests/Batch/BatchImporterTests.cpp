@@ -183,7 +183,7 @@ TEST_F(BatchImporterTest, keepsWhatWasReadBeforeAStopAndNamesTheRest)
     const auto stopped = [&](const FileUrl& url, const std::stop_token& token) {
         if (url == urls[2])
             stop.request_stop();
-        throwIfCancelled(token);
+        throwIfCanceled(token);
         return photoAt(url);
     };
     const BatchImportResult result = BatchImporter::load(urls, 1, stopped, {}, stop.get_token());

@@ -167,7 +167,7 @@ inline ColorProfile longProfile()
     return ColorProfile::fromIcc(bigEndian(quint64(icc.size())) + icc.mid(4), ColorModel::rgb).value();
 }
 
-/// Qt's reader is the second opinion, in 16 bits. Transparent pixels have no colour there; nobody sees it.
+/// Qt's reader is the second opinion, in 16 bits. Transparent pixels have no color there; nobody sees it.
 inline void expectWhatQtReads(const Decoded& decoded, const QByteArray& file)
 {
     ASSERT_EQ(decoded.error, std::nullopt);

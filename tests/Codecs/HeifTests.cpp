@@ -68,7 +68,7 @@ QByteArray grid(int rows, int columns, quint32 width, quint32 height)
     return QByteArray("\0\1", 2) + char(rows - 1) + char(columns - 1) + bigEndian(width) + bigEndian(height);
 }
 
-/// A coded picture of one colour, 64 x 64, and the property that its decoder needs.
+/// A coded picture of one color, 64 x 64, and the property that its decoder needs.
 struct Tile {
     QByteArray configuration;
     QByteArray data;

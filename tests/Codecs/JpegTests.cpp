@@ -49,7 +49,7 @@ QByteArray libraryFile(const Adjust& adjust, PixelSize size, J_COLOR_SPACE space
     return file;
 }
 
-QByteArray colourFile(const Adjust& adjust, PixelSize size = testSize)
+QByteArray colorFile(const Adjust& adjust, PixelSize size = testSize)
 {
     return libraryFile(adjust, size, JCS_RGB, 3, picture(size, 3));
 }
@@ -76,22 +76,22 @@ TEST(JpegDecoder, equalsAnotherReaderAndGivesNoHalfPictures)
     };
     for (const auto& [name, adjust] : rows) {
         SCOPED_TRACE(name);
-        const QByteArray file = colourFile(adjust);
+        const QByteArray file = colorFile(adjust);
         const Decoded decoded = decode(file);
         EXPECT_EQ(decoded.format, rgb8);
         expectWhatQtReads(decoded, file);
         expectNoHalfPictures(FileType::jpeg, file);
     }
-    EXPECT_EQ(decode(colourFile(baseline)).heldBytes, 0);
+    EXPECT_EQ(decode(colorFile(baseline)).heldBytes, 0);
     // 13 x 9 blocks of luma, 7 x 5 of each chroma, 64 coefficients of two bytes.
-    EXPECT_EQ(decode(colourFile(progressive)).heldBytes, (13 * 9 + 2 * 7 * 5) * 128);
+    EXPECT_EQ(decode(colorFile(progressive)).heldBytes, (13 * 9 + 2 * 7 * 5) * 128);
 }
 
-TEST(JpegDecoder, readsGreyAndCountsInkFromNone)
+TEST(JpegDecoder, readsGrayAndCountsInkFromNone)
 {
-    const QByteArray grey = libraryFile(baseline, testSize, JCS_GRAYSCALE, 1, picture(testSize, 1));
-    EXPECT_EQ(decode(grey).format, (PixelFormat{ColorModel::gray, 8, Alpha::none}));
-    expectWhatQtReads(decode(grey), grey);
+    const QByteArray gray = libraryFile(baseline, testSize, JCS_GRAYSCALE, 1, picture(testSize, 1));
+    EXPECT_EQ(decode(gray).format, (PixelFormat{ColorModel::gray, 8, Alpha::none}));
+    expectWhatQtReads(decode(gray), gray);
     for (const bool adobe : {true, false}) {
         const Adjust adjust = [adobe](auto& codec) { codec.write_Adobe_marker = adobe; };
         const Decoded decoded = decode(libraryFile(adjust, {16, 8}, JCS_CMYK, 4, Pixels(16 * 8 * 4, 200)));
@@ -103,7 +103,7 @@ TEST(JpegDecoder, readsGreyAndCountsInkFromNone)
 TEST(JpegDecoder, reducesToTheSmallestSizeThatIsEnough)
 {
     constexpr PixelSize size{200, 117};
-    const QByteArray file = colourFile(baseline, size);
+    const QByteArray file = colorFile(baseline, size);
     const auto sizeFor = [&](int enough) { return decode(file, Tolerance::strict, enough).size; };
     EXPECT_EQ(sizeFor(0), size);
     EXPECT_EQ(sizeFor(101), size);
@@ -138,7 +138,7 @@ TEST(JpegDecoder, joinsAProfileFromItsSegments)
 
 TEST(JpegDecoder, namesWhatItCannotDecode)
 {
-    const QByteArray file = colourFile(baseline);
+    const QByteArray file = colorFile(baseline);
     const qsizetype frame = markerAt(file, 0xc0);
     const auto withHeight = [&](int high, int low) {
         return withByte(withByte(file, frame + 5, high), frame + 6, low);
@@ -156,7 +156,7 @@ TEST(JpegDecoder, namesWhatItCannotDecode)
 
 TEST(JpegDecoder, tellsLostPixelsFromOddFiles)
 {
-    const QByteArray file = colourFile([](auto& codec) { codec.restart_interval = 7; });
+    const QByteArray file = colorFile([](auto& codec) { codec.restart_interval = 7; });
     const Pixels whole = decode(file).pixels;
     const qsizetype scan = markerAt(file, 0xda);
     const qsizetype restart = markerAt(file, 0xd1);
@@ -176,13 +176,13 @@ TEST(JpegDecoder, tellsLostPixelsFromOddFiles)
 
 TEST(JpegDecoder, findsDamageThatTheLibraryPassesOver)
 {
-    const QByteArray file = colourFile(baseline, {200, 117});
+    const QByteArray file = colorFile(baseline, {200, 117});
     const qsizetype coded = markerAt(file, 0xda) + 14;
     // Sixteen ones in a row are no code; near the start much of the file is at hand, near the end little.
     for (qsizetype at = coded; at < file.size() - 16; at += 97)
         EXPECT_EQ(decode(QByteArray(file).replace(at, 6, QByteArray("\xff\0\xff\0\xff\0", 6))).error, damaged) << at;
     // Each of these leaves codes that no row has used.
-    const QByteArray restarting = colourFile([](auto& codec) { codec.restart_interval = 7; });
+    const QByteArray restarting = colorFile([](auto& codec) { codec.restart_interval = 7; });
     const std::pair<const char*, QByteArray> rows[]{
         {"some coded twice", QByteArray(file).insert(coded + 1000, file.mid(coded + 1000, 512))},
         {"an interval coded twice",
@@ -198,7 +198,7 @@ TEST(JpegDecoder, findsDamageThatTheLibraryPassesOver)
 
 TEST(JpegDecoder, showsWhatIsThereWhenTolerant)
 {
-    const QByteArray file = colourFile(baseline);
+    const QByteArray file = colorFile(baseline);
     const Pixels whole = decode(file).pixels;
     const Decoded half = decode(file.left(file.size() * 3 / 4), Tolerance::tolerant);
     EXPECT_TRUE(std::equal(whole.begin(), whole.begin() + testSize.width * 3 * 22, half.pixels.begin()));
@@ -206,7 +206,7 @@ TEST(JpegDecoder, showsWhatIsThereWhenTolerant)
     EXPECT_NE(decode(file.left(markerAt(file, 0xda) + 14), Tolerance::tolerant).error, std::nullopt);
 
     // Cut amid the tables before the last scan: what the earlier scans gave is still a picture.
-    const QByteArray scans = colourFile(progressive);
+    const QByteArray scans = colorFile(progressive);
     const QByteArray cut = scans.left(scans.lastIndexOf(QByteArray("\xff\xc4", 2)) + 6);
     EXPECT_NE(decode(cut).error, std::nullopt);
     EXPECT_LE(worstDifference(decode(cut, Tolerance::tolerant).pixels, decode(scans).pixels), 40);
@@ -214,7 +214,7 @@ TEST(JpegDecoder, showsWhatIsThereWhenTolerant)
 
 TEST(JpegDecoder, boundsTheNumberOfScans)
 {
-    // A grey picture with a single scan, that of the mean values, over and over.
+    // A gray picture with a single scan, that of the mean values, over and over.
     static const jpeg_scan_info means[] = {{1, {0}, 0, 0, 0, 0}};
     const Adjust adjust = [](auto& codec) { codec.scan_info = means, codec.num_scans = 1; };
     const QByteArray once = libraryFile(adjust, {16, 16}, JCS_GRAYSCALE, 1, picture({16, 16}, 1));

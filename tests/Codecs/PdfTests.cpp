@@ -37,14 +37,14 @@ QByteArray makePdf(const QByteArray& boxes, const QByteArray& content = redHalf,
            QByteArray::number(file.lastIndexOf("\nendobj\n") + 8) + "\n%%EOF\n";
 }
 
-Bitmap rasterise(const QByteArray& bytes, std::int64_t dimension)
+Bitmap rasterize(const QByteArray& bytes, std::int64_t dimension)
 {
     const MemoryFile file(bytes);
-    return rasterisePdf(ByteSource(file.descriptor(), file.size()), dimension);
+    return rasterizePdf(ByteSource(file.descriptor(), file.size()), dimension);
 }
 
 /// Red, green, blue and alpha as hexadecimal digits.
-QByteArray colourAt(const Bitmap& bitmap, std::int64_t x, std::int64_t y)
+QByteArray colorAt(const Bitmap& bitmap, std::int64_t x, std::int64_t y)
 {
     return QByteArray(reinterpret_cast<const char*>(bitmap.row(y) + x * 4), 4).toHex();
 }
@@ -54,10 +54,10 @@ QByteArray colourAt(const Bitmap& bitmap, std::int64_t x, std::int64_t y)
 TEST(PdfPage, drawsOnNothingWithPremultipliedAlphaAndNoAnnotations)
 {
     const QByteArray stamp = "0 0 1 rg 0 0 200 100 re f";
-    const Bitmap bitmap = rasterise(makePdf(wide, redHalf + " /Half gs 0 0 1 rg 100 50 100 50 re f", stamp), 400);
+    const Bitmap bitmap = rasterize(makePdf(wide, redHalf + " /Half gs 0 0 1 rg 100 50 100 50 re f", stamp), 400);
     EXPECT_EQ(bitmap.format(), rgba8Premultiplied);
-    EXPECT_EQ(colourAt(bitmap, 50, 150), "ff0000ff");
-    EXPECT_EQ(colourAt(bitmap, 300, 150), "00000000");
+    EXPECT_EQ(colorAt(bitmap, 50, 150), "ff0000ff");
+    EXPECT_EQ(colorAt(bitmap, 300, 150), "00000000");
     EXPECT_EQ(component(bitmap, 300, 50, 0), 0);
     EXPECT_EQ(component(bitmap, 300, 50, 2), component(bitmap, 300, 50, 3));
     EXPECT_NEAR(component(bitmap, 300, 50, 3), 128, 1);
@@ -66,7 +66,7 @@ TEST(PdfPage, drawsOnNothingWithPremultipliedAlphaAndNoAnnotations)
 TEST(PdfPage, fillsTheAskedSizeExactly)
 {
     const auto sizeOf = [](const QByteArray& boxes, int dimension) {
-        return rasterise(makePdf(boxes), dimension).size();
+        return rasterize(makePdf(boxes), dimension).size();
     };
     EXPECT_EQ(sizeOf("/MediaBox [0 0 200 300]", 100), (PixelSize{67, 100}));
     EXPECT_EQ(sizeOf("/MediaBox [0 0 10 10]", 4000), (PixelSize{4000, 4000}));
@@ -75,10 +75,10 @@ TEST(PdfPage, fillsTheAskedSizeExactly)
 
     // The left half of the crop box is red, its right half blue; a clockwise quarter turn puts red on top.
     const QByteArray boxes = "/MediaBox [0 0 400 400] /CropBox [100 100 300 200] /Rotate 90";
-    const Bitmap bitmap = rasterise(makePdf(boxes, "1 0 0 rg 0 0 200 400 re f 0 0 1 rg 200 0 200 400 re f"), 200);
+    const Bitmap bitmap = rasterize(makePdf(boxes, "1 0 0 rg 0 0 200 400 re f 0 0 1 rg 200 0 200 400 re f"), 200);
     ASSERT_EQ(bitmap.size(), (PixelSize{100, 200}));
-    EXPECT_EQ(colourAt(bitmap, 0, 0), "ff0000ff");
-    EXPECT_EQ(colourAt(bitmap, 99, 199), "0000ffff");
+    EXPECT_EQ(colorAt(bitmap, 0, 0), "ff0000ff");
+    EXPECT_EQ(colorAt(bitmap, 99, 199), "0000ffff");
 }
 
 TEST(PdfPage, refusesWhatHasNoPage)
@@ -87,7 +87,7 @@ TEST(PdfPage, refusesWhatHasNoPage)
     const QByteArray kids = "/Kids [3 0 R] /Count 1";
     const auto isRefused = [](const QByteArray& bytes) {
         try {
-            EXPECT_EQ(rasterise(bytes, 20).size().longestSide(), 20);
+            EXPECT_EQ(rasterize(bytes, 20).size().longestSide(), 20);
             return false;
         } catch (const CodecError& error) {
             return error.reason == CodecError::Reason::malformed;

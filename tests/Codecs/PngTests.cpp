@@ -24,9 +24,9 @@ QByteArray chunk(const QByteArray& name, const QByteArray& data)
     return bigEndian(quint64(data.size())) + body + bigEndian(sum);
 }
 
-QByteArray header(quint32 width, quint32 height, int depth = 8, int colourType = 2, bool interlaced = false)
+QByteArray header(quint32 width, quint32 height, int depth = 8, int colorType = 2, bool interlaced = false)
 {
-    const QByteArray rest = bigEndian(quint64(depth << 8 | colourType), 2) + bigEndian(interlaced, 3);
+    const QByteArray rest = bigEndian(quint64(depth << 8 | colorType), 2) + bigEndian(interlaced, 3);
     return "\x89PNG\r\n\x1a\n" + chunk("IHDR", bigEndian(width) + bigEndian(height) + rest);
 }
 
@@ -64,12 +64,12 @@ QByteArray noise(std::int64_t width, std::int64_t height, int bits, std::minstd_
 }
 
 /// A file of noise, 37 x 23 of any kind; with transparency beside the pixels where asked.
-QByteArray noiseFile(int colourType, int depth, bool transparency, bool interlaced)
+QByteArray noiseFile(int colorType, int depth, bool transparency, bool interlaced)
 {
     constexpr int width = 37;
     constexpr int height = 23;
     constexpr int channels[]{1, 0, 3, 1, 2, 0, 4};
-    const int bits = depth * channels[colourType];
+    const int bits = depth * channels[colorType];
     std::minstd_rand random;
     QByteArray rows = interlaced ? QByteArray() : noise(width, height, bits, random);
     // Adam7: where each pass begins and how far its pixels are apart.
@@ -80,9 +80,9 @@ QByteArray noiseFile(int colourType, int depth, bool transparency, bool interlac
     QByteArray palette;
     for (int i = 0; i < 3 << std::min(depth, 8); ++i)
         palette += char(i * 7);
-    const bool isPalette = colourType == 3;
-    const QByteArray key = QByteArray("\0\1", 2).repeated(channels[colourType]);
-    return header(width, height, depth, colourType, interlaced) + (isPalette ? chunk("PLTE", palette) : QByteArray()) +
+    const bool isPalette = colorType == 3;
+    const QByteArray key = QByteArray("\0\1", 2).repeated(channels[colorType]);
+    return header(width, height, depth, colorType, interlaced) + (isPalette ? chunk("PLTE", palette) : QByteArray()) +
            (transparency ? chunk("tRNS", isPalette ? palette.left(1 << depth) : key) : QByteArray()) +
            chunk("IDAT", deflated(rows)) + end;
 }
@@ -137,17 +137,17 @@ TEST(PngEncoder, writesProfilesThatOtherReadersKeep)
 TEST(PngDecoder, equalsAnotherReaderAtEveryDepth)
 {
     const std::vector<int> depths[]{{1, 2, 4, 8, 16}, {}, {8, 16}, {1, 2, 4, 8}, {8, 16}, {}, {8, 16}};
-    for (const int colourType : {0, 2, 3, 4, 6})
-        for (const int depth : depths[colourType])
-            for (const bool transparency : {false, colourType < 4})
+    for (const int colorType : {0, 2, 3, 4, 6})
+        for (const int depth : depths[colorType])
+            for (const bool transparency : {false, colorType < 4})
                 for (const bool interlaced : {false, true}) {
-                    SCOPED_TRACE(testing::Message() << colourType << ' ' << depth << transparency << interlaced);
-                    const QByteArray file = noiseFile(colourType, depth, transparency, interlaced);
+                    SCOPED_TRACE(testing::Message() << colorType << ' ' << depth << transparency << interlaced);
+                    const QByteArray file = noiseFile(colorType, depth, transparency, interlaced);
                     const Decoded decoded = decode(file);
                     EXPECT_EQ(decoded.format.bitsPerComponent, depth == 16 ? 16 : 8);
-                    EXPECT_EQ(decoded.format.hasAlpha(), colourType >= 4 || transparency);
+                    EXPECT_EQ(decoded.format.hasAlpha(), colorType >= 4 || transparency);
                     EXPECT_EQ(decoded.heldBytes, interlaced ? std::int64_t(decoded.pixels.size()) : 0);
-                    // Qt knows no transparent colour beside a 16-bit sample.
+                    // Qt knows no transparent color beside a 16-bit sample.
                     if (!(transparency && depth == 16))
                         expectWhatQtReads(decoded, file);
                 }

@@ -76,7 +76,7 @@ inline QByteArray tiffFile(std::vector<TiffTag> tags,
     return tiffFile(tags, below);
 }
 
-/// The tags of an uncompressed picture, 8-bit grey unless said otherwise, whose only strip follows the directory
+/// The tags of an uncompressed picture, 8-bit gray unless said otherwise, whose only strip follows the directory
 /// directly, with `more` behind them.
 inline std::vector<TiffTag> pictureTags(std::uint16_t width, std::uint16_t height,
                                         const std::vector<TiffTag>& more = {}, std::uint16_t photometric = 1,

@@ -25,7 +25,7 @@ std::unique_ptr<TIFF, decltype(&TIFFClose)> open(const MemoryFile& file, const c
 
 constexpr int black = PHOTOMETRIC_MINISBLACK;
 constexpr int white = PHOTOMETRIC_MINISWHITE;
-constexpr int colour = PHOTOMETRIC_RGB;
+constexpr int color = PHOTOMETRIC_RGB;
 const TiffTag isFloat = shortTag(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_IEEEFP);
 
 /// How the library is to store a picture: RGB, or fax where that is the compression.
@@ -57,7 +57,7 @@ QByteArray written(const Layout& layout)
     TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, std::uint32_t(width));
     TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, std::uint32_t(height));
     TIFFSetField(tiff, TIFFTAG_COMPRESSION, layout.compression);
-    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, layout.isFax() ? white : colour);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, layout.isFax() ? white : color);
     TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, layout.isFax() ? 1 : 8);
     TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, layout.isFax() ? 1 : 3);
     TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, layout.isPlanar ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
@@ -140,10 +140,10 @@ TEST(TiffDecoder, readsEveryKindOfSample)
     expect("16-bit CIE Lab", PHOTOMETRIC_CIELAB, 16, 3, wide({1, 0x7fff, 0x0080}), {1, 65535, 33025});
     expect("ICC Lab", PHOTOMETRIC_ICCLAB, 8, 3, "\x80\1\xf6", {128, 1, 246});
     expect("16-bit ICC Lab", PHOTOMETRIC_ICCLAB, 16, 3, wide({65280, 32768, 0}), {65535, 32896, 0});
-    expect("times alpha", colour, 8, 4, "\x40\x20\x10\x80\x9\x9\x1\x3", {128, 64, 32, 128, 255, 255, 85, 3}, {times});
-    expect("wide", colour, 16, 4, wide({0x4000, 0, 0x7fff, 0x7fff}), {0x8001, 0, 0xffff, 0x7fff}, {times});
-    expect("grey times alpha", black, 8, 2, "\x32\x64", {128, 100}, {times});
-    expect("unnamed sample before alpha", colour, 8, 5, "abcde", {'a', 'b', 'c', 'e'}, {both});
+    expect("times alpha", color, 8, 4, "\x40\x20\x10\x80\x9\x9\x1\x3", {128, 64, 32, 128, 255, 255, 85, 3}, {times});
+    expect("wide", color, 16, 4, wide({0x4000, 0, 0x7fff, 0x7fff}), {0x8001, 0, 0xffff, 0x7fff}, {times});
+    expect("gray times alpha", black, 8, 2, "\x32\x64", {128, 100}, {times});
+    expect("unnamed sample before alpha", color, 8, 5, "abcde", {'a', 'b', 'c', 'e'}, {both});
 }
 
 TEST(TiffDecoder, readsEveryKindOfStorageAndGivesNoHalfPictures)
@@ -212,14 +212,14 @@ TEST(TiffDecoder, namesWhatItCannotRead)
         const auto tags = pictureTags(2, 2, more, photometric, bits, samples);
         return decode(tiffFile(tags, QByteArray(48, 'x'))).error;
     };
-    EXPECT_EQ(errorOf(colour, 8, 9), unsupported("9-band TIFF image"));
+    EXPECT_EQ(errorOf(color, 8, 9), unsupported("9-band TIFF image"));
     EXPECT_EQ(errorOf(black, 16, 1, {shortTag(339, 2)}), unsupported("16-bit signed TIFF image"));
     EXPECT_EQ(errorOf(PHOTOMETRIC_CIELAB, 32, 3, {isFloat}), unsupported("32-bit floating-point TIFF image"));
     EXPECT_EQ(errorOf(PHOTOMETRIC_SEPARATED, 8, 4, {shortTag(332, 2)}),
               unsupported("TIFF image in inks other than CMYK"));
 }
 
-TEST(TiffDecoder, keepsTheStripsAroundABrokenOneGrey)
+TEST(TiffDecoder, keepsTheStripsAroundABrokenOneGray)
 {
     for (const Layout& layout : {large, Layout{"whole", COMPRESSION_ADOBE_DEFLATE, 0, false, 7}}) {
         SCOPED_TRACE(layout.name);
@@ -252,7 +252,7 @@ TEST(TiffDecoder, refusesHostileDirectories)
     };
     EXPECT_EQ(withTags(512), std::nullopt);
     EXPECT_EQ(withTags(513), malformed);
-    // Without a palette, here behind the file's end, the library would show grey.
+    // Without a palette, here behind the file's end, the library would show gray.
     const TiffTag palette{TIFFTAG_COLORMAP, 3, 768, littleEndian(0x7ffffff0)};
     EXPECT_EQ(decode(tiffFile(pictureTags(2, 2, {palette}, PHOTOMETRIC_PALETTE), "abcd")).error, malformed);
     // Values that are longer than the file between them.

@@ -59,7 +59,7 @@ protected:
         found.sort();
         EXPECT_EQ(found.removeDuplicates(), 0);
         EXPECT_EQ(report.value(QLatin1StringView("total")).toInt(-1), found.size());
-        for (const char* kind : {"exported", "skipped", "cancelled", "failures"})
+        for (const char* kind : {"exported", "skipped", "canceled", "failures"})
             EXPECT_EQ(report.value(QLatin1StringView(kind)).toInt(-1),
                       found.filter(QLatin1Char(' ') + QString::fromLatin1(kind).left(4)).size());
         return found;
@@ -287,7 +287,7 @@ TEST_F(BatchCommandTest, leavesOnlyWholeFilesWhenInterrupted)
     EXPECT_EQ(ended.status, 130);
     const QStringList found = outcomes(ended);
     EXPECT_EQ(found.size(), 300);
-    EXPECT_FALSE(found.filter(QStringLiteral("cancelled")).isEmpty());
+    EXPECT_FALSE(found.filter(QStringLiteral("canceled")).isEmpty());
     const auto written = everythingBelow(out);
     EXPECT_EQ(found.filter(QStringLiteral("exported")).size(), written.size());
     for (const QByteArray& name : written) {
@@ -310,7 +310,7 @@ TEST_F(BatchCommandTest, countsWhatAnInterruptionLeftUnread)
     const test::Ended ended =
         test::Program(command({"--json", "--output", out.path(), in.path()}), environment, interrupt).wait();
     EXPECT_EQ(ended.status, 130);
-    EXPECT_EQ(outcomes(ended).filter(QStringLiteral("cancelled")).size(), 300);
+    EXPECT_EQ(outcomes(ended).filter(QStringLiteral("canceled")).size(), 300);
 }
 
 TEST_F(BatchCommandTest, keepsIgnoringWhatItWasStartedToIgnore)

@@ -64,8 +64,8 @@ public:
     Ended wait()
     {
         process_.waitForFinished(-1);
-        const int signalled = process_.exitStatus() == QProcess::CrashExit ? 128 : 0;
-        return {signalled + process_.exitCode(), process_.readAllStandardOutput(), process_.readAllStandardError()};
+        const int signaled = process_.exitStatus() == QProcess::CrashExit ? 128 : 0;
+        return {signaled + process_.exitCode(), process_.readAllStandardOutput(), process_.readAllStandardError()};
     }
 
 private:

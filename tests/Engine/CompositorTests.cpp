@@ -105,7 +105,7 @@ TEST(Compositor, laysTranslucentOverTranslucentAsTheFormulaSays)
         }
 }
 
-TEST(Compositor, drawsOverlayColoursInTheCanvasSpace)
+TEST(Compositor, drawsOverlayColorsInTheCanvasSpace)
 {
     // Display P3 shows the same red with less: (234, 51, 35) is sRGB's (255, 0, 0).
     Composition composition = framed({1, 1}, 4);

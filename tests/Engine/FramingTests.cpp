@@ -122,7 +122,7 @@ TEST(Framing, heedsAStopAndReportsAFullDisk)
     request.outputDescriptor = ::open("/dev/full", O_RDWR | O_CLOEXEC);
     std::stop_source stop;
     stop.request_stop();
-    EXPECT_THROW(InProcessAnswerer().frame(request, stop.get_token()), Cancelled);
+    EXPECT_THROW(InProcessAnswerer().frame(request, stop.get_token()), Canceled);
     for (const ExportFormat format : allCases<ExportFormat>()) {
         SCOPED_TRACE(rawValue(format).toStdString());
         request.format = format;

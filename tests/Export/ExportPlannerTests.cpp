@@ -200,7 +200,7 @@ TEST(ExportPlanner, heedsAStopWhileItNumbers)
     };
     ExportRequest request{.configuration = into("/out")};
     request.photos.emplace_back().url = place("/x/a.jpg");
-    EXPECT_THROW((void)planner.plan(request, stop.get_token()), Cancelled);
+    EXPECT_THROW((void)planner.plan(request, stop.get_token()), Canceled);
 }
 
 TEST(ExportPlanner, neverGivesTwoPhotosOneFile)

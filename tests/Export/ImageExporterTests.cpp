@@ -229,7 +229,7 @@ TEST_F(ImageExporterTest, failsOnASourceThatChangesAndHeedsAStopUntilTheLastRow)
         EXPECT_EQ(::write(request.outputDescriptor, "half", 4), 4);
         stop.request_stop();
     };
-    EXPECT_THROW(frame(photo, destination), Cancelled);
+    EXPECT_THROW(frame(photo, destination), Canceled);
     EXPECT_TRUE(test::namesIn(output).isEmpty());
 
     stop = {};

@@ -41,8 +41,8 @@ TEST(ImageLoader, readsSizeTypeTextsAndAReducedPictureByContent)
     EXPECT_TRUE(ImageLoader::load(photo.url, 0).previewSource.isNull());
     std::stop_source stop;
     stop.request_stop();
-    EXPECT_THROW((void)ImageLoader::load(photo.url, stop.get_token()), Cancelled);
-    EXPECT_THROW((void)ImageLoader::loadBatchThumbnail(photo.url, stop.get_token()), Cancelled);
+    EXPECT_THROW((void)ImageLoader::load(photo.url, stop.get_token()), Canceled);
+    EXPECT_THROW((void)ImageLoader::loadBatchThumbnail(photo.url, stop.get_token()), Canceled);
 }
 
 TEST(ImageLoader, refusesWhatIsNoPhotoWithoutWaiting)

@@ -25,7 +25,7 @@ RenderRecipe captioned(CaptionPosition position)
     return recipe;
 }
 
-/// Grey photo, white border: black ink is easily told from both.
+/// Gray photo, white border: black ink is easily told from both.
 Bitmap rendered(const RenderRecipe& recipe, const Bitmap& logo = {})
 {
     const Bitmap photo = test::flat(photoSize, rgb8, {190, 190, 190});
@@ -70,7 +70,7 @@ TEST(ImageRenderer, captionsOnThePhotoCastAShadowAndBorderOnesDoNot)
         RenderRecipe recipe = captioned(onPhoto ? CaptionPosition::imageCenter : CaptionPosition::borderBottomCenter);
         recipe.border.color = {190 / 255.0, 190 / 255.0, 190 / 255.0, 1};
         recipe.captions.front().color = RGBAColor::white;
-        // White text can't darken grey: only a shadow can.
+        // White text can't darken gray: only a shadow can.
         EXPECT_EQ(inkBounds(rendered(recipe), 150).isEmpty(), !onPhoto);
     }
 }
@@ -160,7 +160,7 @@ TEST(ImageRenderer, previewIsTheExportMadeSmaller)
 
 TEST(ImageRenderer, previewHasTextAndShadowWhereTheExportHasThem)
 {
-    // The mean height above the lower edge of what differs from flat grey, in pixels of the export.
+    // The mean height above the lower edge of what differs from flat gray, in pixels of the export.
     const auto inkHeight = [](const RenderRecipe& recipe, PixelSize source) {
         const auto draw = [&](bool isCaptioned) {
             RenderRecipe drawn = recipe;

@@ -128,7 +128,7 @@ TEST(BatchFraming, appliesAPhotosOwnRecipeInSelectedScopeAlone)
     EXPECT_EQ(width(RecipeScope::batch, own), 120);
 }
 
-TEST(RenderRecipe, speaksColoursInBytes)
+TEST(RenderRecipe, speaksColorsInBytes)
 {
     const RGBAColor ties{.red = 0.5, .green = 0.0019, .blue = 0.002, .alpha = 0};
     const RGBAColor beyond{.red = -0.5, .green = 2, .blue = 1e16};

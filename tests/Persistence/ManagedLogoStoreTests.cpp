@@ -22,7 +22,7 @@ public:
     Engine::InspectAnswer inspect(const Engine::InspectRequest&, const std::stop_token&) override { return {}; }
     void frame(const Engine::FrameRequest&, const std::stop_token&) override {}
     Bitmap composeRegion(const Engine::RegionRequest&, const std::stop_token&) override { return {}; }
-    Engine::LogoAnswer rasteriseLogo(const Engine::LogoRequest& request, const std::stop_token&) override
+    Engine::LogoAnswer rasterizeLogo(const Engine::LogoRequest& request, const std::stop_token&) override
     {
         requested.push_back(request.maximumDimension);
         char text[16]{};
@@ -99,7 +99,7 @@ TEST_F(ManagedLogoStoreTest, loadsByPlainNameAlone)
     EXPECT_FALSE(ManagedLogoStore::load(asset, 100, managed).isNull());
 }
 
-TEST_F(ManagedLogoStoreTest, clampsRemembersAndIsCancelled)
+TEST_F(ManagedLogoStoreTest, clampsRemembersAndIsCanceled)
 {
     const LogoAssetReference asset = imported("pdf");
     for (const std::int64_t dimension : {-5, 100'000, 100'000})
@@ -108,7 +108,7 @@ TEST_F(ManagedLogoStoreTest, clampsRemembersAndIsCancelled)
 
     std::stop_source stopped;
     stopped.request_stop();
-    EXPECT_THROW(static_cast<void>(ManagedLogoStore::load(asset, 50, managed, stopped.get_token())), Cancelled);
+    EXPECT_THROW(static_cast<void>(ManagedLogoStore::load(asset, 50, managed, stopped.get_token())), Canceled);
     EXPECT_FALSE(ManagedLogoStore::load(asset, 100'000, managed, stopped.get_token()).isNull());
     EXPECT_EQ(answerer->requested.size(), 2u);
 }

@@ -70,7 +70,7 @@ TEST_F(SandboxAccessBrokerTest, asksForSourceFoldersUntilAllAreWritable)
     };
     EXPECT_EQ(asking({"/p/b2", "/p/b10"}, {"/p/b2 0/2", "/p/b10 1/2"}), (Outcome{Case::granted, {}}));
     EXPECT_EQ(asking({"/p/"}, {"/p/b2 0/2"}), (Outcome{Case::granted, {}})); // A parent covers both.
-    EXPECT_EQ(asking({""}, {"/p/b2 0/2"}), (Outcome{Case::cancelled, {}}));
+    EXPECT_EQ(asking({""}, {"/p/b2 0/2"}), (Outcome{Case::canceled, {}}));
     for (const char* elsewhere : {"/p/b", "/"})
         EXPECT_EQ(asking({elsewhere}, {"/p/b2 0/2"}), (Outcome{Case::outsideScope, url("/p/b2")}));
     broker.stopSourceAccess();

@@ -42,7 +42,7 @@ QByteArray withTable(int inputs, int side, const QByteArray& points = {})
 
 } // namespace
 
-TEST(ColorProfile, recognisesSpacesByPrimariesAndCurve)
+TEST(ColorProfile, recognizesSpacesByPrimariesAndCurve)
 {
     constexpr double formula[]{2.4, 1 / 1.055, 0.055 / 1.055, 1 / 12.92, 0.04045};
     const Curve parametric(cmsBuildParametricToneCurve(nullptr, 4, formula), cmsFreeToneCurve);
@@ -98,9 +98,9 @@ TEST(ColorProfile, refusesWhatIsNoUseForAPictureOrAsATarget)
     refuse("above 16 MB", changed(good, 0, number(good.size() + padding.size())) + padding);
     refuse("longer than its bytes", changed(good, 0, number(0x7fffffff)));
     refuse("device link", changed(good, 12, "link"));
-    refuse("named colours", changed(good, 12, "nmcl"));
+    refuse("named colors", changed(good, 12, "nmcl"));
     refuse("abstract", changed(good, 12, "abst"));
-    refuse("no colour space to connect to", changed(good, 20, "CMYK"));
+    refuse("no color space to connect to", changed(good, 20, "CMYK"));
     refuse("4 G tags", changed(good, 128, number(-1)));
     refuse("tags outside", changed(good, 136, number(0x7f000000)).replace("rXYZ", "none"));
     refuse("a curve of 4 G points", changed(tabulated, curve + 8, number(-1)));

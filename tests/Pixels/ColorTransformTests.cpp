@@ -53,9 +53,9 @@ void expectNear(const Levels& found, const Levels& wanted, int tolerance = 1)
 } // namespace
 
 // Display P3 values as CSS Color 4's examples have them (0.9175 0.2003 0.1386 for red); Adobe RGB's worked out from its
-// published matrix (its curve turns a last digit of the matrix into two levels of black, hence the ones); the grey of
+// published matrix (its curve turns a last digit of the matrix into two levels of black, hence the ones); the gray of
 // ProPhoto from the curves alone.
-TEST(ColorTransform, agreesWithPublishedColours)
+TEST(ColorTransform, agreesWithPublishedColors)
 {
     expectNear(converted(sRGB, rgb8, {255, 0, 0, 0, 255, 0, 0, 0, 255}, p3), {234, 51, 35, 117, 251, 76, 0, 0, 245});
     expectNear(converted(p3, rgb8, {234, 51, 35, 255, 0, 0, 77, 77, 77}), {255, 0, 0, 255, 0, 0, 77, 77, 77});
@@ -86,7 +86,7 @@ TEST(ColorTransform, roundsAndCarriesAlphaOrAddsIt)
     EXPECT_EQ(converted(none, cmykAlpha16, {0, 0, 0, 0, 257 * 77}, sRGB, rgba8), (Levels{255, 255, 255, 77}));
 }
 
-// The colour library's floating-point result is the reference; our own loops must not be further off than a level.
+// The color library's floating-point result is the reference; our own loops must not be further off than a level.
 TEST(ColorTransform, staysWithinALevelOfTheExactResult)
 {
     std::mt19937 random(7);
@@ -105,7 +105,7 @@ TEST(ColorTransform, staysWithinALevelOfTheExactResult)
         }
 }
 
-TEST(ColorTransform, readsGreyLabAndInk)
+TEST(ColorTransform, readsGrayLabAndInk)
 {
     const ColorProfile linear = *ColorProfile::fromIcc(gray(gamma(1.0)), ColorModel::gray);
     // 0.5 of the light is level 188 of sRGB, 10 of 255 to the power of 2.2 is level 2.6.

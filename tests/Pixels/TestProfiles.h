@@ -12,7 +12,7 @@
 #include <memory>
 #include <vector>
 
-/// Profiles made for a test with the colour library, as other programs' profiles are.
+/// Profiles made for a test with the color library, as other programs' profiles are.
 namespace ferrow::TestProfiles {
 
 using Profile = std::unique_ptr<void, decltype(&cmsCloseProfile)>;
@@ -68,7 +68,7 @@ inline QByteArray gray(const Curve& curve)
     return bytesOf(Profile(cmsCreateGrayProfile(cmsD50_xyY(), curve.get()), cmsCloseProfile).get());
 }
 
-/// What the colour library makes of RGB colours of 0…1 in floating point.
+/// What the color library makes of RGB colors of 0…1 in floating point.
 inline std::vector<double> exactly(const QByteArray& from, const QByteArray& to, const std::vector<double>& in)
 {
     const Profile source(cmsOpenProfileFromMem(from.constData(), cmsUInt32Number(from.size())), cmsCloseProfile);

@@ -153,7 +153,7 @@ TEST(Program, answersItsOptionsWithoutADisplay)
     };
     for (const Row& row : {Row{{"--help"}, 0, "Usage: ferrow ", ""}, Row{{"photo.jpg", "--version"}, 0, "ferrow ", ""},
                            Row{{"-V"}, 0, "ferrow ", ""}, Row{{}, 1, "", "ferrow: there is no display to open"},
-                           Row{{"-platform", "offscreen", "--colour"}, 2, "", "ferrow: there is no option --colour"}}) {
+                           Row{{"-platform", "offscreen", "--color"}, 2, "", "ferrow: there is no option --color"}}) {
         SCOPED_TRACE(row.words.empty() ? "no words" : row.words.back().constData());
         test::Words words{FERROW_PROGRAM};
         words.insert(words.end(), row.words.begin(), row.words.end());

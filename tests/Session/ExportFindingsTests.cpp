@@ -66,7 +66,7 @@ TEST(ExportFindings, findsNothingWhereAllIsWell)
     EXPECT_EQ(findings[1].detail, QStringLiteral("48 GB free"));
     std::stop_source stop;
     stop.request_stop();
-    EXPECT_THROW(static_cast<void>(findingsFor(well.request, well.operations, stop.get_token())), Cancelled);
+    EXPECT_THROW(static_cast<void>(findingsFor(well.request, well.operations, stop.get_token())), Canceled);
 }
 
 TEST(ExportFindings, namesEachCauseOnce)
@@ -204,7 +204,7 @@ TEST(ExportCheck, stopsALogoThatIsBeingDrawnWhenItGoes)
         while (!stop.stop_requested())
             std::this_thread::yield();
         wasStopped = true;
-        throw Cancelled{};
+        throw Canceled{};
     };
     {
         ExportCheck check(situation.operations);

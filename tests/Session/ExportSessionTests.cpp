@@ -80,7 +80,7 @@ TEST(ExportSession, countsWhatACancelLeavesUndone)
         if (const int number = ++begun; number > 3) {
             gate.wait();
             if (number == 4 && stop.stop_requested())
-                throw Cancelled{};
+                throw Canceled{};
         }
     });
     session.start(planOf(10), 12);
@@ -91,8 +91,8 @@ TEST(ExportSession, countsWhatACancelLeavesUndone)
     ASSERT_TRUE(test::waitUntil([&] { return session.report().has_value(); }));
     EXPECT_FALSE(session.isStopping());
     EXPECT_EQ(session.report()->exported, 4);
-    EXPECT_EQ(session.report()->cancelled, 6);
-    EXPECT_EQ(session.photoState(test::photoUrl("9")), PhotoExportState::cancelled);
+    EXPECT_EQ(session.report()->canceled, 6);
+    EXPECT_EQ(session.photoState(test::photoUrl("9")), PhotoExportState::canceled);
 }
 
 TEST(ExportSession, endsWithItsJobsStoppedAndTellsNobody)
@@ -105,7 +105,7 @@ TEST(ExportSession, endsWithItsJobsStoppedAndTellsNobody)
             while (!stop.stop_requested())
                 std::this_thread::yield();
             ++ended;
-            throw Cancelled{};
+            throw Canceled{};
         });
         QObject::connect(&session, &ExportSession::reportChanged, [] { ADD_FAILURE(); });
         session.start(planOf(10), 10);
@@ -115,7 +115,7 @@ TEST(ExportSession, endsWithItsJobsStoppedAndTellsNobody)
     QTest::qWait(0);
 }
 
-TEST(ExportSession, plansInTheBackgroundUnlessCancelled)
+TEST(ExportSession, plansInTheBackgroundUnlessCanceled)
 {
     const test::TemporaryFolder folder;
     ExportSession session([](const BatchExportJob&, const std::stop_token&) {});

@@ -87,7 +87,7 @@ TEST(LogoImporter, stopsForANewerLogo)
     LogoImporter importer([&](const FileUrl& url, const std::stop_token& stop) {
         hasStarted = true;
         while (url == test::photoUrl("endless")) {
-            throwIfCancelled(stop);
+            throwIfCanceled(stop);
             std::this_thread::yield();
         }
         return LogoAssetReference{.displayName = url.lastPathComponent()};

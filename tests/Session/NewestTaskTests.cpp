@@ -27,7 +27,7 @@ TEST(NewestTask, deliversTheNewestAlone)
         return [&, name, waits](const std::stop_token& stop) -> NewestTask::Deliver {
             if (waits)
                 gate.acquire();
-            throwIfCancelled(stop);
+            throwIfCanceled(stop);
             if (name == "bad")
                 throw std::runtime_error("no");
             return [&, name] { told.push_back(name); };

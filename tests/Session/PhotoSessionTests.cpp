@@ -173,7 +173,7 @@ TEST(PhotoSession, keepsWhatWasReadBeforeACancelAndWaitsForNoMore)
     auto operations = test::withoutDisk();
     operations.load = [&](const FileUrl& url, const std::stop_token& stop) {
         while (!url.path().endsWith("/1")) {
-            throwIfCancelled(stop);
+            throwIfCanceled(stop);
             std::this_thread::yield();
         }
         return test::photoAt(url);

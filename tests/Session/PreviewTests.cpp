@@ -63,7 +63,7 @@ TEST(PreviewLoader, givesUpWhatWasOvertaken)
     PreviewLoader loader([&](const FileUrl& url, const std::stop_token& stop) {
         ++decoding;
         while (url == test::photoUrl("endless")) {
-            throwIfCancelled(stop);
+            throwIfCanceled(stop);
             std::this_thread::yield();
         }
         return test::photoAt(url);

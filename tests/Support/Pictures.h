@@ -23,7 +23,7 @@ inline Bitmap noise(PixelSize size, PixelFormat format, unsigned seed = 1)
     return picture;
 }
 
-/// One colour all over: `components` as many as the format has channels.
+/// One color all over: `components` as many as the format has channels.
 inline Bitmap flat(PixelSize size, PixelFormat format, std::initializer_list<int> components,
                    const ColorProfile& profile = ColorProfile::sRGB())
 {

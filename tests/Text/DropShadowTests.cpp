@@ -24,7 +24,7 @@ TEST(DropShadow, fallsOffAsAGaussianDoes)
         const Bitmap shadow = dropShadow(square(100, 30, 70), sigma, 0.55);
         for (const auto& [x, y] : {std::pair(50, 50), {30, 50}, {29, 50}, {26, 40}, {70, 71}, {33, 33}, {28, 69}}) {
             const auto along = [&](double at) { return share(at + 0.5 - 30, sigma) - share(at + 0.5 - 70, sigma); };
-            // Weights are taken at pixel centres, which shows in the narrowest only.
+            // Weights are taken at pixel centers, which shows in the narrowest only.
             EXPECT_NEAR(pixel(shadow, x, y)[3], 255 * 0.55 * along(x) * along(y), sigma < 1 ? 4 : 1.2)
                 << sigma << " at " << x << ", " << y;
             EXPECT_EQ(pixel(shadow, x, y)[0], 0);

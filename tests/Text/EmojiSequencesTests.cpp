@@ -15,9 +15,9 @@ TEST(EmojiSequences, areFoundWholeAndFreedOfSelectors)
         QString emoji; ///< The stretches, with a bar between them.
     } rows[] = {
         {"plain text", u"f/2.8 © 2024 # * ↔ ☀"_s, {}},
-        {"a heart in colour, another in black", u"a❤\uFE0Fb❤\uFE0E"_s, u"❤"_s},
+        {"a heart in color, another in black", u"a❤\uFE0Fb❤\uFE0E"_s, u"❤"_s},
         {"face asked for in black", u"😀\uFE0E"_s, {}},
-        {"neighbours and a gap", u"😀😃 😄"_s, u"😀😃|😄"_s},
+        {"neighbors and a gap", u"😀😃 😄"_s, u"😀😃|😄"_s},
         {"skin tones, also on a sign that is black by default", u"👍🏽! ☝🏽"_s, u"👍🏽|☝🏽"_s},
         {"family", u"👩‍👩‍👧‍👦"_s, u"👩‍👩‍👧‍👦"_s},
         {"joined with a black sign", u"🏳\uFE0F\u200D🌈 🧔\u200D♂\uFE0F"_s, u"🏳\u200D🌈|🧔\u200D♂"_s},

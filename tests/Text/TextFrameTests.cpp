@@ -165,7 +165,7 @@ TEST(TextFrame, colorsLettersAndFadesColorGlyphs)
     EXPECT_EQ(pixel(red, margin + 15, margin + 35), (std::array{128, 64, 0, 128}));
 
     if (!QFontDatabase::hasFamily(u"Noto Color Emoji"_s))
-        GTEST_SKIP() << "NOT TESTED: colour glyphs; no font with them is installed.";
+        GTEST_SKIP() << "NOT TESTED: color glyphs; no font with them is installed.";
     for (const QString& text : {u"❤\uFE0F"_s, u"👍🏽"_s, u"🏳\uFE0F\u200D🌈"_s, u"1\uFE0F\u20E3"_s}) {
         for (const char* family : {"Helvetica Neue", "SF Mono", "Arial Rounded MT Bold"}) {
             SCOPED_TRACE(text.toStdString() + " in " + family);

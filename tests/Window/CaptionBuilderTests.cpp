@@ -104,12 +104,12 @@ protected:
     {
         return QAccessible::queryAccessibleInterface(well)->child(index);
     }
-    [[nodiscard]] QPoint centre(int index) const { return well->mapFromGlobal(chip(index)->rect().center()); }
+    [[nodiscard]] QPoint center(int index) const { return well->mapFromGlobal(chip(index)->rect().center()); }
     static void type(const QString& text) { QTest::keyClicks(QApplication::focusWidget(), text); }
     void dragFirstTo(const QPoint& place)
     {
-        QTest::mousePress(well, Qt::LeftButton, {}, centre(0));
-        QTest::mouseMove(well, centre(0) + QPoint(10, 0));
+        QTest::mousePress(well, Qt::LeftButton, {}, center(0));
+        QTest::mouseMove(well, center(0) + QPoint(10, 0));
         QTest::mouseMove(well, place);
     }
 
@@ -159,19 +159,19 @@ TEST_F(CaptionBuilderTest, restoresAndRemovesTextsThatAreTyped)
 
 TEST_F(CaptionBuilderTest, reordersByMouseAndPutsBack)
 {
-    dragFirstTo(centre(2) + QPoint(10, 0));
+    dragFirstTo(center(2) + QPoint(10, 0));
     EXPECT_EQ(captions, QStringList{QStringLiteral("bca")});
     EXPECT_EQ(finished(), QStringLiteral("abc"));
     QTest::keyClick(well, Qt::Key_Escape);
-    QTest::mouseRelease(well, Qt::LeftButton, {}, centre(2));
+    QTest::mouseRelease(well, Qt::LeftButton, {}, center(2));
     EXPECT_EQ(captions.last(), QStringLiteral("abc"));
 
     dragFirstTo(QPoint(100, 180));
     QTest::mouseRelease(well, Qt::LeftButton, {}, QPoint(100, 180));
     EXPECT_TRUE(steps.isEmpty());
 
-    dragFirstTo(centre(1) + QPoint(10, 0));
-    QTest::mouseRelease(well, Qt::LeftButton, {}, centre(1) + QPoint(10, 0));
+    dragFirstTo(center(1) + QPoint(10, 0));
+    QTest::mouseRelease(well, Qt::LeftButton, {}, center(1) + QPoint(10, 0));
     EXPECT_EQ(steps, QStringList{QStringLiteral("Move Text:bac")});
 }
 

@@ -191,7 +191,7 @@ TEST(EmptyPreview, saysThatPhotosAreBeingAddedAndStopsIt)
     auto operations = withoutDisk();
     operations.load = [](const FileUrl& url, const std::stop_token& stop) -> ImportedPhoto {
         while (!url.path().endsWith("/1"))
-            throwIfCancelled(stop);
+            throwIfCanceled(stop);
         throw ImagePipelineError(ImagePipelineError::malformedImage);
     };
     DisklessSession session(operations);

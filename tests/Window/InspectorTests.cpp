@@ -17,7 +17,7 @@
 
 namespace ferrow {
 
-TEST(PickedColor, keepsTheHueThroughGreyAndBlackAndEveryColorExact)
+TEST(PickedColor, keepsTheHueThroughGrayAndBlackAndEveryColorExact)
 {
     const PickedColor blue = PickedColor::from({0, 0, 1, 1}, {});
     EXPECT_EQ(PickedColor::from({0.5, 0.5, 0.5, 1}, blue).hue, blue.hue);

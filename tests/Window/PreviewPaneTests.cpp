@@ -255,13 +255,13 @@ TEST(PreviewViewport, zoomsAboutThePointerAndKeepsThePhotoInPlace)
     view.panBy({1e6, 1e6});
     EXPECT_EQ(view.pictureRect().topLeft(), QPoint(32, 32)) << "an edge comes in as far as the margin";
 
-    view.setZoom(0.34, view.centre());
-    EXPECT_EQ(view.pictureRect().center().x(), 531) << "what fits is centred";
+    view.setZoom(0.34, view.center());
+    EXPECT_EQ(view.pictureRect().center().x(), 531) << "what fits is centered";
     EXPECT_EQ(view.stepAbove(), 0.5);
     EXPECT_NEAR(view.stepBelow(), 1.0 / 3, 1e-9);
-    view.setZoom(1.0 / 3, view.centre());
+    view.setZoom(1.0 / 3, view.center());
     EXPECT_EQ(view.stepBelow(), 0.25);
-    view.setZoom(100, view.centre());
+    view.setZoom(100, view.center());
     EXPECT_EQ(view.zoom(), PreviewViewport::greatestZoom);
     EXPECT_EQ(view.stepAbove(), PreviewViewport::greatestZoom);
 }

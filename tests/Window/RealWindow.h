@@ -65,7 +65,7 @@ protected:
         QWidget* target = widget(objectName);
         ASSERT_TRUE(target);
         ASSERT_TRUE(waitFor([&] { return target->isEnabled(); })) << objectName;
-        // Of a colour well the swatch is meant, of a number field its text.
+        // Of a color well the swatch is meant, of a number field its text.
         const int x = target->inherits("ferrow::ColorWell") ? target->height() / 2 : target->width() / 2;
         clickAt(target, {x, target->height() / 2});
     }

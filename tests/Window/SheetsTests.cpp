@@ -62,7 +62,7 @@ TEST(ExportTexts, tellOfFailuresBeforeSkippedPhotosAndOfFoldersInTheHome)
     const auto b = photoUrl("b.jpg");
     const auto other = photoUrl("other/b.jpg");
     const BatchExportReport report{
-        .exported = 8, .skipped = 1, .cancelled = 2, .failures = {failureOf(b), failureOf(other), failureOf(b)}};
+        .exported = 8, .skipped = 1, .canceled = 2, .failures = {failureOf(b), failureOf(other), failureOf(b)}};
     EXPECT_EQ(ExportTexts::reportText(report, {photoUrl("s.jpg")}),
               QStringLiteral("Export stopped, with 3 failures\n8 exported, 1 skipped, 3 failed, 2 canceled\n\nFailed\n"
                              "b.jpg: Broken. Sorry.\nb.jpg: Broken. Sorry.\nb.jpg: Broken. Sorry.\n"
@@ -281,7 +281,7 @@ TEST_F(Sheets, presetsAreAppliedRenamedAndRemovedByKeys)
     EXPECT_EQ(applied.back(), b) << "the selection goes with the preset";
     library.remove(b);
     press({Qt::Key_Return});
-    EXPECT_EQ(applied.back(), a) << "and to the neighbour of one that has gone";
+    EXPECT_EQ(applied.back(), a) << "and to the neighbor of one that has gone";
 }
 
 } // namespace ferrow::test

@@ -212,7 +212,7 @@ TEST_F(FaultyWorker, thatCannotBeStartedIsToldAsThatAfterFewTries)
     WorkerAnswerer none(std::make_shared<Pool>("/nowhere/ferrow-worker"), 1'000'000);
     EXPECT_TRUE(hasNoWorker(none));
     EXPECT_EQ(test::errorOf<LogoAssetError>([&] {
-                  return none.rasteriseLogo({{photo_.descriptor(), 5}, 9}, {});
+                  return none.rasterizeLogo({{photo_.descriptor(), 5}, 9}, {});
               }),
               std::optional(LogoAssetError{.value = LogoAssetError::Case::workerUnavailable}));
 }
@@ -263,17 +263,17 @@ TEST_F(FaultyWorker, isKilledForAStop)
         if (row.goesOn)
             EXPECT_FALSE(refuses(row.oddity, source.get_token()));
         else
-            EXPECT_THROW(static_cast<void>(refuses(row.oddity, source.get_token())), Cancelled);
+            EXPECT_THROW(static_cast<void>(refuses(row.oddity, source.get_token())), Canceled);
     }
 }
 
 TEST(MemoryBudget, letsInWhatFitsAndRunsTheLargestAlone)
 {
     MemoryBudget memory(100);
-    std::stop_source stopped; // Whoever would have to wait is cancelled instead.
+    std::stop_source stopped; // Whoever would have to wait is canceled instead.
     stopped.request_stop();
     const auto fits = [&](std::int64_t bytes) {
-        return !test::errorOf<Cancelled>(
+        return !test::errorOf<Canceled>(
             [&] { return static_cast<void>(memory.acquire(bytes, stopped.get_token())), 0; });
     };
     {

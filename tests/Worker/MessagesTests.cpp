@@ -35,7 +35,7 @@ TEST(Messages, areNotBelievedWhenCutOrLonger)
     using Error = ImagePipelineError;
     for (const Answer& answer :
          {Answer{0, Hello{}}, Answer{1, HeaderRead{}}, Answer{2, inspected()}, Answer{3, RegionComposed{}},
-          Answer{4, LogoRasterised{"pdf", {}}},
+          Answer{4, LogoRasterized{"pdf", {}}},
           Answer{5, PhotoRefused{Error::UnsupportedType{QStringLiteral("GIF image")}}},
           Answer{6, PhotoRefused{Error::OutputWriteFailed{QStringLiteral("PNG"), SystemError{ENOSPC, {}}}}},
           Answer{6, PhotoRefused{Error::FullResolutionMismatch{{4, 4}, {4, 5}}}},
@@ -66,13 +66,13 @@ TEST(Messages, areNotBelievedBeyondTheirLimits)
     refused("too many pixels", [](Inspected& a) { a.answer.storedSize = a.answer.uprightSize = {50'000, 4'001}; });
     refused("picture without height", [](Inspected& a) { a.picture = {{5, 0}, rgb8, WellKnown::sRGB, {}}; });
     refused("picture of another size", [](Inspected& a) { a.picture.size = {5, 6}; });
-    refused("grey space", [](Inspected& a) { a.picture.space = WellKnown::sGray; });
+    refused("gray space", [](Inspected& a) { a.picture.space = WellKnown::sGray; });
     refused("a type beyond the last", [](Inspected& a) { a.answer.type = FileType(5); });
     refused("a type of logos alone", [](Inspected& a) { a.answer.type = FileType::pdf; });
     const ImagePipelineError steersTerminal = ImagePipelineError::UnsupportedType{QStringLiteral("\x1b[2J")};
     for (const Answer& answer :
          {Answer{1, PhotoRefused{steersTerminal}}, Answer{2, HeaderRead{-1, false, 0, false}},
-          Answer{3, LogoRasterised{"svg", {}}}, Answer{4, LogoRefused{LogoAssetError::Case::missingManagedAsset}}})
+          Answer{3, LogoRasterized{"svg", {}}}, Answer{4, LogoRefused{LogoAssetError::Case::missingManagedAsset}}})
         EXPECT_FALSE(parseAnswer(encode(answer).bytes)) << answer.job;
 }
 

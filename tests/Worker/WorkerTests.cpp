@@ -112,8 +112,8 @@ TEST_F(RealWorker, answersAsThisProcessWould)
     for (const auto& bytes : {page, test::encoded(OutputType::png, test::noise({40, 30}, rgba8))}) {
         const MemoryFile file(bytes);
         const Engine::LogoRequest request{{file.descriptor(), file.size()}, 600};
-        const auto there = workers_.rasteriseLogo(request, {});
-        const auto expected = here_.rasteriseLogo(request, {});
+        const auto there = workers_.rasterizeLogo(request, {});
+        const auto expected = here_.rasterizeLogo(request, {});
         EXPECT_EQ(there.fileExtension, expected.fileExtension);
         EXPECT_TRUE(test::samePixels(there.picture, expected.picture));
     }

@@ -95,7 +95,7 @@ QString exampleName(const PhotoSession& session, const ExportSession& exportSess
 
 QString reportTitle(const BatchExportReport& report)
 {
-    const auto title = report.cancelled > 0 ? QStringLiteral("Export stopped") : QStringLiteral("Export finished");
+    const auto title = report.canceled > 0 ? QStringLiteral("Export stopped") : QStringLiteral("Export finished");
     if (report.failures.empty())
         return title;
     return QStringLiteral("%1, with %2").arg(title, failureCount(report.failures.size()));
@@ -103,7 +103,7 @@ QString reportTitle(const BatchExportReport& report)
 
 bool isAllWell(const BatchExportReport& report)
 {
-    return report.failures.empty() && report.skipped == 0 && report.cancelled == 0;
+    return report.failures.empty() && report.skipped == 0 && report.canceled == 0;
 }
 
 QString allWellSentence(const BatchExportReport& report)
@@ -172,8 +172,8 @@ std::vector<ReportCount> reportCounts(const BatchExportReport& report)
         {Kind::exported, report.exported, QStringLiteral("exported")},
         {Kind::skipped, report.skipped, QStringLiteral("skipped")},
         {Kind::failed, static_cast<std::int64_t>(report.failures.size()), QStringLiteral("failed")}};
-    if (report.cancelled > 0)
-        counts.push_back({Kind::cancelled, report.cancelled, QStringLiteral("canceled")});
+    if (report.canceled > 0)
+        counts.push_back({Kind::canceled, report.canceled, QStringLiteral("canceled")});
     return counts;
 }
 

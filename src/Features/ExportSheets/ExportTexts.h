@@ -57,7 +57,7 @@ struct ReportRow {
 
 /// A number and its word: "8" and "exported".
 struct ReportCount {
-    enum class Kind { exported, skipped, failed, cancelled };
+    enum class Kind { exported, skipped, failed, canceled };
 
     Kind kind = Kind::exported;
     std::int64_t count = 0;

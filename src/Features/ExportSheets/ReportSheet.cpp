@@ -64,7 +64,7 @@ private:
             return new IconLabel(IconName::info, Measure::icon, &ThemeColors::text2);
         case Kind::failed:
             return new IconLabel(IconName::error, Measure::icon, color(&ThemeColors::error));
-        case Kind::cancelled:
+        case Kind::canceled:
             break;
         }
         return new IconLabel(IconName::close, Measure::icon, &ThemeColors::text2);

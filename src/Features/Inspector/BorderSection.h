@@ -15,7 +15,7 @@ class ColorWell;
 class SegmentedControl;
 class SliderField;
 
-/// Unit, width and colour of the border.
+/// Unit, width and color of the border.
 class BorderSection : public Section {
     Q_OBJECT
 

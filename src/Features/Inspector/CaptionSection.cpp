@@ -141,7 +141,7 @@ void CaptionSection::edit(const QString& step, Value Caption::*member, const Val
 
 void CaptionSection::openColor()
 {
-    // A caption's transparency is a value of its own, so that its colour has none.
+    // A caption's transparency is a value of its own, so that its color has none.
     colorPopover_ = new ColorPopover(color_->swatch(), QStringLiteral("Caption Color"),
                                      CaptionEditing::captionOf(context_.recipe()).color, ColorPopover::Opacity::fixed,
                                      context_.screenColorPicker);

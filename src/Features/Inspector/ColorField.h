@@ -54,10 +54,10 @@ private:
     int lastItem_ = 0; ///< Saturation or brightness: what the last key changed.
 };
 
-/// The fullest and brightest colour of a hue.
+/// The fullest and brightest color of a hue.
 [[nodiscard]] QColor strongestOf(double hue);
 
-/// The thumb of field and hue bar: a ring that shows on any colour, filled with the picked one.
+/// The thumb of field and hue bar: a ring that shows on any color, filled with the picked one.
 void paintColorThumb(QPainter& painter, QPointF center, const QColor& color);
 
 } // namespace ferrow

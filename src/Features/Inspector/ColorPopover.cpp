@@ -33,7 +33,7 @@ namespace {
 constexpr int opacityLabel = 60;
 
 /// Lets a widget reach beyond its place in a layout on all sides, by what its thumbs and rings need, so that what it
-/// draws stands flush with its neighbours.
+/// draws stands flush with its neighbors.
 class OverhangItem : public QWidgetItem {
 public:
     OverhangItem(QWidget* widget, int across, int upright) : QWidgetItem(widget), across_(across), upright_(upright) {}
@@ -59,7 +59,7 @@ private:
 
 } // namespace
 
-/// The colour at opening beside the colour now. A press goes back.
+/// The color at opening beside the color now. A press goes back.
 class BeforeAfterButton : public QPushButton {
 public:
     explicit BeforeAfterButton(QWidget* parent) : QPushButton(parent)
@@ -196,7 +196,7 @@ QWidget* ColorPopover::makeLastRow(ScreenColorPicker& picker)
     connect(hex_, &ColorWell::colorEdited, this, &ColorPopover::takeColor);
     row->addWidget(hex_, 1);
 
-    QPushButton* eyedropper = makeIconButton(IconName::colour, QStringLiteral("Pick a color from the screen"), rows);
+    QPushButton* eyedropper = makeIconButton(IconName::color, QStringLiteral("Pick a color from the screen"), rows);
     setButtonRole(eyedropper, ButtonRole::standard);
     eyedropper->setVisible(picker.isAvailable());
     connect(&picker, &ScreenColorPicker::availableChanged, eyedropper,

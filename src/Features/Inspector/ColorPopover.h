@@ -15,7 +15,7 @@ class ScreenColorPicker;
 class SliderField;
 class SwatchGrid;
 
-/// Picks a colour: names, a field, hue, where it makes sense opacity, hex, and the desktop's eyedropper where there is
+/// Picks a color: names, a field, hue, where it makes sense opacity, hex, and the desktop's eyedropper where there is
 /// one. Every change is told at once. Edits come in gestures as EditRun has them; each lies between `gestureStarted`
 /// and `gestureEnded`.
 class ColorPopover : public Popover {
@@ -24,12 +24,12 @@ class ColorPopover : public Popover {
 public:
     enum class Opacity { fixed, offered };
 
-    /// `color` is what a press on the old colour goes back to. `picker` outlives the popover.
+    /// `color` is what a press on the old color goes back to. `picker` outlives the popover.
     ColorPopover(QWidget* opener, const QString& title, const RGBAColor& color, Opacity opacity,
                  ScreenColorPicker& picker);
     ~ColorPopover() override;
 
-    /// The model's colour, after undo for example. Emits nothing.
+    /// The model's color, after undo for example. Emits nothing.
     void setColor(const RGBAColor& color);
 
     /// Opens with the focus on the current value: its name where it has one, else its place in the field.

@@ -20,7 +20,7 @@ class LogoThumbnail : public QWidget {
     Q_OBJECT
 
 public:
-    /// Called on a worker thread; throws LogoAssetError, SystemError and Cancelled.
+    /// Called on a worker thread; throws LogoAssetError, SystemError and Canceled.
     using Load =
         std::function<Bitmap(const LogoAssetReference&, std::int64_t maximumDimension, const std::stop_token&)>;
 

@@ -8,7 +8,7 @@ class QComboBox;
 
 namespace ferrow {
 
-/// The colour profile of what is exported. Format and quality are chosen on export.
+/// The color profile of what is exported. Format and quality are chosen on export.
 class OutputSection : public Section {
     Q_OBJECT
 

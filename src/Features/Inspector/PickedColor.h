@@ -10,15 +10,15 @@
 
 namespace ferrow {
 
-/// A colour as its picker sees it. Hue, saturation and brightness are kept beside the colour that comes of them, since
-/// greys have no hue and black has neither: a hue set while the colour is grey is there once it gets stronger.
+/// A color as its picker sees it. Hue, saturation and brightness are kept beside the color that comes of them, since
+/// grays have no hue and black has neither: a hue set while the color is gray is there once it gets stronger.
 struct PickedColor {
     double hue = 0; ///< 0…1 round the circle. Like all of these.
     double saturation = 0;
     double brightness = 1;
     double alpha = 1;
 
-    /// The picker's place for a colour. What the colour does not tell is taken from `before`. Components outside 0…1
+    /// The picker's place for a color. What the color does not tell is taken from `before`. Components outside 0…1
     /// count as the nearest end.
     [[nodiscard]] static PickedColor from(const RGBAColor& color, const PickedColor& before);
 
@@ -30,7 +30,7 @@ struct PickedColor {
     bool operator==(const PickedColor&) const = default;
 };
 
-/// A colour that is offered by name.
+/// A color that is offered by name.
 struct NamedColor {
     const char16_t* name;
     std::uint32_t rgb; ///< 0xRRGGBB.
@@ -55,7 +55,7 @@ inline constexpr std::array<NamedColor, 14> namedColors{{{u"White", 0xFFFFFF},
                                                          {u"Pine", 0x3F4F45},
                                                          {u"Midnight", 0x22303C}}};
 
-/// Which of them a colour is, whatever its alpha.
+/// Which of them a color is, whatever its alpha.
 [[nodiscard]] std::optional<std::size_t> namedColorIndex(const RGBAColor& color);
 
 } // namespace ferrow

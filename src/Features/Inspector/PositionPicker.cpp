@@ -17,7 +17,7 @@ namespace ferrow {
 
 namespace {
 
-/// Spots lie on photos, so that their colours are the same in both appearances.
+/// Spots lie on photos, so that their colors are the same in both appearances.
 const ThemeColors& spotColors()
 {
     static const ThemeColors colors = Theme::colorsOf(Appearance::light, Contrast::normal);

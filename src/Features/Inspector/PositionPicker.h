@@ -21,7 +21,7 @@ public:
     /// Emits nothing.
     void setScene(const PositionScene& scene);
     [[nodiscard]] const PositionScene& scene() const { return scene_; }
-    /// The photo in the picture; null shows a grey area.
+    /// The photo in the picture; null shows a gray area.
     void setPhoto(const QImage& photo);
 
     QSize sizeHint() const override;

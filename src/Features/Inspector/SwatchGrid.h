@@ -8,7 +8,7 @@
 
 namespace ferrow {
 
-/// The named colours, seven in a row. One tab stop, with the focus ring round all of them; arrows choose at once.
+/// The named colors, seven in a row. One tab stop, with the focus ring round all of them; arrows choose at once.
 class SwatchGrid : public QWidget, public AccessibleItems {
     Q_OBJECT
 

@@ -20,7 +20,7 @@ QString stateText(PhotoExportState state)
         return QStringLiteral("skipped");
     case PhotoExportState::failed:
         return QStringLiteral("failed");
-    case PhotoExportState::cancelled:
+    case PhotoExportState::canceled:
         break;
     }
     return QStringLiteral("canceled");

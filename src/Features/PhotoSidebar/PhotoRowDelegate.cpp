@@ -165,7 +165,7 @@ int PhotoRowDelegate::paintTrailing(QPainter& painter, const QRect& row, int ind
     case PhotoExportState::skipped:
         return drawMark(IconName::info, &ThemeColors::text2);
     case PhotoExportState::waiting:
-    case PhotoExportState::cancelled:
+    case PhotoExportState::canceled:
         break;
     }
     if (model_.isUnreadable(index))

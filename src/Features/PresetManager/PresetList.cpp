@@ -33,7 +33,7 @@ QRect textBox(const QRect& row)
     return row.adjusted(Space::row + frameWidth + Space::row, 0, -Space::row, 0);
 }
 
-/// Grey like the photo of a drawing, but another grey where the border is of the same.
+/// Gray like the photo of a drawing, but another gray where the border is of the same.
 QColor photoColor(const QColor& border)
 {
     const auto& backdrops = Theme::backdrops();

@@ -41,7 +41,7 @@ private:
     std::vector<PhotoPreset> presets_; ///< What the view was told of last.
 };
 
-/// A little frame in its true colour, name and summary.
+/// A little frame in its true color, name and summary.
 class PresetRowDelegate : public QStyledItemDelegate {
     Q_OBJECT
 

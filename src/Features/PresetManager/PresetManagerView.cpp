@@ -87,11 +87,11 @@ QWidget* PresetManagerView::makeEmptyState()
     text->setWordWrap(true);
     text->setAlignment(Qt::AlignHCenter);
     text->setFixedWidth(Theme::current().scaled(emptyTextWidth));
-    auto* centred = new QHBoxLayout;
-    centred->addStretch();
-    centred->addWidget(text);
-    centred->addStretch();
-    layout->addLayout(centred);
+    auto* centered = new QHBoxLayout;
+    centered->addStretch();
+    centered->addWidget(text);
+    centered->addStretch();
+    layout->addLayout(centered);
     return block;
 }
 

@@ -48,14 +48,14 @@ protected:
     }
 };
 
-QLabel* centred(QLabel* label)
+QLabel* centered(QLabel* label)
 {
     label->setAlignment(Qt::AlignHCenter);
     label->setWordWrap(true);
     return label;
 }
 
-QHBoxLayout* centredRow(std::initializer_list<QWidget*> widgets)
+QHBoxLayout* centeredRow(std::initializer_list<QWidget*> widgets)
 {
     auto* row = new QHBoxLayout;
     row->setSpacing(Space::group);
@@ -77,15 +77,15 @@ EmptyPreview::EmptyPreview(PhotoSession& session, QWidget* parent) : QWidget(par
     column->addStretch();
     column->addWidget(new FrameDrawing(this), 0, Qt::AlignHCenter);
     column->addSpacing(Space::preview);
-    title_ = centred(makeLabel({}, TextRole::empty, &ThemeColors::text, this));
+    title_ = centered(makeLabel({}, TextRole::empty, &ThemeColors::text, this));
     title_->setObjectName(QStringLiteral("emptyTitle"));
     column->addWidget(title_);
     column->addSpacing(Space::group);
-    sentence_ = centred(makeLabel({}, TextRole::body, &ThemeColors::text2, this));
+    sentence_ = centered(makeLabel({}, TextRole::body, &ThemeColors::text2, this));
     sentence_->setObjectName(QStringLiteral("emptySentence"));
     sentence_->setFixedWidth(Theme::current().scaled(sentenceWidth));
     // Aligned in the column itself it would be given the height of one line.
-    column->addLayout(centredRow({sentence_}));
+    column->addLayout(centeredRow({sentence_}));
     column->addSpacing(Space::sheet);
 
     addPhotos_ = new QPushButton(icon(IconName::add, &ThemeColors::onInk), QStringLiteral("Add Photos…"), this);
@@ -95,7 +95,7 @@ EmptyPreview::EmptyPreview(PhotoSession& session, QWidget* parent) : QWidget(par
     addFolder_->setObjectName(QStringLiteral("emptyAddFolderButton"));
     stop_ = new QPushButton(QStringLiteral("Stop Adding Photos"), this);
     stop_->setObjectName(QStringLiteral("emptyStopButton"));
-    column->addLayout(centredRow({addPhotos_, addFolder_, stop_}));
+    column->addLayout(centeredRow({addPhotos_, addFolder_, stop_}));
     column->addStretch();
 
     connect(addPhotos_, &QPushButton::clicked, this, &EmptyPreview::addPhotosRequested);

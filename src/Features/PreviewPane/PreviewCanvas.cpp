@@ -76,7 +76,7 @@ void PreviewCanvas::fit()
 
 void PreviewCanvas::setZoom(double zoom)
 {
-    change([this, zoom] { viewport_.setZoom(zoom, viewport_.centre()); });
+    change([this, zoom] { viewport_.setZoom(zoom, viewport_.center()); });
 }
 
 void PreviewCanvas::zoomTo(double zoom, QPointF position)

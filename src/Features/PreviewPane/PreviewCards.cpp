@@ -33,7 +33,7 @@ QMargins cardMargins(int horizontal, int vertical)
     return {room + horizontal, room + vertical, room + horizontal, room + vertical};
 }
 
-QLabel* centredLabel(TextRole role, ColorRole color, QWidget* parent)
+QLabel* centeredLabel(TextRole role, ColorRole color, QWidget* parent)
 {
     QLabel* label = makeLabel({}, role, color, parent);
     label->setAlignment(Qt::AlignHCenter);
@@ -89,8 +89,8 @@ ErrorCard::ErrorCard(QWidget* parent) : FloatingCard(parent, errorCardWidth)
     column->setContentsMargins(cardMargins(Space::sheet, Space::sheet));
     column->setSpacing(Space::group);
     column->addSpacing(errorIcon + Space::group);
-    title_ = centredLabel(TextRole::title, &ThemeColors::text, this);
-    message_ = centredLabel(TextRole::body, &ThemeColors::text2, this);
+    title_ = centeredLabel(TextRole::title, &ThemeColors::text, this);
+    message_ = centeredLabel(TextRole::body, &ThemeColors::text2, this);
     column->addWidget(title_);
     column->addWidget(message_);
 

@@ -184,7 +184,7 @@ QRect PreviewPicture::photoOnScreen() const
 
 QSize PreviewPicture::paintedSize(QSize onScreen, QSize own) const
 {
-    const QPointF middle = view_.centre();
+    const QPointF middle = view_.center();
     const double viewPixels = 4 * middle.x() * middle.y();
     const bool isWorthIt = double(onScreen.width()) * onScreen.height() <= worthScaling * viewPixels;
     return isWorthIt && !showsSquares() && !onScreen.isEmpty() ? onScreen : own;
@@ -250,7 +250,7 @@ try {
          ImageRenderer::composition(layout, recipe, photo.metadata, {}, scale, stop).overlays)
         parts.push_back({paintableImage(overlay.picture), QPoint(int(overlay.x), int(overlay.y))});
     return parts;
-} catch (const Cancelled&) {
+} catch (const Canceled&) {
     return {};
 }
 
@@ -351,7 +351,7 @@ void PreviewPicture::paintImage(QPainter& painter, const QRect& target, const QI
         return;
     }
     // Only what is in view: the whole may be many thousand pixels long.
-    const QPointF middle = view_.centre();
+    const QPointF middle = view_.center();
     const QRectF view(0, 0, 2 * middle.x(), 2 * middle.y());
     const QRectF part = QRectF(target).intersected(view);
     const double x = image.width() / double(target.width());

@@ -18,7 +18,7 @@ class QPainter;
 
 namespace ferrow {
 
-/// Whether a frame of that colour needs a line round it to be told from the backdrop.
+/// Whether a frame of that color needs a line round it to be told from the backdrop.
 [[nodiscard]] bool needsHairline(const RGBAColor& border, const QColor& backdrop);
 
 /// What the exported picture of this photo measures; absent where the recipe can't be rendered.
@@ -38,7 +38,7 @@ public:
     void showStandIn(const ImportedPhoto& photo, const RenderRecipe& recipe, const QImage& thumbnail);
     /// A render of that photo. What was shown stays until the new one has been brought to its size.
     void showRendered(const PreviewResult& result);
-    /// What comparing shows, in the photo's own colours.
+    /// What comparing shows, in the photo's own colors.
     void setBare(const Bitmap& picture);
     void setComparing(bool isComparing);
 

@@ -68,11 +68,11 @@ void PreviewViewport::setZoom(double zoom, QPointF anchor)
 {
     if (!hasPicture() || !(zoom > 0))
         return;
-    const QPointF fromCentre = anchor - centre();
-    const QPointF spot = offset_ + fromCentre / this->zoom();
+    const QPointF fromCenter = anchor - center();
+    const QPointF spot = offset_ + fromCenter / this->zoom();
     zoom_ = std::clamp(zoom, std::min(leastZoom, fitZoom()), greatestZoom);
     isFit_ = false;
-    offset_ = clamped(spot - fromCentre / zoom_);
+    offset_ = clamped(spot - fromCenter / zoom_);
 }
 
 double PreviewViewport::stepAbove() const
@@ -116,7 +116,7 @@ QRect PreviewViewport::pictureRect() const
     const double scale = zoom();
     const QSize size(std::max(1, int(std::lround(double(picture_.width) * scale))),
                      std::max(1, int(std::lround(double(picture_.height) * scale))));
-    const QPointF corner = centre() - offset_ * scale - QPointF(size.width(), size.height()) / 2;
+    const QPointF corner = center() - offset_ * scale - QPointF(size.width(), size.height()) / 2;
     return {QPoint(int(std::lround(corner.x())), int(std::lround(corner.y()))), size};
 }
 

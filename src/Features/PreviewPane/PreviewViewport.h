@@ -20,7 +20,7 @@ public:
 
     /// `margin` stays free on all sides at fit, and is how far a picture's edge may be pulled into the view.
     void setView(QSizeF size, double margin);
-    /// None for an empty size. The same spot, as seen from the picture's centre, stays in the middle of the view: a
+    /// None for an empty size. The same spot, as seen from the picture's center, stays in the middle of the view: a
     /// border that grows leaves the photo where it is.
     void setPicture(PixelSize outputSize);
 
@@ -33,7 +33,7 @@ public:
     void fit();
     /// What lies under `anchor` stays there, as far as the edges allow.
     void setZoom(double zoom, QPointF anchor);
-    [[nodiscard]] QPointF centre() const { return {view_.width() / 2, view_.height() / 2}; }
+    [[nodiscard]] QPointF center() const { return {view_.width() / 2, view_.height() / 2}; }
     /// The next of the usual steps above or below the present zoom.
     [[nodiscard]] double stepAbove() const;
     [[nodiscard]] double stepBelow() const;
@@ -57,7 +57,7 @@ private:
     PixelSize picture_;
     bool isFit_ = true;
     double zoom_ = 1;
-    QPointF offset_; ///< Of the view's centre from the picture's, in output pixels.
+    QPointF offset_; ///< Of the view's center from the picture's, in output pixels.
 };
 
 } // namespace ferrow

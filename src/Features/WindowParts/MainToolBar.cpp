@@ -70,8 +70,8 @@ MainToolBar::MainToolBar(WindowActions& actions, QWidget* parent) : QWidget(pare
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(Space::row, 0, Space::row, 0);
     row->addWidget(verbs_);
-    // The middle group lies over the free space, centred in the window and not between groups of unequal width. The Tab
-    // key goes through the groups in the order in which they get their parent.
+    // The middle group lies over the free space, centered in the window and not between groups of unequal width. The
+    // Tab key goes through the groups in the order in which they get their parent.
     view_->setParent(this);
     row->addStretch();
     row->addWidget(result_);
@@ -276,16 +276,16 @@ void MainToolBar::placeView()
     const int steps = std::min(int(fitting - needed_.begin()), int(needed_.size()) - 1);
     if (steps != waysGiven_) {
         giveWay(steps);
-        // Now, not with the next round of events: nothing is to flash over its neighbour meanwhile.
+        // Now, not with the next round of events: nothing is to flash over its neighbor meanwhile.
         for (QWidget* group : groups())
             group->layout()->activate();
         layout()->activate();
     }
     const QSize size = view_->sizeHint();
-    const int centred = (width() - size.width()) / 2;
+    const int centered = (width() - size.width()) / 2;
     const int least = Space::row + verbs_->sizeHint().width() + Space::row;
     const int most = width() - Space::row - result_->sizeHint().width() - Space::row - size.width();
-    view_->setGeometry(std::max(least, std::min(centred, most)), 0, size.width(), height());
+    view_->setGeometry(std::max(least, std::min(centered, most)), 0, size.width(), height());
 }
 
 void MainToolBar::resizeEvent(QResizeEvent* event)

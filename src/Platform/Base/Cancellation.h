@@ -6,13 +6,13 @@
 namespace ferrow {
 
 /// Thrown out of work whose stop token was asked to stop. An outcome, not an error: it has no text and is never shown.
-struct Cancelled {};
+struct Canceled {};
 
-/// Throws Cancelled once a stop was requested. Long work asks between bands of rows and between items.
-inline void throwIfCancelled(const std::stop_token& stop)
+/// Throws Canceled once a stop was requested. Long work asks between bands of rows and between items.
+inline void throwIfCanceled(const std::stop_token& stop)
 {
     if (stop.stop_requested())
-        throw Cancelled{};
+        throw Canceled{};
 }
 
 } // namespace ferrow

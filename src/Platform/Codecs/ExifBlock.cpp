@@ -116,7 +116,7 @@ std::vector<Field> mainFields(const OutputMetadata& metadata)
         wholeRational(0x011a, 72), // XResolution
         wholeRational(0x011b, 72), // YResolution
         shortField(0x0128, 2),     // ResolutionUnit: inch.
-        shortField(0x0213, 1),     // YCbCrPositioning: centred, as the JPEG encoder samples.
+        shortField(0x0213, 1),     // YCbCrPositioning: centered, as the JPEG encoder samples.
         longField(exifDirectoryTag, 0),
     };
     addText(fields, 0x010f, metadata.make);

@@ -56,7 +56,7 @@ constexpr std::uint16_t makeTag = 271;
 constexpr std::uint16_t subDirectoriesTag = 330;
 constexpr std::uint16_t dngVersionTag = 50706;
 
-constexpr std::array<std::int64_t, 2> sensorPhotometrics{32803, 34892}; // Colour filter array, linear raw.
+constexpr std::array<std::int64_t, 2> sensorPhotometrics{32803, 34892};               // Color filter array, linear raw.
 constexpr std::array<std::int64_t, 4> makersCompressions{34713, 32767, 32770, 65535}; // Nikon, Sony, Samsung, Pentax.
 
 bool holdsOneOf(const TiffStructure& structure, const TiffDirectory& directory, std::uint16_t tag,

@@ -12,12 +12,12 @@ namespace ferrow {
 
 /// What a file's first bytes say it is.
 struct DetectedType {
-    std::optional<FileType> type; ///< Absent for a recognised type without a codec (GIF, camera raws, AVIF …).
+    std::optional<FileType> type; ///< Absent for a recognized type without a codec (GIF, camera raws, AVIF …).
     QString description;          ///< English name for such a type ("GIF image", "Canon CR2 raw image"); else empty.
 };
 
 /// Judges by content alone. Absent when the bytes are of no known type. TIFF-based raws (DNGVersion tag, CFA
-/// photometric, CR2 magic, makers' raws) and AV1-coded HEIF are recognised types without a codec. Throws
+/// photometric, CR2 magic, makers' raws) and AV1-coded HEIF are recognized types without a codec. Throws
 /// InputOutputError.
 [[nodiscard]] std::optional<DetectedType> detectFileType(const ByteSource& source);
 

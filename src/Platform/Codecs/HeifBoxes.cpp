@@ -107,7 +107,7 @@ PixelSize PictureCheck::declaredSizeOf(const Item& item) const
     return size;
 }
 
-/// Of grids and overlays: version, flags, number of rows and columns or a fill colour, size.
+/// Of grids and overlays: version, flags, number of rows and columns or a fill color, size.
 std::optional<PictureCheck::Assembly> PictureCheck::assemblyOf(const Item& item) const
 {
     const bool isGrid = item.type == fourCharacters("grid");

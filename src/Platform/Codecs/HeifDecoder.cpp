@@ -154,7 +154,7 @@ PixelSize HeifDecoder::codedSize() const
     return {heif_image_handle_get_ispe_width(handle_.get()), heif_image_handle_get_ispe_height(handle_.get())};
 }
 
-/// Turning makes a copy, and a tile (or a picture that is one) is there in its coded colours besides, which take up to
+/// Turning makes a copy, and a tile (or a picture that is one) is there in its coded colors besides, which take up to
 /// as much.
 std::int64_t HeifDecoder::heldBytes() const
 {

@@ -96,7 +96,7 @@ void HeifEncoder::makeEncoder()
     const double quality = std::clamp(options_.quality, 0.0, 1.0);
     check(heif_encoder_set_lossy_quality(encoder, static_cast<int>(std::lround(quality * 100))));
     check(heif_encoder_set_parameter_string(encoder, "preset", preset));
-    // The one sampling of colours that every reader of the format decodes.
+    // The one sampling of colors that every reader of the format decodes.
     check(heif_encoder_set_parameter_string(encoder, "chroma", "420"));
     check(heif_encoder_set_parameter_string(encoder, "x265:pools", encodingThreads().c_str()));
     if (options_.size.shorterSide() < thinnestSide)
@@ -121,7 +121,7 @@ void HeifEncoder::makeImage()
     setColorSpace();
 }
 
-/// The profile goes into the container, the coding of colours (and the nearest named space) into the coded stream.
+/// The profile goes into the container, the coding of colors (and the nearest named space) into the coded stream.
 /// Named spaces beside a profile in the container keep some readers from opening the file.
 void HeifEncoder::setColorSpace()
 {

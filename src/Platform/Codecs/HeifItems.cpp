@@ -16,7 +16,7 @@ constexpr int mostTopLevelBoxes = 1'000;
 constexpr int mostDescriptionBoxes = 100;
 
 /// Largest description box that is read into memory, in bytes. The property box is the largest in practice: it holds
-/// the colour profile, of which 16 MB are taken.
+/// the color profile, of which 16 MB are taken.
 constexpr std::int64_t largestBox = 20'000'000;
 
 /// A 200-megapixel phone picture has about 800 items.

@@ -32,7 +32,7 @@ struct CodecError {
 
 enum class Tolerance {
     strict,   ///< Export: any lost pixel is Reason::damaged.
-    tolerant, ///< Thumbnail or preview: lost pixels stay grey as long as some of the picture is there.
+    tolerant, ///< Thumbnail or preview: lost pixels stay gray as long as some of the picture is there.
 };
 
 struct DecodeOptions {

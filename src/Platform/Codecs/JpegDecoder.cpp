@@ -444,14 +444,14 @@ public:
         for (std::int64_t y = 0; y < count; ++y) {
             auto* row = reinterpret_cast<std::uint8_t*>(out + std::size_t(y) * stride);
             if (y >= delivered)
-                fillGrey(row, rowBytes);
+                fillGray(row, rowBytes);
             else if (inkInverted_)
                 std::transform(row, row + rowBytes, row, [](std::uint8_t ink) { return std::uint8_t(255 - ink); });
         }
     }
 
-    /// Half of every ink would be nearly black: grey is half of the black one alone.
-    void fillGrey(std::uint8_t* row, std::size_t bytes) const
+    /// Half of every ink would be nearly black: gray is half of the black one alone.
+    void fillGray(std::uint8_t* row, std::size_t bytes) const
     {
         std::memset(row, 0x80, bytes);
         if (format().model != ColorModel::cmyk)

@@ -130,7 +130,7 @@ void wordsToBytes(Bitmap& bitmap)
 
 } // namespace
 
-Bitmap rasterisePdf(const ByteSource& source, std::int64_t dimension)
+Bitmap rasterizePdf(const ByteSource& source, std::int64_t dimension)
 {
     if (dimension < 1 || dimension > largestSide)
         throw CodecError{CodecError::Reason::tooLarge, {}};

@@ -10,6 +10,6 @@ namespace ferrow {
 /// The first page of a PDF drawn on nothing, longest side exactly `dimension` pixels (the page's own points do not
 /// limit it): premultiplied RGBA in sRGB. Throws CodecError (malformed for a broken or encrypted file, a file without
 /// pages, or a page without extent).
-[[nodiscard]] Bitmap rasterisePdf(const ByteSource& source, std::int64_t dimension);
+[[nodiscard]] Bitmap rasterizePdf(const ByteSource& source, std::int64_t dimension);
 
 } // namespace ferrow

@@ -58,7 +58,7 @@ public:
             if (isInterlaced_)
                 std::memcpy(row, held_.get() + nextRow_ * rowBytes(), std::size_t(rowBytes()));
             else if (isBroken_)
-                fillGrey(row, size_.width);
+                fillGray(row, size_.width);
             else
                 readRow(row);
         }
@@ -170,7 +170,7 @@ private:
         if (nextRow_ == 0 || reader_.refused())
             throw failure(Reason::damaged);
         isBroken_ = true;
-        fillGrey(row, size_.width);
+        fillGray(row, size_.width);
     }
 
     void readRowOfPass(std::byte* row, bool isLast)
@@ -189,7 +189,7 @@ private:
         } catch (const std::bad_alloc&) {
             throw CodecError{Reason::tooLarge, {}};
         }
-        fillGrey(held_.get(), size_.width * size_.height);
+        fillGray(held_.get(), size_.width * size_.height);
         const bool whole = trap_.run([this] {
             for (int pass = 0; pass < passes_; ++pass)
                 for (std::int64_t y = 0; y < size_.height; ++y) {
@@ -202,7 +202,7 @@ private:
             throw failure(Reason::damaged);
     }
 
-    void fillGrey(std::byte* to, std::int64_t pixels) const
+    void fillGray(std::byte* to, std::int64_t pixels) const
     {
         std::memset(to, 0x80, std::size_t(pixels * format_.bytesPerPixel()));
         if (!format_.hasAlpha())

@@ -26,7 +26,7 @@ constexpr std::array<std::string_view, 8> warningsOfLoss{
 };
 
 /// Tags without which the picture would come out as another one: the library goes on with defaults, and turns a palette
-/// picture whose palette is missing into a grey one.
+/// picture whose palette is missing into a gray one.
 constexpr std::array<std::uint16_t, 12> indispensableTags{
     TIFFTAG_BITSPERSAMPLE,     TIFFTAG_PHOTOMETRIC, TIFFTAG_STRIPOFFSETS,     TIFFTAG_SAMPLESPERPIXEL,
     TIFFTAG_COLORMAP,          TIFFTAG_TILEOFFSETS, TIFFTAG_EXTRASAMPLES,     TIFFTAG_SAMPLEFORMAT,

@@ -127,7 +127,7 @@ void readExtraSamples(const TiffInput& input, TiffLayout& layout)
 {
     const int color = layout.colorSamples();
     if (layout.samples < color)
-        refuseAsUnsupported(QStringLiteral("%1-band TIFF image of this colour model").arg(layout.samples));
+        refuseAsUnsupported(QStringLiteral("%1-band TIFF image of this color model").arg(layout.samples));
     std::uint16_t count = 0;
     std::uint16_t* kinds = nullptr;
     if (TIFFGetField(input.get(), TIFFTAG_EXTRASAMPLES, &count, &kinds) != 1)

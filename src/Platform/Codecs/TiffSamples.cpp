@@ -92,7 +92,7 @@ TiffSamples::~TiffSamples() = default;
 void TiffSamples::convert(const TiffRun& run, std::byte* out)
 {
     if (run.isLost)
-        return fillGrey(out, run.pixels);
+        return fillGray(out, run.pixels);
     if (layout_.color == TiffColor::yCbCr)
         return convertYCbCr(run, out);
     if (isCopy_) {
@@ -106,12 +106,12 @@ void TiffSamples::convert(const TiffRun& run, std::byte* out)
         assemble<std::uint16_t>(run.pixels, out);
 }
 
-void TiffSamples::fillGrey(std::byte* out, std::int64_t pixels) const
+void TiffSamples::fillGray(std::byte* out, std::int64_t pixels) const
 {
     const int width = format_.bitsPerComponent / 8;
     for (std::int64_t i = 0; i < pixels; ++i) {
         for (int channel = 0; channel < format_.channels(); ++channel) {
-            // Half of each component is neutral in every model but CMYK, where black alone makes grey.
+            // Half of each component is neutral in every model but CMYK, where black alone makes gray.
             const bool isColoredInk = format_.model == ColorModel::cmyk && channel < 3;
             const bool isAlpha = channel >= format_.colorChannels();
             std::memset(out, isAlpha ? 0xff : isColoredInk ? 0 : 0x80, std::size_t(width));

@@ -19,13 +19,13 @@ public:
     explicit TiffSamples(const TiffLayout& layout);
     ~TiffSamples();
 
-    /// The run's pixels to `out`; grey for a lost one.
+    /// The run's pixels to `out`; gray for a lost one.
     void convert(const TiffRun& run, std::byte* out);
 
 private:
     struct YCbCr;
 
-    void fillGrey(std::byte* out, std::int64_t pixels) const;
+    void fillGray(std::byte* out, std::int64_t pixels) const;
     void convertYCbCr(const TiffRun& run, std::byte* out) const;
     void unpack(const TiffRun& run);
     void unpackPlane(const std::byte* plane, std::int64_t values, std::uint16_t* into, int step) const;

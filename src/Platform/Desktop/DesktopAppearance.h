@@ -16,7 +16,7 @@ class DesktopAppearance : public QObject {
     Q_OBJECT
 
 public:
-    /// Waits a moment for the portal, so that the first painted window has its colours; a portal that answers later
+    /// Waits a moment for the portal, so that the first painted window has its colors; a portal that answers later
     /// announces itself by changed().
     explicit DesktopAppearance(QObject* parent = nullptr);
 

@@ -7,7 +7,7 @@
 
 namespace ferrow {
 
-/// The desktop's own colour picker, through the portal: the user clicks anywhere on the screen. Main thread.
+/// The desktop's own color picker, through the portal: the user clicks anywhere on the screen. Main thread.
 class ScreenColorPicker : public QObject {
     Q_OBJECT
 

@@ -163,7 +163,7 @@ std::optional<ColorProfile> ColorProfile::fromIcc(const QByteArray& given, Color
     const LittleCms::Profile profile = LittleCms::openProfile(context, icc);
     if (!profile || cmsGetColorSpace(profile.get()) != signatureOf(model) || !describesPictures(profile.get()))
         return std::nullopt;
-    const WellKnown known = recognise(profile.get(), model);
+    const WellKnown known = recognize(profile.get(), model);
     if (known != WellKnown::none)
         return ColorProfile(mendedIcc(icc), model, known, model == ColorModel::rgb);
 

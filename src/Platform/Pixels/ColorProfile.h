@@ -11,7 +11,7 @@
 
 namespace ferrow {
 
-/// Spaces that are recognised by what a profile says of primaries and curve, not by what it calls itself.
+/// Spaces that are recognized by what a profile says of primaries and curve, not by what it calls itself.
 enum class WellKnown : std::uint8_t {
     none,
     sRGB,
@@ -24,11 +24,11 @@ enum class WellKnown : std::uint8_t {
     dotGain20
 };
 
-/// A colour space as a value: ICC bytes with a name. Copies share the bytes.
+/// A color space as a value: ICC bytes with a name. Copies share the bytes.
 class ColorProfile {
 public:
-    /// The empty profile: "the source brought none", read as sRGB, or as the built-in press space for CMYK, grey gamma
-    /// of sRGB for grey, D50 Lab for Lab.
+    /// The empty profile: "the source brought none", read as sRGB, or as the built-in press space for CMYK, gray gamma
+    /// of sRGB for gray, D50 Lab for Lab.
     ColorProfile() = default;
 
     [[nodiscard]] static const ColorProfile& sRGB();
@@ -37,11 +37,11 @@ public:
     [[nodiscard]] static const ColorProfile& rec2020();
     /// One of the RGB spaces above or Adobe's or ProPhoto's; the empty profile for any other.
     [[nodiscard]] static ColorProfile of(WellKnown space);
-    /// Grey with the sRGB curve.
+    /// Gray with the sRGB curve.
     [[nodiscard]] static const ColorProfile& sGray();
 
     /// A profile read from a file. Absent when the bytes are not a usable profile of at most 16 MB, or when it is for
-    /// another model than `model` (a grey profile in an RGB picture is no use). What strict readers would refuse of it
+    /// another model than `model` (a gray profile in an RGB picture is no use). What strict readers would refuse of it
     /// is mended.
     [[nodiscard]] static std::optional<ColorProfile> fromIcc(const QByteArray& icc, ColorModel model);
 
@@ -49,18 +49,18 @@ public:
     [[nodiscard]] const QByteArray& icc() const { return icc_; }
     [[nodiscard]] ColorModel model() const { return model_; }
 
-    /// The space that it was recognised as.
+    /// The space that it was recognized as.
     [[nodiscard]] WellKnown wellKnown() const { return known_; }
 
-    /// Whether colours can be converted to it: RGB, with a way back from the connection space. Profiles of cameras and
+    /// Whether colors can be converted to it: RGB, with a way back from the connection space. Profiles of cameras and
     /// scanners may have none.
     [[nodiscard]] bool canBeTarget() const { return canBeTarget_; }
 
-    /// As shown to the user: a well-known space's name (recognised by primaries and curve: "sRGB IEC61966-2.1",
+    /// As shown to the user: a well-known space's name (recognized by primaries and curve: "sRGB IEC61966-2.1",
     /// "Display P3", "Adobe RGB (1998)", …), "Embedded profile" for any other, "sRGB (assumed)" for the empty one.
     [[nodiscard]] QString name() const;
 
-    /// Whether pictures in both look the same without any conversion: same bytes, or both recognised as the same
+    /// Whether pictures in both look the same without any conversion: same bytes, or both recognized as the same
     /// well-known space. The empty profile counts as sRGB.
     [[nodiscard]] bool isEquivalentTo(const ColorProfile& other) const;
 

@@ -58,11 +58,11 @@ LittleCms::Profile assumedProfile(const LittleCms::Context& context, ColorModel 
     return nullptr;
 }
 
-/// Every grey level's colour, worked out ahead.
+/// Every gray level's color, worked out ahead.
 template <typename Source, typename Target>
 class GrayRows final : public RowConverter {
 public:
-    /// `transform` leads from grey without alpha to RGB of 8 bits.
+    /// `transform` leads from gray without alpha to RGB of 8 bits.
     explicit GrayRows(cmsHTRANSFORM transform)
     {
         std::vector<Component> levels(colors_.size());
@@ -88,7 +88,7 @@ private:
         std::vector<std::array<std::byte, 3>>(std::size_t{1} << (8 * sizeof(Component)));
 };
 
-/// Through tables of many dimensions, by the colour library.
+/// Through tables of many dimensions, by the color library.
 class LibraryRows final : public RowConverter {
 public:
     LibraryRows(LittleCms::Context context, LittleCms::Transform transform, PixelFormat source, PixelFormat target)
@@ -111,8 +111,8 @@ private:
     bool addsAlpha_;
 };
 
-/// By the colour library's tables to Lab, and from there by formula. The tables that the library makes are coarse: what
-/// they say is right where colours change slowly, as in Lab, but up to a tenth off at the edge of the target's gamut.
+/// By the color library's tables to Lab, and from there by formula. The tables that the library makes are coarse: what
+/// they say is right where colors change slowly, as in Lab, but up to a tenth off at the edge of the target's gamut.
 class RowsThroughLab final : public RowConverter {
 public:
     RowsThroughLab(std::unique_ptr<RowConverter> toLab, std::unique_ptr<RowConverter> fromLab, PixelFormat source,
@@ -213,7 +213,7 @@ std::unique_ptr<RowConverter> convertedRows(const ColorProfile& from, PixelForma
     return libraryRows(context, fromProfile.get(), source, toProfile.get(), target);
 }
 
-/// Whether the numbers mean the same in both spaces: RGB in the same space, grey on the target's own curve.
+/// Whether the numbers mean the same in both spaces: RGB in the same space, gray on the target's own curve.
 bool meansTheSame(const ColorProfile& from, ColorModel model, const ColorProfile& to)
 {
     if (model == ColorModel::rgb)

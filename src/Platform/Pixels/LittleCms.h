@@ -11,7 +11,7 @@
 #include <memory>
 #include <type_traits>
 
-/// The colour library's handles with their deleters, for the .cpp files of this folder alone.
+/// The color library's handles with their deleters, for the .cpp files of this folder alone.
 namespace ferrow::LittleCms {
 
 using Profile = std::unique_ptr<void, Releaser<cmsCloseProfile>>;

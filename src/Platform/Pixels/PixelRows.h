@@ -11,7 +11,7 @@
 /// Pixel formats as types, so that the loops over pixels are compiled for each of them.
 namespace ferrow {
 
-/// A format of grey, RGB or Lab pixels.
+/// A format of gray, RGB or Lab pixels.
 template <typename Component, int colors, bool alpha>
 struct PixelType {
     using ComponentType = Component;

@@ -40,7 +40,7 @@ constexpr std::array<Triple, 16> printedSolids{{
 
 /// What a halftone of half the paper covers beyond the half, by ink, and the exponent for the light that the paper
 /// scatters between the dots (Yule and Nielsen). Chosen together so that ramps and mixtures come out as the
-/// characterisation has them: within 1.2 units of Lab on average.
+/// characterization has them: within 1.2 units of Lab on average.
 constexpr std::array<double, inks> dotGain{0.14, 0.11, 0.11, 0.125};
 constexpr double scattering = 1.25;
 
@@ -75,7 +75,7 @@ std::array<Triple, 16> mixableSolids()
     return solids;
 }
 
-/// The colour of dots that cover these shares of the paper and lie over each other by chance (Neugebauer, Demichel).
+/// The color of dots that cover these shares of the paper and lie over each other by chance (Neugebauer, Demichel).
 Triple colorOf(const std::array<double, inks>& covered, const std::array<Triple, 16>& solids)
 {
     Triple light{};

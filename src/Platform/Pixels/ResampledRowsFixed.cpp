@@ -126,7 +126,7 @@ void addUpAcross(const std::vector<std::int16_t>& row, std::size_t width, const 
         for (std::size_t channel = 0; channel < channels; ++channel)
             out[channel] =
                 roundedLevel(dotProduct(planes[channel].data() + window.first, across.fixedWeights(x), count));
-        if constexpr (channels % 2 == 0) // The filter may overshoot in a colour more than in alpha, which comes last.
+        if constexpr (channels % 2 == 0) // The filter may overshoot in a color more than in alpha, which comes last.
             for (std::size_t channel = 0; channel + 1 < channels; ++channel)
                 out[channel] = std::min(out[channel], out[channels - 1]);
     }

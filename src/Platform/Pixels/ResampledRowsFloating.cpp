@@ -9,7 +9,7 @@ namespace ferrow {
 
 namespace {
 
-/// A row of the source as numbers that can be added up: colour times alpha (up to 255²) where alpha is straight.
+/// A row of the source as numbers that can be added up: color times alpha (up to 255²) where alpha is straight.
 template <std::size_t channels>
 void loadRow(const std::byte* pixels, Alpha alpha, std::vector<float>& row)
 {

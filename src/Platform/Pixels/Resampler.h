@@ -5,7 +5,7 @@
 
 #include <QRectF>
 
-/// High-quality scaling of 8-bit pictures. Colour is weighted by alpha, so that transparent pixels never bleed.
+/// High-quality scaling of 8-bit pictures. Color is weighted by alpha, so that transparent pixels never bleed.
 namespace ferrow::Resampler {
 
 /// The whole of `source` (8 bits a component, gray, rgb or rgba in any alpha state) drawn at exactly `size`. A

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <memory>
 
-/// The kinds of work that a colour transform can come down to. For the .cpp files of this folder alone.
+/// The kinds of work that a color transform can come down to. For the .cpp files of this folder alone.
 namespace ferrow {
 
 class RowConverter {
@@ -19,7 +19,7 @@ public:
 /// Rows that are the same bytes already.
 [[nodiscard]] std::unique_ptr<RowConverter> copiedRows(PixelFormat format);
 
-/// Same space, other depth or channels: RGB, or grey with the curve of the target.
+/// Same space, other depth or channels: RGB, or gray with the curve of the target.
 [[nodiscard]] std::unique_ptr<RowConverter> rearrangedRows(PixelFormat source, PixelFormat target);
 
 } // namespace ferrow

@@ -61,7 +61,7 @@ bool hasTables(cmsHPROFILE profile)
 /// of 0.0003.
 bool nearlyEqual(const Matrix& found, const Matrix& known)
 {
-    constexpr double tolerance = 0.00045; // Just enough for the sRGB of the colour library's first version.
+    constexpr double tolerance = 0.00045; // Just enough for the sRGB of the color library's first version.
     const std::optional<Matrix> back = inverse(known);
     if (!back)
         return false;
@@ -110,7 +110,7 @@ const References& references()
     return all;
 }
 
-WellKnown recogniseRgb(cmsHPROFILE profile)
+WellKnown recognizeRgb(cmsHPROFILE profile)
 {
     const std::optional<Matrix> matrix = colorantsOf(profile);
     if (!matrix || hasTables(profile))
@@ -128,7 +128,7 @@ WellKnown recogniseRgb(cmsHPROFILE profile)
     return WellKnown::none;
 }
 
-WellKnown recogniseGray(cmsHPROFILE profile)
+WellKnown recognizeGray(cmsHPROFILE profile)
 {
     if (hasTables(profile))
         return WellKnown::none;
@@ -219,13 +219,13 @@ LittleCms::Profile virtualProfile(const LittleCms::Context& context, const RgbSp
     return LittleCms::Profile(cmsCreateRGBProfileTHR(context.get(), &white, &primaries, curves));
 }
 
-WellKnown recognise(cmsHPROFILE profile, ColorModel model)
+WellKnown recognize(cmsHPROFILE profile, ColorModel model)
 {
     switch (model) {
     case ColorModel::rgb:
-        return recogniseRgb(profile);
+        return recognizeRgb(profile);
     case ColorModel::gray:
-        return recogniseGray(profile);
+        return recognizeGray(profile);
     case ColorModel::cmyk:
     case ColorModel::lab:
         break;

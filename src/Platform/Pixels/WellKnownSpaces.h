@@ -4,7 +4,7 @@
 #include "Platform/Pixels/ColorProfile.h"
 #include "Platform/Pixels/LittleCms.h"
 
-/// The colour spaces that photographs commonly come in, and how to tell that a profile describes one of them.
+/// The color spaces that photographs commonly come in, and how to tell that a profile describes one of them.
 namespace ferrow {
 
 enum class Curve { sRGB, rec709, gamma18, gamma22, adobeGamma, dotGain20 };
@@ -30,10 +30,10 @@ struct RgbSpace {
 /// From stored numbers to light.
 [[nodiscard]] LittleCms::Curve decodingCurve(const LittleCms::Context& context, Curve curve);
 
-/// The space as the colour library's own profile, adapted to D50 with Bradford's matrix.
+/// The space as the color library's own profile, adapted to D50 with Bradford's matrix.
 [[nodiscard]] LittleCms::Profile virtualProfile(const LittleCms::Context& context, const RgbSpace& space);
 
 /// The space that a picture in this profile can be said to be in without a visible difference.
-[[nodiscard]] WellKnown recognise(cmsHPROFILE profile, ColorModel model);
+[[nodiscard]] WellKnown recognize(cmsHPROFILE profile, ColorModel model);
 
 } // namespace ferrow

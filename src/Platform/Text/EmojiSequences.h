@@ -14,9 +14,9 @@ struct TextRange {
     bool operator==(const TextRange&) const = default;
 };
 
-/// A text as it is given to the layout, with the stretches that ask to be drawn as colour emoji: flags, keycaps,
+/// A text as it is given to the layout, with the stretches that ask to be drawn as color emoji: flags, keycaps,
 /// characters that are emoji by default, others followed by U+FE0F, each with its skin tones, tags and joined parts.
-/// Neighbours come as one stretch.
+/// Neighbors come as one stretch.
 struct EmojiText {
     /// Without the variation selectors: the emoji font does not know them, the layout would take each from another
     /// font, and the sequence around it would fall apart.

@@ -150,7 +150,7 @@ void drawLine(QPainter& painter, const QTextLine& line, const QPointF& origin)
     painter.fillPath(outlines, painter.pen().color());
 }
 
-/// Multiplies every channel, so that overlapping glyphs do not show through each other and colour glyphs fade alike.
+/// Multiplies every channel, so that overlapping glyphs do not show through each other and color glyphs fade alike.
 void fade(Bitmap& bitmap, double alpha)
 {
     const auto factor = static_cast<unsigned>(std::lround(std::clamp(alpha, 0.0, 1.0) * 65'536));

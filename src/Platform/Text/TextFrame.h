@@ -23,7 +23,7 @@ struct TextStyle {
     double lineSpacing = 0;                        ///< Extra pixels between lines.
 };
 
-/// The families to ask for, in order, for each typeface choice: the named face, its stand-ins, then colour emoji.
+/// The families to ask for, in order, for each typeface choice: the named face, its stand-ins, then color emoji.
 namespace FontFamilies {
 /// The desktop's user-interface font, else fontconfig's sans-serif. Asked for once; waits 200 ms at most.
 [[nodiscard]] QString system();
@@ -55,7 +55,7 @@ public:
     [[nodiscard]] QSizeF suggestedSize(const QSizeF& constraint) const;
 
     /// The text laid out in a box of `box` pixels, drawn with its first line at the top.
-    /// `red`, `green`, `blue`, `alpha` 0…1 in sRGB; colour glyphs keep their colours and take the alpha.
+    /// `red`, `green`, `blue`, `alpha` 0…1 in sRGB; color glyphs keep their colors and take the alpha.
     /// Lines that do not fit whole into the box's height are left out, but never the first.
     /// The bitmap is premultiplied RGBA in sRGB, ceil(box) pixels plus `margin` on every side, in which glyphs may
     /// overhang the box; the box's left top corner lies `offset` (0…1 each way) inside pixel (margin, margin).
