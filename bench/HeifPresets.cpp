@@ -67,8 +67,8 @@ Picture load(const char* path)
     if (decoder->format() != rgb8)
         throw std::string("is not plain RGB");
     Picture picture{decoder->size(), {}};
-    const auto stride = static_cast<std::size_t>(picture.size.width * 3);
-    picture.rgb.resize(stride * static_cast<std::size_t>(picture.size.height));
+    const auto stride = std::size_t(picture.size.width * 3);
+    picture.rgb.resize(stride * std::size_t(picture.size.height));
     decoder->readRows(picture.size.height, picture.rgb.data(), stride);
     ::close(descriptor);
     return picture;
@@ -82,8 +82,8 @@ void require(const heif_error& error)
 
 heif_image* toImage(const Picture& picture)
 {
-    const auto width = static_cast<int>(picture.size.width);
-    const auto height = static_cast<int>(picture.size.height);
+    const auto width = int(picture.size.width);
+    const auto height = int(picture.size.height);
     heif_image* image = nullptr;
     require(heif_image_create(width, height, heif_colorspace_RGB, heif_chroma_interleaved_RGB, &image));
     require(heif_image_add_plane(image, heif_channel_interleaved, width, height, 8));
@@ -127,11 +127,11 @@ std::vector<std::byte> encode(const Picture& picture, const Setting& setting)
 double fidelity(const Picture& picture, const std::vector<std::byte>& bytes)
 {
     const int descriptor = ::memfd_create("heic", MFD_CLOEXEC);
-    if (::write(descriptor, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size()))
+    if (::write(descriptor, bytes.data(), bytes.size()) != ssize_t(bytes.size()))
         throw std::string("cannot be kept in memory");
-    const ByteSource source(descriptor, static_cast<std::int64_t>(bytes.size()));
+    const ByteSource source(descriptor, std::int64_t(bytes.size()));
     const auto decoder = openHeifDecoder(source, {});
-    const auto rowBytes = static_cast<std::size_t>(picture.size.width * 3);
+    const auto rowBytes = std::size_t(picture.size.width * 3);
     std::vector<std::byte> row(rowBytes);
     double squares = 0;
     for (std::int64_t y = 0; y < picture.size.height; ++y) {
@@ -207,10 +207,9 @@ void compare(const char* path)
     std::printf("\n%s: %lld x %lld\n", name.substr(name.rfind('/') + 1).c_str(),
                 static_cast<long long>(picture.size.width), static_cast<long long>(picture.size.height));
     std::puts("preset   quality chroma pools  wall s    cpu s     bytes  psnr dB  peak MB");
-    for (const int quality : {50, 90}) {
+    for (const int quality : {50, 90})
         for (const char* preset : {"ultrafast", "superfast", "veryfast", "faster", "fast", "medium", "slow"})
             print(picture, {preset, quality, "420", "1"});
-    }
     for (const char* pools : {"none", "1", "2", "*"})
         print(picture, {"ultrafast", 90, "420", pools});
     print(picture, {"ultrafast", 90, "444", "1"});

@@ -77,14 +77,13 @@ BatchExportReport report(const BatchExportPlan& plan, std::int64_t batchCount,
     report.skipped = plan.skipped;
     report.failures = plan.failures;
     report.outputFolders = plan.outputFolders;
-    for (const BatchExportOutcome& outcome : outcomes) {
+    for (const BatchExportOutcome& outcome : outcomes)
         if (std::holds_alternative<BatchExportOutcome::Exported>(outcome.result))
             ++report.exported;
         else if (std::holds_alternative<BatchExportOutcome::Canceled>(outcome.result))
             ++report.canceled;
         else
             report.failures.push_back(std::get<BatchExportOutcome::Failed>(outcome.result).failure);
-    }
     return report;
 }
 

@@ -109,14 +109,13 @@ BatchImportResult load(const std::vector<FileUrl>& urls, int maximumConcurrency,
                 progress(done);
         },
         [&] { return !stop.stop_requested(); });
-    for (std::size_t i = 0; i < urls.size(); ++i) {
+    for (std::size_t i = 0; i < urls.size(); ++i)
         if (auto* photo = std::get_if<ImportedPhoto>(&outcomes[i]))
             result.photos.push_back(std::move(*photo));
         else if (auto* failure = std::get_if<BatchExportFailure>(&outcomes[i]))
             result.failures.push_back(std::move(*failure));
         else
             result.unread.push_back(urls[i]);
-    }
     return result;
 }
 
@@ -132,7 +131,8 @@ BatchImportResult importScanned(const BatchImportScan& scan, const Loader& loade
             result.failures.push_back(failureOf(url, message));
     }
     std::ranges::move(refused(scan), std::back_inserter(result.failures));
-    Localization::standardSort(result.photos, [](const ImportedPhoto& photo) { return photo.filename(); });
+    Localization::standardSort(
+        result.photos, [](const ImportedPhoto& photo) { return photo.filename(); });
     Localization::standardSort(result.failures, [](const BatchExportFailure& failure) { return failure.filename; });
     return result;
 }

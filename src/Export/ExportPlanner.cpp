@@ -206,8 +206,8 @@ BatchExportPlan ExportPlanner::plan(const ExportRequest& request, const std::sto
         // Before names are given out: a folder whose photos are all skipped is still one that the user wants to see.
         folders.insert(folder.standardized());
 
-        const QByteArray name = FilenameTemplate::filename(configuration.filenameTemplate, photo.url,
-                                                           static_cast<std::int64_t>(index), extension);
+        const QByteArray name =
+            FilenameTemplate::filename(configuration.filenameTemplate, photo.url, std::int64_t(index), extension);
         const FileUrl proposed = folder.appending(name).standardized();
         CollisionRule rule = configuration.collisionRule;
         if (rule == CollisionRule::replace && protectedOnes.hasAnother(proposed, photo.url))

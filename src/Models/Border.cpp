@@ -10,7 +10,7 @@ namespace {
 double pixels(BorderUnit unit, double width, PixelSize size)
 {
     const double length = std::max(width, 0.0);
-    return unit == BorderUnit::pixels ? length : length * static_cast<double>(size.shorterSide()) / 100;
+    return unit == BorderUnit::pixels ? length : length * double(size.shorterSide()) / 100;
 }
 
 } // namespace
@@ -31,7 +31,7 @@ void Border::convert(BorderUnit to, PixelSize size)
     if (to == unit)
         return;
     const double length = pixels(unit, width, size);
-    const auto shorterSide = static_cast<double>(size.shorterSide());
+    const auto shorterSide = double(size.shorterSide());
     unit = to;
     if (to == BorderUnit::pixels)
         width = length;

@@ -152,7 +152,7 @@ void Caption::setCaptionTemplate(const QString& captionTemplate)
 void feed(ValueHash& hash, const CaptionSegment& segment)
 {
     feed(hash, segment.id);
-    feed(hash, static_cast<std::int64_t>(segment.content.index()));
+    feed(hash, std::int64_t(segment.content.index()));
     std::visit([&](const auto& content) { feed(hash, content); }, segment.content);
 }
 

@@ -13,7 +13,7 @@ QString byteValueText(double component)
     // 2^63: what a 64-bit integer no longer holds. The comparison is false for NaN.
     if (!(std::abs(scaled) < 9223372036854775808.0))
         qFatal("A color component is not a finite number in range.");
-    return QString::number(static_cast<qint64>(scaled));
+    return QString::number(qint64(scaled));
 }
 
 } // namespace

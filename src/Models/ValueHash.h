@@ -67,7 +67,7 @@ void feed(ValueHash& hash, const std::optional<T>& value)
 template <typename T>
 void feed(ValueHash& hash, const std::vector<T>& values)
 {
-    feed(hash, static_cast<std::int64_t>(values.size()));
+    feed(hash, std::int64_t(values.size()));
     for (const T& value : values)
         feed(hash, value);
 }

@@ -74,7 +74,7 @@ Segments removed(Segments segments, int index)
 
 Segments replaced(Segments segments, int index, CaptionSegment::Content content)
 {
-    segments.at(static_cast<std::size_t>(index)).content = std::move(content);
+    segments.at(std::size_t(index)).content = std::move(content);
     return segments;
 }
 
@@ -134,15 +134,14 @@ QString tip(const CaptionSegment& segment, const std::optional<PhotoMetadata>& m
 
 QString spokenName(const Segments& segments, int index)
 {
-    const CaptionSegment& segment = segments.at(static_cast<std::size_t>(index));
+    const CaptionSegment& segment = segments.at(std::size_t(index));
     return QStringLiteral("%1, %2, %3")
         .arg(spokenTitle(segment), kindName(kindOf(segment.content)), place(segments, index));
 }
 
 QString spokenPlace(const Segments& segments, int index)
 {
-    return QStringLiteral("%1, %2").arg(spokenTitle(segments.at(static_cast<std::size_t>(index))),
-                                        place(segments, index));
+    return QStringLiteral("%1, %2").arg(spokenTitle(segments.at(std::size_t(index))), place(segments, index));
 }
 
 std::vector<MetadataToken> missingTokens(const Segments& segments, const PhotoMetadata& metadata)

@@ -160,7 +160,8 @@ void EditHistory::setLogoAsset(const LogoAssetReference& asset)
 
 void EditHistory::removeLogo()
 {
-    editRecipe(QStringLiteral("Remove Logo"), [](RenderRecipe& recipe) { recipe.logo.reset(); });
+    editRecipe(
+        QStringLiteral("Remove Logo"), [](RenderRecipe& recipe) { recipe.logo.reset(); });
 }
 
 } // namespace ferrow

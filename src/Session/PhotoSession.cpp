@@ -347,12 +347,11 @@ RemovedPhotos PhotoSession::remove(const std::vector<FileUrl>& photoIDs)
     // From the first gap on, those that stay close up.
     auto gap = places.begin();
     std::size_t to = places.front();
-    for (std::size_t from = to; from < photos_.size(); ++from) {
+    for (std::size_t from = to; from < photos_.size(); ++from)
         if (gap != places.end() && *gap == from)
             ++gap;
         else
             photos_[to++] = std::move(photos_[from]);
-    }
     photos_.resize(to);
     rebuildIndex();
     change.photos = true;

@@ -46,9 +46,8 @@ public:
 
     QString text(QAccessible::Text kind) const override
     {
-        if (kind == QAccessible::Description && !button()->isOpen() && !button()->summary().isEmpty()) {
+        if (kind == QAccessible::Description && !button()->isOpen() && !button()->summary().isEmpty())
             return button()->summary();
-        }
         return QAccessibleWidget::text(kind);
     }
 
@@ -105,12 +104,14 @@ class ComboBoxInterface : public QAccessibleWidget, public QAccessibleValueInter
 public:
     explicit ComboBoxInterface(QComboBox* box) : QAccessibleWidget(box, QAccessible::ComboBox)
     {
-        QObject::connect(box, &QComboBox::currentIndexChanged, box, [box](int index) {
-            QAccessibleEvent renamed(box, QAccessible::NameChanged);
-            sendAccessible(renamed);
-            QAccessibleValueChangeEvent event(box, index);
-            sendAccessible(event);
-        });
+        QObject::connect(
+            box, &QComboBox::currentIndexChanged, box,
+            [box](int index) {
+                QAccessibleEvent renamed(box, QAccessible::NameChanged);
+                sendAccessible(renamed);
+                QAccessibleValueChangeEvent event(box, index);
+                sendAccessible(event);
+            });
     }
 
     void* interface_cast(QAccessible::InterfaceType type) override
@@ -122,9 +123,8 @@ public:
     QString text(QAccessible::Text kind) const override
     {
         const QString text = QAccessibleWidget::text(kind);
-        if (kind == QAccessible::Value) {
+        if (kind == QAccessible::Value)
             return box()->currentText();
-        }
         return kind == QAccessible::Name && !text.isEmpty() ? QStringLiteral("%1: %2").arg(text, box()->currentText())
                                                             : text;
     }
@@ -157,9 +157,8 @@ public:
     QStringList actionNames() const override { return {showMenuAction(), pressAction()}; }
     void doAction(const QString& action) override
     {
-        if (action == showMenuAction() || action == pressAction()) {
+        if (action == showMenuAction() || action == pressAction())
             box()->showPopup();
-        }
     }
 
     QVariant currentValue() const override { return box()->currentIndex(); }
@@ -169,9 +168,8 @@ public:
     void setCurrentValue(const QVariant& value) override
     {
         const int index = value.toInt();
-        if (index < 0 || index >= box()->count() || !box()->isEnabled()) {
+        if (index < 0 || index >= box()->count() || !box()->isEnabled())
             return;
-        }
         box()->setCurrentIndex(index);
         emit box()->activated(index);
     }
@@ -195,33 +193,24 @@ public:
 QAccessibleInterface* interfaceFor(const QString& className, QObject* object)
 {
     auto* widget = qobject_cast<QWidget*>(object);
-    if (!widget) {
+    if (!widget)
         return nullptr;
-    }
-    if (auto* items = dynamic_cast<AccessibleItems*>(widget)) {
+    if (auto* items = dynamic_cast<AccessibleItems*>(widget))
         return makeItemsInterface(widget, items);
-    }
-    if (auto* overlay = qobject_cast<Overlay*>(widget)) {
+    if (auto* overlay = qobject_cast<Overlay*>(widget))
         return new OverlayInterface(overlay);
-    }
-    if (auto* button = qobject_cast<ExpanderButton*>(widget)) {
+    if (auto* button = qobject_cast<ExpanderButton*>(widget))
         return new ExpanderInterface(button);
-    }
-    if (auto* slider = qobject_cast<ValueSlider*>(widget)) {
+    if (auto* slider = qobject_cast<ValueSlider*>(widget))
         return new SliderInterface(slider);
-    }
-    if (auto* field = qobject_cast<QLineEdit*>(widget)) {
+    if (auto* field = qobject_cast<QLineEdit*>(widget))
         return makeLineEditInterface(field);
-    }
-    if (auto* box = qobject_cast<QComboBox*>(widget); box && !box->isEditable()) {
+    if (auto* box = qobject_cast<QComboBox*>(widget); box && !box->isEditable())
         return new ComboBoxInterface(box);
-    }
-    if (auto* line = qobject_cast<HairLine*>(widget)) {
+    if (auto* line = qobject_cast<HairLine*>(widget))
         return new QAccessibleWidget(line, QAccessible::Separator);
-    }
-    if (QAccessibleInterface* notification = makeNotificationInterface(widget)) {
+    if (QAccessibleInterface* notification = makeNotificationInterface(widget))
         return notification;
-    }
     return className == QLatin1StringView("QWidget") ? new PlainInterface(widget) : nullptr;
 }
 

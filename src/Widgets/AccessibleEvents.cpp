@@ -69,18 +69,16 @@ bool isHeard()
 
 void sendAccessible(QAccessibleEvent& event)
 {
-    if (testReceiver()) {
+    if (testReceiver())
         testReceiver()(event);
-    } else if (QAccessible::isActive()) {
+    else if (QAccessible::isActive())
         QAccessible::updateAccessibility(&event);
-    }
 }
 
 void announce(QWidget* widget, const QString& text)
 {
-    if (!isHeard() || text.isEmpty()) {
+    if (!isHeard() || text.isEmpty())
         return;
-    }
     (new Notification(widget->window(), text))->show();
     announceProgress(widget, text);
 }
@@ -88,9 +86,8 @@ void announce(QWidget* widget, const QString& text)
 void announceProgress(QWidget* widget, const QString& text)
 {
     QAccessibleInterface* speaker = QAccessible::isActive() ? QAccessible::queryAccessibleInterface(widget) : nullptr;
-    if (!speaker || text.isEmpty()) {
+    if (!speaker || text.isEmpty())
         return;
-    }
     // Qt before 6.8 has no announcements; what it would send goes over its own connection to assistive technology.
     const QString object = QStringLiteral("/org/a11y/atspi/accessible/%1").arg(QAccessible::uniqueId(speaker));
     const QDBusConnection bus(QStringLiteral("a11y"));

@@ -36,9 +36,8 @@ public:
 
     QString text(QAccessible::Text kind) const override
     {
-        if (!isValid()) {
+        if (!isValid())
             return {};
-        }
         return kind == QAccessible::Name          ? item().name
                : kind == QAccessible::Description ? item().description
                                                   : QString();
@@ -87,9 +86,8 @@ public:
 
     void doAction(const QString& action) override
     {
-        if (action == pressAction() && isUsable()) {
+        if (action == pressAction() && isUsable())
             items_->pressItem(index_);
-        }
     }
 
     QVariant currentValue() const override { return value().now; }
@@ -98,9 +96,8 @@ public:
     QVariant minimumStepSize() const override { return value().step; }
     void setCurrentValue(const QVariant& wanted) override
     {
-        if (isUsable()) {
+        if (isUsable())
             items_->setItemValue(index_, std::clamp(wanted.toDouble(), value().least, value().greatest));
-        }
     }
 
     [[nodiscard]] int index() const { return index_; }
@@ -108,9 +105,8 @@ public:
 
     void tellChanges()
     {
-        if (!isValid()) {
+        if (!isValid())
             return;
-        }
         const AccessibleItem before = std::exchange(told_, item());
         if (told_.name != before.name) {
             QAccessibleEvent event(this, QAccessible::NameChanged);
@@ -156,16 +152,13 @@ public:
 
     QAccessibleInterface* child(int index) const override
     {
-        if (index < 0 || index >= childCount()) {
+        if (index < 0 || index >= childCount())
             return nullptr;
-        }
-        if (index == items_->itemCount()) {
+        if (index == items_->itemCount())
             return QAccessible::queryAccessibleInterface(items_->controlsAmongItems());
-        }
         const auto known = ids_.find(index);
-        if (known != ids_.end()) {
+        if (known != ids_.end())
             return QAccessible::accessibleInterface(known->second);
-        }
         auto* made = new ItemInterface(widget(), items_, index);
         ids_[index] = QAccessible::registerAccessibleInterface(made);
         return made;
@@ -174,9 +167,8 @@ public:
     int indexOfChild(const QAccessibleInterface* child) const override
     {
         const auto* item = dynamic_cast<const ItemInterface*>(child);
-        if (item) {
+        if (item)
             return item->widget() == widget() ? item->index() : -1;
-        }
         const QWidget* controls = items_->controlsAmongItems();
         return controls && child && child->object() == controls ? items_->itemCount() : -1;
     }
@@ -193,16 +185,14 @@ public:
 
     void tellChanges()
     {
-        for (const auto& [index, id] : ids_) {
+        for (const auto& [index, id] : ids_)
             static_cast<ItemInterface*>(QAccessible::accessibleInterface(id))->tellChanges();
-        }
     }
 
     void forgetItems()
     {
-        for (const auto& [index, id] : ids_) {
+        for (const auto& [index, id] : ids_)
             QAccessible::deleteAccessibleInterface(id);
-        }
         ids_.clear();
     }
 
@@ -226,19 +216,16 @@ ItemsInterface* itemsInterface(QWidget* widget)
 
 int AccessibleItems::itemAt(const QPoint& point) const
 {
-    for (int i = 0; i < itemCount(); ++i) {
-        if (item(i).rect.contains(point)) {
+    for (int i = 0; i < itemCount(); ++i)
+        if (item(i).rect.contains(point))
             return i;
-        }
-    }
     return -1;
 }
 
 void notifyItemsChanged(QWidget* widget)
 {
-    if (ItemsInterface* group = itemsInterface(widget)) {
+    if (ItemsInterface* group = itemsInterface(widget))
         group->tellChanges();
-    }
 }
 
 void notifyItemsReplaced(QWidget* widget)
@@ -262,9 +249,8 @@ void followFocusOfItems()
 {
     static const auto connection =
         QObject::connect(qApp, &QApplication::focusChanged, qApp, [](QWidget*, QWidget* now) {
-            if (!dynamic_cast<AccessibleItems*>(now)) {
+            if (!dynamic_cast<AccessibleItems*>(now))
                 return;
-            }
             tellFocusLater(now); // Qt tells the focus of the widget after this; what comes last is what is read out.
         });
     Q_UNUSED(connection)

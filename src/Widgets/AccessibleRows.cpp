@@ -54,9 +54,8 @@ void AccessibleRows::followModel()
     const QAbstractItemModel* model = view_.model();
     const auto replaced = [this] { notifyItemsReplaced(&view_); };
     const auto changed = [this] { notifyItemsChanged(&view_); };
-    for (const auto signal : {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved}) {
+    for (const auto signal : {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved})
         QObject::connect(model, signal, &view_, replaced);
-    }
     QObject::connect(model, &QAbstractItemModel::modelReset, &view_, replaced);
     QObject::connect(model, &QAbstractItemModel::dataChanged, &view_, changed);
     QObject::connect(view_.selectionModel(), &QItemSelectionModel::selectionChanged, &view_, changed);

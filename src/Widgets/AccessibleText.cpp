@@ -42,13 +42,11 @@ std::vector<int> cutsOf(const QString& text, QAccessible::TextBoundaryType bound
     if (const auto type = finderType(boundary)) {
         QTextBoundaryFinder finder(*type, text);
         // Behind the end of the text the finder is at -1.
-        for (auto at = finder.toNextBoundary(); at > 0 && at < text.size(); at = finder.toNextBoundary()) {
-            if (finder.boundaryReasons() & (QTextBoundaryFinder::StartOfItem | QTextBoundaryFinder::EndOfItem)) {
-                cuts.push_back(static_cast<int>(at));
-            }
-        }
+        for (auto at = finder.toNextBoundary(); at > 0 && at < text.size(); at = finder.toNextBoundary())
+            if (finder.boundaryReasons() & (QTextBoundaryFinder::StartOfItem | QTextBoundaryFinder::EndOfItem))
+                cuts.push_back(int(at));
     }
-    cuts.push_back(static_cast<int>(text.size()));
+    cuts.push_back(int(text.size()));
     return cuts;
 }
 
@@ -78,12 +76,10 @@ public:
 
     QString text(QAccessible::Text kind) const override
     {
-        if (kind == QAccessible::Value) {
+        if (kind == QAccessible::Value)
             return shownText();
-        }
-        if (kind == QAccessible::Description && number()) {
+        if (kind == QAccessible::Description && number())
             return number()->format().unit;
-        }
         const QString text = QAccessibleWidget::text(kind);
         return kind == QAccessible::Name && text.isEmpty() ? field()->placeholderText() : text;
     }
@@ -108,7 +104,7 @@ public:
     {
         return start < end ? shownText().mid(start, end - start) : QString();
     }
-    int characterCount() const override { return static_cast<int>(shownText().size()); }
+    int characterCount() const override { return int(shownText().size()); }
     QString textAtOffset(int offset, QAccessible::TextBoundaryType boundary, int* start, int* end) const override
     {
         return piece(offset, boundary, TextPiece::at, start, end);
@@ -140,16 +136,14 @@ public:
     }
     void setSelection(int index, int start, int end) override
     {
-        if (index == 0) {
+        if (index == 0)
             field()->setSelection(start, end - start);
-        }
     }
     void addSelection(int start, int end) override { setSelection(0, start, end); }
     void removeSelection(int index) override
     {
-        if (index == 0) {
+        if (index == 0)
             field()->deselect();
-        }
     }
     void scrollToSubstring(int start, int end) override
     {
@@ -161,9 +155,8 @@ public:
     QRect characterRect(int offset) const override
     {
         const QString shown = shownText();
-        if (offset < 0 || offset > shown.size()) {
+        if (offset < 0 || offset > shown.size())
             return {};
-        }
         // The caret says how far the text has been scrolled.
         const QFontMetrics metrics = field()->fontMetrics();
         QRect rect = field()->inputMethodQuery(Qt::ImCursorRectangle).toRect();
@@ -216,21 +209,18 @@ QString textPiece(const QString& text, int offset, QAccessible::TextBoundaryType
                   int* end)
 {
     *start = *end = -1;
-    if (text.isEmpty() || offset < 0 || offset > text.size()) {
+    if (text.isEmpty() || offset < 0 || offset > text.size())
         return {};
-    }
     const std::vector<int> cuts = cutsOf(text, boundary);
-    const auto count = static_cast<int>(cuts.size()) - 1;
-    int index = static_cast<int>(std::upper_bound(cuts.begin(), cuts.end(), offset) - cuts.begin()) - 1;
-    if (boundary != QAccessible::CharBoundary) {
+    const auto count = int(cuts.size()) - 1;
+    int index = int(std::upper_bound(cuts.begin(), cuts.end(), offset) - cuts.begin()) - 1;
+    if (boundary != QAccessible::CharBoundary)
         index = std::min(index, count - 1);
-    }
-    index += static_cast<int>(piece);
-    if (index < 0 || index >= count) {
+    index += int(piece);
+    if (index < 0 || index >= count)
         return {};
-    }
-    *start = cuts[static_cast<std::size_t>(index)];
-    *end = cuts[static_cast<std::size_t>(index) + 1];
+    *start = cuts[std::size_t(index)];
+    *end = cuts[std::size_t(index) + 1];
     return text.mid(*start, *end - *start);
 }
 

@@ -38,9 +38,8 @@ AccessibleItem ChoiceStrip::item(int index) const
 
 void ChoiceStrip::pressItem(int index)
 {
-    if (index == current_) {
+    if (index == current_)
         return;
-    }
     setCurrentIndex(index);
     notifyItemFocused(this);
     emit indexChosen(index);
@@ -79,9 +78,8 @@ void ChoiceStrip::keyPressEvent(QKeyEvent* event)
 void ChoiceStrip::mousePressEvent(QMouseEvent* event)
 {
     const int index = indexAt(event->position().toPoint());
-    if (event->button() == Qt::LeftButton && index >= 0) {
+    if (event->button() == Qt::LeftButton && index >= 0)
         pressItem(index);
-    }
 }
 
 void ChoiceStrip::mouseMoveEvent(QMouseEvent* event)
@@ -97,19 +95,16 @@ void ChoiceStrip::leaveEvent(QEvent* event)
 
 int ChoiceStrip::indexAt(QPoint point) const
 {
-    for (int i = 0; i < itemCount(); ++i) {
-        if (itemRect(i).contains(point)) {
+    for (int i = 0; i < itemCount(); ++i)
+        if (itemRect(i).contains(point))
             return i;
-        }
-    }
     return -1;
 }
 
 void ChoiceStrip::setHovered(int index)
 {
-    if (std::exchange(hovered_, index) != index) {
+    if (std::exchange(hovered_, index) != index)
         update();
-    }
 }
 
 } // namespace ferrow

@@ -21,7 +21,7 @@ public:
     /// Does not emit `indexChosen`.
     void setCurrentIndex(int index);
 
-    int itemCount() const override { return static_cast<int>(items_.size()); }
+    int itemCount() const override { return int(items_.size()); }
     AccessibleItem item(int index) const override;
     int focusedItem() const override { return current_; }
     void pressItem(int index) override;

@@ -24,18 +24,15 @@ std::optional<RGBAColor> parse(const QString& text, double alpha)
 {
     static const QRegularExpression pattern(QStringLiteral("^#?([0-9a-fA-F]{3}|[0-9a-fA-F]{6})$"));
     const QRegularExpressionMatch match = pattern.match(text.trimmed());
-    if (!match.hasMatch()) {
+    if (!match.hasMatch())
         return std::nullopt;
-    }
     const QColor color(QLatin1Char('#') + match.captured(1));
     return RGBAColor{color.red() / 255.0, color.green() / 255.0, color.blue() / 255.0, alpha};
 }
 
 QColor toQColor(const RGBAColor& color)
 {
-    const auto byte = [](double component) {
-        return static_cast<int>(std::lround(std::clamp(component, 0.0, 1.0) * 255));
-    };
+    const auto byte = [](double component) { return int(std::lround(std::clamp(component, 0.0, 1.0) * 255)); };
     return QColor(byte(color.red), byte(color.green), byte(color.blue), byte(color.alpha));
 }
 
@@ -139,9 +136,8 @@ void ColorWell::take(const QString& text)
     // A color finer than its hex text stays as fine as it is when the same text is typed again.
     setColor(isNew ? *typed : color_);
     field_->restore();
-    if (isNew) {
+    if (isNew)
         emit colorEdited(color_);
-    }
 }
 
 } // namespace ferrow

@@ -18,9 +18,8 @@ CommitField::CommitField(const QString& name, QWidget* parent) : QLineEdit(paren
 void CommitField::showText(const QString& text)
 {
     shown_ = text;
-    if (!hasFocus() || !isModified()) {
+    if (!hasFocus() || !isModified())
         restore();
-    }
 }
 
 void CommitField::setError(const QString& message)
@@ -36,9 +35,8 @@ void CommitField::restore()
     if (text() != shown_) {
         const bool wasSelected = hasSelectedText();
         setText(shown_);
-        if (wasSelected) {
+        if (wasSelected)
             selectAll();
-        }
     }
     setModified(false);
     setError(QString());
@@ -46,9 +44,8 @@ void CommitField::restore()
 
 void CommitField::commit()
 {
-    if (!isModified()) {
+    if (!isModified())
         return;
-    }
     if (text() == shown_) {
         restore();
         return;
@@ -98,13 +95,11 @@ void CommitField::keyPressEvent(QKeyEvent* event)
 void CommitField::focusOutEvent(QFocusEvent* event)
 {
     QLineEdit::focusOutEvent(event);
-    if (event->reason() == Qt::PopupFocusReason || event->reason() == Qt::ActiveWindowFocusReason) {
+    if (event->reason() == Qt::PopupFocusReason || event->reason() == Qt::ActiveWindowFocusReason)
         return;
-    }
     commit();
-    if (hasError()) {
+    if (hasError())
         restore();
-    }
 }
 
 } // namespace ferrow

@@ -37,16 +37,13 @@ ConfirmSheet::ConfirmSheet(QWidget* window, const Question& question)
         message->setTextInteractionFlags(Qt::TextSelectableByMouse);
         body()->addWidget(message);
     }
-    if (question.field) {
+    if (question.field)
         addField(*question.field);
-    }
-    if (!question.leave.isEmpty()) {
+    if (!question.leave.isEmpty())
         setLeaveButton(question.leave);
-    }
     QPushButton* accept = setMainButton(question.accept);
-    if (kind_ == Question::Kind::destructive) {
+    if (kind_ == Question::Kind::destructive)
         setButtonRole(accept, ButtonRole::destructive);
-    }
     connect(this, &Sheet::mainRequested, this, [this] {
         accepted_ = true;
         dismiss();
@@ -88,13 +85,11 @@ ConfirmSheet* ConfirmSheet::ask(QWidget* window, const Question& question, QObje
 {
     auto* sheet = new ConfirmSheet(window, question);
     connect(sheet, &Overlay::closed, context ? context : window, [sheet, answered = std::move(answered)] {
-        if (answered) {
+        if (answered)
             answered({sheet->accepted_, sheet->field_ ? sheet->field_->text() : QString()});
-        }
     });
-    if (sheet->field_) {
+    if (sheet->field_)
         sheet->mainButton()->setEnabled(!sheet->field_->text().trimmed().isEmpty());
-    }
     sheet->open(sheet->firstFocus());
     return sheet;
 }
@@ -108,18 +103,16 @@ ConfirmSheet* ConfirmSheet::alert(QWidget* window, const QString& title, const Q
     question.message = message;
     question.accept = QStringLiteral("OK");
     return ask(window, question, context, [left = std::move(left)](const Answer&) {
-        if (left) {
+        if (left)
             left();
-        }
     });
 }
 
 /// What can't be taken back wants a deliberate press: there the focus starts on leaving.
 QWidget* ConfirmSheet::firstFocus() const
 {
-    if (field_) {
+    if (field_)
         return field_;
-    }
     return kind_ == Question::Kind::destructive && leaveButton() ? leaveButton() : mainButton();
 }
 

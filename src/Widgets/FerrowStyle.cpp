@@ -92,7 +92,7 @@ void drawButton(QPainter& painter, const QRect& rect, const ButtonLook& look, co
 
 void setButtonRole(QAbstractButton* button, ButtonRole role)
 {
-    button->setProperty(roleProperty, static_cast<int>(role));
+    button->setProperty(roleProperty, int(role));
     button->updateGeometry();
     button->update();
 }
@@ -100,9 +100,8 @@ void setButtonRole(QAbstractButton* button, ButtonRole role)
 ButtonRole buttonRole(const QWidget* button)
 {
     const QVariant role = button ? button->property(roleProperty) : QVariant();
-    if (role.isValid()) {
+    if (role.isValid())
         return static_cast<ButtonRole>(role.toInt());
-    }
     return qobject_cast<const QToolButton*>(button) ? ButtonRole::flat : ButtonRole::standard;
 }
 
@@ -151,9 +150,8 @@ void FerrowStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* op
     case PE_FrameWindow:
         return;
     case PE_PanelLineEdit:
-        if (const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(option); frame && frame->lineWidth > 0) {
+        if (const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(option); frame && frame->lineWidth > 0)
             paintField(*painter, option->rect, ControlState::of(option, widget));
-        }
         return;
     case PE_FrameLineEdit:
     case PE_Frame:
@@ -193,27 +191,23 @@ void FerrowStyle::drawControl(ControlElement element, const QStyleOption* option
 {
     switch (element) {
     case CE_PushButton:
-        if (const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option)) {
+        if (const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option))
             drawButton(*painter, option->rect, lookOf(*button, widget), widget);
-        }
         return;
     case CE_ComboBoxLabel:
-        if (const auto* box = qstyleoption_cast<const QStyleOptionComboBox*>(option)) {
+        if (const auto* box = qstyleoption_cast<const QStyleOptionComboBox*>(option))
             drawComboBoxLabel(*painter, *box, *proxy(), widget);
-        }
         return;
     case CE_MenuItem:
-        if (const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option)) {
+        if (const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option))
             paintMenuItem(*painter, *item);
-        }
         return;
     case CE_MenuEmptyArea:
         painter->fillRect(option->rect, colors().raised);
         return;
     case CE_ProgressBar:
-        if (const auto* bar = qstyleoption_cast<const QStyleOptionProgressBar*>(option)) {
+        if (const auto* bar = qstyleoption_cast<const QStyleOptionProgressBar*>(option))
             drawProgress(*painter, *bar);
-        }
         return;
     case CE_Splitter:
         painter->fillRect(option->rect, colors().line);
@@ -228,27 +222,23 @@ void FerrowStyle::drawComplexControl(ComplexControl control, const QStyleOptionC
 {
     switch (control) {
     case CC_ToolButton:
-        if (const auto* button = qstyleoption_cast<const QStyleOptionToolButton*>(option)) {
+        if (const auto* button = qstyleoption_cast<const QStyleOptionToolButton*>(option))
             drawButton(*painter, option->rect, lookOf(*button, widget), widget);
-        }
         return;
     case CC_ComboBox:
-        if (const auto* box = qstyleoption_cast<const QStyleOptionComboBox*>(option)) {
+        if (const auto* box = qstyleoption_cast<const QStyleOptionComboBox*>(option))
             drawComboBox(*painter, *box, widget);
-        }
         return;
     case CC_SpinBox:
         paintField(*painter, option->rect, ControlState::of(option, widget));
         return;
     case CC_ScrollBar:
-        if (const auto* bar = qstyleoption_cast<const QStyleOptionSlider*>(option)) {
+        if (const auto* bar = qstyleoption_cast<const QStyleOptionSlider*>(option))
             drawScrollBar(*painter, *bar, *proxy(), widget);
-        }
         return;
     case CC_Slider:
-        if (const auto* slider = qstyleoption_cast<const QStyleOptionSlider*>(option)) {
+        if (const auto* slider = qstyleoption_cast<const QStyleOptionSlider*>(option))
             drawSlider(*painter, *slider, *proxy(), widget);
-        }
         return;
     default:
         QProxyStyle::drawComplexControl(control, option, painter, widget);
@@ -260,14 +250,12 @@ QSize FerrowStyle::sizeFromContents(ContentsType type, const QStyleOption* optio
 {
     switch (type) {
     case CT_PushButton:
-        if (const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option)) {
+        if (const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option))
             return buttonSize(lookOf(*button, widget));
-        }
         break;
     case CT_ToolButton:
-        if (const auto* button = qstyleoption_cast<const QStyleOptionToolButton*>(option)) {
+        if (const auto* button = qstyleoption_cast<const QStyleOptionToolButton*>(option))
             return buttonSize(lookOf(*button, widget));
-        }
         break;
     case CT_LineEdit:
     case CT_SpinBox:
@@ -284,9 +272,8 @@ QSize FerrowStyle::sizeFromContents(ContentsType type, const QStyleOption* optio
     case CT_ProgressBar:
         return QSize(contents.width(), Measure::progress);
     case CT_MenuItem:
-        if (const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option)) {
+        if (const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option))
             return menuItemSize(*item, contents);
-        }
         break;
     default:
         break;
@@ -311,9 +298,8 @@ QRect FerrowStyle::subElementRect(SubElement element, const QStyleOption* option
 QRect FerrowStyle::subControlRect(ComplexControl control, const QStyleOptionComplex* option, SubControl subControl,
                                   const QWidget* widget) const
 {
-    if (control == CC_ComboBox && subControl == SC_ComboBoxEditField) {
+    if (control == CC_ComboBox && subControl == SC_ComboBoxEditField)
         return option->rect.adjusted(fieldPadding, 1, -(8 + 16 + 4), -1);
-    }
     if (control == CC_SpinBox) {
         const bool isArrow = subControl == SC_SpinBoxUp || subControl == SC_SpinBoxDown;
         return isArrow                             ? QRect()
@@ -321,12 +307,10 @@ QRect FerrowStyle::subControlRect(ComplexControl control, const QStyleOptionComp
                                                    : option->rect;
     }
     const auto* slider = qstyleoption_cast<const QStyleOptionSlider*>(option);
-    if (slider && control == CC_ScrollBar) {
+    if (slider && control == CC_ScrollBar)
         return scrollBarPart(*slider, subControl);
-    }
-    if (slider && control == CC_Slider && slider->orientation == Qt::Horizontal && subControl != SC_SliderTickmarks) {
+    if (slider && control == CC_Slider && slider->orientation == Qt::Horizontal && subControl != SC_SliderTickmarks)
         return sliderPart(*slider, subControl);
-    }
     return QProxyStyle::subControlRect(control, option, subControl, widget);
 }
 
@@ -417,9 +401,8 @@ void FerrowStyle::polish(QWidget* widget)
 {
     QProxyStyle::polish(widget);
     if (qobject_cast<QAbstractButton*>(widget) || qobject_cast<QComboBox*>(widget) ||
-        qobject_cast<QLineEdit*>(widget) || qobject_cast<QSlider*>(widget) || qobject_cast<QScrollBar*>(widget)) {
+        qobject_cast<QLineEdit*>(widget) || qobject_cast<QSlider*>(widget) || qobject_cast<QScrollBar*>(widget))
         widget->setAttribute(Qt::WA_Hover);
-    }
     if (auto* button = qobject_cast<QPushButton*>(widget)) {
         // Enter presses the focused button everywhere, not only in dialogs.
         button->setAutoDefault(true);
@@ -427,24 +410,21 @@ void FerrowStyle::polish(QWidget* widget)
     if (auto* box = qobject_cast<QComboBox*>(widget)) {
         box->setFocusPolicy(Qt::StrongFocus); // Not by the wheel.
         // On this platform Qt calls the box by its current text; the list tells what it is about.
-        if (box->view()->accessibleName().isEmpty()) {
+        if (box->view()->accessibleName().isEmpty())
             box->view()->setAccessibleName(box->accessibleName());
-        }
     }
     if (widget->inherits(comboPopup)) {
         // Its list would cover the edge.
         widget->setContentsMargins(menuInset, 0, menuInset, 0);
     }
-    if ((qobject_cast<QMenu*>(widget) || widget->inherits(comboPopup)) && desktopComposes()) {
+    if ((qobject_cast<QMenu*>(widget) || widget->inherits(comboPopup)) && desktopComposes())
         widget->setAttribute(Qt::WA_TranslucentBackground);
-    }
 }
 
 void FerrowStyle::unpolish(QWidget* widget)
 {
-    if (qobject_cast<QMenu*>(widget) || widget->inherits(comboPopup)) {
+    if (qobject_cast<QMenu*>(widget) || widget->inherits(comboPopup))
         widget->setAttribute(Qt::WA_TranslucentBackground, false);
-    }
     QProxyStyle::unpolish(widget);
 }
 

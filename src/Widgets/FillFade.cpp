@@ -17,7 +17,7 @@ constexpr int frame = 16; // milliseconds
 
 QColor between(const QColor& from, const QColor& to, double share)
 {
-    const auto mix = [share](float a, float b) { return a + (b - a) * static_cast<float>(share); };
+    const auto mix = [share](float a, float b) { return a + (b - a) * float(share); };
     return QColor::fromRgbF(mix(from.redF(), to.redF()), mix(from.greenF(), to.greenF()), mix(from.blueF(), to.blueF()),
                             mix(from.alphaF(), to.alphaF()));
 }
@@ -35,19 +35,17 @@ public:
             clock_.start();
         }
         const QColor now = shown(duration);
-        if (now != to_) {
+        if (now != to_)
             QTimer::singleShot(frame, this, [this] { static_cast<QWidget*>(parent())->update(); });
-        }
         return now;
     }
 
 private:
     [[nodiscard]] QColor shown(int duration) const
     {
-        if (!clock_.isValid() || duration <= 0) {
+        if (!clock_.isValid() || duration <= 0)
             return to_;
-        }
-        const double share = std::min(1.0, static_cast<double>(clock_.elapsed()) / duration);
+        const double share = std::min(1.0, double(clock_.elapsed()) / duration);
         return share < 1 ? between(from_, to_, share) : to_;
     }
 
@@ -58,11 +56,9 @@ private:
 
 Fade* fadeOf(const QWidget* widget)
 {
-    for (QObject* child : widget->children()) {
-        if (auto* fade = dynamic_cast<Fade*>(child)) {
+    for (QObject* child : widget->children())
+        if (auto* fade = dynamic_cast<Fade*>(child))
             return fade;
-        }
-    }
     return nullptr;
 }
 
@@ -70,12 +66,10 @@ Fade* fadeOf(const QWidget* widget)
 
 QColor step(const QWidget* widget, const QColor& target)
 {
-    if (!widget) {
+    if (!widget)
         return target;
-    }
-    if (Fade* fade = fadeOf(widget)) {
+    if (Fade* fade = fadeOf(widget))
         return fade->towards(target, Theme::current().duration(Motion::hover));
-    }
     // The style is given its widgets to look at only; the fade is no part of what they are.
     new Fade(const_cast<QWidget*>(widget), target);
     return target;

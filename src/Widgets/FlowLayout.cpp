@@ -15,9 +15,8 @@ FlowLayout::FlowLayout(int gap, QWidget* parent) : QLayout(parent), gap_(gap)
 
 FlowLayout::~FlowLayout()
 {
-    for (QLayoutItem* item : items_) {
+    for (QLayoutItem* item : items_)
         delete item;
-    }
 }
 
 void FlowLayout::addItem(QLayoutItem* item)
@@ -27,20 +26,19 @@ void FlowLayout::addItem(QLayoutItem* item)
 
 int FlowLayout::count() const
 {
-    return static_cast<int>(items_.size());
+    return int(items_.size());
 }
 
 QLayoutItem* FlowLayout::itemAt(int index) const
 {
-    return index >= 0 && index < count() ? items_[static_cast<std::size_t>(index)] : nullptr;
+    return index >= 0 && index < count() ? items_[std::size_t(index)] : nullptr;
 }
 
 QLayoutItem* FlowLayout::takeAt(int index)
 {
     QLayoutItem* item = itemAt(index);
-    if (item) {
+    if (item)
         items_.erase(items_.begin() + index);
-    }
     return item;
 }
 
@@ -62,9 +60,8 @@ int FlowLayout::heightForWidth(int width) const
 QSize FlowLayout::minimumSize() const
 {
     QSize size;
-    for (const QLayoutItem* item : items_) {
+    for (const QLayoutItem* item : items_)
         size = size.expandedTo(item->minimumSize());
-    }
     const QMargins margins = contentsMargins();
     return size + QSize(margins.left() + margins.right(), margins.top() + margins.bottom());
 }
@@ -88,9 +85,8 @@ int FlowLayout::arrange(const QRect& rect, bool apply) const
     int y = inside.top();
     int lineHeight = 0;
     for (QLayoutItem* item : items_) {
-        if (item->isEmpty()) {
+        if (item->isEmpty())
             continue;
-        }
         // One that is wider than a line is cut to it.
         const int width = std::min(item->sizeHint().width(), inside.width());
         const int height = item->sizeHint().height();
@@ -99,9 +95,8 @@ int FlowLayout::arrange(const QRect& rect, bool apply) const
             y += lineHeight + gap_;
             lineHeight = 0;
         }
-        if (apply) {
+        if (apply)
             item->setGeometry(QRect(x, y, width, height));
-        }
         x += width + gap_;
         lineHeight = std::max(lineHeight, height);
     }

@@ -63,11 +63,10 @@ bool drawsItsOwn(const QWidget* widget)
 {
     if (!dynamic_cast<const FocusShape*>(widget) &&
         (qobject_cast<const QLineEdit*>(widget) || qobject_cast<const QComboBox*>(widget) ||
-         qobject_cast<const QAbstractSpinBox*>(widget) || qobject_cast<const QAbstractScrollArea*>(widget))) {
+         qobject_cast<const QAbstractSpinBox*>(widget) || qobject_cast<const QAbstractScrollArea*>(widget)))
         return true;
-    }
     const QVariant look = widget->property(lookProperty);
-    return look.isValid() && look.toInt() == static_cast<int>(FocusLook::own);
+    return look.isValid() && look.toInt() == int(FocusLook::own);
 }
 
 /// The box alone, not the words beside it.
@@ -85,15 +84,12 @@ struct Shape {
 
 Shape shapeOf(const QWidget* widget)
 {
-    if (const auto* shape = dynamic_cast<const FocusShape*>(widget)) {
+    if (const auto* shape = dynamic_cast<const FocusShape*>(widget))
         return {shape->focusRect(), shape->focusRadius()};
-    }
-    if (const auto* box = qobject_cast<const QCheckBox*>(widget)) {
+    if (const auto* box = qobject_cast<const QCheckBox*>(widget))
         return {indicatorRect(box, QStyle::SE_CheckBoxIndicator), Radius::box};
-    }
-    if (const auto* radio = qobject_cast<const QRadioButton*>(widget)) {
+    if (const auto* radio = qobject_cast<const QRadioButton*>(widget))
         return {indicatorRect(radio, QStyle::SE_RadioButtonIndicator), Measure::checkBox / 2.0};
-    }
     return {QRectF(widget->rect()), Radius::control};
 }
 
@@ -108,9 +104,8 @@ bool isPage(const QWidget* widget)
 QWidget* hostOf(const QWidget* target)
 {
     QWidget* host = target->parentWidget();
-    while (host && !host->isWindow() && !isPage(host)) {
+    while (host && !host->isWindow() && !isPage(host))
         host = host->parentWidget();
-    }
     return host;
 }
 
@@ -132,13 +127,14 @@ bool showsFocus(int key)
 
 void setFocusLook(QWidget* widget, FocusLook look)
 {
-    widget->setProperty(lookProperty, static_cast<int>(look));
+    widget->setProperty(lookProperty, int(look));
 }
 
 FocusRing::FocusRing(QObject* parent) : QObject(parent)
 {
     qApp->installEventFilter(this);
-    connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) { follow(now); });
+    connect(
+        qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) { follow(now); });
     connect(&Theme::current(), &Theme::changed, this, [this] { place(); });
 }
 
@@ -152,9 +148,8 @@ void FocusRing::install()
 
 void FocusRing::refresh(const QWidget* widget)
 {
-    if (installed && installed->target_ == widget) {
+    if (installed && installed->target_ == widget)
         installed->place();
-    }
 }
 
 bool FocusRing::isKeyboardFocus()
@@ -219,12 +214,10 @@ void FocusRing::noteFocus(Qt::FocusReason reason)
 
 void FocusRing::setByKeyboard(bool byKeyboard)
 {
-    if (std::exchange(byKeyboard_, byKeyboard) == byKeyboard) {
+    if (std::exchange(byKeyboard_, byKeyboard) == byKeyboard)
         return;
-    }
-    if (target_) {
+    if (target_)
         target_->update();
-    }
     place();
 }
 
@@ -233,9 +226,8 @@ void FocusRing::follow(QWidget* target)
     target_ = target;
     chain_.clear();
     QWidget* host = target ? hostOf(target) : nullptr;
-    for (const QWidget* widget = target; widget && widget != host; widget = widget->parentWidget()) {
+    for (const QWidget* widget = target; widget && widget != host; widget = widget->parentWidget())
         chain_.push_back(widget);
-    }
     place();
 }
 
@@ -244,9 +236,8 @@ void FocusRing::place()
     QWidget* host = target_ ? hostOf(target_) : nullptr;
     const bool isShown = host && byKeyboard_ && target_->isVisible() && target_->isEnabled() && !drawsItsOwn(target_);
     if (!isShown) {
-        if (ring_) {
+        if (ring_)
             ring_->hide();
-        }
         return;
     }
     if (!ring_ || ring_->parentWidget() != host) {

@@ -14,9 +14,8 @@ namespace ferrow {
 
 void ExpanderButton::setOpen(bool open)
 {
-    if (std::exchange(open_, open) == open) {
+    if (std::exchange(open_, open) == open)
         return;
-    }
     update();
     QAccessible::State changed;
     changed.expanded = true;
@@ -94,9 +93,8 @@ void Fold::finish()
 
 void Fold::comeIntoSight()
 {
-    if (!opener_->isOpen() || !opener_->isVisible()) {
+    if (!opener_->isOpen() || !opener_->isVisible())
         return;
-    }
     // Once the layouts around have given it its place.
     QTimer::singleShot(0, this, [this] { ScrollPane::reveal(parentWidget()); });
 }

@@ -40,13 +40,12 @@ FormRow::FormRow(const QString& label, QWidget* control, QWidget* parent)
 void FormRow::followErrors()
 {
     const auto show = [this](const QString& message) { setMessage(Severity::error, message); };
-    if (auto* slider = qobject_cast<SliderField*>(control_)) {
+    if (auto* slider = qobject_cast<SliderField*>(control_))
         connect(slider, &SliderField::errorChanged, this, show);
-    } else if (auto* well = qobject_cast<ColorWell*>(control_)) {
+    else if (auto* well = qobject_cast<ColorWell*>(control_))
         connect(well, &ColorWell::errorChanged, this, show);
-    } else if (auto* field = qobject_cast<CommitField*>(control_)) {
+    else if (auto* field = qobject_cast<CommitField*>(control_))
         connect(field, &CommitField::errorChanged, this, show);
-    }
 }
 
 void FormRow::setLabelWidth(int width)

@@ -30,7 +30,7 @@ constexpr std::array fileNames{"add",      "check",          "chevron-down", "ch
                                "settings", "show-in-folder", "sidebar",      "text-chip",     "token-chip",
                                "undo",     "warning",        "zoom-100",     "zoom-fit",      "zoom-in",
                                "zoom-out"};
-static_assert(fileNames.size() == static_cast<std::size_t>(IconName::zoomOut) + 1);
+static_assert(fileNames.size() == std::size_t(IconName::zoomOut) + 1);
 
 const QByteArray& drawing(IconName name)
 {
@@ -39,14 +39,13 @@ const QByteArray& drawing(IconName name)
         std::array<QByteArray, fileNames.size()> read;
         for (std::size_t i = 0; i < read.size(); ++i) {
             QFile file(QStringLiteral(":/ferrow/icons/%1.svg").arg(QLatin1StringView(fileNames[i])));
-            if (file.open(QIODevice::ReadOnly)) {
+            if (file.open(QIODevice::ReadOnly))
                 read[i] = file.readAll();
-            }
             Q_ASSERT(!read[i].isEmpty());
         }
         return read;
     }();
-    return drawings[static_cast<std::size_t>(name)];
+    return drawings[std::size_t(name)];
 }
 
 /// The stroke in the drawing is 1.5 on a grid of 20; large icons look clumsy with it.
@@ -63,7 +62,7 @@ QPixmap drawn(IconName name, int size, const QColor& color, double scale)
     svg.replace("currentColor", color.name(QColor::HexRgb).toLatin1());
     svg.replace("stroke-width=\"1.5\"", "stroke-width=\"" + QByteArray::number(strokeFor(size)) + '"');
     QSvgRenderer renderer(svg);
-    const int pixels = static_cast<int>(std::ceil(size * scale));
+    const int pixels = int(std::ceil(size * scale));
     QPixmap pixmap(pixels, pixels);
     pixmap.fill(Qt::transparent);
     QPainter painter(&pixmap);
@@ -92,7 +91,7 @@ public:
     /// `size` is in device pixels.
     QPixmap scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State, qreal scale) override
     {
-        const int side = static_cast<int>(std::lround(std::min(size.width(), size.height()) / scale));
+        const int side = int(std::lround(std::min(size.width(), size.height()) / scale));
         return iconPixmap(name_, side, colorFor(mode), scale);
     }
 
@@ -119,11 +118,8 @@ QIcon icon(IconName name, ColorRole role)
 
 QPixmap iconPixmap(IconName name, int size, const QColor& color, double scale)
 {
-    const QString key = QStringLiteral("ferrow-icon/%1/%2/%3/%4")
-                            .arg(static_cast<int>(name))
-                            .arg(size)
-                            .arg(color.name(QColor::HexArgb))
-                            .arg(scale);
+    const QString key =
+        QStringLiteral("ferrow-icon/%1/%2/%3/%4").arg(int(name)).arg(size).arg(color.name(QColor::HexArgb)).arg(scale);
     QPixmap pixmap;
     if (!QPixmapCache::find(key, &pixmap)) {
         pixmap = drawn(name, size, color, scale);

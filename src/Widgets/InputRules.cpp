@@ -29,15 +29,12 @@ bool isPress(const QObject* receiver, const QKeyEvent& key)
 
 bool isWindowCommand(const QKeyEvent& key)
 {
-    if (key.modifiers() != Qt::ControlModifier || key.key() < Qt::Key_A || key.key() > Qt::Key_Z) {
+    if (key.modifiers() != Qt::ControlModifier || key.key() < Qt::Key_A || key.key() > Qt::Key_Z)
         return false;
-    }
     for (const auto edit : {QKeySequence::Copy, QKeySequence::Cut, QKeySequence::Paste, QKeySequence::SelectAll,
-                            QKeySequence::Undo, QKeySequence::Redo}) {
-        if (key.matches(edit)) {
+                            QKeySequence::Undo, QKeySequence::Redo})
+        if (key.matches(edit))
             return false;
-        }
-    }
     return true;
 }
 

@@ -34,14 +34,13 @@ QLocale fieldLocale()
 QString withPlainDigits(const QString& text)
 {
     QString plain;
-    for (const char32_t letter : text.toUcs4()) {
+    for (const char32_t letter : text.toUcs4())
         if (QChar::category(letter) == QChar::Number_DecimalDigit)
             plain += QLatin1Char(char('0' + QChar::digitValue(letter)));
         else if (letter == 0x2212)
             plain += QLatin1Char('-');
         else if (QChar::category(letter) != QChar::Other_Format)
             plain += QString::fromUcs4(&letter, 1);
-    }
     return plain;
 }
 
@@ -76,15 +75,13 @@ double NumberFormat::shown(double value) const
 std::optional<double> NumberFormat::value(const QString& text) const
 {
     QString digits = text.trimmed();
-    if (!unit.isEmpty() && digits.endsWith(unit)) {
+    if (!unit.isEmpty() && digits.endsWith(unit))
         digits.chop(unit.size());
-    }
     bool isNumber = false;
     const double shown = QLocale::c().toDouble(withPoint(withPlainDigits(digits.trimmed())), &isNumber);
     const double value = shown / factor;
-    if (!isNumber || !std::isfinite(value) || value < least || value > greatest) {
+    if (!isNumber || !std::isfinite(value) || value < least || value > greatest)
         return std::nullopt;
-    }
     return value;
 }
 
@@ -133,22 +130,19 @@ void NumberField::take(const QString& text)
     const bool isNew = *typed != value_;
     setValue(*typed);
     restore();
-    if (isNew) {
+    if (isNew)
         emit valueEdited(*typed);
-    }
 }
 
 void NumberField::stepBy(double steps)
 {
     commit();
-    if (hasError()) {
+    if (hasError())
         return;
-    }
     const double delta = steps * step_ / format_.factor;
     emit stepped(delta);
-    if (steps_ == Steps::areTold) {
+    if (steps_ == Steps::areTold)
         return;
-    }
     const double value =
         std::clamp(value_ + delta, std::min(format_.least, value_), std::max(format_.greatest, value_));
     if (value != value_) {
@@ -177,17 +171,15 @@ void NumberField::wheelEvent(QWheelEvent* event)
         return;
     }
     event->accept();
-    if (const int notches = wheelNotches(*event, wheelRest_)) {
+    if (const int notches = wheelNotches(*event, wheelRest_))
         stepBy(event->modifiers() & Qt::ShiftModifier ? notches * 10 : notches);
-    }
 }
 
 void NumberField::paintEvent(QPaintEvent* event)
 {
     CommitField::paintEvent(event);
-    if (format_.unit.isEmpty()) {
+    if (format_.unit.isEmpty())
         return;
-    }
     QStyleOptionFrame option;
     initStyleOption(&option);
     const QRect inside = style()->subElementRect(QStyle::SE_LineEditContents, &option, this).adjusted(2, 0, -2, 0);
@@ -199,9 +191,8 @@ void NumberField::paintEvent(QPaintEvent* event)
 void NumberField::changeEvent(QEvent* event)
 {
     CommitField::changeEvent(event);
-    if (event->type() == QEvent::FontChange) {
+    if (event->type() == QEvent::FontChange)
         updateMargins();
-    }
 }
 
 void NumberField::updateMargins()

@@ -57,13 +57,13 @@ Overlay::Overlay(QWidget* window, const QString& name)
     hide();
     connect(animation_, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
         opacity_ = value.toDouble();
-        if (auto* effect = qobject_cast<QGraphicsOpacityEffect*>(card_->graphicsEffect())) {
+        if (auto* effect = qobject_cast<QGraphicsOpacityEffect*>(card_->graphicsEffect()))
             effect->setOpacity(opacity_);
-        }
         update();
     });
     connect(animation_, &QVariantAnimation::finished, this, &Overlay::finishFade);
-    connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) { keepFocusInside(now); });
+    connect(
+        qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) { keepFocusInside(now); });
     connect(&Theme::current(), &Theme::changed, this, [this] { relayout(); });
     parentWidget()->installEventFilter(this);
 }
@@ -86,18 +86,14 @@ Overlay* Overlay::topmost(const QWidget* window)
 
 void Overlay::open(QWidget* firstFocus)
 {
-    if (open_) {
+    if (open_)
         return;
-    }
     // Under a sheet nothing lies that a press outside would close.
     for (Overlay* below = topmost(this);
-         shortcuts_ == WindowShortcuts::rest && below && below->outside_ == OutsidePress::closes;
-         below = topmost(this)) {
+         shortcuts_ == WindowShortcuts::rest && below && below->outside_ == OutsidePress::closes; below = topmost(this))
         below->dismiss();
-    }
-    if (!returnFocus_) {
+    if (!returnFocus_)
         returnFocus_ = window()->focusWidget();
-    }
     open_ = true;
     openOverlays().push_back(this);
     // The window's shortcuts are stopped where keys arrive.
@@ -116,13 +112,11 @@ void Overlay::open(QWidget* firstFocus)
 
 void Overlay::dismiss()
 {
-    if (!open_) {
+    if (!open_)
         return;
-    }
     // A field that is being typed in commits now, while its owner still listens.
-    if (QWidget* focused = window()->focusWidget(); focused && isAncestorOf(focused)) {
+    if (QWidget* focused = window()->focusWidget(); focused && isAncestorOf(focused))
         focused->clearFocus();
-    }
     open_ = false;
     std::erase(openOverlays(), this);
     qApp->removeEventFilter(this);
@@ -157,13 +151,11 @@ void Overlay::finishFade()
 {
     card_->setGraphicsEffect(nullptr);
     update();
-    if (open_) {
+    if (open_)
         return;
-    }
     hide();
-    if (deletedAfterClose_) {
+    if (deletedAfterClose_)
         deleteLater();
-    }
 }
 
 void Overlay::takeFirstFocus(QWidget* firstFocus)
@@ -186,36 +178,31 @@ void Overlay::giveFocusBack()
         return;
     }
     // What had it has gone with a part of the window: whatever comes next beside that.
-    while (target && !target->isVisible()) {
+    while (target && !target->isVisible())
         target = target->parentWidget();
-    }
-    if (QWidget* next = nextOutside(target ? target : this)) {
+    if (QWidget* next = nextOutside(target ? target : this))
         next->setFocus(Qt::OtherFocusReason);
-    }
 }
 
 QWidget* Overlay::nextOutside(QWidget* from) const
 {
     QWidget* widget = from->nextInFocusChain();
-    while (widget != from && (!takesTab(widget) || isAncestorOf(widget) || widget->window() != window())) {
+    while (widget != from && (!takesTab(widget) || isAncestorOf(widget) || widget->window() != window()))
         widget = widget->nextInFocusChain();
-    }
     return widget == from ? nullptr : widget;
 }
 
 void Overlay::keepFocusInside(QWidget* now)
 {
-    if (!open_ || topmost(this) != this) {
+    if (!open_ || topmost(this) != this)
         return;
-    }
     if (now && isAncestorOf(now)) {
         lastInside_ = now;
         return;
     }
     const bool isElsewhere = now ? now != this && now->window() == window() : window()->isActiveWindow();
-    if (!isElsewhere || QApplication::activePopupWidget()) {
+    if (!isElsewhere || QApplication::activePopupWidget())
         return;
-    }
     const bool canReturn = lastInside_ != now && canHaveFocus(lastInside_);
     (canReturn && now ? lastInside_.data() : this)->setFocus(Qt::OtherFocusReason);
 }
@@ -225,9 +212,8 @@ QWidget* Overlay::nextFocus(QWidget* from, bool forward) const
     QWidget* widget = from;
     do {
         widget = forward ? widget->nextInFocusChain() : widget->previousInFocusChain();
-        if (widget != this && isAncestorOf(widget) && takesTab(widget)) {
+        if (widget != this && isAncestorOf(widget) && takesTab(widget))
             return widget;
-        }
     } while (widget != from);
     return nullptr;
 }
@@ -284,9 +270,8 @@ bool Overlay::isForWhatIsBehind(const QObject* receiver) const
 
 bool Overlay::event(QEvent* event)
 {
-    if (event->type() == QEvent::LayoutRequest) {
+    if (event->type() == QEvent::LayoutRequest)
         relayout();
-    }
     return QWidget::event(event);
 }
 
@@ -317,9 +302,8 @@ void Overlay::keyPressEvent(QKeyEvent* event)
 void Overlay::mousePressEvent(QMouseEvent* event)
 {
     event->accept();
-    if (outside_ == OutsidePress::closes && !card_->geometry().contains(event->position().toPoint())) {
+    if (outside_ == OutsidePress::closes && !card_->geometry().contains(event->position().toPoint()))
         dismiss();
-    }
 }
 
 void Overlay::wheelEvent(QWheelEvent* event)

@@ -91,9 +91,8 @@ void Popover::aboutToOpen()
 
 void Popover::aboutToClose()
 {
-    if (opener_) {
+    if (opener_)
         setOpenEdge(opener_, false);
-    }
 }
 
 } // namespace ferrow

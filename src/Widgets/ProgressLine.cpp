@@ -35,9 +35,8 @@ QSize ProgressLine::minimumSizeHint() const
 void ProgressLine::paintEvent(QPaintEvent* event)
 {
     const bool isUnknown = minimum() == maximum();
-    if (isUnknown != (sweep_->state() == QAbstractAnimation::Running)) {
+    if (isUnknown != (sweep_->state() == QAbstractAnimation::Running))
         updateSweep();
-    }
     if (!isUnknown) {
         QProgressBar::paintEvent(event);
         return;
@@ -57,11 +56,10 @@ void ProgressLine::updateSweep()
 {
     const bool sweeps = isVisible() && minimum() == maximum() && !Theme::current().reducedMotion();
     sweep_->setDuration(Theme::current().duration(Motion::sweep));
-    if (sweeps && sweep_->state() != QAbstractAnimation::Running) {
+    if (sweeps && sweep_->state() != QAbstractAnimation::Running)
         sweep_->start();
-    } else if (!sweeps) {
+    else if (!sweeps)
         sweep_->stop();
-    }
 }
 
 void ProgressLine::showEvent(QShowEvent* event)

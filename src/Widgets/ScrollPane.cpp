@@ -34,9 +34,8 @@ public:
 
     bool eventFilter(QObject* watched, QEvent* event) override
     {
-        if (event->type() == QEvent::Resize || event->type() == QEvent::Show) {
+        if (event->type() == QEvent::Resize || event->type() == QEvent::Show)
             place();
-        }
         return QScrollBar::eventFilter(watched, event);
     }
 
@@ -92,21 +91,18 @@ void ScrollPane::setPage(QWidget* page)
 /// Also where the focus came from outside of the pane. What was clicked stays under the pointer.
 void ScrollPane::showFocused(QWidget* focused)
 {
-    if (focused && widget() && widget()->isAncestorOf(focused) && FocusRing::isKeyboardFocus()) {
+    if (focused && widget() && widget()->isAncestorOf(focused) && FocusRing::isKeyboardFocus())
         ensureWidgetVisible(focused, 0, Space::sheet);
-    }
 }
 
 void ScrollPane::reveal(const QWidget* part)
 {
     const QWidget* above = part->parentWidget();
     const ScrollPane* pane = nullptr;
-    for (; above && !pane; above = above->parentWidget()) {
+    for (; above && !pane; above = above->parentWidget())
         pane = qobject_cast<const ScrollPane*>(above);
-    }
-    if (!pane) {
+    if (!pane)
         return;
-    }
     const int top = part->mapTo(pane->widget(), QPoint()).y();
     QScrollBar* bar = pane->verticalScrollBar();
     // What is taller than the pane shows its beginning.
@@ -121,9 +117,8 @@ void ScrollPane::wheelEvent(QWheelEvent* event)
 
 bool ScrollPane::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == widget() && event->type() == QEvent::LayoutRequest) {
+    if (watched == widget() && event->type() == QEvent::LayoutRequest)
         updateGeometry();
-    }
     return QScrollArea::eventFilter(watched, event);
 }
 

@@ -60,9 +60,8 @@ void SectionHeader::paintEvent(QPaintEvent*)
     painter.setPen(ink);
     const int titleWidth = painter.fontMetrics().horizontalAdvance(text());
     painter.drawText(QRect(titleLeft, 0, titleWidth + 1, height()), Qt::AlignVCenter | Qt::AlignLeft, text());
-    if (isOpen() || summary_.isEmpty()) {
+    if (isOpen() || summary_.isEmpty())
         return;
-    }
     const int left = titleLeft + titleWidth + Space::row;
     const QRect room(left, 0, width() - Space::inspector - reserved_ - left, height());
     painter.setFont(Theme::current().font(TextRole::small));
@@ -108,9 +107,8 @@ void Section::resizeEvent(QResizeEvent* event)
 
 void Section::placeSwitch()
 {
-    if (!switch_) {
+    if (!switch_)
         return;
-    }
     const QSize size = switch_->sizeHint();
     const int headerHeight = header_->sizeHint().height();
     switch_->setGeometry(width() - Space::inspector - size.width(), (headerHeight - size.height()) / 2, size.width(),

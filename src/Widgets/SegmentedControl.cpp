@@ -32,9 +32,8 @@ SegmentedControl::SegmentedControl(const QString& name, QWidget* parent) : QWidg
 SegmentedControl::SegmentedControl(const QString& name, const QStringList& texts, QWidget* parent)
     : SegmentedControl(name, parent)
 {
-    for (const QString& text : texts) {
+    for (const QString& text : texts)
         addSegment(text);
-    }
 }
 
 int SegmentedControl::addSegment(const QString& text)
@@ -47,7 +46,7 @@ int SegmentedControl::addSegment(const QString& text)
 
 void SegmentedControl::setSegmentEnabled(int index, bool enabled)
 {
-    segments_.at(static_cast<std::size_t>(index)).enabled = enabled;
+    segments_.at(std::size_t(index)).enabled = enabled;
     update();
     notifyItemsChanged(this);
 }
@@ -63,15 +62,14 @@ void SegmentedControl::setCurrentIndex(int index)
 int SegmentedControl::naturalWidth(int index) const
 {
     const QFontMetrics metrics(Theme::current().font(TextRole::strong));
-    return metrics.horizontalAdvance(segments_[static_cast<std::size_t>(index)].text) + 2 * textPadding;
+    return metrics.horizontalAdvance(segments_[std::size_t(index)].text) + 2 * textPadding;
 }
 
 QSize SegmentedControl::sizeHint() const
 {
     int width = 0;
-    for (int i = 0; i < count(); ++i) {
+    for (int i = 0; i < count(); ++i)
         width += naturalWidth(i);
-    }
     return QSize(width, Theme::current().scaled(Measure::control));
 }
 
@@ -85,9 +83,8 @@ QSize SegmentedControl::minimumSizeHint() const
 std::vector<QRect> SegmentedControl::rects() const
 {
     std::vector<int> widths;
-    for (int i = 0; i < count(); ++i) {
+    for (int i = 0; i < count(); ++i)
         widths.push_back(naturalWidth(i));
-    }
     const int natural = std::accumulate(widths.begin(), widths.end(), 0);
     const bool equalFits = !widths.empty() && *std::max_element(widths.begin(), widths.end()) * count() <= width();
     std::vector<QRect> rects;
@@ -95,7 +92,7 @@ std::vector<QRect> SegmentedControl::rects() const
     for (int i = 0; i < count(); ++i) {
         // The ends are computed from the start, so that roundings do not add up.
         const int spare = (width() - natural) * (i + 1) / count() - (width() - natural) * i / count();
-        const int end = equalFits ? width() * (i + 1) / count() : x + widths[static_cast<std::size_t>(i)] + spare;
+        const int end = equalFits ? width() * (i + 1) / count() : x + widths[std::size_t(i)] + spare;
         const QRect rect(x, 0, end - x, height());
         rects.push_back(rect);
         x = end;
@@ -107,14 +104,13 @@ int SegmentedControl::indexAt(QPoint point) const
 {
     const std::vector<QRect> all = rects();
     const auto hit = std::find_if(all.begin(), all.end(), [point](const QRect& rect) { return rect.contains(point); });
-    return hit == all.end() ? -1 : static_cast<int>(hit - all.begin());
+    return hit == all.end() ? -1 : int(hit - all.begin());
 }
 
 void SegmentedControl::choose(int index)
 {
-    if (index < 0 || index >= count() || index == current_ || !segments_[static_cast<std::size_t>(index)].enabled) {
+    if (index < 0 || index >= count() || index == current_ || !segments_[std::size_t(index)].enabled)
         return;
-    }
     setCurrentIndex(index);
     notifyItemFocused(this);
     emit chosen(index);
@@ -130,15 +126,14 @@ void SegmentedControl::paintEvent(QPaintEvent*)
     painter.setFont(Theme::current().font(TextRole::strong));
     const std::vector<QRect> all = rects();
     for (int i = 0; i < count(); ++i) {
-        const Segment& segment = segments_[static_cast<std::size_t>(i)];
-        const QRect box = all[static_cast<std::size_t>(i)];
+        const Segment& segment = segments_[std::size_t(i)];
+        const QRect box = all[std::size_t(i)];
         const bool isCurrent = i == current_;
         const bool isHovered = isEnabled() && segment.enabled && i == hovered_;
-        if (isCurrent) {
+        if (isCurrent)
             paintBox(painter, box, Radius::control, colors.chosen, isHovered ? colors.hoverEdge : colors.border);
-        } else if (isHovered && i == pressed_) {
+        else if (isHovered && i == pressed_)
             paintBox(painter, box, Radius::control, colors.pressed);
-        }
         painter.setPen(!segment.enabled ? colors.disabled : isCurrent || isHovered ? colors.text : colors.text2);
         const int room = box.width() - textPadding;
         painter.drawText(box, Qt::AlignCenter, painter.fontMetrics().elidedText(segment.text, Qt::ElideRight, room));
@@ -149,9 +144,8 @@ void SegmentedControl::keyPressEvent(QKeyEvent* event)
 {
     const auto nextEnabled = [this](int from, int step) {
         int index = from;
-        while (index >= 0 && index < count() && !segments_[static_cast<std::size_t>(index)].enabled) {
+        while (index >= 0 && index < count() && !segments_[std::size_t(index)].enabled)
             index += step;
-        }
         return index;
     };
     switch (event->key()) {
@@ -185,17 +179,15 @@ void SegmentedControl::mouseReleaseEvent(QMouseEvent* event)
 {
     const int pressed = std::exchange(pressed_, -1);
     update();
-    if (pressed >= 0 && indexAt(event->position().toPoint()) == pressed) {
+    if (pressed >= 0 && indexAt(event->position().toPoint()) == pressed)
         choose(pressed);
-    }
 }
 
 void SegmentedControl::mouseMoveEvent(QMouseEvent* event)
 {
     const int index = indexAt(event->position().toPoint());
-    if (std::exchange(hovered_, index) != index) {
+    if (std::exchange(hovered_, index) != index)
         update();
-    }
 }
 
 void SegmentedControl::leaveEvent(QEvent* event)
@@ -208,9 +200,8 @@ void SegmentedControl::leaveEvent(QEvent* event)
 void SegmentedControl::changeEvent(QEvent* event)
 {
     QWidget::changeEvent(event);
-    if (event->type() == QEvent::EnabledChange) {
+    if (event->type() == QEvent::EnabledChange)
         update();
-    }
 }
 
 int SegmentedControl::itemCount() const
@@ -220,10 +211,10 @@ int SegmentedControl::itemCount() const
 
 AccessibleItem SegmentedControl::item(int index) const
 {
-    const Segment& segment = segments_[static_cast<std::size_t>(index)];
+    const Segment& segment = segments_[std::size_t(index)];
     AccessibleItem item;
     item.name = segment.text;
-    item.rect = rects()[static_cast<std::size_t>(index)];
+    item.rect = rects()[std::size_t(index)];
     item.isChosen = index == current_;
     item.isEnabled = segment.enabled;
     return item;

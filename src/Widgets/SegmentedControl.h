@@ -21,7 +21,7 @@ public:
 
     int addSegment(const QString& text);
     void setSegmentEnabled(int index, bool enabled);
-    [[nodiscard]] int count() const { return static_cast<int>(segments_.size()); }
+    [[nodiscard]] int count() const { return int(segments_.size()); }
 
     [[nodiscard]] int currentIndex() const { return current_; }
     /// Does not emit `chosen`. -1 chooses none.

@@ -38,18 +38,16 @@ const Recipe& recipeOf(ShadowKind kind)
 /// Running mean over 2 x reach + 1 values along one line; what lies outside the line is 0.
 void blurLine(float* values, int count, int stride, int reach, std::vector<float>& line)
 {
-    line.resize(static_cast<std::size_t>(count));
-    for (int i = 0; i < count; ++i) {
-        line[static_cast<std::size_t>(i)] = values[i * stride];
-    }
+    line.resize(std::size_t(count));
+    for (int i = 0; i < count; ++i)
+        line[std::size_t(i)] = values[i * stride];
     float sum = 0;
-    for (int i = 0; i < std::min(reach, count); ++i) {
-        sum += line[static_cast<std::size_t>(i)];
-    }
-    const float share = 1.0F / static_cast<float>(2 * reach + 1);
+    for (int i = 0; i < std::min(reach, count); ++i)
+        sum += line[std::size_t(i)];
+    const float share = 1.0F / float(2 * reach + 1);
     for (int i = 0; i < count; ++i) {
-        sum += i + reach < count ? line[static_cast<std::size_t>(i + reach)] : 0;
-        sum -= i - reach - 1 >= 0 ? line[static_cast<std::size_t>(i - reach - 1)] : 0;
+        sum += i + reach < count ? line[std::size_t(i + reach)] : 0;
+        sum -= i - reach - 1 >= 0 ? line[std::size_t(i - reach - 1)] : 0;
         values[i * stride] = sum * share;
     }
 }
@@ -57,15 +55,13 @@ void blurLine(float* values, int count, int stride, int reach, std::vector<float
 /// Three running means come close to a Gaussian.
 void blur(std::vector<float>& alpha, int width, int height, double sigma)
 {
-    const int reach = std::max(1, static_cast<int>(std::lround((std::sqrt(4 * sigma * sigma + 1) - 1) / 2)));
+    const int reach = std::max(1, int(std::lround((std::sqrt(4 * sigma * sigma + 1) - 1) / 2)));
     std::vector<float> line;
     for (int pass = 0; pass < 3; ++pass) {
-        for (int y = 0; y < height; ++y) {
+        for (int y = 0; y < height; ++y)
             blurLine(alpha.data() + y * width, width, 1, reach, line);
-        }
-        for (int x = 0; x < width; ++x) {
+        for (int x = 0; x < width; ++x)
             blurLine(alpha.data() + x, height, width, reach, line);
-        }
     }
 }
 
@@ -82,12 +78,11 @@ void addLayer(std::vector<float>& total, const QSize& pixels, const QRectF& card
     painter.drawRoundedRect(card.translated(0, layer.drop), recipe.radius, recipe.radius);
     painter.end();
     std::vector<float> alpha(total.size());
-    for (int y = 0; y < pixels.height(); ++y) {
+    for (int y = 0; y < pixels.height(); ++y)
         std::copy_n(shape.constScanLine(y), pixels.width(), alpha.begin() + y * pixels.width());
-    }
     blur(alpha, pixels.width(), pixels.height(), layer.blur / 2 * scale);
     for (std::size_t i = 0; i < total.size(); ++i) {
-        const float added = alpha[i] / 255 * static_cast<float>(layer.opacity);
+        const float added = alpha[i] / 255 * float(layer.opacity);
         total[i] += added * (1 - total[i]);
     }
 }
@@ -97,18 +92,16 @@ QPixmap makeShadow(const QSize& size, const Recipe& recipe, double scale)
 {
     const QSize logical = size + QSize(2 * recipe.margin, 2 * recipe.margin);
     const QSize pixels = (QSizeF(logical) * scale).toSize();
-    std::vector<float> total(static_cast<std::size_t>(pixels.width()) * static_cast<std::size_t>(pixels.height()));
+    std::vector<float> total(std::size_t(pixels.width()) * std::size_t(pixels.height()));
     const QRectF card(recipe.margin, recipe.margin, size.width(), size.height());
-    for (const Layer& layer : recipe.layers) {
+    for (const Layer& layer : recipe.layers)
         addLayer(total, pixels, card, recipe, layer, scale);
-    }
     QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
     for (int y = 0; y < pixels.height(); ++y) {
         auto* line = reinterpret_cast<QRgb*>(image.scanLine(y));
         for (int x = 0; x < pixels.width(); ++x) {
-            const float alpha = total[static_cast<std::size_t>(y) * static_cast<std::size_t>(pixels.width()) +
-                                      static_cast<std::size_t>(x)];
-            line[x] = qRgba(0, 0, 0, static_cast<int>(std::lround(alpha * 255)));
+            const float alpha = total[std::size_t(y) * std::size_t(pixels.width()) + std::size_t(x)];
+            line[x] = qRgba(0, 0, 0, int(std::lround(alpha * 255)));
         }
     }
     return QPixmap::fromImage(image);
@@ -116,11 +109,8 @@ QPixmap makeShadow(const QSize& size, const Recipe& recipe, double scale)
 
 QPixmap shadowOf(const QSize& size, ShadowKind kind, double scale)
 {
-    const QString key = QStringLiteral("ferrow-shadow/%1/%2x%3/%4")
-                            .arg(static_cast<int>(kind))
-                            .arg(size.width())
-                            .arg(size.height())
-                            .arg(scale);
+    const QString key =
+        QStringLiteral("ferrow-shadow/%1/%2x%3/%4").arg(int(kind)).arg(size.width()).arg(size.height()).arg(scale);
     QPixmap pixmap;
     if (!QPixmapCache::find(key, &pixmap)) {
         pixmap = makeShadow(size, recipeOf(kind), scale);
@@ -156,7 +146,7 @@ void paintShadow(QPainter& painter, const QRectF& card, ShadowKind kind)
     const double margin = recipe.margin;
     const QRectF target = card.adjusted(-margin, -margin, margin, margin);
     // Beyond this distance from a corner the shadow of an edge no longer changes.
-    const int reach = static_cast<int>(recipe.radius) + recipe.margin;
+    const int reach = int(recipe.radius) + recipe.margin;
     const int side = 2 * reach + 2;
     if (card.width() >= side && card.height() >= side) {
         paintNinePatch(painter, target, shadowOf(QSize(side, side), kind, scale), reach + margin, scale);

@@ -147,9 +147,8 @@ QRect Sheet::cardRect()
     const int width = std::min(Theme::current().scaled(width_), window.width() - 2 * sideMargin);
     const int natural = heightOf(head_, width) + heightOf(page_, width) + 1 + heightOf(foot_, width);
     const int height = std::min(natural, window.height() - windowMargins);
-    if (std::exchange(placedIn_, window) != window) {
+    if (std::exchange(placedIn_, window) != window)
         top_ = window.height() / topShare;
-    }
     // What has moved up stays there: with lines that come and go it would dance.
     top_ = std::max(sideMargin, std::min(top_, window.height() - windowMargins / 2 - height));
     return QRect((window.width() - width) / 2, top_, width, height);
@@ -169,17 +168,14 @@ void Sheet::aboutToOpen()
 {
     placedIn_ = {};
     QWidget* last = nullptr;
-    for (QWidget* widget = nextInFocusChain(); widget != this; widget = widget->nextInFocusChain()) {
-        if (page_->isAncestorOf(widget)) {
+    for (QWidget* widget = nextInFocusChain(); widget != this; widget = widget->nextInFocusChain())
+        if (page_->isAncestorOf(widget))
             last = widget;
-        }
-    }
     for (QHBoxLayout* group : {helpers_, verbs_}) {
         for (int i = 0; i < group->count(); ++i) {
             QWidget* button = group->itemAt(i)->widget();
-            if (last && button) {
+            if (last && button)
                 setTabOrder(last, button);
-            }
             last = button ? button : last;
         }
     }
@@ -188,20 +184,18 @@ void Sheet::aboutToOpen()
 void Sheet::keyPressEvent(QKeyEvent* event)
 {
     QScrollBar* bar = scroll_->verticalScrollBar();
-    if (event->key() == Qt::Key_PageUp) {
+    if (event->key() == Qt::Key_PageUp)
         bar->triggerAction(QAbstractSlider::SliderPageStepSub);
-    } else if (event->key() == Qt::Key_PageDown) {
+    else if (event->key() == Qt::Key_PageDown)
         bar->triggerAction(QAbstractSlider::SliderPageStepAdd);
-    }
     Overlay::keyPressEvent(event);
 }
 
 bool Sheet::handleEnter()
 {
     QPushButton* button = main_ ? main_ : leave_;
-    if (!button || !button->isEnabled()) {
+    if (!button || !button->isEnabled())
         return false;
-    }
     button->click();
     return true;
 }

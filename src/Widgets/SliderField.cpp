@@ -23,9 +23,8 @@ constexpr int columnGap = 10;
 double steppedWithin(double value, double delta, double least, double greatest)
 {
     const double goal = value + delta;
-    if (delta > 0) {
+    if (delta > 0)
         return std::max(value, std::min(goal, greatest));
-    }
     return std::min(value, std::max(goal, least));
 }
 
@@ -99,20 +98,17 @@ QWidget* SliderField::slider() const
 
 bool SliderField::eventFilter(QObject* watched, QEvent* event)
 {
-    if (event->type() == QEvent::FocusOut || event->type() == QEvent::EnabledChange || event->type() == QEvent::Hide) {
+    if (event->type() == QEvent::FocusOut || event->type() == QEvent::EnabledChange || event->type() == QEvent::Hide)
         endGesture();
-    }
     return QWidget::eventFilter(watched, event);
 }
 
 void SliderField::edit(double value)
 {
-    if (value == value_) {
+    if (value == value_)
         return;
-    }
-    if (!std::exchange(inGesture_, true)) {
+    if (!std::exchange(inGesture_, true))
         emit gestureStarted();
-    }
     value_ = value;
     showValue();
     emit valueEdited(value);
@@ -127,21 +123,18 @@ void SliderField::editAlone(double value)
 
 void SliderField::editInRun(double value)
 {
-    if (value == value_) {
+    if (value == value_)
         return;
-    }
     edit(rounded(value));
-    if (inGesture_) {
+    if (inGesture_)
         burst_.start();
-    }
 }
 
 void SliderField::endGesture()
 {
     burst_.stop();
-    if (std::exchange(inGesture_, false)) {
+    if (std::exchange(inGesture_, false))
         emit gestureEnded();
-    }
 }
 
 void SliderField::showValue()

@@ -46,20 +46,17 @@ int textPaddingOf(const ButtonLook& look)
 int contentWidth(const ButtonLook& look)
 {
     int width = look.text.isEmpty() ? 0 : QFontMetrics(buttonFont(look)).horizontalAdvance(look.text);
-    if (!look.icon.isNull()) {
+    if (!look.icon.isNull())
         width += iconSide(look) + (look.text.isEmpty() ? 0 : iconGap);
-    }
-    if (look.hasMenu) {
+    if (look.hasMenu)
         width += chevron + iconGap;
-    }
     return width;
 }
 
 QColor buttonTextColor(const ButtonLook& look)
 {
-    if (!look.state.enabled) {
+    if (!look.state.enabled)
         return colors().disabled;
-    }
     switch (look.role) {
     case ButtonRole::main:
         return colors().onInk;
@@ -77,17 +74,15 @@ QColor buttonTextColor(const ButtonLook& look)
 
 QColor grayFill(const ControlState& state, const QColor& rest)
 {
-    if (!state.enabled) {
+    if (!state.enabled)
         return rest;
-    }
     return state.pressed || state.checked ? colors().pressed : state.hovered || state.isOpen ? colors().hover : rest;
 }
 
 QColor mainFill(const ControlState& state)
 {
-    if (!state.enabled) {
+    if (!state.enabled)
         return colors().fill;
-    }
     return state.pressed ? colors().inkPressed : state.hovered ? colors().inkHover : colors().ink;
 }
 
@@ -191,12 +186,10 @@ QFont buttonFont(const ButtonLook& look)
 QSize buttonSize(const ButtonLook& look)
 {
     const int height = controlHeight(look.isSmall);
-    if (look.role == ButtonRole::link) {
+    if (look.role == ButtonRole::link)
         return QSize(contentWidth(look) + Space::iconEdge, Measure::hitArea);
-    }
-    if (look.text.isEmpty() && !look.hasMenu) {
+    if (look.text.isEmpty() && !look.hasMenu)
         return QSize(height, height);
-    }
     const int after = look.hasMenu ? iconPadding : textPaddingOf(look);
     const int before = look.icon.isNull() ? textPaddingOf(look) : iconPadding;
     return QSize(before + contentWidth(look) + after, height);
@@ -285,11 +278,10 @@ void paintCheckBox(QPainter& painter, const QRectF& rect, const ControlState& st
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(colors().onMark, 1.75, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     const QPointF corner = rect.topLeft();
-    if (state.isMixed) {
+    if (state.isMixed)
         painter.drawLine(corner + QPointF(4.5, 8), corner + QPointF(11.5, 8));
-    } else {
+    else
         painter.drawPolyline(QPolygonF{corner + QPointF(4, 8.4), corner + QPointF(6.9, 11.3), corner + QPointF(12, 5)});
-    }
     painter.restore();
 }
 
@@ -355,9 +347,8 @@ bool hasLeadingColumn(const QStyleOptionMenuItem& option)
 
 QSize menuItemSize(const QStyleOptionMenuItem& option, const QSize& contents)
 {
-    if (option.menuItemType == QStyleOptionMenuItem::Separator) {
+    if (option.menuItemType == QStyleOptionMenuItem::Separator)
         return QSize(contents.width(), 2 * Space::iconEdge + 1);
-    }
     const int shortcutGap = option.text.contains(QLatin1Char('\t')) ? Space::sheet : 0;
     const int width = contents.width() + shortcutGap + 2 * menuPadding + Space::group +
                       (hasLeadingColumn(option) ? menuColumn : 0) +
@@ -373,20 +364,18 @@ void paintMenuItem(QPainter& painter, const QStyleOptionMenuItem& option)
         return;
     }
     const bool enabled = option.state & QStyle::State_Enabled;
-    if (enabled && (option.state & QStyle::State_Selected)) {
+    if (enabled && (option.state & QStyle::State_Selected))
         paintBox(painter, rect, Radius::control, colors().hover, colors().fillEdge);
-    }
     painter.save();
     painter.setFont(option.font);
     painter.setPen(enabled ? colors().text : colors().disabled);
     QRect inner = rect.adjusted(menuPadding, 0, -menuPadding, 0);
     if (hasLeadingColumn(option)) {
         const QRect column(inner.left(), inner.top(), Measure::icon, inner.height());
-        if (option.checked) {
+        if (option.checked)
             paintIcon(painter, IconName::check, column, Measure::fieldIcon, painter.pen().color());
-        } else if (!option.icon.isNull()) {
+        else if (!option.icon.isNull())
             option.icon.paint(&painter, column, Qt::AlignCenter, enabled ? QIcon::Normal : QIcon::Disabled);
-        }
         inner.setLeft(inner.left() + menuColumn);
     }
     const QStringList texts = option.text.split(QLatin1Char('\t'));

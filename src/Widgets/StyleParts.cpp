@@ -35,9 +35,8 @@ void paintPopup(QPainter& painter, const QRect& rect, const QWidget* widget)
 {
     const bool isRound = widget && widget->testAttribute(Qt::WA_TranslucentBackground);
     paintBox(painter, rect, isRound ? Radius::row : 0, colors().raised, colors().popoverEdge);
-    if (!isRound && colors().popoverEdge.alpha() < 255) {
+    if (!isRound && colors().popoverEdge.alpha() < 255)
         paintBox(painter, rect, 0, colors().raised, colors().groove);
-    }
 }
 
 void drawComboBox(QPainter& painter, const QStyleOptionComboBox& option, const QWidget* widget)
@@ -51,9 +50,8 @@ void drawComboBox(QPainter& painter, const QStyleOptionComboBox& option, const Q
 void drawComboBoxLabel(QPainter& painter, const QStyleOptionComboBox& option, const QStyle& style,
                        const QWidget* widget)
 {
-    if (option.editable) {
+    if (option.editable)
         return;
-    }
     QRect rect = style.subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, widget);
     const bool enabled = option.state & QStyle::State_Enabled;
     if (!option.currentIcon.isNull()) {
@@ -68,9 +66,8 @@ void drawComboBoxLabel(QPainter& painter, const QStyleOptionComboBox& option, co
 
 void drawScrollBar(QPainter& painter, const QStyleOptionSlider& option, const QStyle& style, const QWidget* widget)
 {
-    if (option.maximum <= option.minimum) {
+    if (option.maximum <= option.minimum)
         return;
-    }
     QRectF thumb = style.subControlRect(QStyle::CC_ScrollBar, &option, QStyle::SC_ScrollBarSlider, widget);
     const bool isUpright = option.orientation == Qt::Vertical;
     thumb = isUpright ? thumb.adjusted(scrollBarInset, 2, -scrollBarInset, -2)
@@ -97,9 +94,8 @@ void drawSlider(QPainter& painter, const QStyleOptionSlider& option, const QStyl
 QRect sliderPart(const QStyleOptionSlider& option, QStyle::SubControl part)
 {
     const QRect rect = option.rect;
-    if (part == QStyle::SC_SliderGroove) {
+    if (part == QStyle::SC_SliderGroove)
         return rect;
-    }
     const int span = rect.width() - Measure::thumb;
     const int at =
         QStyle::sliderPositionFromValue(option.minimum, option.maximum, option.sliderPosition, span, option.upsideDown);
@@ -111,8 +107,8 @@ QRect scrollBarPart(const QStyleOptionSlider& option, QStyle::SubControl part)
     const bool isUpright = option.orientation == Qt::Vertical;
     const int length = isUpright ? option.rect.height() : option.rect.width();
     const int range = option.maximum - option.minimum;
-    const double share = option.pageStep / std::max(1.0, static_cast<double>(range) + option.pageStep);
-    const int thumb = range > 0 ? std::clamp(static_cast<int>(length * share), std::min(length, 28), length) : length;
+    const double share = option.pageStep / std::max(1.0, double(range) + option.pageStep);
+    const int thumb = range > 0 ? std::clamp(int(length * share), std::min(length, 28), length) : length;
     const int start = QStyle::sliderPositionFromValue(option.minimum, option.maximum, option.sliderPosition,
                                                       length - thumb, option.upsideDown);
     const auto along = [&option, isUpright](int from, int size) {
@@ -138,22 +134,20 @@ void drawProgress(QPainter& painter, const QStyleOptionProgressBar& option)
     const QRectF bar(option.rect.left(), option.rect.center().y() + 1 - Measure::progress / 2.0, option.rect.width(),
                      Measure::progress);
     paintBox(painter, bar, Measure::progress / 2.0, colors().pressed);
-    const double range = static_cast<double>(option.maximum) - option.minimum;
-    if (range <= 0) {
+    const double range = double(option.maximum) - option.minimum;
+    if (range <= 0)
         return;
-    }
     QRectF done = bar;
-    done.setWidth(bar.width() * (static_cast<double>(option.progress) - option.minimum) / range);
+    done.setWidth(bar.width() * (double(option.progress) - option.minimum) / range);
     paintBox(painter, done, Measure::progress / 2.0, colors().accent);
 }
 
 void drawRow(QPainter& painter, const QStyleOption& option)
 {
-    if (option.state & QStyle::State_Selected) {
+    if (option.state & QStyle::State_Selected)
         paintBox(painter, option.rect, Radius::control, colors().selection);
-    } else if (option.state & QStyle::State_MouseOver) {
+    else if (option.state & QStyle::State_MouseOver)
         paintBox(painter, option.rect, Radius::control, colors().hover);
-    }
 }
 
 } // namespace ferrow::StyleDrawing

@@ -19,7 +19,7 @@ constexpr double baseFontPoints = 10;
 
 QColor translucent(QColor color, double opacity)
 {
-    color.setAlphaF(static_cast<float>(opacity));
+    color.setAlphaF(float(opacity));
     return color;
 }
 
@@ -100,9 +100,8 @@ ThemeColors darkColors()
 /// The desktop's size in points. Without a desktop Qt falls back to 9 points, which says nothing about its user.
 double systemPoints(const QFont& font)
 {
-    if (font.pointSizeF() <= 0) {
+    if (font.pointSizeF() <= 0)
         return baseFontPoints;
-    }
     const bool isFallback = font.family() == QStringLiteral("Sans Serif") && font.pointSizeF() == 9;
     return isFallback ? baseFontPoints : font.pointSizeF();
 }
@@ -146,9 +145,8 @@ QFont fontOf(TextRole role, const QFont& system)
 {
     static const bool hasInter = QFontDatabase::hasFamily(QStringLiteral("Inter"));
     QFont font = system;
-    if (hasInter) {
+    if (hasInter)
         font.setFamilies({QStringLiteral("Inter"), system.family()});
-    }
     // 96 pixels and 72 points to the inch: points keep the fractions that QFont's whole pixels would lose.
     font.setPointSizeF(pixelsOf(role) * 0.75 * systemPoints(system) / baseFontPoints);
     font.setWeight(weightOf(role));
@@ -162,16 +160,15 @@ class Dress : public QObject {
 public:
     explicit Dress(QWidget* widget) : QObject(widget)
     {
-        connect(&Theme::current(), &Theme::changed, this, [this] { apply(); });
+        connect(
+            &Theme::current(), &Theme::changed, this, [this] { apply(); });
     }
 
     static Dress* of(QWidget* widget)
     {
-        for (QObject* child : widget->children()) {
-            if (auto* dress = dynamic_cast<Dress*>(child)) {
+        for (QObject* child : widget->children())
+            if (auto* dress = dynamic_cast<Dress*>(child))
                 return dress;
-            }
-        }
         return new Dress(widget);
     }
 
@@ -180,9 +177,8 @@ public:
         auto* widget = static_cast<QWidget*>(parent());
         QPalette palette;
         palette.setResolveMask(0);
-        if (ground) {
+        if (ground)
             palette.setColor(QPalette::Window, themeColor(ground));
-        }
         if (color) {
             for (const auto part : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
                 palette.setColor(part, themeColor(color));
@@ -220,14 +216,14 @@ const BackdropColors& Theme::backdrops()
 
 QFont Theme::font(TextRole role) const
 {
-    return fonts_[static_cast<std::size_t>(role)];
+    return fonts_[std::size_t(role)];
 }
 
 int Theme::lineHeight(TextRole role) const
 {
     constexpr std::array heights{16, 18, 18, 18, 24, 24};
     const int natural = QFontMetrics(font(role)).height();
-    return std::max(natural, scaled(heights[static_cast<std::size_t>(role)]));
+    return std::max(natural, scaled(heights[std::size_t(role)]));
 }
 
 int Theme::scaled(int length) const
@@ -236,17 +232,15 @@ int Theme::scaled(int length) const
     // Desktops enlarge text by the font's size or by the dots that they say an inch has.
     const double density = screen ? screen->logicalDotsPerInch() / 96 : 1;
     const double scale = density * systemPoints(systemFont_) / baseFontPoints;
-    return static_cast<int>(std::lround(length * std::max(1.0, scale)));
+    return int(std::lround(length * std::max(1.0, scale)));
 }
 
 int Theme::duration(Motion motion) const
 {
-    if (motion == Motion::sweep) {
+    if (motion == Motion::sweep)
         return 1200;
-    }
-    if (reducedMotion_) {
+    if (reducedMotion_)
         return 0;
-    }
     switch (motion) {
     case Motion::hover:
         return 80;
@@ -264,23 +258,20 @@ int Theme::duration(Motion motion) const
 
 void Theme::setAppearance(Appearance appearance)
 {
-    if (std::exchange(appearance_, appearance) != appearance) {
+    if (std::exchange(appearance_, appearance) != appearance)
         renew();
-    }
 }
 
 void Theme::setContrast(Contrast contrast)
 {
-    if (std::exchange(contrast_, contrast) != contrast) {
+    if (std::exchange(contrast_, contrast) != contrast)
         renew();
-    }
 }
 
 void Theme::setReducedMotion(bool reduced)
 {
-    if (std::exchange(reducedMotion_, reduced) != reduced) {
+    if (std::exchange(reducedMotion_, reduced) != reduced)
         emit changed();
-    }
 }
 
 ThemeColors Theme::colorsOf(Appearance appearance, Contrast contrast)
@@ -329,9 +320,8 @@ QPalette Theme::paletteOf(const ThemeColors& c)
 
 void Theme::renewFonts()
 {
-    for (std::size_t i = 0; i < fonts_.size(); ++i) {
+    for (std::size_t i = 0; i < fonts_.size(); ++i)
         fonts_[i] = fontOf(static_cast<TextRole>(i), systemFont_);
-    }
 }
 
 void Theme::renew()
@@ -349,13 +339,11 @@ void Theme::renewApplication()
     palette.setColor(QPalette::Window, colors_.raised);
     QApplication::setPalette(palette, "QMenu");
     QApplication::setFont(font(TextRole::body));
-    for (const char* className : {"QPushButton", "QToolButton"}) {
+    for (const char* className : {"QPushButton", "QToolButton"})
         QApplication::setFont(font(TextRole::strong), className);
-    }
     // Qt keeps fonts of its own for these, taken from the desktop.
-    for (const char* className : {"QMenu", "QComboBoxPrivateContainer", "QComboBox", "QCheckBox", "QLineEdit"}) {
+    for (const char* className : {"QMenu", "QComboBoxPrivateContainer", "QComboBox", "QCheckBox", "QLineEdit"})
         QApplication::setFont(font(TextRole::body), className);
-    }
     QApplication::setFont(font(TextRole::small), "QTipLabel");
 }
 

@@ -68,7 +68,7 @@ struct BackdropColors {
 
     [[nodiscard]] const QColor& at(int index) const
     {
-        return *std::array{&black, &charcoal, &gray, &lightGray, &white}.at(static_cast<std::size_t>(index));
+        return *std::array{&black, &charcoal, &gray, &lightGray, &white}.at(std::size_t(index));
     }
 };
 

@@ -19,9 +19,8 @@ ToggleSwitch::ToggleSwitch(const QString& name, QWidget* parent) : QCheckBox(par
 
 QSize ToggleSwitch::sizeHint() const
 {
-    if (text().isEmpty()) {
+    if (text().isEmpty())
         return QSize(Measure::switchWidth, Measure::hitArea);
-    }
     const QFontMetrics metrics(Theme::current().font(TextRole::body));
     return QSize(metrics.horizontalAdvance(text()) + Space::row + Measure::switchWidth,
                  std::max(Measure::hitArea, Theme::current().lineHeight(TextRole::body)));

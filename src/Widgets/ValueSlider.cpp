@@ -43,7 +43,7 @@ void ValueSlider::showValue(double value, const NumberFormat& format)
     format_ = format;
     const double range = greatest_ - least_;
     const double share = range > 0 ? std::clamp((value - least_) / range, 0.0, 1.0) : 0;
-    setSliderPosition(static_cast<int>(std::lround(share * positions)));
+    setSliderPosition(int(std::lround(share * positions)));
     if (isNew) {
         QAccessibleValueChangeEvent event(this, format.shown(value));
         sendAccessible(event);
@@ -86,9 +86,8 @@ void ValueSlider::mousePressEvent(QMouseEvent* event)
     const bool isOnThumb = thumb.contains(event->position());
     grip_ = isOnThumb ? event->position().x() - thumb.center().x() : 0;
     setSliderDown(true);
-    if (!isOnThumb) {
+    if (!isOnThumb)
         emit dragged(valueAt(event->position().x()));
-    }
     update();
 }
 
@@ -150,9 +149,8 @@ void ValueSlider::wheelEvent(QWheelEvent* event)
         return;
     }
     event->accept();
-    if (const int notches = wheelNotches(*event, wheelRest_)) {
+    if (const int notches = wheelNotches(*event, wheelRest_))
         emit steps(event->modifiers() & Qt::ShiftModifier ? notches * 10 : notches);
-    }
 }
 
 void ValueSlider::initStyleOption(QStyleOptionSlider* option) const

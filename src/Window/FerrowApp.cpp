@@ -116,12 +116,11 @@ bool answersAtOnce(const std::vector<char*>& options)
 std::vector<FileUrl> namedPlaces(const std::vector<char*>& words)
 {
     std::vector<FileUrl> places;
-    for (const QByteArray word : words) {
+    for (const QByteArray word : words)
         if (const auto url = FileUrl::fromUrl(QUrl::fromEncoded(word)); word.startsWith("file:") && url)
             places.push_back(*url);
         else
             places.push_back(FileUrl::fromPath(word));
-    }
     return places;
 }
 

@@ -13,7 +13,7 @@ QByteArray pattern(qsizetype size, qsizetype seed = 0)
 {
     QByteArray bytes(size, Qt::Uninitialized);
     for (qsizetype i = 0; i < size; ++i)
-        bytes[i] = static_cast<char>((i * 31 + i / 251 + seed) & 0xFF);
+        bytes[i] = char((i * 31 + i / 251 + seed) & 0xFF);
     return bytes;
 }
 

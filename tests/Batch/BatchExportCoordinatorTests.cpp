@@ -17,7 +17,7 @@ namespace {
 
 std::vector<BatchExportJob> makeJobs(const FileUrl& folder, int count)
 {
-    std::vector<BatchExportJob> jobs(static_cast<std::size_t>(count));
+    auto jobs = std::vector<BatchExportJob>(std::size_t(count));
     for (int i = 0; i < count; ++i) {
         jobs[std::size_t(i)].photo.url = folder.appending(QByteArray::number(i) + ".jpg");
         jobs[std::size_t(i)].destination = folder.appending("out").appending(QByteArray::number(i) + ".jpg");

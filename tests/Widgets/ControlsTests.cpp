@@ -45,9 +45,10 @@ protected:
         field.resize(300, 32);
         field.show();
         QApplication::setActiveWindow(&field);
-        QObject::connect(&field, &SliderField::gestureStarted, [this] { log.append(QLatin1Char('(')); });
-        QObject::connect(&field, &SliderField::valueEdited,
-                         [this](double value) { log.append(QStringLiteral(" %1 ").arg(value)); });
+        QObject::connect(
+            &field, &SliderField::gestureStarted, [this] { log.append(QLatin1Char('(')); });
+        QObject::connect(
+            &field, &SliderField::valueEdited, [this](double value) { log.append(QStringLiteral(" %1 ").arg(value)); });
         QObject::connect(&field, &SliderField::gestureEnded, [this] { log.append(QLatin1Char(')')); });
     }
 
@@ -113,9 +114,8 @@ TEST_F(SliderFieldTest, makesOneGestureOfADragAndOfARunOfSteps)
     field.setValue(0);
     QWidget* slider = field.slider();
     QTest::mousePress(slider, Qt::LeftButton, {}, QPoint(8, slider->height() / 2));
-    for (const int x : {40, 60, 80}) {
+    for (const int x : {40, 60, 80})
         QTest::mouseMove(slider, QPoint(x, slider->height() / 2));
-    }
     QTest::mouseRelease(slider, Qt::LeftButton, {}, QPoint(80, slider->height() / 2));
     EXPECT_TRUE(log.startsWith(QLatin1Char('('))) << log.toStdString();
     EXPECT_TRUE(log.endsWith(QLatin1Char(')'))) << log.toStdString();
@@ -233,9 +233,8 @@ TEST(BackdropDots, areOneTabStopAndChooseByArrow)
     BackdropDots dots(QStringLiteral("Backdrop"), {QStringLiteral("Black"), QStringLiteral("Gray")});
     dots.setCurrentIndex(1);
     const QSignalSpy chosen(&dots, &ChoiceStrip::indexChosen);
-    for (const Qt::Key key : {Qt::Key_Right, Qt::Key_Left, Qt::Key_Left, Qt::Key_End}) {
+    for (const Qt::Key key : {Qt::Key_Right, Qt::Key_Left, Qt::Key_Left, Qt::Key_End})
         QTest::keyClick(&dots, key);
-    }
     EXPECT_EQ(chosen.size(), 2);
     EXPECT_EQ(dots.currentIndex(), 1);
     QTest::mouseClick(&dots, Qt::LeftButton, {}, QPoint(4, 12));

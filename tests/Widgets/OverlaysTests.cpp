@@ -301,9 +301,8 @@ class AskedField : public QLineEdit {
 public:
     bool event(QEvent* event) override
     {
-        if (event->type() == QEvent::ShortcutOverride) {
+        if (event->type() == QEvent::ShortcutOverride)
             askedFor.push_back(static_cast<QKeyEvent*>(event)->key());
-        }
         return QLineEdit::event(event);
     }
 

@@ -236,12 +236,9 @@ TEST(Confinement, leavesFontsToBeReadWhereAnythingHoldsTheRestBack)
     const QByteArray walled = fromWithin(
         {font}, [] {}, tryOut);
     ASSERT_EQ(walled.size(), 6);
-    if (walled[3] != '0' || walled[5] != '0') {
-        EXPECT_EQ(walled.left(3), "011");
-    }
-    if (kernelHasFilters()) {
-        EXPECT_EQ(fromWithin({font}, takeWallsAway, tryOut), "111010");
-    }
+    const bool hasOtherWalls = walled[3] != '0' || walled[5] != '0';
+    EXPECT_TRUE(!hasOtherWalls || walled.startsWith("011")) << walled.constData();
+    EXPECT_TRUE(!kernelHasFilters() || fromWithin({font}, takeWallsAway, tryOut) == "111010");
 }
 
 TEST(Confinement, isNotNeededToReadPhotosButToldWhereItIsMissing)

@@ -83,9 +83,11 @@ void CaptionBuilder::connectPalette()
 {
     for (PaletteButton* button : buttons_) {
         const CaptionChips::Kind kind = button->kind();
-        connect(button, &QPushButton::clicked, well_, [this, button, kind] {
-            well_->startChip(kind, editing_.endGap(), button->mapToGlobal(QPoint(0, button->height() + 2)));
-        });
+        connect(
+            button, &QPushButton::clicked, well_,
+            [this, button, kind] {
+                well_->startChip(kind, editing_.endGap(), button->mapToGlobal(QPoint(0, button->height() + 2)));
+            });
         connect(button, &PaletteButton::dragStarted, well_,
                 [this, button, kind](const QPoint& pointer) { well_->startDrag(kind, button->text(), pointer); });
         connect(button, &PaletteButton::dragMoved, &well_->drag(), &ChipDrag::moveTo);
@@ -109,7 +111,7 @@ void CaptionBuilder::resizeEvent(QResizeEvent* event)
 void CaptionBuilder::fitPalette()
 {
     auto* row = static_cast<QBoxLayout*>(palette_->layout());
-    const int gaps = row->spacing() * (static_cast<int>(buttons_.size()) - 1);
+    const int gaps = row->spacing() * (int(buttons_.size()) - 1);
     int withIcons = gaps;
     int withoutIcons = gaps;
     for (const PaletteButton* button : buttons_) {

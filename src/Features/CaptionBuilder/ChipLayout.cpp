@@ -60,7 +60,7 @@ Gap gapAt(const std::vector<QRect>& rects, const Measures& measures, const QPoin
         const QRect& rect = rects[i];
         if (rect.y() > y || (rect.y() == y && rect.center().x() >= point.x()))
             break;
-        gap.index = static_cast<int>(i) + 1;
+        gap.index = int(i) + 1;
         if (rect.y() == y)
             x = rect.x() + rect.width() + measures.gap / 2;
     }
@@ -70,11 +70,11 @@ Gap gapAt(const std::vector<QRect>& rects, const Measures& measures, const QPoin
 
 int chipAcross(const std::vector<QRect>& rects, int index, int lines)
 {
-    const QRect& from = rects.at(static_cast<std::size_t>(index));
+    const QRect& from = rects.at(std::size_t(index));
     int nearest = index;
     int line = from.y();
-    for (int i = index; i >= 0 && i < static_cast<int>(rects.size()); i += lines) {
-        const QRect& rect = rects[static_cast<std::size_t>(i)];
+    for (int i = index; i >= 0 && i < int(rects.size()); i += lines) {
+        const QRect& rect = rects[std::size_t(i)];
         if (line == from.y())
             line = rect.y();
         if (rect.y() == from.y())
@@ -82,7 +82,7 @@ int chipAcross(const std::vector<QRect>& rects, int index, int lines)
         if (rect.y() != line)
             break;
         const auto away = [&](const QRect& other) { return std::abs(other.center().x() - from.center().x()); };
-        if (nearest == index || away(rect) < away(rects[static_cast<std::size_t>(nearest)]))
+        if (nearest == index || away(rect) < away(rects[std::size_t(nearest)]))
             nearest = i;
     }
     return nearest;

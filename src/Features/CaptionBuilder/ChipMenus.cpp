@@ -111,10 +111,9 @@ void openChoice(QWidget& well, CaptionChips::Kind kind, const std::optional<Capt
     QMenu* menu = makeMenu(well, isToken ? QStringLiteral("tokenMenu") : QStringLiteral("separatorMenu"));
     addChoices(*menu, kind, current, metadata, chosen);
     menu->popup(globalPlace);
-    for (QAction* action : menu->actions()) {
+    for (QAction* action : menu->actions())
         if (action->isChecked())
             menu->setActiveAction(action);
-    }
 }
 
 void openCommands(QWidget& well, CaptionEditing& editing, int index, const QPoint& globalPlace)

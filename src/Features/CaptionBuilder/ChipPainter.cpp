@@ -64,7 +64,7 @@ void strokeInside(QPainter& painter, const QRectF& rect, double width, const QPe
 int chipWidth(const ChipLook& look)
 {
     const double text = QFontMetricsF(chipFont(look)).horizontalAdvance(look.label);
-    return chipHandleWidth() + static_cast<int>(std::ceil(text)) + endWidth(look.isMissing);
+    return chipHandleWidth() + int(std::ceil(text)) + endWidth(look.isMissing);
 }
 
 int chipHeight()

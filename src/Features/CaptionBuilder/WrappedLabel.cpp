@@ -60,7 +60,7 @@ QSize WrappedLabel::minimumSizeHint() const
 
 int WrappedLabel::heightForWidth(int width) const
 {
-    return static_cast<int>(std::ceil(layOut(*this, width, nullptr)));
+    return int(std::ceil(layOut(*this, width, nullptr)));
 }
 
 void WrappedLabel::paintEvent(QPaintEvent*)

@@ -47,13 +47,13 @@ template <typename Enum>
 int indexOf(Enum value)
 {
     const auto cases = allCases<Enum>();
-    return static_cast<int>(std::find(cases.begin(), cases.end(), value) - cases.begin());
+    return int(std::find(cases.begin(), cases.end(), value) - cases.begin());
 }
 
 template <typename Enum>
 Enum caseAt(int index)
 {
-    return allCases<Enum>().at(static_cast<std::size_t>(index));
+    return allCases<Enum>().at(std::size_t(index));
 }
 
 /// Each export holds a decoded photo or a band of it: more of them than cores gain nothing.
@@ -188,9 +188,11 @@ void ExportOptionsSheet::addFilename(QVBoxLayout& form)
     template_ = new QLineEdit;
     template_->setObjectName(QStringLiteral("templateField"));
     template_->setAccessibleName(QStringLiteral("File name template"));
-    connect(template_, &QLineEdit::textEdited, this, [this](const QString& text) {
-        editConfiguration([&](auto& configuration) { configuration.filenameTemplate = text; });
-    });
+    connect(
+        template_, &QLineEdit::textEdited, this,
+        [this](const QString& text) {
+            editConfiguration([&](auto& configuration) { configuration.filenameTemplate = text; });
+        });
 
     const auto placeholderButton = [this](const QString& placeholder, const QString& name) {
         auto* button = new QPushButton(placeholder);
@@ -377,7 +379,7 @@ void ExportOptionsSheet::showConfiguration()
 void ExportOptionsSheet::showPhotos()
 {
     setSubtitle(ExportTexts::subtitle(session_, exportSession_.settings()));
-    mainButton()->setText(WindowTexts::exportButton(static_cast<std::int64_t>(session_.includedCount())));
+    mainButton()->setText(WindowTexts::exportButton(std::int64_t(session_.includedCount())));
     showExample();
     updateMainButton();
 }

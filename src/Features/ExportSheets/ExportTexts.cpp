@@ -41,7 +41,7 @@ QString formatText(const ExportSettings& settings)
 QString failureCount(std::size_t count)
 {
     return count == 1 ? QStringLiteral("1 failure")
-                      : QStringLiteral("%1 failures").arg(Localization::number(static_cast<std::int64_t>(count)));
+                      : QStringLiteral("%1 failures").arg(Localization::number(std::int64_t(count)));
 }
 
 QString countsLine(const BatchExportReport& report)
@@ -56,7 +56,7 @@ QString countsLine(const BatchExportReport& report)
 
 QString subtitle(const PhotoSession& session, const ExportSettings& settings)
 {
-    const auto count = static_cast<std::int64_t>(session.includedCount());
+    const auto count = std::int64_t(session.includedCount());
     return QStringList{WindowTexts::photoCount(count), formatText(settings), profileText(session)}.join(
         QStringLiteral(" · "));
 }
@@ -117,7 +117,7 @@ QString whereTo(const std::vector<FileUrl>& folders)
         return {};
     if (folders.size() == 1)
         return QStringLiteral("in %1").arg(folder(folders.front()));
-    return QStringLiteral("in %1 folders").arg(Localization::number(static_cast<std::int64_t>(folders.size())));
+    return QStringLiteral("in %1 folders").arg(Localization::number(std::int64_t(folders.size())));
 }
 
 QString reason(const BatchExportFailure& failure)
@@ -154,24 +154,22 @@ std::vector<FileUrl> failedPhotos(const BatchExportReport& report)
 QString reportText(const BatchExportReport& report, const std::vector<FileUrl>& skippedPhotos)
 {
     QStringList lines{reportTitle(report), countsLine(report)};
-    for (const auto& row : reportRows(report, skippedPhotos)) {
+    for (const auto& row : reportRows(report, skippedPhotos))
         if (row.kind == ReportRow::Kind::heading)
             lines << QString() << row.title;
         else if (row.kind == ReportRow::Kind::failed)
             lines << QStringLiteral("%1: %2").arg(row.title, row.detail);
         else
             lines << row.title;
-    }
     return lines.join(u'\n') + u'\n';
 }
 
 std::vector<ReportCount> reportCounts(const BatchExportReport& report)
 {
     using Kind = ReportCount::Kind;
-    std::vector<ReportCount> counts{
-        {Kind::exported, report.exported, QStringLiteral("exported")},
-        {Kind::skipped, report.skipped, QStringLiteral("skipped")},
-        {Kind::failed, static_cast<std::int64_t>(report.failures.size()), QStringLiteral("failed")}};
+    std::vector<ReportCount> counts{{Kind::exported, report.exported, QStringLiteral("exported")},
+                                    {Kind::skipped, report.skipped, QStringLiteral("skipped")},
+                                    {Kind::failed, std::int64_t(report.failures.size()), QStringLiteral("failed")}};
     if (report.canceled > 0)
         counts.push_back({Kind::canceled, report.canceled, QStringLiteral("canceled")});
     return counts;

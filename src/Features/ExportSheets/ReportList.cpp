@@ -70,7 +70,7 @@ QStringList reasonLines(const QString& reason, int width, int mostLines)
 int textHeight(qsizetype lines)
 {
     const auto& theme = Theme::current();
-    return theme.lineHeight(TextRole::body) + static_cast<int>(lines) * theme.lineHeight(TextRole::small);
+    return theme.lineHeight(TextRole::body) + int(lines) * theme.lineHeight(TextRole::small);
 }
 
 } // namespace
@@ -79,7 +79,7 @@ ReportModel::ReportModel(std::vector<Row> rows, QObject* parent) : QAbstractList
 
 int ReportModel::rowCount(const QModelIndex& parent) const
 {
-    return parent.isValid() ? 0 : static_cast<int>(rows_.size());
+    return parent.isValid() ? 0 : int(rows_.size());
 }
 
 QVariant ReportModel::data(const QModelIndex& index, int role) const
@@ -108,7 +108,7 @@ void ReportModel::renew(const FileUrl& photo)
 {
     for (std::size_t i = 0; i < rows_.size(); ++i)
         if (rows_[i].photo == photo)
-            emit dataChanged(index(static_cast<int>(i)), index(static_cast<int>(i)), {Qt::DecorationRole});
+            emit dataChanged(index(int(i)), index(int(i)), {Qt::DecorationRole});
 }
 
 ReportRowDelegate::ReportRowDelegate(const ReportModel& model, ThumbnailCache& thumbnails, QObject* parent)

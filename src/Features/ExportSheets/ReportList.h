@@ -19,7 +19,7 @@ class ReportModel : public QAbstractListModel {
 public:
     explicit ReportModel(std::vector<ExportTexts::ReportRow> rows, QObject* parent = nullptr);
 
-    [[nodiscard]] const ExportTexts::ReportRow& row(int index) const { return rows_[static_cast<std::size_t>(index)]; }
+    [[nodiscard]] const ExportTexts::ReportRow& row(int index) const { return rows_[std::size_t(index)]; }
 
     int rowCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;

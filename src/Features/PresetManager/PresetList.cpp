@@ -69,13 +69,13 @@ int selectionAfterChange(const std::vector<QUuid>& before, int selected, const s
 {
     const auto isNew = [&](const QUuid& id) { return std::find(before.begin(), before.end(), id) == before.end(); };
     if (std::count_if(after.begin(), after.end(), isNew) == 1)
-        return static_cast<int>(std::find_if(after.begin(), after.end(), isNew) - after.begin());
+        return int(std::find_if(after.begin(), after.end(), isNew) - after.begin());
     if (selected < 0)
         return -1;
-    const auto kept = std::find(after.begin(), after.end(), before[static_cast<std::size_t>(selected)]);
+    const auto kept = std::find(after.begin(), after.end(), before[std::size_t(selected)]);
     if (kept != after.end())
-        return static_cast<int>(kept - after.begin());
-    return std::min(selected, static_cast<int>(after.size()) - 1);
+        return int(kept - after.begin());
+    return std::min(selected, int(after.size()) - 1);
 }
 
 PresetListModel::PresetListModel(const PresetLibrary& library, QObject* parent)
@@ -85,13 +85,13 @@ PresetListModel::PresetListModel(const PresetLibrary& library, QObject* parent)
 
 const PhotoPreset& PresetListModel::preset(int row) const
 {
-    return presets_[static_cast<std::size_t>(row)];
+    return presets_[std::size_t(row)];
 }
 
 int PresetListModel::rowOf(const QUuid& id) const
 {
     const auto found = std::find_if(presets_.begin(), presets_.end(), [&](const auto& each) { return each.id == id; });
-    return found == presets_.end() ? -1 : static_cast<int>(found - presets_.begin());
+    return found == presets_.end() ? -1 : int(found - presets_.begin());
 }
 
 void PresetListModel::renew()
@@ -103,7 +103,7 @@ void PresetListModel::renew()
 
 int PresetListModel::rowCount(const QModelIndex& parent) const
 {
-    return parent.isValid() ? 0 : static_cast<int>(presets_.size());
+    return parent.isValid() ? 0 : int(presets_.size());
 }
 
 QVariant PresetListModel::data(const QModelIndex& index, int role) const

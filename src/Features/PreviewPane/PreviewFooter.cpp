@@ -25,7 +25,7 @@ constexpr int leastName = 80;
 
 QColor backdropColor(PreviewBackdrop backdrop)
 {
-    return Theme::backdrops().at(static_cast<int>(backdrop));
+    return Theme::backdrops().at(int(backdrop));
 }
 
 FooterFit fitFooter(int room, int name, const std::vector<int>& details, int backdropLabel, int gap)
@@ -88,7 +88,7 @@ void PreviewFooter::setPhoto(const QString& name, const std::vector<QString>& de
 
 void PreviewFooter::setBackdrop(PreviewBackdrop backdrop)
 {
-    dots_->setCurrentIndex(static_cast<int>(backdrop));
+    dots_->setCurrentIndex(int(backdrop));
 }
 
 void PreviewFooter::setPosition(int index, int count)

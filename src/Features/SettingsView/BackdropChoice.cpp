@@ -42,8 +42,9 @@ void paintSwatch(QPainter& painter, QRectF place, const QColor& color, bool isCh
 BackdropChoice::BackdropChoice(const QString& name, QWidget* parent) : ChoiceStrip(name, names(), parent)
 {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    setCurrentIndex(static_cast<int>(PreviewBackdrop::white));
-    connect(this, &ChoiceStrip::indexChosen, this, [this] { emit chosen(backdrop()); });
+    setCurrentIndex(int(PreviewBackdrop::white));
+    connect(
+        this, &ChoiceStrip::indexChosen, this, [this] { emit chosen(backdrop()); });
     connect(&Theme::current(), &Theme::changed, this, [this] { updateGeometry(); });
 }
 

@@ -16,7 +16,7 @@ public:
 
     [[nodiscard]] PreviewBackdrop backdrop() const { return static_cast<PreviewBackdrop>(currentIndex()); }
     /// Does not emit `chosen`.
-    void setBackdrop(PreviewBackdrop backdrop) { setCurrentIndex(static_cast<int>(backdrop)); }
+    void setBackdrop(PreviewBackdrop backdrop) { setCurrentIndex(int(backdrop)); }
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;

@@ -122,10 +122,9 @@ QWidget* SettingsView::makeFoot()
 void SettingsView::showStored()
 {
     const auto& themes = CodedCases<AppearancePreference>::table;
-    for (std::size_t i = 0; i < themes.size(); ++i) {
+    for (std::size_t i = 0; i < themes.size(); ++i)
         if (themes[i].value == preferences_.appearance())
-            theme_->setCurrentIndex(static_cast<int>(i));
-    }
+            theme_->setCurrentIndex(int(i));
     lightBackdrop_->setBackdrop(preferences_.previewBackdrop(false));
     darkBackdrop_->setBackdrop(preferences_.previewBackdrop(true));
     const QString note = preferences_.unsavedNote();

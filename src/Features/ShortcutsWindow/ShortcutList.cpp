@@ -73,10 +73,9 @@ QString spokenCap(const QString& cap)
                                                           {QStringLiteral(","), QStringLiteral("Comma")},
                                                           {QStringLiteral("\\"), QStringLiteral("Backslash")},
                                                           {QStringLiteral("?"), QStringLiteral("Question Mark")}};
-    for (const auto& [shown, said] : words) {
+    for (const auto& [shown, said] : words)
         if (shown == cap)
             return said;
-    }
     return cap;
 }
 
@@ -186,7 +185,7 @@ void ShortcutList::keyPressEvent(QKeyEvent* event)
 
 int ShortcutList::itemCount() const
 {
-    return static_cast<int>(group_.shortcuts.size());
+    return int(group_.shortcuts.size());
 }
 
 AccessibleItem ShortcutList::item(int index) const

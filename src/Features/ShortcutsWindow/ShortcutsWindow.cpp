@@ -25,7 +25,7 @@ constexpr int rowsOfTitle = 2;
 
 int rowsOf(const ShortcutGroup& group)
 {
-    return static_cast<int>(group.shortcuts.size()) + rowsOfTitle;
+    return int(group.shortcuts.size()) + rowsOfTitle;
 }
 
 /// How many groups come into the first column, so that the longer column is as short as can be.

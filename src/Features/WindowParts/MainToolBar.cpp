@@ -136,7 +136,8 @@ QWidget* MainToolBar::buildView()
     compare_ = makeIconButton(IconName::compare, QStringLiteral("Hold to Compare"));
     compare_->setObjectName(QStringLiteral("compareButton"));
     compare_->setToolTip(QStringLiteral("Hold to see the bare photo (\\)"));
-    connect(compare_, &QPushButton::pressed, this, [this] { emit compareHeld(true); });
+    connect(
+        compare_, &QPushButton::pressed, this, [this] { emit compareHeld(true); });
     connect(compare_, &QPushButton::released, this, [this] { emit compareHeld(false); });
 
     for (QWidget* button :
@@ -206,12 +207,11 @@ QMenu* MainToolBar::mainMenu()
                             actions_.zoomToFit,     actions_.zoomToActualPixels,
                             actions_.toggleSidebar, static_cast<QAction*>(nullptr),
                             actions_.settings,      actions_.shortcuts,
-                            actions_.quit}) {
+                            actions_.quit})
         if (action)
             menu->addAction(action);
         else
             menu->addSeparator();
-    }
     return menu;
 }
 

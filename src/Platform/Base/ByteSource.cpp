@@ -19,15 +19,14 @@ std::size_t readFully(int descriptor, std::int64_t offset, std::span<std::byte> 
 {
     std::size_t done = 0;
     while (done < into.size()) {
-        const ssize_t count =
-            ::pread(descriptor, into.data() + done, into.size() - done, offset + static_cast<std::int64_t>(done));
+        const ssize_t count = ::pread(descriptor, into.data() + done, into.size() - done, offset + std::int64_t(done));
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0)
             throw InputOutputError{errno};
         if (count == 0)
             break;
-        done += static_cast<std::size_t>(count);
+        done += std::size_t(count);
     }
     return done;
 }
@@ -40,14 +39,14 @@ std::size_t ByteSource::readAt(std::int64_t offset, std::span<std::byte> into) c
 {
     if (offset < 0 || offset >= size_)
         return 0;
-    const auto left = static_cast<std::uint64_t>(size_ - offset);
+    const auto left = std::uint64_t(size_ - offset);
     return readFully(descriptor_, offset, into.first(std::min<std::uint64_t>(into.size(), left)));
 }
 
 std::vector<std::byte> ByteSource::bytesAt(std::int64_t offset, std::size_t length) const
 {
     // The length often comes out of the file itself, so it is checked before it may cost memory.
-    if (offset < 0 || offset > size_ || length > static_cast<std::uint64_t>(size_ - offset))
+    if (offset < 0 || offset > size_ || length > std::uint64_t(size_ - offset))
         return {};
     std::vector<std::byte> bytes(length);
     if (readAt(offset, bytes) != length)
@@ -84,7 +83,7 @@ void ByteSink::seek(std::int64_t position)
 
 std::int64_t ByteSink::position() const
 {
-    return position_ + static_cast<std::int64_t>(buffer_.size());
+    return position_ + std::int64_t(buffer_.size());
 }
 
 std::size_t ByteSink::readAt(std::int64_t offset, std::span<std::byte> into)
@@ -117,7 +116,7 @@ void ByteSink::writeOut(std::span<const std::byte> bytes)
             throw InputOutputError{failure_};
         }
         position_ += count;
-        bytes = bytes.subspan(static_cast<std::size_t>(count));
+        bytes = bytes.subspan(std::size_t(count));
     }
 }
 

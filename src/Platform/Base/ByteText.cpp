@@ -78,7 +78,8 @@ bool isValid(const QByteArray& bytes)
 
 QString decode(const QByteArray& bytes)
 {
-    return decodeWith(bytes, [](unsigned char byte) { return static_cast<char16_t>(0xDC00 + byte); });
+    return decodeWith(
+        bytes, [](unsigned char byte) { return static_cast<char16_t>(0xDC00 + byte); });
 }
 
 QByteArray encode(const QString& text)
@@ -92,7 +93,7 @@ QByteArray encode(const QString& text)
         const bool paired = i > 0 && text[i - 1].isHighSurrogate();
         if (unit < firstEscape || unit > lastEscape || paired)
             continue;
-        bytes.append(QStringView(text).mid(plainFrom, i - plainFrom).toUtf8()).append(static_cast<char>(unit & 0xFF));
+        bytes.append(QStringView(text).mid(plainFrom, i - plainFrom).toUtf8()).append(char(unit & 0xFF));
         plainFrom = i + 1;
     }
     return bytes.append(QStringView(text).mid(plainFrom).toUtf8());
@@ -100,7 +101,8 @@ QByteArray encode(const QString& text)
 
 QString display(const QByteArray& bytes)
 {
-    return decodeWith(bytes, [](unsigned char) { return char16_t{QChar::ReplacementCharacter}; });
+    return decodeWith(
+        bytes, [](unsigned char) { return char16_t{QChar::ReplacementCharacter}; });
 }
 
 QString fromMetadata(const QByteArray& bytes)

@@ -48,7 +48,7 @@ double rounded(double value, int fractionDigits)
         std::to_chars(buffer.data(), buffer.data() + buffer.size(), std::fabs(value), std::chars_format::fixed);
     std::string digits(buffer.data(), written.ptr);
     const std::size_t point = digits.find('.');
-    const std::size_t kept = point + 1 + static_cast<std::size_t>(fractionDigits);
+    const std::size_t kept = point + 1 + std::size_t(fractionDigits);
     if (point == std::string::npos || digits.size() <= kept)
         return value;
     bool carry = digits[kept] >= '5';
@@ -57,7 +57,7 @@ double rounded(double value, int fractionDigits)
         if (digits[i] == '.')
             continue;
         carry = digits[i] == '9';
-        digits[i] = carry ? '0' : static_cast<char>(digits[i] + 1);
+        digits[i] = carry ? '0' : char(digits[i] + 1);
     }
     if (carry)
         digits.insert(0, 1, '1');
@@ -141,7 +141,7 @@ QString fileSize(std::int64_t bytes)
     while (unit + 1 < units.size() && tenths(bytes, units[unit]) >= 10'000)
         ++unit;
     const std::int64_t count = tenths(bytes, units[unit]);
-    const QString text = count % 10 == 0 ? number(count / 10) : number(static_cast<double>(count) / 10, 1);
+    const QString text = count % 10 == 0 ? number(count / 10) : number(double(count) / 10, 1);
     return text + QLatin1Char(' ') + units[unit].name;
 }
 

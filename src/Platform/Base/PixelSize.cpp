@@ -9,7 +9,7 @@ namespace ferrow {
 
 double PixelSize::aspectRatio() const
 {
-    return height == 0 ? 0 : static_cast<double>(width) / static_cast<double>(height);
+    return height == 0 ? 0 : double(width) / double(height);
 }
 
 QString PixelSize::formatted() const

@@ -27,7 +27,7 @@ template <typename Integer>
 void append(QByteArray& bytes, Integer value)
 {
     for (std::size_t i = 0; i < sizeof(Integer); ++i)
-        bytes.append(static_cast<char>(value >> (8 * i) & 0xff));
+        bytes.append(char(value >> (8 * i) & 0xff));
 }
 
 template <typename Integer>
@@ -57,7 +57,7 @@ Field wholeRational(std::uint16_t tag, std::uint32_t value)
 
 Field bytesField(std::uint16_t tag, QByteArray value)
 {
-    const auto count = static_cast<std::uint32_t>(value.size());
+    const auto count = std::uint32_t(value.size());
     return {tag, undefined, count, std::move(value)};
 }
 
@@ -80,7 +80,7 @@ void addText(std::vector<Field>& fields, std::uint16_t tag, const std::optional<
     if (bytes.isEmpty())
         return;
     bytes.append('\0');
-    const auto count = static_cast<std::uint32_t>(bytes.size());
+    const auto count = std::uint32_t(bytes.size());
     fields.push_back({tag, ascii, count, std::move(bytes)});
 }
 
@@ -88,19 +88,19 @@ void addText(std::vector<Field>& fields, std::uint16_t tag, const std::optional<
 QByteArray directory(std::vector<Field> fields, std::uint32_t offset)
 {
     std::ranges::sort(fields, {}, &Field::tag);
-    const std::uint32_t valuesAt = offset + 2 + 12 * static_cast<std::uint32_t>(fields.size()) + 4;
+    const std::uint32_t valuesAt = offset + 2 + 12 * std::uint32_t(fields.size()) + 4;
     QByteArray entries;
     QByteArray values;
-    append(entries, static_cast<std::uint16_t>(fields.size()));
+    append(entries, std::uint16_t(fields.size()));
     for (const Field& field : fields) {
         append(entries, field.tag);
-        append(entries, static_cast<std::uint16_t>(field.type));
+        append(entries, std::uint16_t(field.type));
         append(entries, field.count);
         if (field.value.size() <= 4) {
             entries.append(field.value).append(4 - field.value.size(), '\0');
             continue;
         }
-        append(entries, valuesAt + static_cast<std::uint32_t>(values.size()));
+        append(entries, valuesAt + std::uint32_t(values.size()));
         values.append(field.value);
         if (values.size() % 2 != 0)
             values.append('\0');
@@ -129,12 +129,12 @@ std::vector<Field> mainFields(const OutputMetadata& metadata)
 std::vector<Field> exifFields(const OutputMetadata& metadata, PixelSize size, bool isSrgb)
 {
     std::vector<Field> fields{
-        bytesField(0x9000, QByteArrayLiteral("0232")),              // ExifVersion
-        bytesField(0x9101, QByteArray("\1\2\3\0", 4)),              // ComponentsConfiguration: Y, Cb, Cr.
-        bytesField(0xa000, QByteArrayLiteral("0100")),              // FlashpixVersion
-        shortField(0xa001, isSrgb ? 1 : 0xffff),                    // ColorSpace
-        longField(0xa002, static_cast<std::uint32_t>(size.width)),  // PixelXDimension
-        longField(0xa003, static_cast<std::uint32_t>(size.height)), // PixelYDimension
+        bytesField(0x9000, QByteArrayLiteral("0232")), // ExifVersion
+        bytesField(0x9101, QByteArray("\1\2\3\0", 4)), // ComponentsConfiguration: Y, Cb, Cr.
+        bytesField(0xa000, QByteArrayLiteral("0100")), // FlashpixVersion
+        shortField(0xa001, isSrgb ? 1 : 0xffff),       // ColorSpace
+        longField(0xa002, std::uint32_t(size.width)),  // PixelXDimension
+        longField(0xa003, std::uint32_t(size.height)), // PixelYDimension
     };
     addText(fields, 0x9003, metadata.dateTimeOriginal);
     return fields;
@@ -150,7 +150,7 @@ QByteArray makeExifBlock(const OutputMetadata& metadata, PixelSize size, bool is
 
     // The length of the first directory does not depend on the offset in it, so it is laid out twice.
     std::vector<Field> fields = mainFields(metadata);
-    const auto exifAt = mainAt + static_cast<std::uint32_t>(directory(fields, mainAt).size());
+    const auto exifAt = mainAt + std::uint32_t(directory(fields, mainAt).size());
     *std::ranges::find(fields, exifDirectoryTag, &Field::tag) = longField(exifDirectoryTag, exifAt);
     block += directory(std::move(fields), mainAt);
     block += directory(exifFields(metadata, size, isSrgb), exifAt);

@@ -138,7 +138,8 @@ Detection detectTiffFamily(const ByteSource& source, QByteArrayView head)
 
 bool isBrandOf(QByteArrayView brand, std::initializer_list<const char*> brands)
 {
-    return std::any_of(brands.begin(), brands.end(), [&](const char* other) { return brand == QByteArrayView(other); });
+    return std::any_of(
+        brands.begin(), brands.end(), [&](const char* other) { return brand == QByteArrayView(other); });
 }
 
 struct Box {
@@ -179,12 +180,11 @@ ItemCodings readItems(QByteArrayView metaBoxes)
     ItemCodings codings;
     std::uint64_t primaryId = 0;
     QByteArrayView itemList;
-    while (const auto box = takeBox(metaBoxes)) {
+    while (const auto box = takeBox(metaBoxes))
         if (box->type == "pitm")
             primaryId = bigEndian(box->content, 4, bigEndian(box->content, 0, 1) == 0 ? 2 : 4);
         else if (box->type == "iinf")
             itemList = box->content;
-    }
     const qsizetype listHeader = bigEndian(itemList, 0, 1) == 0 ? 6 : 8;
     if (itemList.size() < listHeader)
         return codings;
@@ -296,10 +296,9 @@ Detection detectBySignature(QByteArrayView head)
         Signature{4, {"mdat", 4}, QLatin1StringView("QuickTime movie")},
         Signature{4, {"wide\0\0", 6}, QLatin1StringView("QuickTime movie")},
     };
-    for (const Signature& signature : signatures) {
+    for (const Signature& signature : signatures)
         if (head.size() >= signature.offset && head.sliced(signature.offset).startsWith(signature.bytes))
             return withoutCodec(signature.name);
-    }
     return std::nullopt;
 }
 

@@ -100,10 +100,9 @@ QString nameOfCoding(std::uint32_t type)
 PixelSize PictureCheck::declaredSizeOf(const Item& item) const
 {
     PixelSize size;
-    for (const Property* property : items_.propertiesOf(item)) {
+    for (const Property* property : items_.propertiesOf(item))
         if (property->type == fourCharacters("ispe"))
             size = property->size;
-    }
     return size;
 }
 
@@ -120,13 +119,13 @@ std::optional<PictureCheck::Assembly> PictureCheck::assemblyOf(const Item& item)
     const std::uint64_t sideWidth = (cursor.number(1) & 1) != 0 ? 4 : 2;
     Assembly assembly;
     if (isGrid) {
-        assembly.rows = static_cast<std::int64_t>(cursor.number(1) + 1);
-        assembly.columns = static_cast<std::int64_t>(cursor.number(1) + 1);
+        assembly.rows = std::int64_t(cursor.number(1) + 1);
+        assembly.columns = std::int64_t(cursor.number(1) + 1);
     } else {
         cursor.take(8);
     }
-    assembly.output.width = static_cast<std::int64_t>(cursor.number(sideWidth));
-    assembly.output.height = static_cast<std::int64_t>(cursor.number(sideWidth));
+    assembly.output.width = std::int64_t(cursor.number(sideWidth));
+    assembly.output.height = std::int64_t(cursor.number(sideWidth));
     return assembly;
 }
 
@@ -142,7 +141,7 @@ void PictureCheck::checkGrid(const Item& item) const
     const Assembly grid = assemblyOf(item).value();
     if (grid.tiles() > mostTiles)
         refuseKind(QStringLiteral("HEIF image of more than 4,096 tiles"));
-    if (grid.tiles() != static_cast<std::int64_t>(item.sources.size()))
+    if (grid.tiles() != std::int64_t(item.sources.size()))
         refuse();
     // All tiles of a grid must have the first one's size.
     const PixelSize tile = declaredSizeOf(items_.at(item.sources.front()));
@@ -165,26 +164,23 @@ void PictureCheck::checkDerivation(std::uint32_t id, int depth)
     if (item.type == fourCharacters("grid"))
         checkGrid(item);
     checkSizes(item);
-    if (isDerived(item.type)) {
+    if (isDerived(item.type))
         for (const std::uint32_t source : item.sources)
             checkDerivation(source, depth + 1);
-    }
-    for (const std::uint32_t auxiliary : item.auxiliaries) {
+    for (const std::uint32_t auxiliary : item.auxiliaries)
         if (items_.all.contains(auxiliary))
             checkDerivation(auxiliary, depth + 1);
-    }
 }
 
 /// To be called after checkDerivation(), which knows that this ends.
 void PictureCheck::checkCoding(std::uint32_t id) const
 {
     const Item& item = items_.at(id);
-    if (isDerived(item.type)) {
+    if (isDerived(item.type))
         for (const std::uint32_t source : item.sources)
             checkCoding(source);
-    } else if (item.type != fourCharacters("hvc1")) {
+    else if (item.type != fourCharacters("hvc1"))
         refuseKind(nameOfCoding(item.type));
-    }
 }
 
 bool agrees(const HevcSequence& sequence, PixelSize declared)
@@ -212,10 +208,9 @@ void PictureCheck::checkSizes(const Item& item)
         expect(assembly->output == declared || assembly->output == whole);
     if (item.type != fourCharacters("hvc1"))
         return;
-    for (const Property* property : items_.propertiesOf(item)) {
+    for (const Property* property : items_.propertiesOf(item))
         for (const HevcSequence& sequence : property->sequences)
             expect(agrees(sequence, declared));
-    }
     checkStream(item, declared);
 }
 

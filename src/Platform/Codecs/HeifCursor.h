@@ -41,7 +41,7 @@ public:
     {
         if (count > rest_.size())
             refuse();
-        const auto taken = rest_.first(static_cast<std::size_t>(count));
+        const auto taken = rest_.first(std::size_t(count));
         rest_ = rest_.subspan(taken.size());
         return taken;
     }
@@ -53,7 +53,7 @@ public:
             value = value << 8 | std::to_integer<std::uint64_t>(byte);
         return value;
     }
-    std::uint32_t number32(std::uint64_t width) { return static_cast<std::uint32_t>(number(width)); }
+    std::uint32_t number32(std::uint64_t width) { return std::uint32_t(number(width)); }
 
     struct VersionAndFlags {
         int version = 0;
@@ -62,7 +62,7 @@ public:
     VersionAndFlags versionAndFlags()
     {
         const std::uint32_t both = number32(4);
-        return {static_cast<int>(both >> 24), both & 0xffffff};
+        return {int(both >> 24), both & 0xffffff};
     }
 
     struct Box;

@@ -66,7 +66,7 @@ ColorProfile profileOf(const heif_image_handle* handle)
     constexpr std::size_t largestProfile = 16'000'000;
     const std::size_t size = heif_image_handle_get_raw_color_profile_size(handle);
     if (size > 0 && size <= largestProfile) {
-        QByteArray icc(static_cast<qsizetype>(size), Qt::Uninitialized);
+        QByteArray icc(qsizetype(size), Qt::Uninitialized);
         if (heif_image_handle_get_raw_color_profile(handle, icc.data()).code == heif_error_Ok) {
             if (auto profile = ColorProfile::fromIcc(icc, ColorModel::rgb))
                 return *std::move(profile);

@@ -94,7 +94,7 @@ void HeifEncoder::makeEncoder()
     check(heif_context_get_encoder_for_format(context_.get(), heif_compression_HEVC, &encoder));
     encoder_.reset(encoder);
     const double quality = std::clamp(options_.quality, 0.0, 1.0);
-    check(heif_encoder_set_lossy_quality(encoder, static_cast<int>(std::lround(quality * 100))));
+    check(heif_encoder_set_lossy_quality(encoder, int(std::lround(quality * 100))));
     check(heif_encoder_set_parameter_string(encoder, "preset", preset));
     // The one sampling of colors that every reader of the format decodes.
     check(heif_encoder_set_parameter_string(encoder, "chroma", "420"));
@@ -105,8 +105,8 @@ void HeifEncoder::makeEncoder()
 
 void HeifEncoder::makeImage()
 {
-    const auto width = static_cast<int>(options_.size.width);
-    const auto height = static_cast<int>(options_.size.height);
+    const auto width = int(options_.size.width);
+    const auto height = int(options_.size.height);
     heif_image* image = nullptr;
     check(heif_image_create(width, height, heif_colorspace_RGB,
                             options_.format.hasAlpha() ? heif_chroma_interleaved_RGBA : heif_chroma_interleaved_RGB,
@@ -115,7 +115,7 @@ void HeifEncoder::makeImage()
     check(heif_image_add_plane(image, heif_channel_interleaved, width, height, 8));
     int stride = 0;
     pixels_ = reinterpret_cast<std::byte*>(heif_image_get_plane(image, heif_channel_interleaved, &stride));
-    pixelStride_ = static_cast<std::size_t>(stride);
+    pixelStride_ = std::size_t(stride);
     if (!pixels_)
         throw EncoderError{};
     setColorSpace();
@@ -140,15 +140,14 @@ void HeifEncoder::setColorSpace()
     check(heif_image_set_nclx_color_profile(image_.get(), codePoints.get()));
 
     const QByteArray& icc = options_.profile.icc();
-    check(
-        heif_image_set_raw_color_profile(image_.get(), "prof", icc.constData(), static_cast<std::size_t>(icc.size())));
+    check(heif_image_set_raw_color_profile(image_.get(), "prof", icc.constData(), std::size_t(icc.size())));
 }
 
 void HeifEncoder::writeRows(std::int64_t count, const std::byte* rows, std::size_t stride)
 {
-    const auto rowBytes = static_cast<std::size_t>(options_.size.width * options_.format.bytesPerPixel());
+    const auto rowBytes = std::size_t(options_.size.width * options_.format.bytesPerPixel());
     for (; count > 0; --count, ++nextRow_, rows += stride)
-        std::memcpy(pixels_ + static_cast<std::size_t>(nextRow_) * pixelStride_, rows, rowBytes);
+        std::memcpy(pixels_ + std::size_t(nextRow_) * pixelStride_, rows, rowBytes);
 }
 
 void HeifEncoder::finish()
@@ -159,7 +158,7 @@ void HeifEncoder::finish()
     image_.reset();
     const QByteArray exif =
         makeExifBlock(options_.metadata, options_.size, options_.profile.isEquivalentTo(ColorProfile::sRGB()));
-    check(heif_context_add_exif_metadata(context_.get(), handle, exif.constData(), static_cast<int>(exif.size())));
+    check(heif_context_add_exif_metadata(context_.get(), handle, exif.constData(), int(exif.size())));
     Writer writer{sink_};
     heif_writer functions{1, write};
     if (heif_context_write(context_.get(), &functions, &writer).code != heif_error_Ok)

@@ -14,7 +14,7 @@ int read(void* into, std::size_t size, void* user)
     auto& reader = *static_cast<Reader*>(user);
     try {
         const std::size_t count = reader.source.readAt(reader.position, {static_cast<std::byte*>(into), size});
-        reader.position += static_cast<std::int64_t>(count);
+        reader.position += std::int64_t(count);
         return count == size ? 0 : 1;
     } catch (...) { // Nothing may cross the library that called.
         reader.hasFailed = true;

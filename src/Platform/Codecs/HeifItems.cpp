@@ -68,7 +68,7 @@ private:
 std::optional<BoxPlace> ItemReader::boxAt(std::uint64_t offset, std::uint64_t end) const
 {
     std::array<std::byte, 16> bytes{};
-    const std::size_t count = source_.readAt(static_cast<std::int64_t>(offset), bytes);
+    const std::size_t count = source_.readAt(std::int64_t(offset), bytes);
     Cursor cursor(bytes);
     std::uint64_t size = cursor.number(4);
     BoxPlace place;
@@ -91,8 +91,7 @@ std::vector<std::byte> ItemReader::contentOf(const BoxPlace& place) const
 {
     if (place.end - place.content > largestBox)
         refuse();
-    auto bytes =
-        source_.bytesAt(static_cast<std::int64_t>(place.content), static_cast<std::size_t>(place.end - place.content));
+    auto bytes = source_.bytesAt(std::int64_t(place.content), std::size_t(place.end - place.content));
     if (bytes.size() != place.end - place.content)
         refuse();
     return bytes;
@@ -101,7 +100,7 @@ std::vector<std::byte> ItemReader::contentOf(const BoxPlace& place) const
 /// The one description there is: of several the library takes the last. Behind it a file may be cut.
 BoxPlace ItemReader::findItemDescription() const
 {
-    const auto size = static_cast<std::uint64_t>(source_.size());
+    const auto size = std::uint64_t(source_.size());
     std::optional<BoxPlace> description;
     bool hasTracks = false;
     std::uint64_t offset = 0;
@@ -267,7 +266,7 @@ void ItemReader::readAssociations(Cursor content)
         for (std::uint32_t i = 0; i < count; ++i) {
             const std::uint32_t index = content.number32(indexWidth) & indexMask;
             if (item != result_.all.end())
-                item->second.properties.push_back(static_cast<std::uint16_t>(index));
+                item->second.properties.push_back(std::uint16_t(index));
         }
     }
 }
@@ -288,7 +287,7 @@ void ItemReader::readLocations(Cursor content)
     const std::uint32_t indexWidth = version == 0 ? 0 : widths & 15;
     if (version > 2 || std::max({offsetWidth, lengthWidth, baseWidth, indexWidth}) > 8)
         refuse();
-    const auto fileSize = static_cast<std::uint64_t>(source_.size());
+    const auto fileSize = std::uint64_t(source_.size());
     std::uint64_t metadataBytes = 0;
     for (std::uint32_t left = content.number32(version == 2 ? 4 : 2); left > 0; --left) {
         const std::uint32_t id = content.number32(version == 2 ? 4 : 2);
@@ -335,10 +334,9 @@ const Item& Items::at(std::uint32_t id) const
 std::vector<const Property*> Items::propertiesOf(const Item& item) const
 {
     std::vector<const Property*> present;
-    for (const std::uint16_t index : item.properties) {
+    for (const std::uint16_t index : item.properties)
         if (index >= 1 && index <= properties.size())
             present.push_back(&properties[index - 1U]);
-    }
     return present;
 }
 
@@ -346,7 +344,7 @@ std::size_t Items::read(const ByteSource& source, const Item& item, std::uint64_
                         std::span<std::byte> into) const
 {
     const std::uint64_t start = item.isInItemDataBox ? itemData.offset : 0;
-    const std::uint64_t size = item.isInItemDataBox ? itemData.length : static_cast<std::uint64_t>(source.size());
+    const std::uint64_t size = item.isInItemDataBox ? itemData.length : std::uint64_t(source.size());
     std::size_t done = 0;
     for (const Extent& extent : item.extents) {
         if (extent.offset > size)
@@ -357,8 +355,8 @@ std::size_t Items::read(const ByteSource& source, const Item& item, std::uint64_
             offset -= length;
             continue;
         }
-        const auto part = static_cast<std::size_t>(std::min<std::uint64_t>(length - offset, into.size() - done));
-        done += source.readAt(static_cast<std::int64_t>(start + extent.offset + offset), into.subspan(done, part));
+        const auto part = std::size_t(std::min<std::uint64_t>(length - offset, into.size() - done));
+        done += source.readAt(std::int64_t(start + extent.offset + offset), into.subspan(done, part));
         offset = 0;
         if (done == into.size())
             break;

@@ -43,7 +43,7 @@ Rows::Plane Rows::planeOf(const heif_image* image, heif_channel channel) const
     const PixelSize delivered{heif_image_get_width(image, channel), heif_image_get_height(image, channel)};
     if (!samples || delivered != size_ || bits < 1 || bits > 16)
         throw CodecError{CodecError::Reason::damaged, {}};
-    return {reinterpret_cast<const std::byte*>(samples), static_cast<std::size_t>(stride), bits};
+    return {reinterpret_cast<const std::byte*>(samples), std::size_t(stride), bits};
 }
 
 template <typename Component>
@@ -52,19 +52,18 @@ void Rows::copyPlane(const Plane& plane, std::int64_t y, Component* out) const
     constexpr std::uint32_t most = std::numeric_limits<Component>::max();
     const std::uint32_t highest = (1U << plane.bits) - 1;
     const int channels = format_.channels();
-    const std::byte* row = plane.samples + static_cast<std::size_t>(y) * plane.stride;
+    const std::byte* row = plane.samples + std::size_t(y) * plane.stride;
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(row);
     const auto* words = reinterpret_cast<const std::uint16_t*>(row);
-    if (plane.bits == 8 && most == 255) {
+    if (plane.bits == 8 && most == 255)
         for (std::int64_t x = 0; x < size_.width; ++x)
             out[x * channels] = bytes[x];
-    } else if (plane.bits <= 8) {
+    else if (plane.bits <= 8)
         for (std::int64_t x = 0; x < size_.width; ++x)
             out[x * channels] = static_cast<Component>(scaled(bytes[x], highest, most));
-    } else {
+    else
         for (std::int64_t x = 0; x < size_.width; ++x)
             out[x * channels] = static_cast<Component>(scaled(words[x], highest, most));
-    }
 }
 
 template <typename Component>

@@ -46,7 +46,7 @@ Bytes readWhole(const ByteSource& source)
 {
     if (source.size() < 1 || source.size() > largestFile)
         refuse();
-    const auto size = static_cast<std::size_t>(source.size());
+    const auto size = std::size_t(source.size());
     auto* buffer = static_cast<std::byte*>(g_try_malloc(size));
     if (!buffer)
         throw CodecError{CodecError::Reason::tooLarge, {}};
@@ -83,7 +83,7 @@ PageSize extent(const Page& page)
 
 PixelSize fitted(const PageSize& page, std::int64_t dimension)
 {
-    const double scale = static_cast<double>(dimension) / std::max(page.width, page.height);
+    const double scale = double(dimension) / std::max(page.width, page.height);
     const auto side = [&](double points) {
         return std::clamp<std::int64_t>(std::llround(points * scale), 1, dimension);
     };
@@ -95,11 +95,11 @@ PixelSize fitted(const PageSize& page, std::int64_t dimension)
 void draw(const Page& page, const PageSize& extent, Bitmap& bitmap)
 {
     const auto [width, height] = bitmap.size();
-    const Surface surface(cairo_image_surface_create_for_data(
-        reinterpret_cast<unsigned char*>(bitmap.row(0)), CAIRO_FORMAT_ARGB32, static_cast<int>(width),
-        static_cast<int>(height), static_cast<int>(bitmap.stride())));
+    const Surface surface(cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(bitmap.row(0)),
+                                                              CAIRO_FORMAT_ARGB32, int(width), int(height),
+                                                              int(bitmap.stride())));
     const Drawing drawing(cairo_create(surface.get()));
-    cairo_scale(drawing.get(), static_cast<double>(width) / extent.width, static_cast<double>(height) / extent.height);
+    cairo_scale(drawing.get(), double(width) / extent.width, double(height) / extent.height);
     // Printing is what can leave out annotations.
 #if POPPLER_CHECK_VERSION(25, 2, 0)
     poppler_page_render_full(page.get(), drawing.get(), TRUE, POPPLER_RENDER_ANNOTS_PRINT_DOCUMENT);

@@ -13,7 +13,7 @@ namespace {
 
 FileIdentity identityOf(const struct stat& status)
 {
-    return {static_cast<std::uint64_t>(status.st_dev), static_cast<std::uint64_t>(status.st_ino), status.st_size,
+    return {std::uint64_t(status.st_dev), std::uint64_t(status.st_ino), status.st_size,
             status.st_mtim.tv_sec * std::int64_t{1'000'000'000} + status.st_mtim.tv_nsec};
 }
 

@@ -12,7 +12,7 @@ namespace ferrow {
 constexpr std::uint8_t multiplied(unsigned a, unsigned b)
 {
     const unsigned product = a * b + 128;
-    return static_cast<std::uint8_t>((product + (product >> 8)) >> 8);
+    return std::uint8_t((product + (product >> 8)) >> 8);
 }
 
 /// The component again that was premultiplied by `alpha`; the largest where `color` is more than alpha allows, 0 where

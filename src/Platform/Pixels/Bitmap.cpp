@@ -28,21 +28,21 @@ Bitmap::Bitmap(PixelSize size, PixelFormat format, ColorProfile profile)
 {
     if (size.width < 1 || size.height < 1)
         return;
-    const auto width = static_cast<std::uint64_t>(size.width);
-    const auto height = static_cast<std::uint64_t>(size.height);
-    const auto bytesPerPixel = static_cast<std::uint64_t>(format.bytesPerPixel());
-    constexpr auto most = static_cast<std::uint64_t>(std::numeric_limits<std::ptrdiff_t>::max());
+    const auto width = std::uint64_t(size.width);
+    const auto height = std::uint64_t(size.height);
+    const auto bytesPerPixel = std::uint64_t(format.bytesPerPixel());
+    constexpr auto most = std::uint64_t(std::numeric_limits<std::ptrdiff_t>::max());
     if (width > (most - rowAlignment) / bytesPerPixel)
         throw std::bad_alloc();
     const std::uint64_t stride = (width * bytesPerPixel + rowAlignment - 1) / rowAlignment * rowAlignment;
     if (height > most / stride)
         throw std::bad_alloc();
 
-    pixels_ = zeroedBytes(static_cast<std::size_t>(stride * height));
+    pixels_ = zeroedBytes(std::size_t(stride * height));
     size_ = size;
     format_ = format;
     profile_ = std::move(profile);
-    stride_ = static_cast<std::size_t>(stride);
+    stride_ = std::size_t(stride);
 }
 
 } // namespace ferrow

@@ -25,11 +25,8 @@ public:
     [[nodiscard]] const ColorProfile& profile() const { return profile_; }
     [[nodiscard]] std::size_t stride() const { return stride_; }
 
-    [[nodiscard]] std::byte* row(std::int64_t y) { return pixels_.get() + static_cast<std::size_t>(y) * stride_; }
-    [[nodiscard]] const std::byte* row(std::int64_t y) const
-    {
-        return pixels_.get() + static_cast<std::size_t>(y) * stride_;
-    }
+    [[nodiscard]] std::byte* row(std::int64_t y) { return pixels_.get() + std::size_t(y) * stride_; }
+    [[nodiscard]] const std::byte* row(std::int64_t y) const { return pixels_.get() + std::size_t(y) * stride_; }
 
 private:
     PixelSize size_;

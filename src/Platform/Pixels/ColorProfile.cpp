@@ -64,7 +64,7 @@ QByteArray grayProfile(Curve curve, const char* name)
 
 qsizetype declaredSize(const QByteArray& icc)
 {
-    return icc.size() < headerLength ? 0 : static_cast<qsizetype>(qFromBigEndian<quint32>(icc.constData()));
+    return icc.size() < headerLength ? 0 : qsizetype(qFromBigEndian<quint32>(icc.constData()));
 }
 
 /// Whether what the profile is made for includes saying what a picture's numbers mean.

@@ -117,9 +117,8 @@ class RowsThroughLab final : public RowConverter {
 public:
     RowsThroughLab(std::unique_ptr<RowConverter> toLab, std::unique_ptr<RowConverter> fromLab, PixelFormat source,
                    PixelFormat target)
-        : toLab_(std::move(toLab)), fromLab_(std::move(fromLab)),
-          sourceBytes_(static_cast<std::size_t>(source.bytesPerPixel())),
-          targetBytes_(static_cast<std::size_t>(target.bytesPerPixel()))
+        : toLab_(std::move(toLab)), fromLab_(std::move(fromLab)), sourceBytes_(std::size_t(source.bytesPerPixel())),
+          targetBytes_(std::size_t(target.bytesPerPixel()))
     {
     }
 
@@ -280,7 +279,7 @@ Bitmap inColorSpace(const Bitmap& picture, const ColorProfile& space)
     Bitmap converted(picture.size(), picture.format(), space);
     ColorTransform(picture.profile(), picture.format(), space, picture.format())
         .applyToRows(picture.size().height, picture.row(0), picture.stride(), converted.row(0), converted.stride(),
-                     static_cast<std::size_t>(picture.size().width));
+                     std::size_t(picture.size().width));
     return converted;
 }
 

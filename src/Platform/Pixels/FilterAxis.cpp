@@ -32,15 +32,15 @@ struct Taps {
 Taps tapsAround(double center, double widening, std::int64_t source)
 {
     const double radius = lobes * widening;
-    const auto first = std::max(static_cast<std::int64_t>(std::floor(center - radius)), std::int64_t{0});
-    const auto end = std::min(static_cast<std::int64_t>(std::ceil(center + radius)), source);
-    Taps taps{static_cast<std::size_t>(first), {}};
+    const auto first = std::max(std::int64_t(std::floor(center - radius)), std::int64_t{0});
+    const auto end = std::min(std::int64_t(std::ceil(center + radius)), source);
+    Taps taps{std::size_t(first), {}};
     for (std::int64_t pixel = first; pixel < end; ++pixel)
-        taps.weights.push_back(lanczos((static_cast<double>(pixel) + 0.5 - center) / widening));
+        taps.weights.push_back(lanczos((double(pixel) + 0.5 - center) / widening));
 
     const auto weighs = [](double weight) { return std::abs(weight) > 1e-6; };
     const auto begin = std::ranges::find_if(taps.weights, weighs);
-    taps.first += static_cast<std::size_t>(begin - taps.weights.begin());
+    taps.first += std::size_t(begin - taps.weights.begin());
     taps.weights.erase(taps.weights.begin(), begin);
     while (!taps.weights.empty() && !weighs(taps.weights.back()))
         taps.weights.pop_back();
@@ -56,25 +56,25 @@ void toFixedPoint(const std::vector<double>& weights, std::int16_t* fixed)
 {
     int left = FilterAxis::fixedOne;
     for (std::size_t tap = 0; tap < weights.size(); ++tap) {
-        fixed[tap] = static_cast<std::int16_t>(std::lround(weights[tap] * FilterAxis::fixedOne));
+        fixed[tap] = std::int16_t(std::lround(weights[tap] * FilterAxis::fixedOne));
         left -= fixed[tap];
     }
     const auto heaviest = std::ranges::max_element(weights) - weights.begin();
-    fixed[heaviest] = static_cast<std::int16_t>(fixed[heaviest] + left);
+    fixed[heaviest] = std::int16_t(fixed[heaviest] + left);
 }
 
 } // namespace
 
 FilterAxis::FilterAxis(std::int64_t source, std::int64_t result, double origin, double length)
 {
-    const double ratio = static_cast<double>(source) / length;
+    const double ratio = double(source) / length;
     const double widening = std::max(1.0, ratio);
     std::vector<Taps> all;
-    all.reserve(static_cast<std::size_t>(result));
+    all.reserve(std::size_t(result));
     for (std::int64_t pixel = 0; pixel < result; ++pixel) {
         // A pixel at the edge may have its middle outside the picture: it shows the picture's edge.
-        const double center = std::clamp((static_cast<double>(pixel) + 0.5 - origin) * ratio, 0.5,
-                                         std::max(0.5, static_cast<double>(source) - 0.5));
+        const double center =
+            std::clamp((double(pixel) + 0.5 - origin) * ratio, 0.5, std::max(0.5, double(source) - 0.5));
         all.push_back(tapsAround(center, widening, source));
         mostTaps_ = std::max(mostTaps_, all.back().weights.size());
     }
@@ -86,8 +86,8 @@ FilterAxis::FilterAxis(std::int64_t source, std::int64_t result, double origin, 
     for (std::size_t pixel = 0; pixel < all.size(); ++pixel) {
         const Taps& taps = all[pixel];
         windows_.push_back({taps.first, taps.weights.size()});
-        std::ranges::transform(taps.weights, weights_.begin() + static_cast<std::ptrdiff_t>(pixel * stride_),
-                               [](double weight) { return static_cast<float>(weight); });
+        std::ranges::transform(taps.weights, weights_.begin() + std::ptrdiff_t(pixel * stride_),
+                               [](double weight) { return float(weight); });
         if (!fixed_.empty())
             toFixedPoint(taps.weights, fixed_.data() + pixel * stride_);
     }

@@ -21,8 +21,8 @@ class LabRows final : public RowConverter {
 public:
     /// `matrix` leads from the D50 connection space to the target's light.
     LabRows(const Matrix& matrix, const std::array<const cmsToneCurve*, 3>& encoding)
-        : x_(columnOf(matrix, 0) * static_cast<float>(cmsD50_XYZ()->X)), y_(columnOf(matrix, 1)),
-          z_(columnOf(matrix, 2) * static_cast<float>(cmsD50_XYZ()->Z)), encoding_(encoding)
+        : x_(columnOf(matrix, 0) * float(cmsD50_XYZ()->X)), y_(columnOf(matrix, 1)),
+          z_(columnOf(matrix, 2) * float(cmsD50_XYZ()->Z)), encoding_(encoding)
     {
     }
 
@@ -31,9 +31,9 @@ public:
         constexpr float most = std::numeric_limits<typename Source::ComponentType>::max();
         const LightEncoding::Tables encoding(encoding_);
         for (; pixels > 0; --pixels, in += Source::bytes, out += Target::bytes) {
-            const float lightness = (static_cast<float>(Source::component(in, 0)) * (100 / most) + 16) / 116;
-            const float a = static_cast<float>(Source::component(in, 1)) * (255 / most) - 128;
-            const float b = static_cast<float>(Source::component(in, 2)) * (255 / most) - 128;
+            const float lightness = (float(Source::component(in, 0)) * (100 / most) + 16) / 116;
+            const float a = float(Source::component(in, 1)) * (255 / most) - 128;
+            const float b = float(Source::component(in, 2)) * (255 / most) - 128;
             encoding.store(x_ * lightOfLab(lightness + a / 500) + y_ * lightOfLab(lightness) +
                                z_ * lightOfLab(lightness - b / 200),
                            out);

@@ -11,15 +11,15 @@ namespace {
 
 bool hasAny(cmsHPROFILE profile, std::initializer_list<cmsTagSignature> tags)
 {
-    return std::ranges::any_of(tags, [&](cmsTagSignature tag) { return cmsIsTag(profile, tag) != 0; });
+    return std::ranges::any_of(
+        tags, [&](cmsTagSignature tag) { return cmsIsTag(profile, tag) != 0; });
 }
 
 } // namespace
 
 Lanes columnOf(const Matrix& matrix, std::size_t column)
 {
-    return Lanes{static_cast<float>(matrix[0][column]), static_cast<float>(matrix[1][column]),
-                 static_cast<float>(matrix[2][column]), 0};
+    return Lanes{float(matrix[0][column]), float(matrix[1][column]), float(matrix[2][column]), 0};
 }
 
 float lightOf(const cmsToneCurve* curve, double level)
@@ -52,9 +52,9 @@ LightEncoding::LightEncoding(const std::array<const cmsToneCurve*, 3>& curves)
         if (!encoding)
             throw std::bad_alloc();
         for (std::size_t entry = 0; entry < levels_[channel].size(); ++entry) {
-            const auto bits = static_cast<std::int32_t>(entry) + first;
+            const auto bits = std::int32_t(entry) + first;
             const auto middle = std::bit_cast<float>((bits << droppedBits) | (1 << (droppedBits - 1)));
-            levels_[channel][entry] = static_cast<std::uint8_t>(std::lround(lightOf(encoding.get(), middle) * 255));
+            levels_[channel][entry] = std::uint8_t(std::lround(lightOf(encoding.get(), middle) * 255));
         }
         tables_[channel] = levels_[channel] == levels_[0] ? 0 : channel;
     }

@@ -72,7 +72,7 @@ private:
     static constexpr Lanes high{brightest, brightest, brightest, brightest};
     static constexpr std::int32_t first = std::bit_cast<std::int32_t>(darkest) >> droppedBits;
     static constexpr std::int32_t last = std::bit_cast<std::int32_t>(brightest) >> droppedBits;
-    using Table = std::array<std::uint8_t, static_cast<std::size_t>(last - first) + 1>;
+    using Table = std::array<std::uint8_t, std::size_t(last - first) + 1>;
 
     std::array<Table, 3> levels_;
     /// Which table each component uses: equal ones are read as one, so that it stays in the processor's nearest memory.

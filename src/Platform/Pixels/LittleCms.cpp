@@ -57,7 +57,7 @@ cmsPluginMemHandler boundedMemory{{cmsPluginMagicNumber, 2000, cmsPluginMemHandl
 } // namespace
 
 Context::Context(qsizetype profileBytes)
-    : bytesLeft_(std::make_unique<std::size_t>(ownMemory + memoryPerByte * static_cast<std::size_t>(profileBytes))),
+    : bytesLeft_(std::make_unique<std::size_t>(ownMemory + memoryPerByte * std::size_t(profileBytes))),
       context_(cmsCreateContext(&boundedMemory, bytesLeft_.get()))
 {
     if (!context_)
@@ -89,7 +89,7 @@ QByteArray bytesOf(cmsHPROFILE profile)
 {
     cmsUInt32Number size = 0;
     cmsSaveProfileToMem(profile, nullptr, &size);
-    QByteArray bytes(static_cast<qsizetype>(size), '\0');
+    QByteArray bytes(qsizetype(size), '\0');
     cmsSaveProfileToMem(profile, bytes.data(), &size);
     // The library has stamped the time of day into the header.
     constexpr std::array<char, 12> newYear2000{'\x07', '\xd0', 0, 1, 0, 1, 0, 0, 0, 0, 0, 0};

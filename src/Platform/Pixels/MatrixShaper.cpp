@@ -23,7 +23,7 @@ public:
     Decoding(const cmsToneCurve* curve, Lanes column) : table_(256)
     {
         for (std::size_t level = 0; level < table_.size(); ++level)
-            table_[level].lanes = column * lightOf(curve, static_cast<double>(level) / 255);
+            table_[level].lanes = column * lightOf(curve, double(level) / 255);
     }
 
     [[nodiscard]] Lanes operator()(std::uint8_t level) const { return table_[level].lanes; }
@@ -42,13 +42,13 @@ public:
     Decoding(const cmsToneCurve* curve, Lanes column) : points_((65536 >> stepBits) + 1), column_(column)
     {
         for (std::size_t point = 0; point < points_.size(); ++point)
-            points_[point] = lightOf(curve, std::min(1.0, static_cast<double>(point << stepBits) / 65535));
+            points_[point] = lightOf(curve, std::min(1.0, double(point << stepBits) / 65535));
     }
 
     [[nodiscard]] Lanes operator()(std::uint16_t level) const
     {
         const float* point = points_.data() + (level >> stepBits);
-        const float part = static_cast<float>(level & ((1 << stepBits) - 1)) / (1 << stepBits);
+        const float part = float(level & ((1 << stepBits) - 1)) / (1 << stepBits);
         return column_ * (point[0] + (point[1] - point[0]) * part);
     }
 

@@ -23,7 +23,7 @@ struct PixelType {
     static Component component(const std::byte* pixel, int channel)
     {
         Component value;
-        std::memcpy(&value, pixel + static_cast<std::size_t>(channel) * sizeof(Component), sizeof value);
+        std::memcpy(&value, pixel + std::size_t(channel) * sizeof(Component), sizeof value);
         return value;
     }
 };

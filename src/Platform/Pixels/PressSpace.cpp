@@ -109,7 +109,7 @@ std::vector<cmsUInt16Number> labTable()
         std::array<double, inks> covered{};
         std::size_t rest = point;
         for (std::size_t ink = inks; ink-- > 0; rest /= gridPoints)
-            covered[ink] = static_cast<double>(rest % gridPoints) / (gridPoints - 1);
+            covered[ink] = double(rest % gridPoints) / (gridPoints - 1);
         const Triple lab = colorOf(covered, solids);
         table.insert(table.end(),
                      {encoded(lab[0] / 100), encoded((lab[1] + 128) / 255), encoded((lab[2] + 128) / 255)});
@@ -122,7 +122,7 @@ LittleCms::Curve gainCurve(const LittleCms::Context& context, double gain)
 {
     std::array<cmsUInt16Number, 256> levels{};
     for (std::size_t level = 0; level < levels.size(); ++level) {
-        const double asked = static_cast<double>(level) / 255;
+        const double asked = double(level) / 255;
         levels[level] = encoded(asked + 4 * gain * asked * (1 - asked));
     }
     return LittleCms::Curve(cmsBuildTabulatedToneCurve16(context.get(), levels.size(), levels.data()));

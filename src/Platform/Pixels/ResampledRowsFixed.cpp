@@ -37,9 +37,8 @@ void pairRows(const Bitmap& source, const FilterAxis& down, std::size_t y, std::
     pairs.clear();
     for (std::size_t tap = 0; tap < window.count; tap += 2) {
         const std::size_t next = std::min(tap + 1, window.count - 1); // Its weight is 0 where there is no other row.
-        pairs.push_back({source.row(static_cast<std::int64_t>(window.first + tap)),
-                         source.row(static_cast<std::int64_t>(window.first + next)), weights[tap],
-                         next == tap ? std::int16_t{0} : weights[next]});
+        pairs.push_back({source.row(std::int64_t(window.first + tap)), source.row(std::int64_t(window.first + next)),
+                         weights[tap], next == tap ? std::int16_t{0} : weights[next]});
     }
 }
 
@@ -53,8 +52,7 @@ void addUpBlock(const std::vector<RowPair>& pairs, std::size_t offset, std::int1
     for (const RowPair& pair : pairs) {
         const __m128i first = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pair.first + offset));
         const __m128i second = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pair.second + offset));
-        const __m128i weights =
-            _mm_set1_epi32((pair.secondWeight * 65536) | static_cast<std::uint16_t>(pair.firstWeight));
+        const __m128i weights = _mm_set1_epi32((pair.secondWeight * 65536) | std::uint16_t(pair.firstWeight));
         const __m128i low = _mm_unpacklo_epi8(first, second);
         const __m128i high = _mm_unpackhi_epi8(first, second);
         sums[0] = _mm_add_epi32(sums[0], _mm_madd_epi16(_mm_unpacklo_epi8(low, zero), weights));
@@ -94,7 +92,7 @@ void addUpBlock(const std::vector<RowPair>& pairs, std::size_t offset, std::int1
             sums[i] += std::to_integer<std::int32_t>(pair.first[offset + i]) * pair.firstWeight +
                        std::to_integer<std::int32_t>(pair.second[offset + i]) * pair.secondWeight;
     for (std::size_t i = 0; i < block; ++i)
-        out[offset + i] = static_cast<std::int16_t>(std::clamp(sums[i] >> (weightBits - fractionBits), -32768, 32767));
+        out[offset + i] = std::int16_t(std::clamp(sums[i] >> (weightBits - fractionBits), -32768, 32767));
 }
 
 std::int32_t dotProduct(const std::int16_t* values, const std::int16_t* weights, std::size_t count)
@@ -135,7 +133,7 @@ void addUpAcross(const std::vector<std::int16_t>& row, std::size_t width, const 
 template <std::size_t channels>
 void resample(const Bitmap& source, const FilterAxis& across, const FilterAxis& down, Bitmap& result)
 {
-    const auto width = static_cast<std::size_t>(source.size().width);
+    const auto width = std::size_t(source.size().width);
     const std::size_t components = (width * channels + block - 1) / block * block;
     std::vector<std::int16_t> row(components);
     std::array<std::vector<std::int16_t>, channels> planes;
@@ -145,7 +143,7 @@ void resample(const Bitmap& source, const FilterAxis& across, const FilterAxis& 
         pairRows(source, down, y, pairs);
         for (std::size_t offset = 0; offset < components; offset += block)
             addUpBlock(pairs, offset, row.data());
-        addUpAcross<channels>(row, width, across, planes, result.row(static_cast<std::int64_t>(y)));
+        addUpAcross<channels>(row, width, across, planes, result.row(std::int64_t(y)));
     }
 }
 
@@ -153,7 +151,8 @@ void resample(const Bitmap& source, const FilterAxis& across, const FilterAxis& 
 
 void resampleFixed(const Bitmap& source, const FilterAxis& across, const FilterAxis& down, Bitmap& result)
 {
-    withChannels(source.format(), [&](auto channels) { resample<channels>(source, across, down, result); });
+    withChannels(
+        source.format(), [&](auto channels) { resample<channels>(source, across, down, result); });
 }
 
 } // namespace ferrow

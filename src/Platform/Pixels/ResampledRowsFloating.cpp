@@ -14,7 +14,7 @@ template <std::size_t channels>
 void loadRow(const std::byte* pixels, Alpha alpha, std::vector<float>& row)
 {
     std::transform(pixels, pixels + row.size(), row.begin(),
-                   [](std::byte level) { return static_cast<float>(std::to_integer<int>(level)); });
+                   [](std::byte level) { return float(std::to_integer<int>(level)); });
     if (alpha != Alpha::straight)
         return;
     for (std::size_t pixel = 0; pixel < row.size(); pixel += channels)
@@ -43,7 +43,7 @@ class FilteredRows {
 public:
     FilteredRows(const Bitmap& source, const FilterAxis& across, std::size_t kept)
         : source_(source), across_(across), kept_(kept, std::vector<float>(across.size() * channels)),
-          loaded_(static_cast<std::size_t>(source.size().width) * channels)
+          loaded_(std::size_t(source.size().width) * channels)
     {
     }
 
@@ -52,7 +52,7 @@ public:
     {
         for (; next_ <= y; ++next_)
             if (next_ + kept_.size() > y) {
-                loadRow<channels>(source_.row(static_cast<std::int64_t>(next_)), source_.format().alpha, loaded_);
+                loadRow<channels>(source_.row(std::int64_t(next_)), source_.format().alpha, loaded_);
                 filterAcross<channels>(loaded_, across_, kept_[next_ % kept_.size()].data());
             }
         return kept_[y % kept_.size()];
@@ -68,12 +68,13 @@ private:
 
 std::byte rounded(float level)
 {
-    return static_cast<std::byte>(static_cast<int>(std::clamp(level, 0.0F, 255.0F) + 0.5F));
+    return static_cast<std::byte>(int(std::clamp(level, 0.0F, 255.0F) + 0.5F));
 }
 
 void storeOpaque(const std::vector<float>& row, std::byte* out)
 {
-    std::ranges::transform(row, out, [](float level) { return rounded(level); });
+    std::ranges::transform(
+        row, out, [](float level) { return rounded(level); });
 }
 
 void storePremultiplied(const std::vector<float>& row, std::size_t channels, float colorScale, std::byte* out)
@@ -99,7 +100,7 @@ void storeStraight(const std::vector<float>& row, std::size_t channels, std::byt
 
 void storeRow(const std::vector<float>& row, PixelFormat source, PixelFormat result, std::byte* out)
 {
-    const auto channels = static_cast<std::size_t>(source.channels());
+    const auto channels = std::size_t(source.channels());
     if (!source.hasAlpha())
         storeOpaque(row, out);
     else if (result.alpha == Alpha::straight)
@@ -122,7 +123,7 @@ void resample(const Bitmap& source, const FilterAxis& across, const FilterAxis& 
             for (std::size_t index = 0; index < sums.size(); ++index)
                 sums[index] += weight * row[index];
         }
-        storeRow(sums, source.format(), result.format(), result.row(static_cast<std::int64_t>(y)));
+        storeRow(sums, source.format(), result.format(), result.row(std::int64_t(y)));
     }
 }
 
@@ -130,7 +131,8 @@ void resample(const Bitmap& source, const FilterAxis& across, const FilterAxis& 
 
 void resampleFloating(const Bitmap& source, const FilterAxis& across, const FilterAxis& down, Bitmap& result)
 {
-    withChannels(source.format(), [&](auto channels) { resample<channels>(source, across, down, result); });
+    withChannels(
+        source.format(), [&](auto channels) { resample<channels>(source, across, down, result); });
 }
 
 } // namespace ferrow

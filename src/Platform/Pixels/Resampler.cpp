@@ -26,8 +26,7 @@ std::vector<double> coverage(double begin, double end, std::int64_t first, std::
 {
     std::vector<double> shares;
     for (std::int64_t pixel = first; pixel < first + count; ++pixel)
-        shares.push_back(std::clamp(
-            std::min(end, static_cast<double>(pixel) + 1) - std::max(begin, static_cast<double>(pixel)), 0.0, 1.0));
+        shares.push_back(std::clamp(std::min(end, double(pixel) + 1) - std::max(begin, double(pixel)), 0.0, 1.0));
     return shares;
 }
 
@@ -50,7 +49,7 @@ Bitmap withAlpha(const Bitmap& opaque)
 void fade(Bitmap& bitmap, const std::vector<double>& across, const std::vector<double>& down)
 {
     for (std::size_t y = 0; y < down.size(); ++y) {
-        std::byte* pixel = bitmap.row(static_cast<std::int64_t>(y));
+        std::byte* pixel = bitmap.row(std::int64_t(y));
         for (const double share : across) {
             const double covered = share * down[y];
             if (covered < 1)
@@ -71,8 +70,8 @@ Bitmap scaled(const Bitmap& source, PixelSize size)
     Bitmap result(size, source.format(), source.profile());
     if (result.isNull())
         return result;
-    const FilterAxis across(source.size().width, size.width, 0, static_cast<double>(size.width));
-    const FilterAxis down(source.size().height, size.height, 0, static_cast<double>(size.height));
+    const FilterAxis across(source.size().width, size.width, 0, double(size.width));
+    const FilterAxis down(source.size().height, size.height, 0, double(size.height));
     resample(source, across, down, result);
     return result;
 }
@@ -83,27 +82,27 @@ PixelSize fitted(PixelSize size, std::int64_t maximumDimension)
     const std::int64_t most = std::max(maximumDimension, std::int64_t{1});
     if (longest <= most)
         return size;
-    const double scale = static_cast<double>(most) / static_cast<double>(longest);
+    const double scale = double(most) / double(longest);
     const auto side = [&](std::int64_t length) {
-        return std::clamp(std::llround(static_cast<double>(length) * scale), 1LL, static_cast<long long>(most));
+        return std::clamp(std::llround(double(length) * scale), 1LL, static_cast<long long>(most));
     };
     return {side(size.width), side(size.height)};
 }
 
 Bitmap drawn(const Bitmap& source, const QRectF& target)
 {
-    const auto left = static_cast<std::int64_t>(std::floor(target.left()));
-    const auto top = static_cast<std::int64_t>(std::floor(target.top()));
-    const auto right = static_cast<std::int64_t>(std::ceil(target.right()));
-    const auto bottom = static_cast<std::int64_t>(std::ceil(target.bottom()));
+    const auto left = std::int64_t(std::floor(target.left()));
+    const auto top = std::int64_t(std::floor(target.top()));
+    const auto right = std::int64_t(std::ceil(target.right()));
+    const auto bottom = std::int64_t(std::ceil(target.bottom()));
     const PixelSize size{right - left, bottom - top};
     if (source.isNull() || !(target.width() > 0) || !(target.height() > 0))
         return {};
 
     const bool isOpaque = !source.format().hasAlpha();
     Bitmap result(size, isOpaque ? rgb8 : rgba8Premultiplied, source.profile());
-    const FilterAxis across(source.size().width, size.width, target.left() - static_cast<double>(left), target.width());
-    const FilterAxis down(source.size().height, size.height, target.top() - static_cast<double>(top), target.height());
+    const FilterAxis across(source.size().width, size.width, target.left() - double(left), target.width());
+    const FilterAxis down(source.size().height, size.height, target.top() - double(top), target.height());
     resample(source, across, down, result);
     if (isOpaque)
         result = withAlpha(result);

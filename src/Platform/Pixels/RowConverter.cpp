@@ -11,7 +11,7 @@ namespace {
 
 class CopiedRows final : public RowConverter {
 public:
-    explicit CopiedRows(PixelFormat format) : bytesPerPixel_(static_cast<std::size_t>(format.bytesPerPixel())) {}
+    explicit CopiedRows(PixelFormat format) : bytesPerPixel_(std::size_t(format.bytesPerPixel())) {}
 
     void convert(const std::byte* in, std::byte* out, std::size_t pixels) const override
     {
@@ -45,9 +45,11 @@ std::unique_ptr<RowConverter> copiedRows(PixelFormat format)
 
 std::unique_ptr<RowConverter> rearrangedRows(PixelFormat source, PixelFormat target)
 {
-    return withPixelTypes(source, target, []<typename Source, typename Target>() -> std::unique_ptr<RowConverter> {
-        return std::make_unique<RearrangedRows<Source, Target>>();
-    });
+    return withPixelTypes(
+        source, target,
+        []<typename Source, typename Target>() -> std::unique_ptr<RowConverter> {
+            return std::make_unique<RearrangedRows<Source, Target>>();
+        });
 }
 
 } // namespace ferrow

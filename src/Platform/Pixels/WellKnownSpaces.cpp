@@ -148,7 +148,7 @@ LittleCms::Curve dotGainCurve(const LittleCms::Context& context)
     const double exponent = std::log(0.3) / std::log(0.5);
     std::array<cmsUInt16Number, 256> levels{};
     for (std::size_t level = 0; level < levels.size(); ++level) {
-        const double paper = static_cast<double>(level) / 255;
+        const double paper = double(level) / 255;
         levels[level] =
             static_cast<cmsUInt16Number>(std::lround(65535 * std::max(paper / 16, std::pow(paper, exponent))));
     }

@@ -45,10 +45,9 @@ ImageProperties decoded(const MetadataBlocks& blocks, PropertyMap exif)
         properties.image.set(PropertyKey::iptc, {std::move(iptc)});
     properties.xmp = readXmpPacket(blocks.xmp);
     const PropertyMap extended = readXmpPacket(blocks.extendedXmp);
-    for (const auto& [key, value] : extended.entries()) {
+    for (const auto& [key, value] : extended.entries())
         if (!properties.xmp.find(key))
             properties.xmp.set(key, value);
-    }
     return properties;
 }
 
@@ -60,10 +59,9 @@ ImageProperties decoded(const MetadataBlocks& blocks)
 PropertyMap withoutOrientation(const PropertyMap& image)
 {
     PropertyMap rest;
-    for (const auto& [key, value] : image.entries()) {
+    for (const auto& [key, value] : image.entries())
         if (key != PropertyKey::orientation)
             rest.set(key, value);
-    }
     return rest;
 }
 

@@ -132,20 +132,18 @@ private:
 
     static QString attribute(const XML_Char** attributes, std::string_view name)
     {
-        for (; *attributes; attributes += 2) {
+        for (; *attributes; attributes += 2)
             if (name == attributes[0])
                 return MetadataText::decoded(attributes[1]);
-        }
         return {};
     }
 
     /// Texts may stand in a description's tag instead of elements of their own.
     void readAttributes(const XML_Char** attributes)
     {
-        for (; *attributes; attributes += 2) {
+        for (; *attributes; attributes += 2)
             if (const ListedProperty* property = listed(attributes[0]))
                 keep(*property, {MetadataText::decoded(attributes[1])});
-        }
     }
 
     [[nodiscard]] PropertyValue finishedValue() const
@@ -169,10 +167,9 @@ private:
             return item.language.compare(QLatin1StringView("x-default"), Qt::CaseInsensitive) == 0;
         });
         PropertyMap texts;
-        for (const Item& item : sorted) {
+        for (const Item& item : sorted)
             if (!texts.find(item.language))
                 texts.set(item.language, {item.text});
-        }
         return texts;
     }
 
@@ -214,20 +211,27 @@ void guarded(void* userData, Step step)
 
 void onOpen(void* userData, const XML_Char* name, const XML_Char** attributes)
 {
-    guarded(userData, [&](Reading& reading) {
-        if (reading.collector.open(name, attributes) == PropertyCollector::Verdict::stop)
-            XML_StopParser(reading.parser, XML_FALSE);
-    });
+    guarded(
+        userData,
+        [&](Reading& reading) {
+            if (reading.collector.open(name, attributes) == PropertyCollector::Verdict::stop)
+                XML_StopParser(reading.parser, XML_FALSE);
+        });
 }
 
 void onClose(void* userData, const XML_Char* name)
 {
-    guarded(userData, [&](Reading& reading) { reading.collector.close(name); });
+    guarded(
+        userData, [&](Reading& reading) { reading.collector.close(name); });
 }
 
 void onCharacters(void* userData, const XML_Char* characters, int length)
 {
-    guarded(userData, [&](Reading& reading) { reading.collector.characters({characters, std::size_t(length)}); });
+    guarded(
+        userData,
+        [&](Reading& reading) {
+            reading.collector.characters({characters, std::size_t(length)});
+        });
 }
 
 /// No XMP writer declares a document type; who does means to blow up entities or to have other files opened.

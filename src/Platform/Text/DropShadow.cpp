@@ -16,16 +16,16 @@ constexpr int bytesPerPixel = 4;
 /// Weights of the pixels at distances 0, 1, … to either side; beyond three sigmas too little is left for one level.
 std::vector<float> gaussian(double sigma)
 {
-    const int radius = sigma > 0 ? static_cast<int>(std::ceil(3 * sigma)) : 0;
-    std::vector<float> weights(static_cast<std::size_t>(radius) + 1, 1.0f);
+    const int radius = sigma > 0 ? int(std::ceil(3 * sigma)) : 0;
+    std::vector<float> weights(std::size_t(radius) + 1, 1.0f);
     double sum = 1;
     for (int i = 1; i <= radius; ++i) {
         const double weight = std::exp(-0.5 * i * i / (sigma * sigma));
-        weights[static_cast<std::size_t>(i)] = static_cast<float>(weight);
+        weights[std::size_t(i)] = float(weight);
         sum += 2 * weight;
     }
     for (float& weight : weights)
-        weight = static_cast<float>(weight / sum);
+        weight = float(weight / sum);
     return weights;
 }
 
@@ -35,14 +35,13 @@ void blurRow(const std::byte* row, const std::vector<float>& weights, std::vecto
 {
     const std::size_t radius = weights.size() - 1;
     for (std::size_t x = 0; x < width; ++x)
-        padded[radius + x] = static_cast<float>(row[x * bytesPerPixel + alphaByte]);
+        padded[radius + x] = float(row[x * bytesPerPixel + alphaByte]);
     const float* center = padded.data() + radius;
     for (std::size_t x = 0; x < width; ++x)
         blurred[x] = center[x] * weights[0];
-    for (std::size_t i = 1; i <= radius; ++i) {
+    for (std::size_t i = 1; i <= radius; ++i)
         for (std::size_t x = 0; x < width; ++x)
             blurred[x] += (center[x - i] + center[x + i]) * weights[i];
-    }
 }
 
 } // namespace
@@ -52,16 +51,16 @@ Bitmap dropShadow(const Bitmap& shape, double sigma, double alpha)
     if (shape.isNull())
         return {};
     const std::vector<float> weights = gaussian(sigma);
-    const auto radius = static_cast<std::int64_t>(weights.size()) - 1;
-    const auto width = static_cast<std::size_t>(shape.size().width);
+    const auto radius = std::int64_t(weights.size()) - 1;
+    const auto width = std::size_t(shape.size().width);
     const std::int64_t height = shape.size().height;
-    const auto opacity = static_cast<float>(std::clamp(alpha, 0.0, 1.0));
+    const auto opacity = float(std::clamp(alpha, 0.0, 1.0));
 
     // Only as many sideways blurred rows as one row of the result needs are kept, however high the shape is.
-    const auto kept = static_cast<std::size_t>(2 * radius + 1);
+    const auto kept = std::size_t(2 * radius + 1);
     std::vector<float> rows(kept * width);
-    const auto rowAt = [&](std::int64_t y) { return rows.data() + static_cast<std::size_t>(y) % kept * width; };
-    std::vector<float> padded(width + 2 * static_cast<std::size_t>(radius));
+    const auto rowAt = [&](std::int64_t y) { return rows.data() + std::size_t(y) % kept * width; };
+    std::vector<float> padded(width + 2 * std::size_t(radius));
     std::vector<float> sum(width);
 
     Bitmap shadow(shape.size(), rgba8Premultiplied, shape.profile());
@@ -72,7 +71,7 @@ Bitmap dropShadow(const Bitmap& shape, double sigma, double alpha)
         std::fill(sum.begin(), sum.end(), 0.0f);
         for (std::int64_t near = std::max<std::int64_t>(y - radius, 0); near < std::min(y + radius + 1, height);
              ++near) {
-            const float weight = weights[static_cast<std::size_t>(std::abs(near - y))];
+            const float weight = weights[std::size_t(std::abs(near - y))];
             const float* blurred = rowAt(near);
             for (std::size_t x = 0; x < width; ++x)
                 sum[x] += blurred[x] * weight;

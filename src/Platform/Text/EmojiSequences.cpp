@@ -101,12 +101,11 @@ EmojiText findEmoji(QStringView text)
         const bool isEmoji = scanner.takeSequence();
         if (!isEmoji)
             scanner.skip();
-        const int start = static_cast<int>(found.text.size());
-        for (const QChar unit : text.mid(from, scanner.place() - from)) {
+        const int start = int(found.text.size());
+        for (const QChar unit : text.mid(from, scanner.place() - from))
             if (unit != QChar(textSelector) && unit != QChar(emojiSelector))
                 found.text.append(unit);
-        }
-        const int length = static_cast<int>(found.text.size()) - start;
+        const int length = int(found.text.size()) - start;
         if (!isEmoji)
             continue;
         if (!found.emoji.isEmpty() && found.emoji.last().start + found.emoji.last().length == start)

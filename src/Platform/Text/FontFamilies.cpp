@@ -142,10 +142,9 @@ QStringList chainFor(const QString& name)
     for (const StandIns& row : standIns) {
         if (row.asked != name)
             continue;
-        for (const QLatin1StringView family : row.families) {
+        for (const QLatin1StringView family : row.families)
             if (!family.isEmpty())
                 chain.append(family);
-        }
     }
     chain.append(emojiFamily());
     return chain;

@@ -80,11 +80,10 @@ std::vector<EmojiText> paragraphsOf(QString text)
         const bool breaks = character == u'\n' || character == u'\v' || character == u'\f' || character == u'\r' ||
                             character == QChar(0x85) || character == QChar::LineSeparator ||
                             character == QChar::ParagraphSeparator;
-        if (breaks) {
+        if (breaks)
             endParagraph();
-        } else if (character == u'\t' || character.category() != QChar::Other_Control) {
+        else if (character == u'\t' || character.category() != QChar::Other_Control)
             paragraph.append(character);
-        }
     }
     endParagraph();
     return paragraphs;
@@ -153,10 +152,10 @@ void drawLine(QPainter& painter, const QTextLine& line, const QPointF& origin)
 /// Multiplies every channel, so that overlapping glyphs do not show through each other and color glyphs fade alike.
 void fade(Bitmap& bitmap, double alpha)
 {
-    const auto factor = static_cast<unsigned>(std::lround(std::clamp(alpha, 0.0, 1.0) * 65'536));
+    const auto factor = unsigned(std::lround(std::clamp(alpha, 0.0, 1.0) * 65'536));
     if (factor == 65'536)
         return;
-    const auto bytes = static_cast<std::size_t>(bitmap.size().width) * 4;
+    const auto bytes = std::size_t(bitmap.size().width) * 4;
     for (std::int64_t y = 0; y < bitmap.size().height; ++y) {
         std::byte* row = bitmap.row(y);
         for (std::size_t i = 0; i < bytes; ++i)
@@ -226,7 +225,7 @@ struct TextFrame::Implementation {
     [[nodiscard]] std::size_t linesWithin(double height) const
     {
         const double more = std::floor((height + tolerance - inkHeight) / advance);
-        return more >= 1 ? static_cast<std::size_t>(std::min(more, 1e6)) + 1 : 1;
+        return more >= 1 ? std::size_t(std::min(more, 1e6)) + 1 : 1;
     }
 
     /// The first lines, at most `most`, of the text broken at `width`.
@@ -246,7 +245,7 @@ struct TextFrame::Implementation {
                     break;
                 line.setLineWidth(breakingWidth);
                 const QStringView shown = QStringView(text).mid(line.textStart(), line.textLength());
-                lines.push_back({paragraph, line.textStart(), static_cast<int>(trimmedLength(shown))});
+                lines.push_back({paragraph, line.textStart(), int(trimmedLength(shown))});
             }
             layout.endLayout();
         }
@@ -285,8 +284,8 @@ struct TextFrame::Implementation {
             }
             layout.endLayout();
             for (int i = 0; i < layout.lineCount(); ++i)
-                use(layout.lineAt(i), index + static_cast<std::size_t>(i));
-            index += static_cast<std::size_t>(end - first);
+                use(layout.lineAt(i), index + std::size_t(i));
+            index += std::size_t(end - first);
             first = end;
         }
     }
@@ -308,7 +307,7 @@ private:
         for (auto line = first; line != end; ++line) {
             if (line != first)
                 result.text.append(QChar::LineSeparator);
-            const int shift = static_cast<int>(result.text.size()) - line->start;
+            const int shift = int(result.text.size()) - line->start;
             for (const TextRange& emoji : paragraph.emoji) {
                 const int start = std::max(emoji.start, line->start);
                 const int stop = std::min(emoji.start + emoji.length, line->start + line->length);
@@ -344,7 +343,7 @@ QSizeF TextFrame::suggestedSize(const QSizeF& constraint) const
     // the constraint breaks alike anywhere between.
     while (width < constraint.width() && self.breakLines(width, most) != lines)
         width += self.pixelSize / 50;
-    return {width, self.inkHeight + self.advance * (static_cast<double>(lines.size()) - 1)};
+    return {width, self.inkHeight + self.advance * (double(lines.size()) - 1)};
 }
 
 TextCut TextFrame::cutIn(const QSizeF& box, const QRectF& visible) const
@@ -356,7 +355,7 @@ TextCut TextFrame::cutIn(const QSizeF& box, const QRectF& visible) const
     // As the fonts have it, letters may stick out where none does: then they are drawn and looked at.
     bool mayStickOut = false;
     self.layOut(lines, box.width(), [&](const QTextLine& line, std::size_t index) {
-        const double baseline = self.ascent + self.advance * static_cast<double>(index);
+        const double baseline = self.ascent + self.advance * double(index);
         mayStickOut = mayStickOut || line.naturalTextWidth() * self.lineScale() > visible.width() + 1 ||
                       baseline - line.ascent() * self.lineScale() < visible.top() - tolerance ||
                       baseline + line.descent() * self.lineScale() > visible.bottom() + tolerance;
@@ -371,27 +370,26 @@ Bitmap TextFrame::drawn(const QSizeF& box, QPointF offset, int margin, double re
                         double alpha) const
 {
     const Implementation& self = *implementation_;
-    const PixelSize size{static_cast<std::int64_t>(std::ceil(box.width())) + 2 * margin,
-                         static_cast<std::int64_t>(std::ceil(box.height())) + 2 * margin};
+    const PixelSize size{std::int64_t(std::ceil(box.width())) + 2 * margin,
+                         std::int64_t(std::ceil(box.height())) + 2 * margin};
     Bitmap bitmap(size, rgba8Premultiplied, ColorProfile::sRGB());
     if (bitmap.isNull())
         return bitmap;
-    QImage canvas(reinterpret_cast<uchar*>(bitmap.row(0)), static_cast<int>(size.width), static_cast<int>(size.height),
-                  static_cast<qsizetype>(bitmap.stride()), QImage::Format_ARGB32_Premultiplied);
+    QImage canvas(reinterpret_cast<uchar*>(bitmap.row(0)), int(size.width), int(size.height),
+                  qsizetype(bitmap.stride()), QImage::Format_ARGB32_Premultiplied);
     canvas.setDotsPerMeterX(dotsPerMeter);
     canvas.setDotsPerMeterY(dotsPerMeter);
 
     QPainter painter(&canvas);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QColor::fromRgbF(static_cast<float>(std::clamp(red, 0.0, 1.0)),
-                                    static_cast<float>(std::clamp(green, 0.0, 1.0)),
-                                    static_cast<float>(std::clamp(blue, 0.0, 1.0))));
+    painter.setPen(QColor::fromRgbF(float(std::clamp(red, 0.0, 1.0)), float(std::clamp(green, 0.0, 1.0)),
+                                    float(std::clamp(blue, 0.0, 1.0))));
     painter.translate(margin + offset.x(), margin + offset.y());
     painter.scale(self.lineScale(), self.lineScale());
     const LineRanges lines = self.breakLines(box.width(), self.linesWithin(box.height()));
     self.layOut(lines, box.width(), [&](const QTextLine& line, std::size_t index) {
         // A line hangs from the tallest font in it; from our own ascent, baselines lie evenly.
-        const double baseline = self.ascent + self.advance * static_cast<double>(index);
+        const double baseline = self.ascent + self.advance * double(index);
         drawLine(painter, line, QPointF(0, baseline / self.lineScale() - line.ascent()));
     });
     painter.end();
