@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Installs what Ferrow needs and this machine lacks, through the system's package manager: prepare.sh [run | test], for
-# building and running it, or (where nothing is said) for testing it as well. Says what it does; does nothing where
-# nothing is missing.
+# Installs what Ferrow needs and this machine lacks, through the system's package manager: prepare.sh [run | test | lint],
+# for building and running it, or (where nothing is said) for testing it as well, or for checking how it is written
+# besides. Says what it does; does nothing where nothing is missing.
 set -euo pipefail
 source "$(dirname "$0")/progress.sh"
 
@@ -21,11 +21,12 @@ packages=(
 wherePackaged=(qt6-svg-plugins libheif-plugin-libde265 libheif-plugin-x265)
 case ${1:-test} in
 run) ;;
-test)
+test | lint)
     packages+=(libgtest-dev libgmock-dev libexiv2-dev strace tzdata xvfb xauth dbus appstream clang libclang-rt-dev)
+    [ "${1:-test}" = test ] || wherePackaged+=(clang-format-14)
     ;;
 *)
-    echo "prepare.sh: run or test, not $1" >&2
+    echo "prepare.sh: run, test or lint, not $1" >&2
     exit 2
     ;;
 esac
