@@ -9,7 +9,10 @@
 
 #include <QAccessible>
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QLineEdit>
+#include <QMenu>
+#include <QPointer>
 #include <QTest>
 
 #include <gmock/gmock.h>
@@ -173,6 +176,26 @@ TEST_F(CaptionBuilderTest, reordersByMouseAndPutsBack)
 
     dragFirstTo(center(1) + QPoint(10, 0));
     QTest::mouseRelease(well, Qt::LeftButton, {}, center(1) + QPoint(10, 0));
+    EXPECT_EQ(steps, QStringList{QStringLiteral("Move Text:bac")});
+}
+
+TEST_F(CaptionBuilderTest, doesWhatIsChosenForAChipAsLongAsItIsThere)
+{
+    const auto choose = [&](const QString& command, const auto& meanwhile) {
+        QContextMenuEvent event(QContextMenuEvent::Mouse, center(0), well->mapToGlobal(center(0)));
+        QApplication::sendEvent(well, &event);
+        const QPointer<QMenu> menu = well->findChild<QMenu*>(QStringLiteral("chipMenu"));
+        meanwhile();
+        for (QAction* action : menu->actions())
+            if (action->text().startsWith(command))
+                action->trigger();
+        menu->close();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return menu.isNull(); }));
+    };
+    choose(QStringLiteral("Move Right"), [] {});
+    // The list is on the screen while an import ends, and another photo is shown with another caption.
+    const auto show = [&](const QString& text) { session.setBatchRecipe({.captions = {{.segments = letters(text)}}}); };
+    choose(QStringLiteral("Remove"), [&] { show(QString()); });
     EXPECT_EQ(steps, QStringList{QStringLiteral("Move Text:bac")});
 }
 
