@@ -72,6 +72,9 @@ TEST(Pool, diesWithTheProgramThatIsKilled)
         return !test::namesIn(folder.file("out")).filter(QStringLiteral("_framed")).isEmpty() ||
                ::waitpid(batch, nullptr, WNOHANG) != 0;
     }));
+    // So that it ends no worker any more by itself: nobody could wait for that one.
+    ::kill(batch, SIGSTOP);
+    EXPECT_TRUE(comes([] { return !test::childrenOf(::getpid(), 'T').empty(); }));
     std::vector<pid_t> workers = test::childrenOf(batch);
     ASSERT_EQ(workers.size(), 1U);
     const pid_t stem = workers.front();
