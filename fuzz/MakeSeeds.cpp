@@ -85,7 +85,7 @@ QByteArray presets()
     preset.payload = PresetPayload::make({}, {}, {});
     PresetDocument document;
     document.presets = {preset, preset};
-    document.presets[1].payload.logo = LogoConfiguration::placeholder();
+    document.presets[1].payload.framing.logo = LogoConfiguration::placeholder();
     return document.encode();
 }
 
