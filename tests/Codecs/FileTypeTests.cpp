@@ -69,7 +69,7 @@ TEST(FileType, callsATypeWhatItsExtensionDoes)
 {
     const QByteArray filler(32, '\0');
     const std::tuple<const char*, QByteArray> rows[] = {
-        {"bmp", "BM" + bigEndian(0, 12) + QByteArray(1, 40) + filler},
+        {"bmp", "BM" + QByteArray(12, '\0') + QByteArray(1, 40) + filler},
         {"dng", tiffFile({{50706, 1, 4, QByteArray("\1\4\0\0", 4)}})},
         {"ico", QByteArray("\0\0\1\0\1\0", 6) + filler},
         {"kdc", tiffFile({textTag(271, "Eastman Kodak"), shortTag(262, 32803)})},
