@@ -29,11 +29,14 @@ namespace ferrow::bench {
 
 namespace {
 
-using File = std::unique_ptr<std::FILE, decltype(&std::fclose)>;
+struct FileCloser {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, FileCloser>;
 
 File openFile(const std::string& path, const char* mode)
 {
-    File file(std::fopen(path.c_str(), mode), &std::fclose);
+    File file(std::fopen(path.c_str(), mode));
     if (!file)
         throw std::runtime_error("cannot open " + path);
     return file;
