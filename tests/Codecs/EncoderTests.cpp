@@ -63,7 +63,7 @@ TEST(HeifEncoder, refusesSidesThatItsReadersRefuse)
 {
     const MemoryFile file;
     ByteSink sink(file.descriptor());
-    EXPECT_THROW(openHeifEncoder(sink, optionsFor({heifMaximumSide + 1, 1})), EncoderError);
+    EXPECT_THROW(static_cast<void>(openHeifEncoder(sink, optionsFor({heifMaximumSide + 1, 1}))), EncoderError);
     const PixelSize largest{heifMaximumSide, 2};
     EXPECT_EQ(decodeAs(FileType::heif, encode(OutputType::heif, optionsFor(largest), picture(largest, 3))).size,
               largest);

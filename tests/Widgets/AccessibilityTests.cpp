@@ -96,7 +96,8 @@ protected:
     void focus(QWidget* part)
     {
         window.show();
-        QApplication::setActiveWindow(&window);
+        window.activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
         part->setFocus(Qt::TabFocusReason);
         QCoreApplication::processEvents();
     }

@@ -44,7 +44,8 @@ protected:
         field.setRange(0, 500);
         field.resize(300, 32);
         field.show();
-        QApplication::setActiveWindow(&field);
+        field.activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&field));
         QObject::connect(
             &field, &SliderField::gestureStarted, [this] { log.append(QLatin1Char('(')); });
         QObject::connect(
@@ -196,7 +197,8 @@ TEST(ScrollPane, turnsNoValueThatItsScrollingPasses)
     pane.setPage(page);
     pane.resize(300, 200);
     pane.show();
-    QApplication::setActiveWindow(&pane);
+    pane.activateWindow();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&pane));
     struct Row {
         const char* name;
         QWidget* focused;

@@ -29,7 +29,8 @@ protected:
         layout->addWidget(other);
         window.resize(1000, 700);
         window.show();
-        QApplication::setActiveWindow(&window);
+        window.activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
         opener->setFocus();
     }
 
