@@ -107,7 +107,8 @@ TEST_P(Mutants, endNobodyAndLeaveNothing)
             refused += outcome == Outcome::exported ? 0 : 1;
             EXPECT_TRUE(outcome != Outcome::exported || !roads.takeOutput().isNull());
         }
-    EXPECT_GT(refused, 20); // A change amid compressed pixels often gives others.
+    // A change amid compressed pixels often gives others: a HEIC library of 2025 takes some that one of 2022 refuses.
+    EXPECT_GT(refused, 10);
     EXPECT_EQ(namesIn(roads.folder.url()), QStringList(QString::fromLatin1(GetParam().name)));
     expectGoodPhoto();
 }

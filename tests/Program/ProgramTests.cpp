@@ -158,7 +158,7 @@ TEST(Program, answersItsOptionsWithoutADisplay)
         test::Words words{FERROW_PROGRAM};
         words.insert(words.end(), row.words.begin(), row.words.end());
         const test::TemporaryFolder folder;
-        const test::Ended ended = test::Program(words, {"TMPDIR=" + folder.url().path()}).wait();
+        const test::Ended ended = test::Program(words, {"LC_ALL=C.UTF-8", "TMPDIR=" + folder.url().path()}).wait();
         EXPECT_EQ(ended.status, row.status);
         EXPECT_EQ(test::namesIn(folder.url()), QStringList()) << "left behind";
         EXPECT_TRUE(ended.output.startsWith(row.output)) << ended.output.constData();
