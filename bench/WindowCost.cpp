@@ -68,8 +68,7 @@ public:
         QApplication::processEvents();
         timer_.stop();
         note();
-        const auto slow = std::ranges::count_if(
-            gaps_, [](const Gap& gap) { return gap.length > 16; });
+        const auto slow = std::ranges::count_if(gaps_, [](const Gap& gap) { return gap.length > 16; });
         const auto busy = std::ranges::count_if(gaps_, [](const Gap& gap) { return gap.work > 16; });
         const Gap longest = *std::ranges::max_element(gaps_, {}, &Gap::length);
         std::printf(
@@ -262,9 +261,8 @@ void measureTenThousand(ContentView& window, const FileUrl& folder)
         std::printf("  %s: median %.1f ms, slowest %.1f ms (target 50)\n", what, percentile(times, 0.5),
                     percentile(times, 1));
     };
-    timed(
-        "selecting",
-        [&](std::size_t run) { window.session().setSelectedPhotoID(window.session().photos()[run * 241 + 3].id()); });
+    timed("selecting",
+          [&](std::size_t run) { window.session().setSelectedPhotoID(window.session().photos()[run * 241 + 3].id()); });
     timed("removing", [&](std::size_t) { window.history().removeSelected(); });
 }
 

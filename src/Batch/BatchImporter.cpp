@@ -131,8 +131,7 @@ BatchImportResult importScanned(const BatchImportScan& scan, const Loader& loade
             result.failures.push_back(failureOf(url, message));
     }
     std::ranges::move(refused(scan), std::back_inserter(result.failures));
-    Localization::standardSort(
-        result.photos, [](const ImportedPhoto& photo) { return photo.filename(); });
+    Localization::standardSort(result.photos, [](const ImportedPhoto& photo) { return photo.filename(); });
     Localization::standardSort(result.failures, [](const BatchExportFailure& failure) { return failure.filename; });
     return result;
 }

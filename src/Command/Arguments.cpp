@@ -174,21 +174,20 @@ void addDestinationHandlers(std::unordered_map<QByteArray, Handler>& handlers)
 
 void addOutputHandlers(std::unordered_map<QByteArray, Handler>& handlers)
 {
-    handlers["--format"] = choice<ExportFormat>(
-        {{"jpeg", ExportFormat::jpeg},
-         {"png", ExportFormat::png},
-         {"tiff", ExportFormat::tiff},
-         {"heic", ExportFormat::heic}},
-        [](Settings& s, ExportFormat f) { s.exportSettings.format = f; });
+    handlers["--format"] = choice<ExportFormat>({{"jpeg", ExportFormat::jpeg},
+                                                 {"png", ExportFormat::png},
+                                                 {"tiff", ExportFormat::tiff},
+                                                 {"heic", ExportFormat::heic}},
+                                                [](Settings& s, ExportFormat f) { s.exportSettings.format = f; });
     handlers["--quality"] = [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
         const double quality = number(option, value, 0, 1);
         arguments.changes.emplace_back([quality](Settings& s) { s.exportSettings.quality = quality; });
     };
-    handlers["--profile"] = choice<OutputColorProfile>(
-        {{"srgb", OutputColorProfile::sRGB},
-         {"p3", OutputColorProfile::displayP3},
-         {"source", OutputColorProfile::preserveSource}},
-        [](Settings& s, OutputColorProfile p) { s.recipe.outputColorProfile = p; });
+    handlers["--profile"] =
+        choice<OutputColorProfile>({{"srgb", OutputColorProfile::sRGB},
+                                    {"p3", OutputColorProfile::displayP3},
+                                    {"source", OutputColorProfile::preserveSource}},
+                                   [](Settings& s, OutputColorProfile p) { s.recipe.outputColorProfile = p; });
     handlers["--preset"] = [](Arguments& arguments, const QByteArray&, const QByteArray& value) {
         arguments.presetName = QString::fromUtf8(value);
     };
@@ -217,17 +216,16 @@ void addFrameHandlers(std::unordered_map<QByteArray, Handler>& handlers)
         const RGBAColor parsed = color(option, value);
         arguments.changes.emplace_back([parsed](Settings& s) { captionOf(s).color = parsed; });
     };
-    handlers["--caption-position"] = choice<CaptionPosition>(
-        positionWords(), [](Settings& s, CaptionPosition p) { captionOf(s).position = p; });
-    handlers["--caption-font"] = choice<CaptionFont>(
-        {{"system", CaptionFont::system},
-         {"rounded", CaptionFont::rounded},
-         {"serif", CaptionFont::serif},
-         {"monospaced", CaptionFont::monospaced},
-         {"geometric", CaptionFont::avenirNext},
-         // What scripts may say from before it was called so.
-         {"avenir-next", CaptionFont::avenirNext}},
-        [](Settings& s, CaptionFont f) { captionOf(s).font = f; });
+    handlers["--caption-position"] =
+        choice<CaptionPosition>(positionWords(), [](Settings& s, CaptionPosition p) { captionOf(s).position = p; });
+    handlers["--caption-font"] = choice<CaptionFont>({{"system", CaptionFont::system},
+                                                      {"rounded", CaptionFont::rounded},
+                                                      {"serif", CaptionFont::serif},
+                                                      {"monospaced", CaptionFont::monospaced},
+                                                      {"geometric", CaptionFont::avenirNext},
+                                                      // What scripts may say from before it was called so.
+                                                      {"avenir-next", CaptionFont::avenirNext}},
+                                                     [](Settings& s, CaptionFont f) { captionOf(s).font = f; });
     handlers["--caption-align"] = choice<CaptionAlignment>(
         {{"left", CaptionAlignment::left}, {"center", CaptionAlignment::center}, {"right", CaptionAlignment::right}},
         [](Settings& s, CaptionAlignment a) { captionOf(s).alignment = a; });

@@ -194,20 +194,18 @@ PixelSize OpenedPhoto::uprightSize() const
 
 OpenedPhoto openPhoto(const SourceFile& source, const DecodeOptions& options)
 {
-    return translated(
-        Stage::header,
-        [&] {
-            OpenedPhoto photo;
-            photo.source = std::make_unique<const ByteSource>(source.descriptor, source.size);
-            photo.type = photoType(*photo.source);
-            photo.decoder = openDecoder(photo.type, *photo.source, options);
-            validateStoredSize(photo.decoder->storedSize());
-            if (photo.decoder->heldBytes() > maximumHeldBytes(photo.decoder->storedSize()))
-                throw CodecError{CodecError::Reason::tooLarge, {}};
-            photo.properties = readProperties(photo.type, *photo.source);
-            photo.orientation = orientationFrom(photo.properties);
-            return photo;
-        });
+    return translated(Stage::header, [&] {
+        OpenedPhoto photo;
+        photo.source = std::make_unique<const ByteSource>(source.descriptor, source.size);
+        photo.type = photoType(*photo.source);
+        photo.decoder = openDecoder(photo.type, *photo.source, options);
+        validateStoredSize(photo.decoder->storedSize());
+        if (photo.decoder->heldBytes() > maximumHeldBytes(photo.decoder->storedSize()))
+            throw CodecError{CodecError::Reason::tooLarge, {}};
+        photo.properties = readProperties(photo.type, *photo.source);
+        photo.orientation = orientationFrom(photo.properties);
+        return photo;
+    });
 }
 
 Bitmap oriented(const Bitmap& picture, int orientation)
@@ -268,49 +266,46 @@ void PhotoRows::readRows(std::int64_t count, std::byte* out, std::size_t stride)
 
 void PhotoRows::finish()
 {
-    translated(
-        Stage::pixels, [&] { photo_.decoder->finish(); });
+    translated(Stage::pixels, [&] { photo_.decoder->finish(); });
 }
 
 Bitmap reducedPicture(OpenedPhoto& photo, std::int64_t maximumDimension, const ColorProfile& target)
 {
-    return translated(
-        Stage::pixels,
-        [&] {
-            const PixelFormat format = rowFormat(*photo.decoder);
-            const PixelSize size = photo.decoder->size();
-            const ColorTransform transform(photo.decoder->profile(), photo.decoder->format(), target, format);
-            const auto decodedBytes = std::size_t(size.width) * std::size_t(photo.decoder->format().bytesPerPixel());
-            const auto rowBytes = std::size_t(size.width) * std::size_t(format.bytesPerPixel());
-            const std::int64_t band = std::clamp<std::int64_t>(bandBytes / std::int64_t(decodedBytes), 1, 64);
+    return translated(Stage::pixels, [&] {
+        const PixelFormat format = rowFormat(*photo.decoder);
+        const PixelSize size = photo.decoder->size();
+        const ColorTransform transform(photo.decoder->profile(), photo.decoder->format(), target, format);
+        const auto decodedBytes = std::size_t(size.width) * std::size_t(photo.decoder->format().bytesPerPixel());
+        const auto rowBytes = std::size_t(size.width) * std::size_t(format.bytesPerPixel());
+        const std::int64_t band = std::clamp<std::int64_t>(bandBytes / std::int64_t(decodedBytes), 1, 64);
 
-            const auto factor = int(blockFactor(size, maximumDimension));
-            std::optional<BlockAverage> average;
-            Bitmap picture;
-            if (factor > 1)
-                average.emplace(size, format, factor, target);
-            else
-                picture = Bitmap(size, format, target);
-            std::vector<std::byte> decoded(decodedBytes * std::size_t(band));
-            std::vector<std::byte> row(rowBytes);
-            for (std::int64_t y = 0; y < size.height; y += band) {
-                const std::int64_t count = std::min(band, size.height - y);
-                photo.decoder->readRows(count, decoded.data(), decodedBytes);
-                for (std::int64_t i = 0; i < count; ++i) {
-                    const std::byte* in = decoded.data() + std::size_t(i) * decodedBytes;
-                    std::byte* out = average ? row.data() : picture.row(y + i);
-                    transform.apply(in, out, std::size_t(size.width));
-                    if (average)
-                        average->feed(out);
-                }
+        const auto factor = int(blockFactor(size, maximumDimension));
+        std::optional<BlockAverage> average;
+        Bitmap picture;
+        if (factor > 1)
+            average.emplace(size, format, factor, target);
+        else
+            picture = Bitmap(size, format, target);
+        std::vector<std::byte> decoded(decodedBytes * std::size_t(band));
+        std::vector<std::byte> row(rowBytes);
+        for (std::int64_t y = 0; y < size.height; y += band) {
+            const std::int64_t count = std::min(band, size.height - y);
+            photo.decoder->readRows(count, decoded.data(), decodedBytes);
+            for (std::int64_t i = 0; i < count; ++i) {
+                const std::byte* in = decoded.data() + std::size_t(i) * decodedBytes;
+                std::byte* out = average ? row.data() : picture.row(y + i);
+                transform.apply(in, out, std::size_t(size.width));
+                if (average)
+                    average->feed(out);
             }
-            if (average)
-                picture = average->finish();
-            const PixelSize fitted = Resampler::fitted(photo.decoder->storedSize(), maximumDimension);
-            if (fitted != picture.size())
-                picture = Resampler::scaled(picture, fitted);
-            return oriented(picture, photo.orientation);
-        });
+        }
+        if (average)
+            picture = average->finish();
+        const PixelSize fitted = Resampler::fitted(photo.decoder->storedSize(), maximumDimension);
+        if (fitted != picture.size())
+            picture = Resampler::scaled(picture, fitted);
+        return oriented(picture, photo.orientation);
+    });
 }
 
 } // namespace ferrow::Engine

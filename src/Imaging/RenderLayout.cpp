@@ -77,8 +77,7 @@ QRectF scaledRect(const QRectF& rect, double scale)
 
 bool areFinite(std::initializer_list<double> values)
 {
-    return std::ranges::all_of(
-        values, [](double value) { return std::isfinite(value); });
+    return std::ranges::all_of(values, [](double value) { return std::isfinite(value); });
 }
 
 bool isFinite(const Caption& caption)

@@ -173,9 +173,8 @@ PhotoMetadata extract(const PropertyMap& properties, const PropertyMap& xmp, con
     metadata.cameraModel = firstString({tiff.find(PropertyKey::tiffModel)});
     metadata.lens =
         firstString({exif.find(PropertyKey::exifLensModel), xmp.find(u"aux:Lens"), xmp.find(u"exifEX:LensModel")});
-    metadata.focalLength = formatted(
-        number(exif, PropertyKey::exifFocalLength),
-        [](double value) { return format(value, QLatin1StringView(" mm")); });
+    metadata.focalLength = formatted(number(exif, PropertyKey::exifFocalLength),
+                                     [](double value) { return format(value, QLatin1StringView(" mm")); });
     metadata.aperture = formatted(number(exif, PropertyKey::exifFNumber),
                                   [](double value) { return QStringLiteral("f/") + format(value); });
     if (const auto seconds = number(exif, PropertyKey::exifExposureTime))

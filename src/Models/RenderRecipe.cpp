@@ -12,8 +12,7 @@ LogoConfiguration LogoConfiguration::placeholder()
 
 bool RenderRecipe::showsCaption() const
 {
-    return std::ranges::any_of(
-        captions, [](const Caption& caption) { return caption.isEnabled; });
+    return std::ranges::any_of(captions, [](const Caption& caption) { return caption.isEnabled; });
 }
 
 QString filenameExtension(ExportFormat format)

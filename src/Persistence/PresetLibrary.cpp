@@ -169,8 +169,7 @@ std::optional<PhotoPreset> PresetLibrary::duplicate(const QUuid& id)
 void PresetLibrary::remove(const QUuid& id)
 {
     change([id](std::vector<PhotoPreset>& presets) {
-        std::erase_if(
-            presets, [&](const PhotoPreset& preset) { return preset.id == id; });
+        std::erase_if(presets, [&](const PhotoPreset& preset) { return preset.id == id; });
     });
 }
 

@@ -96,8 +96,7 @@ bool SandboxAccessBroker::isHeld(const FileUrl& root) const
 
 bool SandboxAccessBroker::isWritable(const FileUrl& folder) const
 {
-    return std::ranges::any_of(
-        writableSourceFolders_, [&](const FileUrl& root) { return contains(root, folder); });
+    return std::ranges::any_of(writableSourceFolders_, [&](const FileUrl& root) { return contains(root, folder); });
 }
 
 std::vector<FileUrl> SandboxAccessBroker::unwritableFolders(const std::vector<FileUrl>& photos) const

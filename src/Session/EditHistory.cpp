@@ -160,8 +160,7 @@ void EditHistory::setLogoAsset(const LogoAssetReference& asset)
 
 void EditHistory::removeLogo()
 {
-    editRecipe(
-        QStringLiteral("Remove Logo"), [](RenderRecipe& recipe) { recipe.logo.reset(); });
+    editRecipe(QStringLiteral("Remove Logo"), [](RenderRecipe& recipe) { recipe.logo.reset(); });
 }
 
 } // namespace ferrow

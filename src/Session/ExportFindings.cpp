@@ -400,10 +400,9 @@ ExportCheckOperations ExportCheckOperations::system()
             .exists = isTaken,
             .checkWritable = checkFolderWritable,
             .freeBytes = ferrow::freeBytes,
-            .loadLogo =
-                [](const LogoAssetReference& asset, const std::stop_token& stop) {
-                    return ManagedLogoStore::load(asset, ManagedLogoStore::renderDimension, {}, stop);
-                }};
+            .loadLogo = [](const LogoAssetReference& asset, const std::stop_token& stop) {
+                return ManagedLogoStore::load(asset, ManagedLogoStore::renderDimension, {}, stop);
+            }};
 }
 
 Findings findingsFor(const ExportRequest& request, const ExportCheckOperations& operations, const std::stop_token& stop)
@@ -431,8 +430,7 @@ Findings findingsFor(const ExportRequest& request, const ExportCheckOperations& 
 
 bool hasErrors(const Findings& findings)
 {
-    return std::ranges::any_of(
-        findings, [](const auto& finding) { return finding.severity == Severity::error; });
+    return std::ranges::any_of(findings, [](const auto& finding) { return finding.severity == Severity::error; });
 }
 
 QString exampleFilename(const QString& nameTemplate, const FileUrl& photo, std::int64_t index, ExportFormat format)

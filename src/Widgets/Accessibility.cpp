@@ -104,14 +104,12 @@ class ComboBoxInterface : public QAccessibleWidget, public QAccessibleValueInter
 public:
     explicit ComboBoxInterface(QComboBox* box) : QAccessibleWidget(box, QAccessible::ComboBox)
     {
-        QObject::connect(
-            box, &QComboBox::currentIndexChanged, box,
-            [box](int index) {
-                QAccessibleEvent renamed(box, QAccessible::NameChanged);
-                sendAccessible(renamed);
-                QAccessibleValueChangeEvent event(box, index);
-                sendAccessible(event);
-            });
+        QObject::connect(box, &QComboBox::currentIndexChanged, box, [box](int index) {
+            QAccessibleEvent renamed(box, QAccessible::NameChanged);
+            sendAccessible(renamed);
+            QAccessibleValueChangeEvent event(box, index);
+            sendAccessible(event);
+        });
     }
 
     void* interface_cast(QAccessible::InterfaceType type) override

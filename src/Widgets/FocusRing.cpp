@@ -133,8 +133,7 @@ void setFocusLook(QWidget* widget, FocusLook look)
 FocusRing::FocusRing(QObject* parent) : QObject(parent)
 {
     qApp->installEventFilter(this);
-    connect(
-        qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) { follow(now); });
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) { follow(now); });
     connect(&Theme::current(), &Theme::changed, this, [this] { place(); });
 }
 

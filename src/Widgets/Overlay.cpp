@@ -62,8 +62,7 @@ Overlay::Overlay(QWidget* window, const QString& name)
         update();
     });
     connect(animation_, &QVariantAnimation::finished, this, &Overlay::finishFade);
-    connect(
-        qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) { keepFocusInside(now); });
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) { keepFocusInside(now); });
     connect(&Theme::current(), &Theme::changed, this, [this] { relayout(); });
     parentWidget()->installEventFilter(this);
 }

@@ -160,8 +160,7 @@ class Dress : public QObject {
 public:
     explicit Dress(QWidget* widget) : QObject(widget)
     {
-        connect(
-            &Theme::current(), &Theme::changed, this, [this] { apply(); });
+        connect(&Theme::current(), &Theme::changed, this, [this] { apply(); });
     }
 
     static Dress* of(QWidget* widget)

@@ -133,45 +133,34 @@ void ContentView::connectActions()
     on(actions_->clearAll, &ContentView::clearAll);
     on(actions_->exportBatch, [this] { exportFlow_.showExportOptions(); });
     on(actions_->quit, &QWidget::close);
-    on(
-        actions_->showInFolder,
-        [this] {
-            if (const auto& photoID = session_.selectedPhotoID())
-                services_.showItems({*photoID});
-        });
-    on(
-        actions_->copyFraming,
-        [this] {
-            if (const auto& photoID = session_.selectedPhotoID())
-                history_.copyFraming(*photoID);
-        });
-    on(
-        actions_->pasteFraming,
-        [this] {
-            if (const auto& photoID = session_.selectedPhotoID())
-                history_.pasteFraming({*photoID});
-        });
+    on(actions_->showInFolder, [this] {
+        if (const auto& photoID = session_.selectedPhotoID())
+            services_.showItems({*photoID});
+    });
+    on(actions_->copyFraming, [this] {
+        if (const auto& photoID = session_.selectedPhotoID())
+            history_.copyFraming(*photoID);
+    });
+    on(actions_->pasteFraming, [this] {
+        if (const auto& photoID = session_.selectedPhotoID())
+            history_.pasteFraming({*photoID});
+    });
     on(actions_->presets, [this] { presetFlow_.showPresets(); });
     on(actions_->settings, &ContentView::showSettings);
     on(actions_->shortcuts, &ContentView::showShortcuts);
-    on(
-        actions_->zoomIn, [this] { preview_->zoomIn(); });
+    on(actions_->zoomIn, [this] { preview_->zoomIn(); });
     on(actions_->zoomOut, [this] { preview_->zoomOut(); });
     // A press takes the tick away, and where the zoom was there already nothing else gives it back.
     on(actions_->zoomToFit, [this] {
         preview_->zoomToFit();
         followZoom();
     });
-    on(
-        actions_->zoomToActualPixels,
-        [this] {
-            preview_->zoomToActualPixels();
-            followZoom();
-        });
-    on(
-        actions_->toggleSidebar, [this] { columns_->setSidebarShown(!columns_->isSidebarShown()); });
-    on(
-        actions_->nextArea, [this] { moveToArea(1); });
+    on(actions_->zoomToActualPixels, [this] {
+        preview_->zoomToActualPixels();
+        followZoom();
+    });
+    on(actions_->toggleSidebar, [this] { columns_->setSidebarShown(!columns_->isSidebarShown()); });
+    on(actions_->nextArea, [this] { moveToArea(1); });
     on(actions_->previousArea, [this] { moveToArea(-1); });
 }
 
@@ -228,19 +217,17 @@ void ContentView::updateActions()
 
 void ContentView::choosePhotos()
 {
-    services_.panels.open(
-        this, {.kind = PanelRequest::Kind::photos, .title = QStringLiteral("Add Photos")},
-        [this](const std::vector<FileUrl>& urls) { importRoots(urls); });
+    services_.panels.open(this, {.kind = PanelRequest::Kind::photos, .title = QStringLiteral("Add Photos")},
+                          [this](const std::vector<FileUrl>& urls) { importRoots(urls); });
 }
 
 void ContentView::chooseFolder()
 {
-    services_.panels.open(
-        this,
-        {.kind = PanelRequest::Kind::folder,
-         .title = QStringLiteral("Add a Folder of Photos"),
-         .prompt = QStringLiteral("Add Folder")},
-        [this](const std::vector<FileUrl>& urls) { importRoots(urls); });
+    services_.panels.open(this,
+                          {.kind = PanelRequest::Kind::folder,
+                           .title = QStringLiteral("Add a Folder of Photos"),
+                           .prompt = QStringLiteral("Add Folder")},
+                          [this](const std::vector<FileUrl>& urls) { importRoots(urls); });
 }
 
 void ContentView::importRoots(const std::vector<FileUrl>& urls)

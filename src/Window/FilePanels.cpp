@@ -33,9 +33,7 @@ QStringList filters(PanelRequest::Kind kind)
 {
     const QString allFiles = QStringLiteral("All Files (*)");
     if (kind == PanelRequest::Kind::photos)
-        return {filter(
-                    QStringLiteral("Photos"), [](const InputType& input) { return input.isPhoto; }),
-                allFiles};
+        return {filter(QStringLiteral("Photos"), [](const InputType& input) { return input.isPhoto; }), allFiles};
     const auto isLogo = [](const InputType& input) { return !input.logoExtension.isEmpty(); };
     return {filter(QStringLiteral("Logos"), isLogo), allFiles};
 }

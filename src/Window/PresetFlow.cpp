@@ -67,16 +67,12 @@ void PresetFlow::requestPresetName(const QString& title, const QString& prompt, 
 
 void PresetFlow::saveCurrentPreset()
 {
-    requestPresetName(
-        QStringLiteral("Save Preset"), QStringLiteral("Save"), {},
-        [this](const QString& name) {
-            alerts_.attempt(
-                QStringLiteral("Couldn’t Save Preset"),
-                [&] {
-                    library_.save(name, PresetPayload::make(session_.batchRecipe(), exportSession_.settings(),
-                                                            exportSession_.configuration()));
-                });
+    requestPresetName(QStringLiteral("Save Preset"), QStringLiteral("Save"), {}, [this](const QString& name) {
+        alerts_.attempt(QStringLiteral("Couldn’t Save Preset"), [&] {
+            library_.save(name, PresetPayload::make(session_.batchRecipe(), exportSession_.settings(),
+                                                    exportSession_.configuration()));
         });
+    });
 }
 
 void PresetFlow::applyPreset(const QUuid& id)
@@ -100,8 +96,7 @@ void PresetFlow::renamePreset(const QUuid& id)
 
 void PresetFlow::duplicatePreset(const QUuid& id)
 {
-    alerts_.attempt(
-        QStringLiteral("Couldn’t Duplicate Preset"), [&] { library_.duplicate(id); });
+    alerts_.attempt(QStringLiteral("Couldn’t Duplicate Preset"), [&] { library_.duplicate(id); });
 }
 
 void PresetFlow::deletePreset(const QUuid& id)

@@ -45,8 +45,7 @@ bool keepUser(uid_t user, gid_t group)
 
 bool liesBelowOneOf(const std::vector<std::string>& folders, const std::string& path)
 {
-    return std::ranges::any_of(
-        folders, [&](const std::string& folder) { return path.starts_with(folder + '/'); });
+    return std::ranges::any_of(folders, [&](const std::string& folder) { return path.starts_with(folder + '/'); });
 }
 
 /// What is not there, or can't be shown, holds no fonts.

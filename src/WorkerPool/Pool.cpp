@@ -239,8 +239,7 @@ void Pool::retire(std::unique_lock<std::mutex>& lock)
 
 bool Pool::hasIdle() const
 {
-    return std::ranges::any_of(
-        workers_, [](const Workers& own) { return !own.idle.empty(); });
+    return std::ranges::any_of(workers_, [](const Workers& own) { return !own.idle.empty(); });
 }
 
 void Pool::keep(const std::stop_token& stop)

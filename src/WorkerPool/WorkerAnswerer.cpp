@@ -202,22 +202,20 @@ auto WorkerAnswerer::onWorker(const Assignment& assignment, const std::stop_toke
 Engine::InspectAnswer WorkerAnswerer::inspect(const Engine::InspectRequest& request, const std::stop_token& stop)
 {
     return forPhoto([&] {
-        return onWorker(
-            reading(WorkerKind::photos), stop,
-            [&](JobRun& job) {
-                const PixelSize largest{request.maximumDimension, request.maximumDimension};
-                auto memory = memoryFor(largest);
-                const Worker::Answer answer = job.ask({0, request, descriptorOf(memory)});
-                throwRefusal(job, answer, nullptr, {});
-                const auto& inspected = expect<Worker::Inspected>(answer);
-                Engine::InspectAnswer result = inspected.answer;
-                result.picture = takePicture(inspected.picture, memory, largest);
-                if (result.picture.isNull() != (request.maximumDimension == 0) ||
-                    inspected.picture.format.alpha == Alpha::premultiplied)
-                    throw NoAnswer{};
-                job.accept();
-                return result;
-            });
+        return onWorker(reading(WorkerKind::photos), stop, [&](JobRun& job) {
+            const PixelSize largest{request.maximumDimension, request.maximumDimension};
+            auto memory = memoryFor(largest);
+            const Worker::Answer answer = job.ask({0, request, descriptorOf(memory)});
+            throwRefusal(job, answer, nullptr, {});
+            const auto& inspected = expect<Worker::Inspected>(answer);
+            Engine::InspectAnswer result = inspected.answer;
+            result.picture = takePicture(inspected.picture, memory, largest);
+            if (result.picture.isNull() != (request.maximumDimension == 0) ||
+                inspected.picture.format.alpha == Alpha::premultiplied)
+                throw NoAnswer{};
+            job.accept();
+            return result;
+        });
     });
 }
 
@@ -248,22 +246,20 @@ Bitmap WorkerAnswerer::composeRegion(const Engine::RegionRequest& request, const
     return forPhoto([&] {
         Assignment assignment = reading(WorkerKind::photos);
         assignment.photoPixels = request.expectedSize.width * request.expectedSize.height;
-        return onWorker(
-            assignment, stop,
-            [&](JobRun& job) {
-                auto memory = memoryFor(request.size);
-                Worker::Request question{0, request, descriptorOf(memory)};
-                const auto overlays = Worker::overlayMemoryFor(question);
-                question.overlayMemory = descriptorOf(overlays);
-                const Worker::Answer answer = job.ask(std::move(question));
-                throwRefusal(job, answer, nullptr, request.expectedSize);
-                const auto& region = expect<Worker::RegionComposed>(answer);
-                Bitmap picture = takePicture(region.picture, memory, request.size);
-                if (region.picture.format.alpha == Alpha::premultiplied)
-                    throw NoAnswer{};
-                job.accept();
-                return picture;
-            });
+        return onWorker(assignment, stop, [&](JobRun& job) {
+            auto memory = memoryFor(request.size);
+            Worker::Request question{0, request, descriptorOf(memory)};
+            const auto overlays = Worker::overlayMemoryFor(question);
+            question.overlayMemory = descriptorOf(overlays);
+            const Worker::Answer answer = job.ask(std::move(question));
+            throwRefusal(job, answer, nullptr, request.expectedSize);
+            const auto& region = expect<Worker::RegionComposed>(answer);
+            Bitmap picture = takePicture(region.picture, memory, request.size);
+            if (region.picture.format.alpha == Alpha::premultiplied)
+                throw NoAnswer{};
+            job.accept();
+            return picture;
+        });
     });
 }
 

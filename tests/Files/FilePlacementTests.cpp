@@ -67,18 +67,16 @@ TEST(FilePlacement, letsOneOfTwoRacersWin)
     int badRounds = 0;
     int round = 0;
     std::barrier start(2);
-    std::barrier finish(
-        2,
-        [&]() noexcept {
-            const int winner = results[0] == PlacementResult::placed ? 0 : 1;
-            const bool isGood = results[winner] == PlacementResult::placed &&
-                                results[1 - winner] == PlacementResult::destinationExists &&
-                                readFile(photo) == names[winner] && !exists(folder.file(names[winner])) &&
-                                exists(folder.file(names[1 - winner]));
-            badRounds += isGood ? 0 : 1;
-            ++round;
-            ::unlink(photo.path().constData());
-        });
+    std::barrier finish(2, [&]() noexcept {
+        const int winner = results[0] == PlacementResult::placed ? 0 : 1;
+        const bool isGood = results[winner] == PlacementResult::placed &&
+                            results[1 - winner] == PlacementResult::destinationExists &&
+                            readFile(photo) == names[winner] && !exists(folder.file(names[winner])) &&
+                            exists(folder.file(names[1 - winner]));
+        badRounds += isGood ? 0 : 1;
+        ++round;
+        ::unlink(photo.path().constData());
+    });
     const auto race = [&](int racer) {
         while (round < 1'000) {
             const FileUrl staged = folder.write(names[racer], names[racer]);

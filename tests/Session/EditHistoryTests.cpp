@@ -19,8 +19,8 @@ protected:
 
     void setBorder(double width)
     {
-        history.editRecipe(
-            QStringLiteral("Border Width"), [width](RenderRecipe& recipe) { recipe.border.width = width; });
+        history.editRecipe(QStringLiteral("Border Width"),
+                           [width](RenderRecipe& recipe) { recipe.border.width = width; });
     }
     [[nodiscard]] double shown(const FileUrl& photo) const { return session.resolvedRecipe(photo).border.width; }
 

@@ -209,8 +209,7 @@ TEST(ExportCheck, stopsALogoThatIsBeingDrawnWhenItGoes)
     {
         ExportCheck check(situation.operations);
         check.start(situation.request);
-        QObject::connect(
-            &check, &ExportCheck::isCheckingChanged, [] { ADD_FAILURE(); });
+        QObject::connect(&check, &ExportCheck::isCheckingChanged, [] { ADD_FAILURE(); });
         ASSERT_TRUE(test::waitUntil([&] { return isDrawing.load(); }));
     }
     EXPECT_TRUE(test::waitUntil([&] { return wasStopped && WorkQueue::threadsLeftBehind() == 0; }));

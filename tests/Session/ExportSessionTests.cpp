@@ -60,9 +60,8 @@ TEST(ExportSession, countsUpToTheTotalOneJobAtATime)
     session.start(planOf(3), 5);
     session.start(planOf(1), 1);
     EXPECT_EQ(session.photoState(test::photoUrl("2")), PhotoExportState::waiting);
-    QObject::connect(
-        &session, &ExportSession::photoStarted, &session,
-        [&](const FileUrl& photo) { EXPECT_EQ(session.photosAtWork(), std::vector{photo}); });
+    QObject::connect(&session, &ExportSession::photoStarted, &session,
+                     [&](const FileUrl& photo) { EXPECT_EQ(session.photosAtWork(), std::vector{photo}); });
     ASSERT_TRUE(test::waitUntil([&] { return session.report().has_value(); }));
     EXPECT_THAT(completed, testing::ElementsAre(2, 3, 4, 5));
     EXPECT_EQ(started.size(), 3);

@@ -186,8 +186,7 @@ TEST(PhotoSession, keepsWhatWasReadBeforeACancelAndWaitsForNoMore)
     QObject::connect(&session, &PhotoSession::importProgressed, &session,
                      [&](std::size_t soFar, std::size_t) { read = soFar; });
     std::vector<ImportOutcome> outcomes;
-    session.importPhotos(
-        urls, [&](const ImportOutcome& outcome) { outcomes.push_back(outcome); });
+    session.importPhotos(urls, [&](const ImportOutcome& outcome) { outcomes.push_back(outcome); });
     EXPECT_TRUE(test::waitUntil([&] { return read == 1; }));
     session.cancelImport();
     ASSERT_TRUE(test::waitUntil([&] { return !outcomes.empty(); }));
@@ -213,8 +212,7 @@ TEST(PhotoSession, doublesNoPhotoThatComesBackWhileItIsRead)
     isGated = true;
     const QSignalSpy progressed(&session, &PhotoSession::importProgressed);
     std::optional<ImportOutcome> outcome;
-    session.importPhotos(
-        test::photoUrls({"a", "c"}), [&](const ImportOutcome& given) { outcome = given; });
+    session.importPhotos(test::photoUrls({"a", "c"}), [&](const ImportOutcome& given) { outcome = given; });
     ASSERT_TRUE(test::waitUntil([&] { return !progressed.empty(); }));
     session.restore(removed);
     gate.count_down();
@@ -243,8 +241,7 @@ TEST(PhotoSession, takesNothingFromAnImportAfterClearingAll)
         test::DisklessSession session(operations);
         test::importInto(session, test::photoUrls({"a"}));
         std::optional<ImportOutcome> outcome;
-        session.importPhotos(
-            test::photoUrls({"d", "e"}), [&](const ImportOutcome& given) { outcome = given; });
+        session.importPhotos(test::photoUrls({"d", "e"}), [&](const ImportOutcome& given) { outcome = given; });
         ASSERT_TRUE(test::waitUntil([&] { return stuck == 1; }));
         session.clearAll();
         EXPECT_EQ(outcome, ImportOutcome::none);
@@ -328,14 +325,12 @@ TEST(PhotoSession, leavesAScanThatDoesNotEnd)
     {
         test::DisklessSession session(operations);
         std::optional<ImportOutcome> outcome;
-        session.importPhotos(
-            test::photoUrls({"a", "b"}), [&](const ImportOutcome& given) { outcome = given; });
+        session.importPhotos(test::photoUrls({"a", "b"}), [&](const ImportOutcome& given) { outcome = given; });
         ASSERT_TRUE(test::waitUntil([&] { return stuck == 1; }));
         session.cancelImport();
         EXPECT_EQ(outcome, ImportOutcome::none);
         EXPECT_EQ(test::importInto(session, test::photoUrls({"c"})).added, 1);
-        session.importPhotos(
-            test::photoUrls({"d", "e"}), [](const ImportOutcome&) { ADD_FAILURE(); });
+        session.importPhotos(test::photoUrls({"d", "e"}), [](const ImportOutcome&) { ADD_FAILURE(); });
         ASSERT_TRUE(test::waitUntil([&] { return stuck == 2; }));
     }
     EXPECT_EQ(WorkQueue::threadsLeftBehind(), 2);

@@ -206,8 +206,8 @@ TEST(PreviewRender, framesAsAnExportDoesWithinTheScreensMeasure)
 {
     PreviewRenderQueue queue;
     std::optional<PreviewResult> result;
-    QObject::connect(
-        &queue, &PreviewRenderQueue::rendered, &queue, [&](const PreviewResult& given) { result = given; });
+    QObject::connect(&queue, &PreviewRenderQueue::rendered, &queue,
+                     [&](const PreviewResult& given) { result = given; });
     const auto show = [&](const Bitmap& source, double width) {
         result.reset();
         RenderRecipe recipe = test::border(width);

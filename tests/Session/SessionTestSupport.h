@@ -67,8 +67,7 @@ public:
 inline ImportOutcome importInto(PhotoSession& session, const std::vector<FileUrl>& urls)
 {
     std::optional<ImportOutcome> outcome;
-    session.importPhotos(
-        urls, [&](const ImportOutcome& given) { outcome = given; });
+    session.importPhotos(urls, [&](const ImportOutcome& given) { outcome = given; });
     return waitUntil([&] { return outcome.has_value(); }) ? *outcome : ImportOutcome::none;
 }
 

@@ -46,10 +46,9 @@ protected:
         field.show();
         field.activateWindow();
         EXPECT_TRUE(QTest::qWaitForWindowActive(&field));
-        QObject::connect(
-            &field, &SliderField::gestureStarted, [this] { log.append(QLatin1Char('(')); });
-        QObject::connect(
-            &field, &SliderField::valueEdited, [this](double value) { log.append(QStringLiteral(" %1 ").arg(value)); });
+        QObject::connect(&field, &SliderField::gestureStarted, [this] { log.append(QLatin1Char('(')); });
+        QObject::connect(&field, &SliderField::valueEdited,
+                         [this](double value) { log.append(QStringLiteral(" %1 ").arg(value)); });
         QObject::connect(&field, &SliderField::gestureEnded, [this] { log.append(QLatin1Char(')')); });
     }
 

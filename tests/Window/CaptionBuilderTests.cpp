@@ -91,9 +91,8 @@ protected:
         builder.resize(300, 200);
         builder.show();
         well = builder.findChild<QWidget*>(QStringLiteral("captionChips"));
-        QObject::connect(
-            &history.stack(), &QUndoStack::indexChanged, &builder,
-            [this] { steps.append(history.stack().undoText() + u':' + caption()); });
+        QObject::connect(&history.stack(), &QUndoStack::indexChanged, &builder,
+                         [this] { steps.append(history.stack().undoText() + u':' + caption()); });
         QObject::connect(&session, &PhotoSession::batchRecipeChanged, &builder, [this] { captions.append(caption()); });
         well->setFocus();
         EXPECT_TRUE(QTest::qWaitForWindowActive(&builder));

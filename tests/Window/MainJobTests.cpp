@@ -150,8 +150,7 @@ TEST_F(RealWindow, LeadsThroughThePhotosOfAFindingAndBack)
     const auto openCheck = [&] {
         return waitFor([&] {
             const auto buttons = window_->findChildren<QWidget*>(QStringLiteral("showPhotosButton"));
-            return std::ranges::any_of(
-                buttons, [](const QWidget* button) { return button->isVisible(); });
+            return std::ranges::any_of(buttons, [](const QWidget* button) { return button->isVisible(); });
         });
     };
     const auto selected = [&] { return session.selectedPhotoID()->lastPathComponent(); };

@@ -62,30 +62,12 @@ TEST(Messages, areNotBelievedBeyondTheirLimits)
         change(answer);
         EXPECT_FALSE(parseAnswer(encode(Answer{1, answer}).bytes)) << name;
     };
-    refused(
-        "empty photo",
-        [](Inspected& a) {
-            a.answer.storedSize = a.answer.uprightSize = {0, 5};
-        });
-    refused(
-        "too many pixels",
-        [](Inspected& a) {
-            a.answer.storedSize = a.answer.uprightSize = {50'000, 4'001};
-        });
-    refused(
-        "picture without height",
-        [](Inspected& a) {
-            a.picture = {{5, 0}, rgb8, WellKnown::sRGB, {}};
-        });
-    refused(
-        "picture of another size",
-        [](Inspected& a) {
-            a.picture.size = {5, 6};
-        });
-    refused(
-        "gray space", [](Inspected& a) { a.picture.space = WellKnown::sGray; });
-    refused(
-        "a type beyond the last", [](Inspected& a) { a.answer.type = FileType(5); });
+    refused("empty photo", [](Inspected& a) { a.answer.storedSize = a.answer.uprightSize = {0, 5}; });
+    refused("too many pixels", [](Inspected& a) { a.answer.storedSize = a.answer.uprightSize = {50'000, 4'001}; });
+    refused("picture without height", [](Inspected& a) { a.picture = {{5, 0}, rgb8, WellKnown::sRGB, {}}; });
+    refused("picture of another size", [](Inspected& a) { a.picture.size = {5, 6}; });
+    refused("gray space", [](Inspected& a) { a.picture.space = WellKnown::sGray; });
+    refused("a type beyond the last", [](Inspected& a) { a.answer.type = FileType(5); });
     refused("a type of logos alone", [](Inspected& a) { a.answer.type = FileType::pdf; });
     const ImagePipelineError steersTerminal = ImagePipelineError::UnsupportedType{QStringLiteral("\x1b[2J")};
     for (const Answer& answer :

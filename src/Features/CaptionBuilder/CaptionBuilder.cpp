@@ -83,11 +83,9 @@ void CaptionBuilder::connectPalette()
 {
     for (PaletteButton* button : buttons_) {
         const CaptionChips::Kind kind = button->kind();
-        connect(
-            button, &QPushButton::clicked, well_,
-            [this, button, kind] {
-                well_->startChip(kind, editing_.endGap(), button->mapToGlobal(QPoint(0, button->height() + 2)));
-            });
+        connect(button, &QPushButton::clicked, well_, [this, button, kind] {
+            well_->startChip(kind, editing_.endGap(), button->mapToGlobal(QPoint(0, button->height() + 2)));
+        });
         connect(button, &PaletteButton::dragStarted, well_,
                 [this, button, kind](const QPoint& pointer) { well_->startDrag(kind, button->text(), pointer); });
         connect(button, &PaletteButton::dragMoved, &well_->drag(), &ChipDrag::moveTo);

@@ -61,14 +61,11 @@ CaptionWell::CaptionWell(CaptionEditing& editing, QWidget* parent)
 void CaptionWell::followCaption()
 {
     connect(&editing_, &CaptionEditing::changed, this, &CaptionWell::showCaption);
-    connect(
-        &editing_, &CaptionEditing::revealRequested, this,
-        [this] {
-            revealCurrent();
-            update();
-        });
-    connect(
-        &editing_, &CaptionEditing::currentMoved, this, [this] { notifyItemFocused(this); });
+    connect(&editing_, &CaptionEditing::revealRequested, this, [this] {
+        revealCurrent();
+        update();
+    });
+    connect(&editing_, &CaptionEditing::currentMoved, this, [this] { notifyItemFocused(this); });
     connect(&editing_, &CaptionEditing::moved, this,
             [this](int index) { announce(this, CaptionChips::spokenPlace(editing_.segments(), index)); });
     connect(&editing_, &CaptionEditing::replaced, this, [this] {
@@ -275,10 +272,8 @@ void CaptionWell::showCaption()
 ChipTextField* CaptionWell::makeField()
 {
     auto* field = new ChipTextField(editing_.textInHand()->text(), this);
-    connect(
-        field, &ChipTextField::committed, this, [this] { editing_.endText(CaptionEditing::End::keep); });
-    connect(
-        field, &ChipTextField::givenUp, this, [this] { editing_.endText(CaptionEditing::End::giveUp); });
+    connect(field, &ChipTextField::committed, this, [this] { editing_.endText(CaptionEditing::End::keep); });
+    connect(field, &ChipTextField::givenUp, this, [this] { editing_.endText(CaptionEditing::End::giveUp); });
     connect(field, &QLineEdit::textChanged, this, [this](const QString& typed) { editing_.setText(typed); });
     return field;
 }
@@ -305,9 +300,8 @@ void CaptionWell::startChip(Kind kind, int gap, const QPoint& globalPlace)
     if (kind == Kind::text)
         editing_.startText(gap);
     else
-        ChipMenus::openChoice(
-            *this, kind, std::nullopt, editing_.metadata(), globalPlace,
-            [this, gap](const CaptionSegment::Content& content) { editing_.add(content, gap); });
+        ChipMenus::openChoice(*this, kind, std::nullopt, editing_.metadata(), globalPlace,
+                              [this, gap](const CaptionSegment::Content& content) { editing_.add(content, gap); });
 }
 
 void CaptionWell::activate(int index)

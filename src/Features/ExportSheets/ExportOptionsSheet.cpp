@@ -188,11 +188,9 @@ void ExportOptionsSheet::addFilename(QVBoxLayout& form)
     template_ = new QLineEdit;
     template_->setObjectName(QStringLiteral("templateField"));
     template_->setAccessibleName(QStringLiteral("File name template"));
-    connect(
-        template_, &QLineEdit::textEdited, this,
-        [this](const QString& text) {
-            editConfiguration([&](auto& configuration) { configuration.filenameTemplate = text; });
-        });
+    connect(template_, &QLineEdit::textEdited, this, [this](const QString& text) {
+        editConfiguration([&](auto& configuration) { configuration.filenameTemplate = text; });
+    });
 
     const auto placeholderButton = [this](const QString& placeholder, const QString& name) {
         auto* button = new QPushButton(placeholder);

@@ -31,9 +31,9 @@ template <typename Source, typename Value, typename Member>
 void bindMember(Source* source, void (Source::*edited)(Value), EditHistory& history, const QString& step,
                 Member Caption::*member)
 {
-    bindEdits(
-        source, edited, history, step,
-        [member](RenderRecipe& recipe, const Member& value) { CaptionEditing::captionOf(recipe).*member = value; });
+    bindEdits(source, edited, history, step, [member](RenderRecipe& recipe, const Member& value) {
+        CaptionEditing::captionOf(recipe).*member = value;
+    });
 }
 
 } // namespace
@@ -136,8 +136,7 @@ void CaptionSection::buildMore(QVBoxLayout* rows)
 template <typename Value>
 void CaptionSection::edit(const QString& step, Value Caption::*member, const Value& value)
 {
-    context_.history.editRecipe(
-        step, [&](RenderRecipe& recipe) { CaptionEditing::captionOf(recipe).*member = value; });
+    context_.history.editRecipe(step, [&](RenderRecipe& recipe) { CaptionEditing::captionOf(recipe).*member = value; });
 }
 
 void CaptionSection::openColor()

@@ -32,12 +32,10 @@ QString kindOf(const LogoAssetReference& asset)
 
 void bindNumber(SliderField* field, EditHistory& history, const QString& step, double LogoConfiguration::*number)
 {
-    bindEdits(
-        field, &SliderField::valueEdited, history, step,
-        [number](RenderRecipe& recipe, double value) {
-            if (recipe.logo)
-                (*recipe.logo).*number = value;
-        });
+    bindEdits(field, &SliderField::valueEdited, history, step, [number](RenderRecipe& recipe, double value) {
+        if (recipe.logo)
+            (*recipe.logo).*number = value;
+    });
 }
 
 } // namespace

@@ -42,12 +42,10 @@ PhotoListView::PhotoListView(PhotoListModel& model, ThumbnailCache& thumbnails, 
     // Enter and a press of the mouse, on the row that is current already as well.
     connect(this, &QAbstractItemView::clicked, this, &PhotoListView::rowChosen);
     verticalScrollBar()->setSingleStep(Theme::current().scaled(20));
-    connect(
-        &Theme::current(), &Theme::changed, this,
-        [this] {
-            scheduleDelayedItemsLayout();
-            viewport()->update();
-        });
+    connect(&Theme::current(), &Theme::changed, this, [this] {
+        scheduleDelayedItemsLayout();
+        viewport()->update();
+    });
     connect(&thumbnails, &ThumbnailCache::ready, this, [this, &model](const FileUrl& photoID) {
         if (const int row = model.rowOf(photoID); row >= 0)
             update(model.index(row));

@@ -217,16 +217,13 @@ void PhotoSidebar::showContextMenu(int row, const QPoint& place)
     add(session_.isIncluded(photoID) ? QStringLiteral("Leave Out of Export") : QStringLiteral("Include in Export"),
         !locked, [this, photoID] { history_.toggleIncluded(photoID); });
     menu->addSeparator();
-    add(
-        QStringLiteral("Copy Framing"), true, [this, photoID] { history_.copyFraming(photoID); });
-    add(
-        QStringLiteral("Paste Framing"), !locked && history_.canPasteFraming(),
+    add(QStringLiteral("Copy Framing"), true, [this, photoID] { history_.copyFraming(photoID); });
+    add(QStringLiteral("Paste Framing"), !locked && history_.canPasteFraming(),
         [this, photoID] { history_.pasteFraming({photoID}); });
     add(QStringLiteral("Use Batch Framing"), !locked && session_.hasOwnRecipe(photoID),
         [this, photoID] { history_.useBatch(photoID); });
     menu->addSeparator();
-    add(
-        QStringLiteral("Show in Folder"), true, [this, photoID] { emit showInFolderRequested(photoID); });
+    add(QStringLiteral("Show in Folder"), true, [this, photoID] { emit showInFolderRequested(photoID); });
     add(QStringLiteral("Remove from List"), !locked, [this, photoID] { history_.remove({photoID}); });
     menu->popup(place);
 }

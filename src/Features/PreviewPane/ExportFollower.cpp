@@ -13,14 +13,13 @@ ExportFollower::ExportFollower(PhotoSession& photos, const ExportSession& export
     pause_.setInterval(std::chrono::milliseconds(800));
     connect(&pause_, &QTimer::timeout, this, &ExportFollower::advance);
     connect(&exports_, &ExportSession::progressChanged, this, &ExportFollower::beginOrEnd);
-    connect(
-        &exports_, &ExportSession::photoSettled, this,
-        [this](const FileUrl& photoID, const BatchExportOutcome& outcome) {
-            if (!std::holds_alternative<BatchExportOutcome::Exported>(outcome.result))
-                return;
-            latest_ = photoID;
-            advance();
-        });
+    connect(&exports_, &ExportSession::photoSettled, this,
+            [this](const FileUrl& photoID, const BatchExportOutcome& outcome) {
+                if (!std::holds_alternative<BatchExportOutcome::Exported>(outcome.result))
+                    return;
+                latest_ = photoID;
+                advance();
+            });
     connect(&photos_, &PhotoSession::selectedPhotoIDChanged, this, [this] {
         if (!isSelecting_)
             isFollowing_ = false;

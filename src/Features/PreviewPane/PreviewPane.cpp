@@ -123,15 +123,13 @@ void PreviewPane::connectModels()
     connect(&preferences_, &Preferences::previewBackdropChanged, this, &PreviewPane::followBackdrop);
     connect(&Theme::current(), &Theme::changed, this, &PreviewPane::followBackdrop);
 
-    connect(
-        &queue_, &PreviewRenderQueue::rendered, this,
-        [this](const PreviewResult& result) {
-            if (shownPhoto_ != result.photoID)
-                return;
-            if (!hasLoadError_)
-                hideErrors();
-            canvas_->picture().showRendered(result);
-        });
+    connect(&queue_, &PreviewRenderQueue::rendered, this, [this](const PreviewResult& result) {
+        if (shownPhoto_ != result.photoID)
+            return;
+        if (!hasLoadError_)
+            hideErrors();
+        canvas_->picture().showRendered(result);
+    });
     connect(&queue_, &PreviewRenderQueue::failed, this, [this](const FileUrl& photoID, const QString& message) {
         if (shownPhoto_ == photoID)
             showError(QStringLiteral("This Frame Can’t Be Shown"), message, ErrorCard::WaysOut::none);

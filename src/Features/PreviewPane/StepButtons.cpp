@@ -55,8 +55,7 @@ StepButtons::StepButtons(const QString& previous, const QString& next, QWidget* 
     row->addWidget(previous_);
     row->addWidget(position_);
     row->addWidget(next_);
-    connect(
-        previous_, &QPushButton::clicked, this, [this] { emit stepRequested(-1); });
+    connect(previous_, &QPushButton::clicked, this, [this] { emit stepRequested(-1); });
     connect(next_, &QPushButton::clicked, this, [this] { emit stepRequested(1); });
 }
 

@@ -43,8 +43,7 @@ BackdropChoice::BackdropChoice(const QString& name, QWidget* parent) : ChoiceStr
 {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     setCurrentIndex(int(PreviewBackdrop::white));
-    connect(
-        this, &ChoiceStrip::indexChosen, this, [this] { emit chosen(backdrop()); });
+    connect(this, &ChoiceStrip::indexChosen, this, [this] { emit chosen(backdrop()); });
     connect(&Theme::current(), &Theme::changed, this, [this] { updateGeometry(); });
 }
 

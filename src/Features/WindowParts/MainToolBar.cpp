@@ -136,8 +136,7 @@ QWidget* MainToolBar::buildView()
     compare_ = makeIconButton(IconName::compare, QStringLiteral("Hold to Compare"));
     compare_->setObjectName(QStringLiteral("compareButton"));
     compare_->setToolTip(QStringLiteral("Hold to see the bare photo (\\)"));
-    connect(
-        compare_, &QPushButton::pressed, this, [this] { emit compareHeld(true); });
+    connect(compare_, &QPushButton::pressed, this, [this] { emit compareHeld(true); });
     connect(compare_, &QPushButton::released, this, [this] { emit compareHeld(false); });
 
     for (QWidget* button :

@@ -65,8 +65,8 @@ public:
         auto* column = new QVBoxLayout(this);
         column->setContentsMargins(0, 0, shadowWidth, 0);
         hide();
-        connect(
-            &slide_, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) { move(value.toInt(), 0); });
+        connect(&slide_, &QVariantAnimation::valueChanged, this,
+                [this](const QVariant& value) { move(value.toInt(), 0); });
         connect(&slide_, &QVariantAnimation::finished, this, [this] { setVisible(open_); });
         slide_.setEasingCurve(QEasingCurve::OutCubic);
     }
@@ -213,13 +213,11 @@ class ColumnSplitter : public QSplitter {
 public:
     ColumnSplitter() : QSplitter(Qt::Horizontal)
     {
-        connect(
-            this, &QSplitter::splitterMoved, this,
-            [this](int, int index) {
-                QAccessibleValueChangeEvent event(handle(index),
-                                                  static_cast<ColumnHandle*>(handle(index))->column()->width());
-                sendAccessible(event);
-            });
+        connect(this, &QSplitter::splitterMoved, this, [this](int, int index) {
+            QAccessibleValueChangeEvent event(handle(index),
+                                              static_cast<ColumnHandle*>(handle(index))->column()->width());
+            sendAccessible(event);
+        });
     }
 
 protected:

@@ -78,8 +78,7 @@ bool isValid(const QByteArray& bytes)
 
 QString decode(const QByteArray& bytes)
 {
-    return decodeWith(
-        bytes, [](unsigned char byte) { return static_cast<char16_t>(0xDC00 + byte); });
+    return decodeWith(bytes, [](unsigned char byte) { return static_cast<char16_t>(0xDC00 + byte); });
 }
 
 QByteArray encode(const QString& text)
@@ -101,8 +100,7 @@ QByteArray encode(const QString& text)
 
 QString display(const QByteArray& bytes)
 {
-    return decodeWith(
-        bytes, [](unsigned char) { return char16_t{QChar::ReplacementCharacter}; });
+    return decodeWith(bytes, [](unsigned char) { return char16_t{QChar::ReplacementCharacter}; });
 }
 
 QString fromMetadata(const QByteArray& bytes)

@@ -138,8 +138,7 @@ Detection detectTiffFamily(const ByteSource& source, QByteArrayView head)
 
 bool isBrandOf(QByteArrayView brand, std::initializer_list<const char*> brands)
 {
-    return std::any_of(
-        brands.begin(), brands.end(), [&](const char* other) { return brand == QByteArrayView(other); });
+    return std::any_of(brands.begin(), brands.end(), [&](const char* other) { return brand == QByteArrayView(other); });
 }
 
 struct Box {

@@ -65,25 +65,21 @@ void ask(const QString& method, const std::vector<FileUrl>& places, const std::f
 
 void showItems(const std::vector<FileUrl>& items)
 {
-    ask(
-        QStringLiteral("ShowItems"), items,
-        [items] {
-            std::set<FileUrl> folders;
-            for (const FileUrl& item : items)
-                folders.insert(item.deletingLastPathComponent());
-            for (const FileUrl& folder : folders)
-                openThroughPortal(folder);
-        });
+    ask(QStringLiteral("ShowItems"), items, [items] {
+        std::set<FileUrl> folders;
+        for (const FileUrl& item : items)
+            folders.insert(item.deletingLastPathComponent());
+        for (const FileUrl& folder : folders)
+            openThroughPortal(folder);
+    });
 }
 
 void openFolders(const std::vector<FileUrl>& folders)
 {
-    ask(
-        QStringLiteral("ShowFolders"), folders,
-        [folders] {
-            for (const FileUrl& folder : folders)
-                openThroughPortal(folder);
-        });
+    ask(QStringLiteral("ShowFolders"), folders, [folders] {
+        for (const FileUrl& folder : folders)
+            openThroughPortal(folder);
+    });
 }
 
 } // namespace ferrow::FileManager

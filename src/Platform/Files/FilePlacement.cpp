@@ -129,11 +129,9 @@ FileUrl resolvingFinalLinks(FileUrl url)
 /// Whether every volume can hold this name, so that it need not be tried.
 bool isPlainName(const QByteArray& name)
 {
-    return std::ranges::none_of(
-        name,
-        [](char character) {
-            return static_cast<signed char>(character) < ' ' || std::strchr("\"*:<>?\\|\x7f", character);
-        });
+    return std::ranges::none_of(name, [](char character) {
+        return static_cast<signed char>(character) < ' ' || std::strchr("\"*:<>?\\|\x7f", character);
+    });
 }
 
 /// Runs `steps` and says of their failures that they happened to `file`: the user never hears of staging names.
@@ -319,8 +317,7 @@ void copyWithoutReplacing(const OpenedFile& source, const FileUrl& destination)
     ByteSink sink(staged.descriptor());
     for (std::int64_t offset = 0; offset < source.size(); offset += copyBufferSize) {
         std::size_t length = 0;
-        asErrorsOf(
-            source.url(), [&] { length = source.source().readAt(offset, buffer); });
+        asErrorsOf(source.url(), [&] { length = source.source().readAt(offset, buffer); });
         asErrorsOf(destination, [&] { sink.write(std::span(buffer).first(length)); });
     }
     asErrorsOf(destination, [&] {

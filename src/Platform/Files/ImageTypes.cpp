@@ -215,11 +215,9 @@ bool isPhotoExtension(const QByteArray& extension)
 
 bool isLogoExtension(const QByteArray& extension)
 {
-    return std::ranges::any_of(
-        inputs,
-        [&](const InputType& input) {
-            return !input.logoExtension.isEmpty() && input.logoExtension == QLatin1StringView(extension);
-        });
+    return std::ranges::any_of(inputs, [&](const InputType& input) {
+        return !input.logoExtension.isEmpty() && input.logoExtension == QLatin1StringView(extension);
+    });
 }
 
 bool isImageExtension(const QByteArray& extension)

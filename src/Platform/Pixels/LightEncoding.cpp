@@ -11,8 +11,7 @@ namespace {
 
 bool hasAny(cmsHPROFILE profile, std::initializer_list<cmsTagSignature> tags)
 {
-    return std::ranges::any_of(
-        tags, [&](cmsTagSignature tag) { return cmsIsTag(profile, tag) != 0; });
+    return std::ranges::any_of(tags, [&](cmsTagSignature tag) { return cmsIsTag(profile, tag) != 0; });
 }
 
 } // namespace

@@ -151,8 +151,7 @@ void resample(const Bitmap& source, const FilterAxis& across, const FilterAxis& 
 
 void resampleFixed(const Bitmap& source, const FilterAxis& across, const FilterAxis& down, Bitmap& result)
 {
-    withChannels(
-        source.format(), [&](auto channels) { resample<channels>(source, across, down, result); });
+    withChannels(source.format(), [&](auto channels) { resample<channels>(source, across, down, result); });
 }
 
 } // namespace ferrow

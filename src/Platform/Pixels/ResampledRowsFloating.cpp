@@ -73,8 +73,7 @@ std::byte rounded(float level)
 
 void storeOpaque(const std::vector<float>& row, std::byte* out)
 {
-    std::ranges::transform(
-        row, out, [](float level) { return rounded(level); });
+    std::ranges::transform(row, out, [](float level) { return rounded(level); });
 }
 
 void storePremultiplied(const std::vector<float>& row, std::size_t channels, float colorScale, std::byte* out)
@@ -131,8 +130,7 @@ void resample(const Bitmap& source, const FilterAxis& across, const FilterAxis& 
 
 void resampleFloating(const Bitmap& source, const FilterAxis& across, const FilterAxis& down, Bitmap& result)
 {
-    withChannels(
-        source.format(), [&](auto channels) { resample<channels>(source, across, down, result); });
+    withChannels(source.format(), [&](auto channels) { resample<channels>(source, across, down, result); });
 }
 
 } // namespace ferrow

@@ -45,11 +45,9 @@ std::unique_ptr<RowConverter> copiedRows(PixelFormat format)
 
 std::unique_ptr<RowConverter> rearrangedRows(PixelFormat source, PixelFormat target)
 {
-    return withPixelTypes(
-        source, target,
-        []<typename Source, typename Target>() -> std::unique_ptr<RowConverter> {
-            return std::make_unique<RearrangedRows<Source, Target>>();
-        });
+    return withPixelTypes(source, target, []<typename Source, typename Target>() -> std::unique_ptr<RowConverter> {
+        return std::make_unique<RearrangedRows<Source, Target>>();
+    });
 }
 
 } // namespace ferrow

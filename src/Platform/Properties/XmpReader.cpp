@@ -211,27 +211,20 @@ void guarded(void* userData, Step step)
 
 void onOpen(void* userData, const XML_Char* name, const XML_Char** attributes)
 {
-    guarded(
-        userData,
-        [&](Reading& reading) {
-            if (reading.collector.open(name, attributes) == PropertyCollector::Verdict::stop)
-                XML_StopParser(reading.parser, XML_FALSE);
-        });
+    guarded(userData, [&](Reading& reading) {
+        if (reading.collector.open(name, attributes) == PropertyCollector::Verdict::stop)
+            XML_StopParser(reading.parser, XML_FALSE);
+    });
 }
 
 void onClose(void* userData, const XML_Char* name)
 {
-    guarded(
-        userData, [&](Reading& reading) { reading.collector.close(name); });
+    guarded(userData, [&](Reading& reading) { reading.collector.close(name); });
 }
 
 void onCharacters(void* userData, const XML_Char* characters, int length)
 {
-    guarded(
-        userData,
-        [&](Reading& reading) {
-            reading.collector.characters({characters, std::size_t(length)});
-        });
+    guarded(userData, [&](Reading& reading) { reading.collector.characters({characters, std::size_t(length)}); });
 }
 
 /// No XMP writer declares a document type; who does means to blow up entities or to have other files opened.
