@@ -5,38 +5,87 @@
 
 namespace ferrow {
 
-namespace {
-
-double pixels(BorderUnit unit, double width, PixelSize size)
-{
-    const double length = std::max(width, 0.0);
-    return unit == BorderUnit::pixels ? length : length * double(size.shorterSide()) / 100;
-}
-
-} // namespace
-
 QString suffix(BorderUnit unit)
 {
     return unit == BorderUnit::pixels ? QStringLiteral("px") : QStringLiteral("%");
 }
 
+double Length::pixels(PixelSize size) const
+{
+    const double length = std::max(value, 0.0);
+    return unit == BorderUnit::pixels ? length : length * double(size.shorterSide()) / 100;
+}
+
+Length Length::converted(BorderUnit to, PixelSize size) const
+{
+    if (to == unit)
+        return *this;
+    const double length = pixels(size);
+    if (to == BorderUnit::pixels)
+        return {length, to};
+    const auto shorterSide = double(size.shorterSide());
+    return {shorterSide < 1 ? 0 : length / shorterSide * 100, to};
+}
+
 SideLengths Border::around(PixelSize size) const
 {
-    const double everySide = pixels(unit, width, size);
-    return {everySide, everySide, everySide, everySide};
+    const auto pixels = [&](double length) { return Length{length, unit}.pixels(size); };
+    const SideLengths set = sides.value_or(SideLengths{width, width, width, width});
+    return {pixels(set.top), pixels(set.right), pixels(set.bottom), pixels(set.left)};
 }
 
 void Border::convert(BorderUnit to, PixelSize size)
 {
-    if (to == unit)
-        return;
-    const double length = pixels(unit, width, size);
-    const auto shorterSide = double(size.shorterSide());
+    const auto convertNumber = [&](double& length) { length = Length{length, unit}.converted(to, size).value; };
+    convertNumber(width);
+    if (sides)
+        for (double* side : {&sides->top, &sides->right, &sides->bottom, &sides->left})
+            convertNumber(*side);
     unit = to;
-    if (to == BorderUnit::pixels)
-        width = length;
-    else
-        width = shorterSide < 1 ? 0 : length / shorterSide * 100;
+    if (line) {
+        line->thickness = line->thickness.converted(to, size);
+        line->distance = line->distance.converted(to, size);
+    }
+    photoEdge.cornerRadius = photoEdge.cornerRadius.converted(to, size);
+}
+
+void feed(ValueHash& hash, const SideLengths& lengths)
+{
+    for (const double length : {lengths.top, lengths.right, lengths.bottom, lengths.left})
+        feed(hash, length);
+}
+
+void feed(ValueHash& hash, const Length& length)
+{
+    feed(hash, length.value);
+    feed(hash, length.unit);
+}
+
+void feed(ValueHash& hash, const FrameShape& shape)
+{
+    feed(hash, shape.width);
+    feed(hash, shape.height);
+    feed(hash, shape.turnsWithPhoto);
+    feed(hash, shape.balance);
+}
+
+void feed(ValueHash& hash, const BlurredBackground& background)
+{
+    feed(hash, background.blur);
+    feed(hash, background.dim);
+}
+
+void feed(ValueHash& hash, const FrameLine& line)
+{
+    feed(hash, line.thickness);
+    feed(hash, line.distance);
+    feed(hash, line.color);
+}
+
+void feed(ValueHash& hash, const PhotoEdge& edge)
+{
+    feed(hash, edge.cornerRadius);
+    feed(hash, edge.hasShadow);
 }
 
 void feed(ValueHash& hash, const Border& border)
@@ -44,6 +93,11 @@ void feed(ValueHash& hash, const Border& border)
     feed(hash, border.unit);
     feed(hash, border.width);
     feed(hash, border.color);
+    feed(hash, border.sides);
+    feed(hash, border.blurredBackground);
+    feed(hash, border.shape);
+    feed(hash, border.line);
+    feed(hash, border.photoEdge);
 }
 
 } // namespace ferrow
