@@ -23,7 +23,7 @@ case ${1:-test} in
 run) ;;
 test | lint)
     packages+=(libgtest-dev libgmock-dev libexiv2-dev strace tzdata xvfb xauth dbus appstream clang libclang-rt-dev)
-    [ "${1:-test}" = test ] || wherePackaged+=(clang-format-14)
+    [ "${1:-test}" = test ] || wherePackaged+=(clang-format-14 clang-tidy-16)
     ;;
 *)
     echo "prepare.sh: run, test or lint, not $1" >&2

@@ -13,8 +13,6 @@ struct msghdr;
 
 namespace ferrow::Worker {
 
-using ferrow::Descriptor;
-
 /// A message as it came in.
 struct Received {
     std::vector<std::byte> bytes; ///< Header and body.

@@ -222,7 +222,7 @@ TEST_F(FaultyWorker, thatIsSlowToStartIsWaitedForAndNotStartedAgain)
     const test::TemporaryFolder folder;
     const QByteArray go = folder.file("go").path();
     ASSERT_EQ(::mkfifo(go.constData(), 0600), 0);
-    const Worker::Descriptor pipe(::open(go.constData(), O_RDWR | O_CLOEXEC));
+    const Descriptor pipe(::open(go.constData(), O_RDWR | O_CLOEXEC));
     const CountedProgram program("read line <'" + go + "'\nexec '" ODD_WORKER_PROGRAM "'");
     WorkerAnswerer slow(std::make_shared<Pool>(program.path()), 1'000'000);
     EXPECT_TRUE(hasNoWorker(slow));

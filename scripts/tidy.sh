@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# Runs clang-tidy on the sources, those changed last first, for as long as there is time: tidy.sh SECONDS PRESET, a preset
+# that has been built. A finding fails the run.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+seconds=$1
+preset=$2
+# Version 14, Debian 12's usual one, can't read that system's <ranges>.
+tidy=clang-tidy-16
+if ! command -v $tidy >/dev/null 2>&1; then
+    echo "SKIPPED: the sources are gone through by $tidy, which is not here." >&2
+    exit 0
+fi
+
+findings=$(mktemp -d)
+trap 'rm -rf "$findings"' EXIT
+
+goThrough() {
+    local report=$findings/${1//\//.}
+    ! $tidy -p "build/$preset" --quiet --warnings-as-errors='*' "$1" >"$report" 2>&1 || rm "$report"
+}
+
+mapfile -t sources < <({ git diff --name-only HEAD; git log --format= --name-only; } 2>/dev/null |
+    cat - <(git ls-files) | awk '/^src\/.*\.cpp$/ && !seen[$0]++' | while read -r source; do
+        [ ! -f "$source" ] || echo "$source"
+    done)
+begun=0
+for source in "${sources[@]}"; do
+    [ $SECONDS -lt "$seconds" ] || break
+    [ "$(jobs -rp | wc -l)" -lt "$(nproc)" ] || wait -n
+    goThrough "$source" &
+    begun=$((begun + 1))
+done
+wait
+echo "clang-tidy went through $begun of ${#sources[@]} sources."
+[ -z "$(ls "$findings")" ] || { cat "$findings"/* >&2 && exit 1; }
