@@ -86,15 +86,62 @@ RGBAColor color(const QByteArray& option, const QByteArray& word)
     return {parts[0] / 255.0, parts[1] / 255.0, parts[2] / 255.0, parts[3] / 255.0};
 }
 
-std::function<void(Settings&)> borderChange(const QByteArray& option, const QByteArray& word)
+Length length(const QByteArray& option, const QByteArray& word)
 {
     const bool percent = word.endsWith('%');
     if (!percent && !word.endsWith("px"))
-        misuse(option, QStringLiteral("give a width in pixels or percent, such as 120px or 4%."));
-    const double width = number(option, word.chopped(percent ? 1 : 2), 0, mostPixels);
-    return [percent, width](Settings& settings) {
-        settings.recipe.border.unit = percent ? BorderUnit::percent : BorderUnit::pixels;
-        settings.recipe.border.width = width;
+        misuse(option, QStringLiteral("“%1” is no length in pixels or percent, such as 120px or 4%.")
+                           .arg(QString::fromUtf8(word)));
+    return {number(option, word.chopped(percent ? 1 : 2), 0, mostPixels),
+            percent ? BorderUnit::percent : BorderUnit::pixels};
+}
+
+std::function<void(Settings&)> borderChange(const QByteArray& option, const QByteArray& word)
+{
+    const Length width = length(option, word);
+    return [width](Settings& settings) {
+        settings.recipe.border.unit = width.unit;
+        settings.recipe.border.width = width.value;
+        settings.recipe.border.sides.reset();
+    };
+}
+
+std::function<void(Settings&)> borderSidesChange(const QByteArray& option, const QByteArray& word)
+{
+    const QList<QByteArray> words = word.split(',');
+    if (words.size() != 4)
+        misuse(option, QStringLiteral("give four widths, top, right, bottom and left, such as 4%,4%,16%,4%."));
+    std::array<Length, 4> lengths;
+    for (int i = 0; i < 4; ++i)
+        lengths[std::size_t(i)] = length(option, words[i]);
+    const auto [top, right, bottom, left] = lengths;
+    for (const Length& side : lengths)
+        if (side.unit != top.unit)
+            misuse(option, QStringLiteral("the four widths must all be in pixels or all in percent."));
+    return [sides = SideLengths{top.value, right.value, bottom.value, left.value}, unit = top.unit](Settings& s) {
+        s.recipe.border.unit = unit;
+        s.recipe.border.width = sides.top; // It must not be read in another unit once the sides are linked again.
+        s.recipe.border.sides = sides;
+    };
+}
+
+/// "4:5", or "photo" for none.
+std::function<void(Settings&)> shapeChange(const QByteArray& option, const QByteArray& word)
+{
+    if (word == "photo")
+        return [](Settings& settings) { settings.recipe.border.shape.reset(); };
+    constexpr double least = 0.01;
+    constexpr double most = 10'000;
+    const QList<QByteArray> numbers = word.split(':');
+    if (numbers.size() != 2)
+        misuse(option, QStringLiteral("give a ratio of width and height, such as 4:5, or photo."));
+    const double width = number(option, numbers[0], least, most);
+    const double height = number(option, numbers[1], least, most);
+    return [width, height](Settings& settings) {
+        FrameShape shape = settings.recipe.border.shape.value_or(FrameShape());
+        shape.width = width;
+        shape.height = height;
+        settings.recipe.border.shape = shape;
     };
 }
 
@@ -201,6 +248,16 @@ void addFrameHandlers(std::unordered_map<QByteArray, Handler>& handlers)
     handlers["--border"] = [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
         arguments.changes.push_back(borderChange(option, value));
     };
+    handlers["--border-sides"] = [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
+        arguments.changes.push_back(borderSidesChange(option, value));
+    };
+    handlers["--shape"] = [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
+        arguments.changes.push_back(shapeChange(option, value));
+    };
+    handlers["--balance"] = [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
+        const double balance = number(option, value, -100, 100);
+        arguments.shapeChanges.emplace_back([balance](FrameShape& shape) { shape.balance = balance; });
+    };
     handlers["--border-color"] = [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
         const RGBAColor parsed = color(option, value);
         arguments.changes.emplace_back([parsed](Settings& s) { s.recipe.border.color = parsed; });
@@ -284,6 +341,8 @@ bool applyFlag(Arguments& arguments, const QByteArray& option)
         arguments.json = true;
     else if (option == "--quiet")
         arguments.quiet = true;
+    else if (option == "--shape-turns")
+        arguments.shapeChanges.emplace_back([](FrameShape& shape) { shape.turnsWithPhoto = true; });
     else if (option == "--no-caption")
         arguments.changes.emplace_back([](Settings& settings) {
             for (Caption& caption : settings.recipe.captions)
@@ -411,7 +470,12 @@ What they are
 
 Frame
   --border WIDTH           pixels (120px) or percent of the shorter side (4%)
+  --border-sides T,R,B,L   a width for each side: top, right, bottom, left
   --border-color COLOR     #rrggbb or #rrggbbaa
+  --shape W:H              the frame grows to this ratio (4:5); photo for none
+  --shape-turns            5:4 in place of 4:5 for photos that lie the other way
+  --balance -100..100      where the photo stands in the room that the shape
+                           adds: -100 top or left, 100 bottom or right
 
 Caption
   --caption TEMPLATE       text with tokens such as {camera}, {lens}, {iso}

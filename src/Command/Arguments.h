@@ -35,6 +35,8 @@ struct Arguments {
     std::optional<FileUrl> presetFile;
     /// Applied in order to the settings that the preset or the defaults gave.
     std::vector<std::function<void(Settings&)>> changes;
+    /// Applied to the frame's shape once one is set, by whichever option or by the preset.
+    std::vector<std::function<void(FrameShape&)>> shapeChanges;
     std::optional<FileUrl> logoFile;
     /// Applied to the logo once it has been imported.
     std::vector<std::function<void(LogoConfiguration&)>> logoChanges;

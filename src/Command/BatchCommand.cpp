@@ -63,6 +63,11 @@ Settings resolvedSettings(const Arguments& arguments)
     }
     for (const auto& change : arguments.changes)
         change(settings);
+    std::optional<FrameShape>& shape = settings.recipe.border.shape;
+    if (!arguments.shapeChanges.empty() && !shape)
+        throw UsageError{QStringLiteral("--shape: options about a shape need a shape.")};
+    for (const auto& change : arguments.shapeChanges)
+        change(*shape);
     const BatchExportConfiguration& configuration = settings.configuration;
     if (configuration.destinationMode == ExportDestinationMode::chosenFolder && !configuration.chosenFolder)
         throw UsageError{QStringLiteral("--output: name a folder for the framed copies, or use --beside.")};

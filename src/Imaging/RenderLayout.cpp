@@ -96,6 +96,37 @@ bool isFinite(const SideLengths& lengths)
     return areFinite({lengths.top, lengths.right, lengths.bottom, lengths.left});
 }
 
+/// Whether every number can be drawn for a photo of `size`: a length in percent may go beyond all numbers by the
+/// photo's size alone.
+bool isDrawable(const Border& border, PixelSize size)
+{
+    const auto isLength = [&](const Length& length) { return areFinite({length.value, length.pixels(size)}); };
+    const BlurredBackground background = border.blurredBackground.value_or(BlurredBackground());
+    const FrameLine line = border.line.value_or(FrameLine());
+    const FrameShape shape = border.shape.value_or(FrameShape());
+    const double ratio = shape.ratioFor(size);
+    return std::isfinite(border.width) && isFinite(border.sides.value_or(SideLengths())) &&
+           isFinite(border.around(size)) && areFinite({background.blur, background.dim}) && isLength(line.thickness) &&
+           isLength(line.distance) && isLength(border.photoEdge.cornerRadius) && shape.width > 0 && shape.height > 0 &&
+           ratio > 0 && areFinite({ratio, shape.balance});
+}
+
+/// Photo and border, and what the shape adds to one of their sides.
+QSizeF grownToShape(const QSizeF& framed, const Border& border, PixelSize photo)
+{
+    if (!border.shape)
+        return framed;
+    const double ratio = border.shape->ratioFor(photo);
+    return {std::max(framed.width(), framed.height() * ratio), std::max(framed.height(), framed.width() / ratio)};
+}
+
+/// What of the room added lies on the photo's left, or above it.
+std::int64_t roomBefore(std::int64_t added, const Border& border)
+{
+    const double balance = border.shape ? std::clamp(border.shape->balance, -100.0, 100.0) : 0;
+    return std::llround(double(added) * (100 + balance) / 200);
+}
+
 /// Whole pixels that a border of this length takes.
 std::int64_t wholePixels(double length)
 {
@@ -107,12 +138,21 @@ std::int64_t wholePixels(double length)
 RenderLayout RenderLayout::framedLayout(PixelSize imageSize, const RenderRecipe& recipe)
 {
     const SideLengths border = recipe.border.around(imageSize);
-    const std::int64_t top = wholePixels(border.top);
-    const std::int64_t right = wholePixels(border.right);
-    const std::int64_t bottom = wholePixels(border.bottom);
-    const std::int64_t left = wholePixels(border.left);
+    std::int64_t top = wholePixels(border.top);
+    std::int64_t right = wholePixels(border.right);
+    std::int64_t bottom = wholePixels(border.bottom);
+    std::int64_t left = wholePixels(border.left);
+    const PixelSize framed{left + imageSize.width + right, top + imageSize.height + bottom};
+    const QSizeF grown = grownToShape(QSizeF(double(framed.width), double(framed.height)), recipe.border, imageSize);
+    const std::int64_t addedWidth = std::llround(grown.width()) - framed.width;
+    const std::int64_t addedHeight = std::llround(grown.height()) - framed.height;
+    left += roomBefore(addedWidth, recipe.border);
+    top += roomBefore(addedHeight, recipe.border);
+
     RenderLayout layout;
-    layout.canvasSize = {left + imageSize.width + right, top + imageSize.height + bottom};
+    layout.canvasSize = {framed.width + addedWidth, framed.height + addedHeight};
+    right = layout.canvasSize.width - left - imageSize.width;
+    bottom = layout.canvasSize.height - top - imageSize.height;
     layout.imageRect = QRectF(double(left), double(bottom), double(imageSize.width), double(imageSize.height));
     layout.drawRect = layout.imageRect;
     layout.borderThickness = double(std::max({top, right, bottom, left}));
@@ -207,17 +247,19 @@ std::optional<QRectF> logoRect(PixelSize logoSize, const RenderLayout& layout, c
 
 void validateRenderBounds(PixelSize originalSize, const RenderRecipe& recipe, double scale)
 {
-    // A border in percent may go beyond all numbers by the photo's size alone.
-    const SideLengths border = recipe.border.around(originalSize);
-    const bool isValid = std::isfinite(recipe.border.width) && isFinite(border) &&
+    const bool isValid = isDrawable(recipe.border, originalSize) &&
                          std::ranges::all_of(recipe.captions, [](const Caption& c) { return isFinite(c); }) &&
                          (!recipe.logo || isFinite(*recipe.logo));
     if (!isValid || !std::isfinite(scale) || scale <= 0)
         throw ImagePipelineError(ImagePipelineError::invalidRenderRecipe);
     // Of a very thin photo a preview's scale may leave less than a pixel, which is drawn as one.
     const auto scaled = [&](double full) { return full < 1 ? 0 : std::max(scale * full, 1.0); };
-    const double width = scaled(border.left + border.right + double(originalSize.width));
-    const double height = scaled(border.top + border.bottom + double(originalSize.height));
+    const SideLengths border = recipe.border.around(originalSize);
+    const QSizeF framed(border.left + border.right + double(originalSize.width),
+                        border.top + border.bottom + double(originalSize.height));
+    const QSizeF grown = grownToShape(framed, recipe.border, originalSize);
+    const double width = scaled(grown.width());
+    const double height = scaled(grown.height());
     const auto fits = [](double side) { return std::isfinite(side) && side >= 1 && side <= maximumOutputSide; };
     if (!fits(width) || !fits(height) || width * height > maximumOutputPixels)
         throw ImagePipelineError(

@@ -17,9 +17,10 @@ struct RenderLayout {
     PixelSize canvasSize;
     QRectF imageRect;
     QRectF drawRect;            ///< Equal to imageRect.
-    double borderThickness = 0; ///< Of the side where it is thickest.
+    double borderThickness = 0; ///< Of the side where it is thickest, with what the shape adds.
 
-    /// At full resolution. The border must be finite: validateRenderBounds() comes first.
+    /// At full resolution: the photo with its border, then what the shape adds beside or above and below them. Canvas
+    /// and photo have whole pixels. The border must be finite: validateRenderBounds() comes first.
     [[nodiscard]] static RenderLayout framedLayout(PixelSize imageSize, const RenderRecipe& recipe);
     /// Full resolution, then scaled by at least a millionth.
     [[nodiscard]] static RenderLayout calculate(PixelSize sourceSize, const RenderRecipe& recipe, double scale);

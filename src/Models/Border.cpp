@@ -27,6 +27,13 @@ Length Length::converted(BorderUnit to, PixelSize size) const
     return {shorterSide < 1 ? 0 : length / shorterSide * 100, to};
 }
 
+double FrameShape::ratioFor(PixelSize photo) const
+{
+    const double ratio = width / height;
+    const bool liesOtherWay = (ratio > 1 && photo.width < photo.height) || (ratio < 1 && photo.width > photo.height);
+    return turnsWithPhoto && liesOtherWay ? height / width : ratio;
+}
+
 SideLengths Border::around(PixelSize size) const
 {
     const auto pixels = [&](double length) { return Length{length, unit}.pixels(size); };

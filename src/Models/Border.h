@@ -41,12 +41,15 @@ struct Length {
 
 /// The ratio that the canvas grows to. It never shrinks below photo and border, and the photo is never cropped.
 struct FrameShape {
-    double width = 1; ///< Only the ratio of the two counts.
+    double width = 1; ///< Only the ratio of the two counts; both above 0.
     double height = 1;
     bool turnsWithPhoto = false; ///< Width and height change places for photos that lie the other way.
     /// Where photo and border stand in the room added: -100 at its top (or left), 0 in the middle, 100 at its bottom
     /// (or right).
     double balance = 0;
+
+    /// Width ÷ height for that photo. A square one lies no way, and turns nothing.
+    [[nodiscard]] double ratioFor(PixelSize photo) const;
 
     bool operator==(const FrameShape&) const = default;
 };

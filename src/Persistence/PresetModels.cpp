@@ -183,6 +183,29 @@ QJsonObject encodedMembers(const Owner& from, const std::tuple<Member<Owner, T>.
     return object;
 }
 
+/// Members that files had later: what lacks them reads as the default, and they are written where they differ from it.
+template <typename Owner, typename... T>
+void decodeLaterMembers(const QJsonObject& object, Owner& into, const std::tuple<Member<Owner, T>...>& members)
+{
+    std::apply(
+        [&](const auto&... member) {
+            ((into.*member.field = optionalOr(object, member.key, into.*member.field)), ...);
+        },
+        members);
+}
+
+template <typename Owner, typename... T>
+void encodeLaterMembers(QJsonObject& into, const Owner& from, const std::tuple<Member<Owner, T>...>& members)
+{
+    const Owner fresh;
+    const auto encode = [&](const auto& member) {
+        const auto& value = from.*member.field;
+        if (value != fresh.*member.field)
+            into.insert(member.key, Coding<std::decay_t<decltype(value)>>::encode(value, member.key));
+    };
+    std::apply([&](const auto&... member) { (encode(member), ...); }, members);
+}
+
 /// A struct all of whose members are required.
 template <typename Owner>
 struct StructCoding {
@@ -203,6 +226,41 @@ struct Coding<RGBAColor> : StructCoding<RGBAColor> {
     static constexpr std::tuple members{
         Member{QLatin1StringView("red"), &RGBAColor::red}, Member{QLatin1StringView("green"), &RGBAColor::green},
         Member{QLatin1StringView("blue"), &RGBAColor::blue}, Member{QLatin1StringView("alpha"), &RGBAColor::alpha}};
+};
+
+template <>
+struct Coding<SideLengths> : StructCoding<SideLengths> {
+    static constexpr std::tuple members{Member{QLatin1StringView("top"), &SideLengths::top},
+                                        Member{QLatin1StringView("right"), &SideLengths::right},
+                                        Member{QLatin1StringView("bottom"), &SideLengths::bottom},
+                                        Member{QLatin1StringView("left"), &SideLengths::left}};
+};
+
+template <>
+struct Coding<Length> : StructCoding<Length> {
+    static constexpr std::tuple members{Member{QLatin1StringView("value"), &Length::value},
+                                        Member{QLatin1StringView("unit"), &Length::unit}};
+};
+
+template <>
+struct Coding<FrameShape> : StructCoding<FrameShape> {
+    static constexpr std::tuple members{Member{QLatin1StringView("width"), &FrameShape::width},
+                                        Member{QLatin1StringView("height"), &FrameShape::height},
+                                        Member{QLatin1StringView("turnsWithPhoto"), &FrameShape::turnsWithPhoto},
+                                        Member{QLatin1StringView("balance"), &FrameShape::balance}};
+};
+
+template <>
+struct Coding<BlurredBackground> : StructCoding<BlurredBackground> {
+    static constexpr std::tuple members{Member{QLatin1StringView("blur"), &BlurredBackground::blur},
+                                        Member{QLatin1StringView("dim"), &BlurredBackground::dim}};
+};
+
+template <>
+struct Coding<FrameLine> : StructCoding<FrameLine> {
+    static constexpr std::tuple members{Member{QLatin1StringView("thickness"), &FrameLine::thickness},
+                                        Member{QLatin1StringView("distance"), &FrameLine::distance},
+                                        Member{QLatin1StringView("color"), &FrameLine::color}};
 };
 
 template <>
@@ -243,6 +301,18 @@ struct Coding<LogoConfiguration> {
 };
 
 template <typename T>
+struct Coding<std::optional<T>> {
+    static std::optional<T> decode(const QJsonValue& value, const QString& member)
+    {
+        return value.isNull() ? std::nullopt : std::optional(Coding<T>::decode(value, member));
+    }
+    static QJsonValue encode(const std::optional<T>& value, const QString& member)
+    {
+        return value ? Coding<T>::encode(*value, member) : QJsonValue();
+    }
+};
+
+template <typename T>
 struct Coding<std::vector<T>> {
     static std::vector<T> decode(const QJsonValue& value, const QString& member)
     {
@@ -279,10 +349,17 @@ struct Coding<std::vector<CaptionSegment>> {
 template <>
 struct Coding<PresetPayload> {
     using P = PresetPayload;
-    static constexpr QLatin1StringView logoKey{"logo"};
     static constexpr std::tuple borderMembers{Member{QLatin1StringView("borderUnit"), &Border::unit},
                                               Member{QLatin1StringView("borderWidth"), &Border::width},
                                               Member{QLatin1StringView("borderColor"), &Border::color}};
+    static constexpr std::tuple laterBorderMembers{
+        Member{QLatin1StringView("borderSides"), &Border::sides},
+        Member{QLatin1StringView("borderShape"), &Border::shape},
+        Member{QLatin1StringView("borderBlurredBackground"), &Border::blurredBackground},
+        Member{QLatin1StringView("borderLine"), &Border::line}};
+    static constexpr std::tuple photoEdgeMembers{
+        Member{QLatin1StringView("photoCornerRadius"), &PhotoEdge::cornerRadius},
+        Member{QLatin1StringView("photoShadow"), &PhotoEdge::hasShadow}};
     static constexpr std::tuple captionMembers{
         Member{QLatin1StringView("captionEnabled"), &Caption::isEnabled},
         Member{QLatin1StringView("captionTemplate"), &Caption::segments},
@@ -297,6 +374,7 @@ struct Coding<PresetPayload> {
         Member{QLatin1StringView("captionOpacity"), &Caption::opacity}};
     static constexpr std::tuple recipeMembers{
         Member{QLatin1StringView("outputColorProfile"), &RenderRecipe::outputColorProfile}};
+    static constexpr std::tuple laterRecipeMembers{Member{QLatin1StringView("logo"), &RenderRecipe::logo}};
     static constexpr std::tuple members{Member{QLatin1StringView("exportFormat"), &P::exportFormat},
                                         Member{QLatin1StringView("exportQuality"), &P::exportQuality},
                                         Member{QLatin1StringView("destinationMode"), &P::destinationMode},
@@ -309,22 +387,24 @@ struct Coding<PresetPayload> {
         const QJsonObject object = objectOf(value, member);
         PresetPayload payload;
         decodeMembers(object, payload.framing.border, borderMembers);
+        decodeLaterMembers(object, payload.framing.border, laterBorderMembers);
+        decodeLaterMembers(object, payload.framing.border.photoEdge, photoEdgeMembers);
         decodeMembers(object, payload.framing.captions.front(), captionMembers);
         decodeMembers(object, payload.framing, recipeMembers);
+        decodeLaterMembers(object, payload.framing, laterRecipeMembers);
         decodeMembers(object, payload, members);
-        if (const QJsonValue logo = object.value(logoKey); !logo.isUndefined() && !logo.isNull())
-            payload.framing.logo = Coding<LogoConfiguration>::decode(logo, logoKey);
         return payload;
     }
     static QJsonValue encode(const PresetPayload& value, const QString&)
     {
         QJsonObject object;
         encodeMembers(object, value.framing.border, borderMembers);
+        encodeLaterMembers(object, value.framing.border, laterBorderMembers);
+        encodeLaterMembers(object, value.framing.border.photoEdge, photoEdgeMembers);
         encodeMembers(object, value.framing.captions.front(), captionMembers);
         encodeMembers(object, value.framing, recipeMembers);
+        encodeLaterMembers(object, value.framing, laterRecipeMembers);
         encodeMembers(object, value, members);
-        if (value.framing.logo)
-            object.insert(logoKey, Coding<LogoConfiguration>::encode(*value.framing.logo, logoKey));
         return object;
     }
 };

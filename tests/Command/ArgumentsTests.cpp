@@ -62,6 +62,18 @@ TEST(Arguments, namesTheOptionThatWasUsedWrongly)
                              "--border|-1px",
                              "--border|2,5%",
                              "--border|px",
+                             "--border-sides|1px,2px,3px",
+                             "--border-sides|1px,2px,3px,4",
+                             "--border-sides|1px,2px,3px,4px,5px",
+                             "--border-sides|1px,2px,3px,4%",
+                             "--border-sides|1px,2px,3px,1e20px",
+                             "--shape|4",
+                             "--shape|4:5:6",
+                             "--shape|0:5",
+                             "--shape|4:inf",
+                             "--shape|-4:-5",
+                             "--shape-turns=yes",
+                             "--balance|101",
                              "--border-color|#ffcc0",
                              "--border-color|#ffcc0g",
                              "--border-color|#ff -100",
@@ -114,6 +126,23 @@ TEST(Arguments, setsWhatItsOptionsSay)
                                                  .maximumConcurrentExports = 64};
     EXPECT_EQ(set.configuration, configuration);
     EXPECT_FALSE(settingsOf(wordsOf("--caption|x|--no-caption")).recipe.captions.front().isEnabled);
+}
+
+TEST(Arguments, framesAsItsOptionsSay)
+{
+    const auto border = [](const QByteArray& line) { return settingsOf(wordsOf(line)).recipe.border; };
+    const BorderUnit percent = BorderUnit::percent;
+    EXPECT_EQ(border("--border-sides|4%,5%,16%,6%"),
+              (Border{.unit = percent, .width = 4, .sides = SideLengths{4, 5, 16, 6}}));
+    EXPECT_EQ(border("--border-sides|4%,5%,16%,6%|--border|9px"), Border{.width = 9}) << "the last word counts";
+    EXPECT_EQ(border("--shape|1.91:1"), (Border{.shape = FrameShape{1.91, 1}}));
+    EXPECT_EQ(border("--shape|1:1|--shape|photo"), Border());
+    EXPECT_TRUE(messageFor(wordsOf("--border-sides|1px,2px,3px,4%")).contains(QStringLiteral("all in percent")));
+
+    FrameShape shape{4, 5};
+    for (const auto& change : parseArguments(wordsOf("--balance|-20|--shape-turns")).shapeChanges)
+        change(shape);
+    EXPECT_EQ(shape, (FrameShape{4, 5, true, -20}));
 }
 
 TEST(Arguments, tellsPathsFromOptionsAndNames)

@@ -124,6 +124,7 @@ TEST_F(BatchCommandTest, refusesWrongUseBeforeItWritesAnything)
         {"--preset-file", {"--preset-file", notPresets, "--beside", "--", in.path()}},
         {"--logo", {"--logo", folder.file("logo.gif").path(), "--output", out.path(), in.path()}},
         {"--logo", {"--logo-width", "10", "--output", out.path(), in.path()}},
+        {"--shape", {"--balance", "10", "--output", out.path(), in.path()}},
     };
     for (const auto& [option, words] : rows) {
         SCOPED_TRACE(option);

@@ -62,6 +62,27 @@ TEST(PresetDocument, writesAndReadsEveryField)
     EXPECT_EQ(PresetDocument::decode(handWritten).presets, std::vector{back});
 }
 
+TEST(PresetDocument, keepsWhatIsNewOfABorderOnlyWhereItIsSet)
+{
+    const QByteArray json =
+        handWrittenWith(R"("borderUnit")", R"("borderSides": {"top": 1, "right": 2, "bottom": 3, "left": 4},
+        "borderShape": {"width": 4, "height": 5.5, "turnsWithPhoto": true, "balance": -20},
+        "borderBlurredBackground": {"blur": 12, "dim": 0},
+        "borderLine": {"thickness": {"value": 6, "unit": "Pixels"}, "distance": {"value": 1.5, "unit": "Percent"},
+                       "color": {"red": 0.9, "green": 0.8, "blue": 0.7, "alpha": 0.6}},
+        "photoCornerRadius": {"value": 24, "unit": "Percent"}, "photoShadow": true,
+        "borderUnit")");
+    Border border = test::oddPayload().framing.border;
+    border.sides = {1, 2, 3, 4};
+    border.shape = {4, 5.5, true, -20};
+    border.blurredBackground = {12, 0};
+    border.line = {{6, BorderUnit::pixels}, {1.5, BorderUnit::percent}, {0.9, 0.8, 0.7, 0.6}};
+    border.photoEdge = {{24, BorderUnit::percent}, true};
+    const PresetDocument document = PresetDocument::decode(json);
+    EXPECT_EQ(document.presets.at(0).payload.framing.border, border);
+    EXPECT_EQ(document.encode(), QJsonDocument::fromJson(json).toJson(QJsonDocument::Indented));
+}
+
 TEST(PresetDocument, readsTheLogosOfOlderDocuments)
 {
     const qsizetype start = handWritten.indexOf("\"isEnabled\"");
@@ -102,6 +123,10 @@ TEST(PresetDocument, refusesWhatIsOddAndSaysWhere)
         {R"(Enabled": false)", R"(Enabled": 0)", Case::wrongType, u"captionEnabled"_s},
         {R"(name": "Travel")", R"(name": null)", Case::wrongType, u"name"_s},
         {R"("isEnabled": false)", R"("padding": "7")", Case::wrongType, u"padding"_s},
+        {R"("borderUnit")", R"("borderSides": 4, "borderUnit")", Case::wrongType, u"borderSides"_s},
+        {R"("borderUnit")", R"("borderLine": {"thickness": 6}, "borderUnit")", Case::wrongType, u"thickness"_s},
+        {R"("borderUnit")", R"("borderShape": {"width": 4}, "borderUnit")", Case::missingMember, u"height"_s},
+        {R"("borderUnit")", R"("photoShadow": 1, "borderUnit")", Case::wrongType, u"photoShadow"_s},
         {"Skip Existing", "skip existing", Case::unknownValue, u"collisionRule"_s},
         {"09:26:53Z", "09:26:53.25Z", Case::unknownValue, u"createdAt"_s},
         {"09:26:53Z", "09:26:53", Case::unknownValue, u"createdAt"_s},
