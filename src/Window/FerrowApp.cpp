@@ -20,12 +20,16 @@
 #include <signal.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <optional>
+#include <system_error>
+#include <thread>
+#include <vector>
 
 namespace ferrow {
 
@@ -46,6 +50,26 @@ void tellOfNoDisplay(QtMsgType type, const QMessageLogContext& context, const QS
     }
     if (!QByteArray(context.category).startsWith("qt.qpa"))
         std::fprintf(stderr, "%s\n", qPrintable(text));
+}
+
+/// Those that the toolkit starts for the display and for the session bus, and some to spare. Where one can't be had it
+/// waits for it for ever, without a window.
+constexpr int threadsAtStart = 6;
+
+bool canHaveThreads(int count)
+{
+    std::atomic<bool> isCounted = false;
+    std::vector<std::jthread> threads;
+    bool hasAll = true;
+    try {
+        for (int i = 0; i < count; ++i)
+            threads.emplace_back([&] { isCounted.wait(false); });
+    } catch (const std::system_error&) {
+        hasAll = false;
+    }
+    isCounted = true;
+    isCounted.notify_all();
+    return hasAll;
 }
 
 /// Takes the toolkit's own options out of `words`, of which there are `count` and then a null.
@@ -141,6 +165,12 @@ int runFerrow(int argc, char** argv, const std::function<void(ContentView&)>& sh
     ::signal(SIGPIPE, SIG_IGN);
     ::signal(SIGXFSZ, SIG_IGN);
 
+    if (!canHaveThreads(threadsAtStart)) {
+        std::fputs("ferrow: no more processes or threads are to be had.\n"
+                   "End other programs or raise the limit (see ulimit -u), then start Ferrow again.\n",
+                   stderr);
+        return EXIT_FAILURE;
+    }
     const QByteArray activationToken = activationTokenOfThisStart();
     // The toolkit's own file panel would keep the folders that were visited in settings of its own.
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("/dev/null"));

@@ -143,6 +143,17 @@ TEST(Program, endsByItselfWhenItsWindowIsClosedAtWork)
     }
 }
 
+TEST(Program, tellsWhereNoThreadIsToBeHad)
+{
+    const test::Words words{
+        "/usr/bin/strace", "-f",        "-o/dev/null", "-etrace=clone,clone3", "-einject=clone,clone3:error=EAGAIN",
+        FERROW_PROGRAM,    "-platform", "offscreen"};
+    // What looks for leaks can't while the program is traced.
+    const test::Ended ended = test::Program(words, {"LC_ALL=C.UTF-8", "ASAN_OPTIONS=detect_leaks=0"}).wait();
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_TRUE(ended.errors.startsWith("ferrow: no more processes")) << ended.errors.constData();
+}
+
 TEST(Program, answersItsOptionsWithoutADisplay)
 {
     struct Row {
