@@ -1,0 +1,223 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Platform/Pixels/RowReducer.h"
+
+#include "Platform/Pixels/FilterAxis.h"
+#include "Platform/Pixels/LightEncoding.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <new>
+#include <utility>
+#include <vector>
+
+namespace ferrow {
+
+namespace {
+
+constexpr std::size_t colors = 3;
+
+/// A space's curves, both ways.
+class Light {
+public:
+    explicit Light(const ColorProfile& space) : Light(Curves(space)) {}
+
+    /// Levels of `channels` components to light; color times alpha where there is one.
+    template <std::size_t channels>
+    void decode(const std::byte* levels, std::size_t pixels, float* light) const
+    {
+        const auto* level = reinterpret_cast<const std::uint8_t*>(levels);
+        for (std::size_t pixel = 0; pixel < pixels; ++pixel, level += channels, light += channels) {
+            light[0] = decoding_[0][level[0]];
+            light[1] = decoding_[1][level[1]];
+            light[2] = decoding_[2][level[2]];
+            if constexpr (channels > colors) {
+                const float alpha = float(level[3]) / 255;
+                for (std::size_t channel = 0; channel < colors; ++channel)
+                    light[channel] *= alpha;
+                light[3] = alpha;
+            }
+        }
+    }
+
+    [[nodiscard]] const LightEncoding& encoding() const { return encoding_; }
+
+private:
+    struct Curves {
+        explicit Curves(const ColorProfile& space)
+            : context(space.icc().size()), profile(LittleCms::openProfile(context, space.icc())),
+              sRGB(LittleCms::sRGBCurve(context))
+        {
+            if (!sRGB)
+                throw std::bad_alloc();
+            all.fill(sRGB.get());
+            const auto matrix = profile ? matrixProfileOf(profile.get(), Way::toPictures) : std::nullopt;
+            if (matrix)
+                all = matrix->curves;
+        }
+
+        LittleCms::Context context;
+        LittleCms::Profile profile;
+        LittleCms::Curve sRGB;
+        std::array<const cmsToneCurve*, colors> all{};
+    };
+
+    explicit Light(const Curves& curves) : encoding_(curves.all)
+    {
+        for (std::size_t channel = 0; channel < colors; ++channel)
+            for (std::size_t level = 0; level < decoding_[channel].size(); ++level)
+                decoding_[channel][level] = lightOf(curves.all[channel], double(level) / 255);
+    }
+
+    std::array<std::array<float, 256>, colors> decoding_{};
+    LightEncoding encoding_;
+};
+
+/// Which rows of the result each pair of rows of the source adds to: those that come next, a few at a time.
+std::size_t mostOpenRows(const FilterAxis& down)
+{
+    std::size_t most = 1;
+    for (std::size_t first = 0, next = 0; next < down.size(); ++next) {
+        // A row of the result is open until the pair is through that its last row of the source is in.
+        while (down.window(first).first + down.window(first).count + 1 <= down.window(next).first)
+            ++first;
+        most = std::max(most, next - first + 1);
+    }
+    return most;
+}
+
+/// a × x + b × y added to `sums`.
+void addPair(const float* x, float a, const float* y, float b, float* sums, std::size_t count)
+{
+    for (std::size_t i = 0; i < count; ++i)
+        sums[i] += a * x[i] + b * y[i];
+}
+
+} // namespace
+
+struct RowReducer::Implementation {
+    Implementation(PixelSize source, double coveredWidth, double coveredHeight, PixelSize result, PixelFormat format,
+                   const ColorProfile& space)
+        : across(source.width, result.width, 0, double(result.width) * double(source.width) / coveredWidth),
+          down(source.height, result.height, 0, double(result.height) * double(source.height) / coveredHeight),
+          light(space), channels(std::size_t(format.channels())), width(std::size_t(source.width)),
+          height(std::size_t(source.height)), sums(mostOpenRows(down), row())
+    {
+        pair.fill(row());
+    }
+
+    /// One row's light, with room behind it for loops that go on to whole vectors.
+    [[nodiscard]] std::vector<float> row() const
+    {
+        return std::vector<float>((width + FilterAxis::padding) * channels);
+    }
+    [[nodiscard]] std::size_t endOf(std::size_t resultRow) const
+    {
+        return down.window(resultRow).first + down.window(resultRow).count;
+    }
+    [[nodiscard]] float weight(std::size_t resultRow, std::size_t sourceRow) const
+    {
+        const FilterAxis::Window& window = down.window(resultRow);
+        const bool isInside = sourceRow >= window.first && sourceRow < window.first + window.count;
+        return isInside ? down.weights(resultRow)[sourceRow - window.first] : 0;
+    }
+
+    void addUpPair();
+    template <std::size_t count>
+    void reduceAcross(const std::vector<float>& line, std::byte* out) const;
+
+    FilterAxis across;
+    FilterAxis down;
+    Light light;
+    std::size_t channels;
+    std::size_t width;
+    std::size_t height;
+    std::array<std::vector<float>, 2> pair; ///< Rows are added up two at a time: it halves the ways to memory.
+    std::vector<std::vector<float>> sums;   ///< Of the rows of the result under way, by their number.
+    std::size_t fed = 0;
+    std::size_t addedUp = 0;
+    std::size_t taken = 0;
+};
+
+void RowReducer::Implementation::addUpPair()
+{
+    /// So many numbers of two rows stay near the processor while all sums take them.
+    constexpr std::size_t block = 2048;
+    const std::size_t first = addedUp;
+    const std::size_t count = width * channels;
+    for (std::size_t begin = 0; begin < count; begin += block)
+        for (std::size_t row = taken; row < down.size() && down.window(row).first < fed; ++row)
+            addPair(pair[0].data() + begin, weight(row, first), pair[1].data() + begin, weight(row, first + 1),
+                    sums[row % sums.size()].data() + begin, std::min(block, count - begin));
+    addedUp = fed;
+}
+
+template <std::size_t count>
+void RowReducer::Implementation::reduceAcross(const std::vector<float>& line, std::byte* out) const
+{
+    const LightEncoding::Tables encoding(light.encoding());
+    const auto pixelAt = [](const float* from) {
+        Lanes lanes;
+        std::memcpy(&lanes, from, sizeof lanes);
+        return lanes;
+    };
+    for (std::size_t x = 0; x < across.size(); ++x, out += count) {
+        const FilterAxis::Window& window = across.window(x);
+        const float* weights = across.weights(x);
+        const float* pixel = line.data() + window.first * count;
+        // Two sums, each waiting for its own last addition only. Behind a window come zeros.
+        std::array<Lanes, 2> sum{};
+        for (std::size_t tap = 0; tap < window.count; tap += 2, pixel += 2 * count) {
+            sum[0] += weights[tap] * pixelAt(pixel);
+            sum[1] += weights[tap + 1] * pixelAt(pixel + count);
+        }
+        Lanes result = sum[0] + sum[1];
+        if constexpr (count > colors) {
+            const float alpha = std::clamp(result[3], 0.0F, 1.0F);
+            result *= alpha * 255 >= 0.5F ? 1 / alpha : 0;
+            out[3] = static_cast<std::byte>(std::uint8_t(alpha * 255 + 0.5F));
+        }
+        encoding.store(result, out);
+    }
+}
+
+RowReducer::RowReducer(PixelSize source, double coveredWidth, double coveredHeight, PixelSize result,
+                       PixelFormat format, const ColorProfile& space)
+    : implementation_(std::make_unique<Implementation>(source, coveredWidth, coveredHeight, result, format, space))
+{
+}
+
+RowReducer::~RowReducer() = default;
+
+void RowReducer::feed(const std::byte* row)
+{
+    Implementation& all = *implementation_;
+    float* light = all.pair[all.fed % 2].data();
+    if (all.channels > colors)
+        all.light.decode<4>(row, all.width, light);
+    else
+        all.light.decode<3>(row, all.width, light);
+    ++all.fed;
+    if (all.fed % 2 == 0 || all.fed == all.height)
+        all.addUpPair();
+}
+
+bool RowReducer::isReady() const
+{
+    const Implementation& all = *implementation_;
+    return all.taken < all.down.size() && all.addedUp >= all.endOf(all.taken);
+}
+
+void RowReducer::take(std::byte* row)
+{
+    Implementation& all = *implementation_;
+    std::vector<float>& line = all.sums[all.taken % all.sums.size()];
+    if (all.channels > colors)
+        all.reduceAcross<4>(line, row);
+    else
+        all.reduceAcross<3>(line, row);
+    std::ranges::fill(line, 0.0F);
+    ++all.taken;
+}
+
+} // namespace ferrow
