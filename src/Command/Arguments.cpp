@@ -192,6 +192,32 @@ Handler logoNumber(double LogoConfiguration::*member, double least, double most)
     };
 }
 
+std::int64_t pixels(const QByteArray& option, const QByteArray& word)
+{
+    const double value = number(option, word, 1, double(OutputSize::mostPixels));
+    if (value != std::floor(value))
+        misuse(option, QStringLiteral("give a whole number of pixels."));
+    return std::int64_t(value);
+}
+
+PixelSize box(const QByteArray& option, const QByteArray& word)
+{
+    const qsizetype times = word.indexOf('x');
+    if (times < 0)
+        misuse(option, QStringLiteral("give a width and a height, such as 2048x1536."));
+    return {pixels(option, word.left(times)), pixels(option, word.mid(times + 1))};
+}
+
+/// `parse` takes an option and its value.
+template <typename Parse>
+Handler outputSize(Parse parse)
+{
+    return [parse](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
+        const OutputSize size = parse(option, value);
+        arguments.changes.emplace_back([size](Settings& settings) { settings.exportSettings.size = size; });
+    };
+}
+
 void addDestinationHandlers(std::unordered_map<QByteArray, Handler>& handlers)
 {
     handlers["--output"] = [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
@@ -230,6 +256,14 @@ void addOutputHandlers(std::unordered_map<QByteArray, Handler>& handlers)
         const double quality = number(option, value, 0, 1);
         arguments.changes.emplace_back([quality](Settings& s) { s.exportSettings.quality = quality; });
     };
+    handlers["--long-side"] = outputSize([](const QByteArray& option, const QByteArray& value) {
+        return OutputSize::withLongSide(pixels(option, value));
+    });
+    handlers["--fit"] = outputSize(
+        [](const QByteArray& option, const QByteArray& value) { return OutputSize::within(box(option, value)); });
+    handlers["--megapixels"] = outputSize([](const QByteArray& option, const QByteArray& value) {
+        return OutputSize::ofMegapixels(number(option, value, OutputSize::leastMegapixels, OutputSize::mostMegapixels));
+    });
     handlers["--profile"] =
         choice<OutputColorProfile>({{"srgb", OutputColorProfile::sRGB},
                                     {"p3", OutputColorProfile::displayP3},
@@ -343,6 +377,8 @@ bool applyFlag(Arguments& arguments, const QByteArray& option)
         arguments.quiet = true;
     else if (option == "--shape-turns")
         arguments.shapeChanges.emplace_back([](FrameShape& shape) { shape.turnsWithPhoto = true; });
+    else if (option == "--full-size")
+        arguments.changes.emplace_back([](Settings& settings) { settings.exportSettings.size = {}; });
     else if (option == "--no-caption")
         arguments.changes.emplace_back([](Settings& settings) {
             for (Caption& caption : settings.recipe.captions)
@@ -464,6 +500,10 @@ What they are
   --format FORMAT          jpeg, png, tiff or heic
   --quality 0..1           for jpeg and heic
   --profile PROFILE        srgb, p3 or source
+  --long-side PX           size of the whole frame, never enlarged;
+  --fit WIDTHxHEIGHT       pixels a side at most
+  --megapixels N           millions of pixels at most
+  --full-size              as large as photo and frame are (default)
   --preset NAME            start from a saved preset
   --preset-file FILE       start from the preset in FILE (with --preset: the one
                            of that name in it)

@@ -6,6 +6,7 @@
 #include "Command/Output.h"
 #include "Export/ExportPlanner.h"
 #include "Export/ImageExporter.h"
+#include "Imaging/ExportLayout.h"
 #include "Imaging/ImageLoader.h"
 #include "Imaging/ImageRenderer.h"
 #include "Models/ErrorTexts.h"
@@ -152,7 +153,8 @@ public:
     void planned(const BatchExportJob& job)
     {
         if (!json_)
-            printLine(QStringLiteral("%1 → %2").arg(job.photo.url.displayPath(), job.destination.displayPath()));
+            printLine(QStringLiteral("%1 → %2%3")
+                          .arg(job.photo.url.displayPath(), job.destination.displayPath(), sizeNote(job)));
         framed(job, "planned");
     }
     void ended(const BatchExportJob& job, const BatchExportOutcome& result)
@@ -206,6 +208,10 @@ private:
         const TextCut cut = firstCut(job);
         if (json_) {
             QJsonObject object = outcome(job.photo.url, name, job.destination);
+            if (const std::optional<PixelSize> size = writtenSize(job)) {
+                object.insert(QStringLiteral("width"), qint64(size->width));
+                object.insert(QStringLiteral("height"), qint64(size->height));
+            }
             if (cut.isCut())
                 object.insert(QStringLiteral("captionCut"), QJsonObject{{QStringLiteral("leftOut"), cut.leftOut},
                                                                         {QStringLiteral("letters"), cut.cutsLetters}});
@@ -217,6 +223,19 @@ private:
                                                        : QStringLiteral("this is left out: ") + cut.leftOut;
             printError(job.photo.url.displayPath() + QStringLiteral(": The caption does not fit, ") + what);
         }
+    }
+    /// Absent where the photo can't be framed, which is told when it is tried.
+    static std::optional<PixelSize> writtenSize(const BatchExportJob& job)
+    try {
+        return exportLayout(job.photo.pixelSize, job.recipe, job.settings.size).layout.canvasSize;
+    } catch (const ImagePipelineError&) {
+        return std::nullopt;
+    }
+    /// What the plan says of an output that may be smaller than photo and frame.
+    static QString sizeNote(const BatchExportJob& job)
+    {
+        const std::optional<PixelSize> size = writtenSize(job);
+        return size && job.settings.size != OutputSize() ? QStringLiteral(" (%1)").arg(size->formatted()) : QString();
     }
     static TextCut firstCut(const BatchExportJob& job)
     {

@@ -44,15 +44,15 @@ JobSize jobSize(const OpenedPhoto& photo, std::int64_t bytes)
     return {size.width * size.height, photo.type == FileType::heif, bytes};
 }
 
-OpenedPhoto openExpectedPhoto(const SourceFile& source, PixelSize expected)
+OpenedPhoto openExpectedPhoto(const SourceFile& source, PixelSize expected, PixelSize drawnAt)
 {
-    OpenedPhoto photo = openPhoto(source, {.enoughDimension = 0, .tolerance = Tolerance::strict});
+    OpenedPhoto photo = openPhoto(source, decodingFor(drawnAt));
     if (photo.uprightSize() != expected)
         throw ImagePipelineError(ImagePipelineError::FullResolutionMismatch{expected, photo.uprightSize()});
     return photo;
 }
 
-/// A photo opened at full size together with the compositor that frames it.
+/// An opened photo together with the compositor that frames it.
 struct FramedPhoto {
     OpenedPhoto photo;
     ColorProfile canvas;
@@ -60,9 +60,9 @@ struct FramedPhoto {
     Compositor compositor;
 
     FramedPhoto(const SourceFile& source, PixelSize expected, const Composition& composition)
-        : photo(openExpectedPhoto(source, expected)),
+        : photo(openExpectedPhoto(source, expected, composition.photoSize)),
           canvas(outputColorSpace(photo.decoder->profile(), photo.decoder->format().model, composition.colorProfile)),
-          rows(photo, canvas),
+          rows(photo, canvas, composition.photoSize),
           compositor(composition, &rows, canvas, rows.format().hasAlpha() || isTransparent(composition.borderColor))
     {
     }
@@ -150,7 +150,7 @@ Bitmap viewable(const Bitmap& picture)
 Bitmap composedRegion(const RegionRequest& request, const std::stop_token& stop, JobObserver& observer)
 {
     FramedPhoto framed(request.source, request.expectedSize, request.composition);
-    observer.headerRead(jobSize(framed.photo, MemoryNeed::ofRows(framed.photo)));
+    observer.headerRead(jobSize(framed.photo, MemoryNeed::ofRows(framed.photo, framed.rows.size())));
     const PixelSize canvas = framed.compositor.size();
     const std::int64_t left = std::clamp<std::int64_t>(request.x, 0, canvas.width);
     const std::int64_t top = std::clamp<std::int64_t>(request.y, 0, canvas.height);
@@ -210,7 +210,7 @@ void InProcessAnswerer::frame(const FrameRequest& request, const std::stop_token
     try {
         FramedPhoto framed(request.source, request.expectedSize, request.composition);
         observer_->headerRead(
-            jobSize(framed.photo, MemoryNeed::ofRows(framed.photo) +
+            jobSize(framed.photo, MemoryNeed::ofRows(framed.photo, framed.rows.size()) +
                                       MemoryNeed::ofEncoder(request.format, request.composition.canvasSize)));
         const bool keepsAlpha = framed.compositor.format().hasAlpha() && request.format != ExportFormat::jpeg;
         ByteSink sink(request.outputDescriptor);

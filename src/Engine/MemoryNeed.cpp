@@ -27,9 +27,9 @@ std::int64_t deliveredPixelBytes(const OpenedPhoto& photo)
 
 } // namespace
 
-std::int64_t ofRows(const OpenedPhoto& photo)
+std::int64_t ofRows(const OpenedPhoto& photo, PixelSize size)
 {
-    const std::int64_t turned = photo.orientation == 1 ? 0 : area(photo.decoder->size()) * deliveredPixelBytes(photo);
+    const std::int64_t turned = photo.orientation == 1 ? 0 : area(size) * deliveredPixelBytes(photo);
     return photo.decoder->heldBytes() + turned;
 }
 

@@ -220,19 +220,62 @@ Bitmap oriented(const Bitmap& picture, int orientation)
     return result;
 }
 
-PhotoRows::PhotoRows(OpenedPhoto& photo, const ColorProfile& target)
-    : photo_(photo), format_(rowFormat(*photo.decoder)),
-      transform_(photo.decoder->profile(), photo.decoder->format(), target, format_)
+DecodeOptions decodingFor(PixelSize size)
 {
+    const std::int64_t enough = (size.longestSide() * 5 + 3) / 4;
+    return {.enoughDimension = enough, .mostReduction = 2, .tolerance = Tolerance::strict};
+}
+
+PhotoRows::PhotoRows(OpenedPhoto& photo, const ColorProfile& target, PixelSize size)
+    : photo_(photo), format_(rowFormat(*photo.decoder)),
+      transform_(photo.decoder->profile(), photo.decoder->format(), target, format_),
+      storedSize_(swapsDimensions(photo.orientation) ? size.transposed() : size)
+{
+    const PixelSize decoded = photo.decoder->size();
+    if (size == PixelSize())
+        storedSize_ = decoded;
+    if (storedSize_ == decoded)
+        return;
+    const PixelSize stored = photo.decoder->storedSize();
+    const double reduction = std::ceil(double(stored.longestSide()) / double(decoded.longestSide()));
+    reducer_.emplace(decoded, double(stored.width) / reduction, double(stored.height) / reduction, storedSize_, format_,
+                     target);
 }
 
 PixelSize PhotoRows::size() const
 {
-    const PixelSize stored = photo_.decoder->size();
-    return swapsDimensions(photo_.orientation) ? stored.transposed() : stored;
+    return swapsDimensions(photo_.orientation) ? storedSize_.transposed() : storedSize_;
 }
 
 void PhotoRows::readStored(std::int64_t count, std::byte* out, std::size_t stride)
+{
+    if (reducer_)
+        readReduced(count, out, stride);
+    else
+        readDecoded(count, out, stride);
+}
+
+void PhotoRows::readReduced(std::int64_t count, std::byte* out, std::size_t stride)
+{
+    const PixelSize decoded = photo_.decoder->size();
+    const auto rowBytes = std::size_t(decoded.width) * std::size_t(format_.bytesPerPixel());
+    const std::int64_t band = std::clamp<std::int64_t>(bandBytes / std::int64_t(rowBytes), 1, 64);
+    ahead_.resize(rowBytes * std::size_t(band));
+    for (; count > 0; --count, out += stride) {
+        while (!reducer_->isReady()) {
+            if (aheadFirst_ == aheadCount_) {
+                aheadFirst_ = 0;
+                aheadCount_ = std::min(band, decoded.height - decodedRows_);
+                readDecoded(aheadCount_, ahead_.data(), rowBytes);
+                decodedRows_ += aheadCount_;
+            }
+            reducer_->feed(ahead_.data() + std::size_t(aheadFirst_++) * rowBytes);
+        }
+        reducer_->take(out);
+    }
+}
+
+void PhotoRows::readDecoded(std::int64_t count, std::byte* out, std::size_t stride)
 {
     if (transform_.isIdentity()) {
         photo_.decoder->readRows(count, out, stride);
@@ -253,7 +296,7 @@ void PhotoRows::readRows(std::int64_t count, std::byte* out, std::size_t stride)
             return;
         }
         if (whole_.isNull()) {
-            whole_ = Bitmap(photo_.decoder->size(), format_);
+            whole_ = Bitmap(storedSize_, format_);
             const std::int64_t height = whole_.size().height;
             const std::int64_t band = std::max<std::int64_t>(16, bandBytes / std::int64_t(whole_.stride()));
             for (std::int64_t y = 0; y < height; y += band)

@@ -6,6 +6,7 @@
 #include "Platform/Codecs/ImageDecoder.h"
 #include "Platform/Pixels/Bitmap.h"
 #include "Platform/Pixels/ColorTransform.h"
+#include "Platform/Pixels/RowReducer.h"
 
 #include <algorithm>
 #include <memory>
@@ -44,12 +45,18 @@ struct OpenedPhoto {
     return std::clamp<std::int64_t>(size.longestSide() / (2 * maximumDimension), 1, 256);
 }
 
+/// Options for a photo that PhotoRows reduces to `size`; 0 × 0 for none. A picture decoded at half size, where that
+/// leaves a quarter more pixels a side than are needed, is within 45 dB of the whole one reduced; at a quarter it would
+/// not be, since codecs average levels instead of light.
+[[nodiscard]] DecodeOptions decodingFor(PixelSize size);
+
 /// Upright rows of a photo, 8-bit RGB or straight RGBA in a given RGB space. Streams where the decoder streams and the
-/// picture need not be turned; else holds one whole bitmap, 3 or 4 bytes a pixel. Throws ImagePipelineError.
+/// picture need not be turned; else holds one whole bitmap, 3 or 4 bytes a pixel of the result. Throws
+/// ImagePipelineError.
 class PhotoRows : public RowSource {
 public:
-    /// `photo` must outlive the rows.
-    PhotoRows(OpenedPhoto& photo, const ColorProfile& target);
+    /// `photo` must outlive the rows. `size`, unless 0 × 0, is what the upright picture is reduced to.
+    PhotoRows(OpenedPhoto& photo, const ColorProfile& target, PixelSize size = {});
 
     [[nodiscard]] PixelSize size() const override;
     [[nodiscard]] PixelFormat format() const override { return format_; }
@@ -59,11 +66,19 @@ public:
 
 private:
     void readStored(std::int64_t count, std::byte* out, std::size_t stride);
+    void readDecoded(std::int64_t count, std::byte* out, std::size_t stride);
+    void readReduced(std::int64_t count, std::byte* out, std::size_t stride);
 
     OpenedPhoto& photo_;
     PixelFormat format_;
     ColorTransform transform_;
     std::vector<std::byte> scratch_;
+    PixelSize storedSize_; ///< Of the rows as they are handed out, before they are turned.
+    std::optional<RowReducer> reducer_;
+    std::vector<std::byte> ahead_; ///< Rows decoded for the reducer.
+    std::int64_t aheadFirst_ = 0;
+    std::int64_t aheadCount_ = 0;
+    std::int64_t decodedRows_ = 0;
     Bitmap whole_; ///< As stored, for orientations that can't be streamed.
     std::int64_t nextRow_ = 0;
 };

@@ -64,8 +64,9 @@ struct Overlay {
 struct Composition {
     PixelSize canvasSize;
     RGBAColor borderColor;   ///< sRGB.
-    std::int64_t photoX = 0; ///< Of the photo's left edge, origin at the top left; the photo is drawn at its own size.
+    std::int64_t photoX = 0; ///< Of the photo's left edge, origin at the top left.
     std::int64_t photoY = 0;
+    PixelSize photoSize; ///< What the photo is reduced to; 0 × 0: it is drawn at its own size.
     std::vector<Overlay> overlays;
     OutputColorProfile colorProfile = OutputColorProfile::sRGB;
 };

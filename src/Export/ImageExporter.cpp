@@ -112,12 +112,12 @@ void placeOutput(StagedFile& staged, const FileUrl& destination, bool replaceExi
 /// What the engine has to know for all pixels and for some. `source` stays open while it answers.
 template <typename Request>
 Request requestFor(const OpenedFile& source, const ImportedPhoto& photo, const RenderRecipe& recipe, const Bitmap& logo,
-                   const std::stop_token& stop)
+                   const OutputSize& size, const std::stop_token& stop)
 {
     Request request;
     request.source = {source.descriptor(), source.size()};
     request.expectedSize = photo.pixelSize;
-    request.composition = ImageRenderer::exportComposition(photo.pixelSize, recipe, photo.metadata, logo, stop);
+    request.composition = ImageRenderer::exportComposition(photo.pixelSize, recipe, photo.metadata, logo, size, stop);
     return request;
 }
 
@@ -153,7 +153,7 @@ void exportPhoto(const BatchExportJob& job, const std::stop_token& stop,
     const OpenedFile source = ImageLoader::openSource(photo.url);
     const Bitmap logo = ManagedLogoStore::loadIfEnabled(job.recipe.logo, managedLogoDirectory, stop).value_or(Bitmap());
 
-    auto request = requestFor<Engine::FrameRequest>(source, photo, job.recipe, logo, stop);
+    auto request = requestFor<Engine::FrameRequest>(source, photo, job.recipe, logo, job.settings.size, stop);
     request.format = job.settings.format;
     request.quality = usableQuality(job.settings.quality);
     request.metadata = outputMetadata(photo.metadata);
@@ -172,7 +172,7 @@ Bitmap region(const ImportedPhoto& photo, const RenderRecipe& recipe, const QRec
               const std::stop_token& stop)
 {
     const OpenedFile source = ImageLoader::openSource(photo.url);
-    auto request = requestFor<Engine::RegionRequest>(source, photo, recipe, logoIfThere(recipe.logo, stop), stop);
+    auto request = requestFor<Engine::RegionRequest>(source, photo, recipe, logoIfThere(recipe.logo, stop), {}, stop);
     request.x = region.x();
     request.y = region.y();
     request.size = {region.width(), region.height()};

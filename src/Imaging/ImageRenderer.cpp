@@ -2,6 +2,7 @@
 #include "Imaging/ImageRenderer.h"
 
 #include "Engine/Compositor.h"
+#include "Imaging/ExportLayout.h"
 #include "Metadata/MetadataTemplateExpander.h"
 #include "Models/ErrorTexts.h"
 #include "Platform/Base/Cancellation.h"
@@ -300,11 +301,14 @@ Engine::Composition composition(const RenderLayout& layout, const RenderRecipe& 
 }
 
 Engine::Composition exportComposition(PixelSize pixelSize, const RenderRecipe& recipe, const PhotoMetadata& metadata,
-                                      const Bitmap& logo, const std::stop_token& stop)
+                                      const Bitmap& logo, const OutputSize& size, const std::stop_token& stop)
 {
-    validateRenderBounds(pixelSize, recipe, 1.0);
+    const auto [layout, scale] = exportLayout(pixelSize, recipe, size);
     try {
-        return composition(RenderLayout::calculate(pixelSize, recipe, 1.0), recipe, metadata, logo, 1.0, stop);
+        Engine::Composition result = composition(layout, recipe, metadata, logo, scale, stop);
+        if (scale < 1)
+            result.photoSize = {std::llround(layout.drawRect.width()), std::llround(layout.drawRect.height())};
+        return result;
     } catch (const std::bad_alloc&) {
         throw ImagePipelineError(ImagePipelineError::renderingFailed);
     }

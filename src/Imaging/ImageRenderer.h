@@ -4,6 +4,7 @@
 #include "Engine/Requests.h"
 #include "Imaging/RenderLayout.h"
 #include "Models/ImportedPhoto.h"
+#include "Models/OutputSize.h"
 #include "Models/RenderRecipe.h"
 #include "Platform/Pixels/Bitmap.h"
 #include "Platform/Text/TextFrame.h"
@@ -38,11 +39,12 @@ namespace ferrow::ImageRenderer {
                                               const PhotoMetadata& metadata, const Bitmap& logo, double scale,
                                               const std::stop_token& stop);
 
-/// The same at full size, for an export of a photo of `pixelSize` and for looking at its pixels. Throws
-/// ImagePipelineError and Canceled.
+/// The same for an export of a photo of `pixelSize`, written at `size`, and for looking at its pixels. What is drawn is
+/// drawn at that size, as in a preview, not reduced with the photo: so it is sharp. Throws ImagePipelineError and
+/// Canceled.
 [[nodiscard]] Engine::Composition exportComposition(PixelSize pixelSize, const RenderRecipe& recipe,
                                                     const PhotoMetadata& metadata, const Bitmap& logo,
-                                                    const std::stop_token& stop);
+                                                    const OutputSize& size, const std::stop_token& stop);
 
 /// Where a render's scale comes from: full size, or the size of the picture at hand against the photo's.
 enum class SourceScale { fullSize, fromSource };

@@ -65,11 +65,6 @@ Row rowOf(CaptionPosition position)
     return Row::bottom;
 }
 
-std::int64_t scaledSide(std::int64_t side, double scale)
-{
-    return std::max<std::int64_t>(std::llround(double(side) * scale), 1);
-}
-
 QRectF scaledRect(const QRectF& rect, double scale)
 {
     return {rect.x() * scale, rect.y() * scale, rect.width() * scale, rect.height() * scale};

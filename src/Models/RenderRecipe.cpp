@@ -58,6 +58,7 @@ void feed(ValueHash& hash, const ExportSettings& settings)
 {
     feed(hash, settings.format);
     feed(hash, settings.quality);
+    feed(hash, settings.size);
 }
 
 } // namespace ferrow

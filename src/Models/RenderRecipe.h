@@ -4,6 +4,7 @@
 #include "Models/Border.h"
 #include "Models/Caption.h"
 #include "Models/CodedEnum.h"
+#include "Models/OutputSize.h"
 #include "Models/ValueHash.h"
 
 #include <QString>
@@ -62,6 +63,7 @@ enum class ExportFormat { jpeg, png, tiff, heic };
 struct ExportSettings {
     ExportFormat format = ExportFormat::jpeg;
     double quality = 0.9; ///< 0…1, where the format supports it.
+    OutputSize size = {};
 
     bool operator==(const ExportSettings&) const = default;
 };

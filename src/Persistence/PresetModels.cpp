@@ -345,6 +345,46 @@ struct Coding<std::vector<CaptionSegment>> {
     }
 };
 
+/// Only what the limit goes by is written.
+template <>
+struct Coding<OutputSize> {
+    static constexpr QLatin1StringView limitKey{"limit"};
+    static constexpr QLatin1StringView pixelsKey{"pixels"};
+    static constexpr QLatin1StringView widthKey{"width"};
+    static constexpr QLatin1StringView heightKey{"height"};
+    static constexpr QLatin1StringView megapixelsKey{"megapixels"};
+
+    static OutputSize decode(const QJsonValue& value, const QString& member)
+    {
+        const QJsonObject object = objectOf(value, member);
+        switch (required<SizeLimit>(object, limitKey)) {
+        case SizeLimit::none:
+            break;
+        case SizeLimit::longSide:
+            return OutputSize::withLongSide(required<std::int64_t>(object, pixelsKey));
+        case SizeLimit::box:
+            return OutputSize::within(
+                {required<std::int64_t>(object, widthKey), required<std::int64_t>(object, heightKey)});
+        case SizeLimit::megapixels:
+            return OutputSize::ofMegapixels(required<double>(object, megapixelsKey));
+        }
+        return {};
+    }
+    static QJsonValue encode(const OutputSize& value, const QString&)
+    {
+        QJsonObject object{{limitKey, rawValue(value.limit)}};
+        if (value.limit == SizeLimit::longSide)
+            object.insert(pixelsKey, qint64(value.box.width));
+        if (value.limit == SizeLimit::box) {
+            object.insert(widthKey, qint64(value.box.width));
+            object.insert(heightKey, qint64(value.box.height));
+        }
+        if (value.limit == SizeLimit::megapixels)
+            object.insert(megapixelsKey, Coding<double>::encode(value.megapixels, megapixelsKey));
+        return object;
+    }
+};
+
 /// Border and first caption lie flat in the payload, as in the first files.
 template <>
 struct Coding<PresetPayload> {
@@ -375,6 +415,7 @@ struct Coding<PresetPayload> {
     static constexpr std::tuple recipeMembers{
         Member{QLatin1StringView("outputColorProfile"), &RenderRecipe::outputColorProfile}};
     static constexpr std::tuple laterRecipeMembers{Member{QLatin1StringView("logo"), &RenderRecipe::logo}};
+    static constexpr std::tuple laterMembers{Member{QLatin1StringView("outputSize"), &P::outputSize}};
     static constexpr std::tuple members{Member{QLatin1StringView("exportFormat"), &P::exportFormat},
                                         Member{QLatin1StringView("exportQuality"), &P::exportQuality},
                                         Member{QLatin1StringView("destinationMode"), &P::destinationMode},
@@ -393,6 +434,7 @@ struct Coding<PresetPayload> {
         decodeMembers(object, payload.framing, recipeMembers);
         decodeLaterMembers(object, payload.framing, laterRecipeMembers);
         decodeMembers(object, payload, members);
+        decodeLaterMembers(object, payload, laterMembers);
         return payload;
     }
     static QJsonValue encode(const PresetPayload& value, const QString&)
@@ -405,6 +447,7 @@ struct Coding<PresetPayload> {
         encodeMembers(object, value.framing, recipeMembers);
         encodeLaterMembers(object, value.framing, laterRecipeMembers);
         encodeMembers(object, value, members);
+        encodeLaterMembers(object, value, laterMembers);
         return object;
     }
 };
@@ -433,6 +476,7 @@ PresetPayload PresetPayload::make(const RenderRecipe& recipe, const ExportSettin
         .framing = recipe,
         .exportFormat = settings.format,
         .exportQuality = settings.quality,
+        .outputSize = settings.size,
         .destinationMode = configuration.destinationMode,
         .sourceSubfolderName = configuration.sourceSubfolderName,
         .filenameTemplate = configuration.filenameTemplate,
@@ -457,6 +501,7 @@ void PresetPayload::applyTo(ExportSettings& settings, BatchExportConfiguration& 
 {
     settings.format = exportFormat;
     settings.quality = exportQuality;
+    settings.size = outputSize;
     configuration.destinationMode = destinationMode;
     configuration.sourceSubfolderName = sourceSubfolderName;
     configuration.filenameTemplate = filenameTemplate;

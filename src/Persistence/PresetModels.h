@@ -23,6 +23,7 @@ struct PresetPayload {
     RenderRecipe framing;
     ExportFormat exportFormat = ExportFormat::jpeg;
     double exportQuality = 0;
+    OutputSize outputSize;
     ExportDestinationMode destinationMode = ExportDestinationMode::chosenFolder;
     QString sourceSubfolderName;
     QString filenameTemplate;

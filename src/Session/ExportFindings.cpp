@@ -2,8 +2,8 @@
 #include "Session/ExportFindings.h"
 
 #include "Export/ExportPlanner.h"
+#include "Imaging/ExportLayout.h"
 #include "Imaging/ImageRenderer.h"
-#include "Imaging/RenderLayout.h"
 #include "Metadata/MetadataTemplateExpander.h"
 #include "Models/ErrorTexts.h"
 #include "Persistence/ManagedLogoStore.h"
@@ -360,11 +360,11 @@ void checkLogos(const ExportRequest& request, const ExportCheckOperations& opera
 }
 
 /// Why this photo's framed copy can't be made, if so.
-std::optional<QString> sizeProblem(const ImportedPhoto& photo, const RenderRecipe& recipe, ExportFormat format)
+std::optional<QString> sizeProblem(const ImportedPhoto& photo, const RenderRecipe& recipe,
+                                   const ExportSettings& settings)
 try {
-    validateRenderBounds(photo.pixelSize, recipe, 1);
-    const PixelSize output = RenderLayout::framedLayout(photo.pixelSize, recipe).canvasSize;
-    if (format == ExportFormat::heic && output.longestSide() > heifMaximumSide)
+    const PixelSize output = exportLayout(photo.pixelSize, recipe, settings.size).layout.canvasSize;
+    if (settings.format == ExportFormat::heic && output.longestSide() > heifMaximumSide)
         return QStringLiteral("HEIC files are at most %1 pixels a side.")
             .arg(Localization::number(std::int64_t(heifMaximumSide)));
     return std::nullopt;
@@ -378,7 +378,7 @@ void checkSizes(const ExportRequest& request, const std::stop_token& stop, Findi
     QString firstReason;
     for (const ImportedPhoto& photo : request.photos) {
         throwIfCanceled(stop);
-        const auto problem = sizeProblem(photo, request.framing.recipeFor(photo.id()), request.settings.format);
+        const auto problem = sizeProblem(photo, request.framing.recipeFor(photo.id()), request.settings);
         if (!problem)
             continue;
         if (tooLarge.empty())

@@ -100,6 +100,7 @@ void write(ByteWriter& writer, const Engine::Composition& composition, bool isIn
     write(writer, composition.borderColor);
     writer.number(composition.photoX);
     writer.number(composition.photoY);
+    write(writer, composition.photoSize);
     writer.enumerator(composition.colorProfile);
     writer.number(std::uint32_t(composition.overlays.size()));
     for (const Engine::Overlay& overlay : composition.overlays)
@@ -113,6 +114,7 @@ Engine::Composition readComposition(ByteReader& reader, int overlayMemory)
     composition.borderColor = readColor(reader);
     composition.photoX = reader.number<std::int64_t>(-farthest, farthest);
     composition.photoY = reader.number<std::int64_t>(-farthest, farthest);
+    composition.photoSize = readSize(reader, 0, largestSide);
     composition.colorProfile = reader.enumerator<OutputColorProfile>();
     const auto count = reader.number<std::uint32_t>(0, maximumOverlays);
     std::size_t offset = 0;

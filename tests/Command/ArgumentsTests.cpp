@@ -82,6 +82,15 @@ TEST(Arguments, namesTheOptionThatWasUsedWrongly)
                              "--logo-padding|,2",
                              "--logo-width|101",
                              "--logo-position|middle",
+                             "--long-side|0",
+                             "--long-side|50001",
+                             "--long-side|2048.5",
+                             "--fit|2048",
+                             "--fit|2048x",
+                             "--fit|2048x1536x2",
+                             "--fit|x1536",
+                             "--megapixels|0",
+                             "--megapixels|201",
                              "--output=",
                              "--beside=a/b",
                              "--beside=..",
@@ -126,6 +135,13 @@ TEST(Arguments, setsWhatItsOptionsSay)
                                                  .maximumConcurrentExports = 64};
     EXPECT_EQ(set.configuration, configuration);
     EXPECT_FALSE(settingsOf(wordsOf("--caption|x|--no-caption")).recipe.captions.front().isEnabled);
+    const std::pair<const char*, OutputSize> sizes[] = {{"--long-side|2048", OutputSize::withLongSide(2048)},
+                                                        {"--fit=2048x1536", OutputSize::within({2048, 1536})},
+                                                        {"--megapixels|0.5", OutputSize::ofMegapixels(0.5)},
+                                                        {"--fit|9x9|--long-side=8", OutputSize::withLongSide(8)},
+                                                        {"--long-side=8|--full-size", {}}};
+    for (const auto& [line, size] : sizes)
+        EXPECT_EQ(settingsOf(wordsOf(line)).exportSettings.size, size) << line;
 }
 
 TEST(Arguments, framesAsItsOptionsSay)

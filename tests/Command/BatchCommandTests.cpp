@@ -170,6 +170,29 @@ TEST_F(BatchCommandTest, plansWithoutWriting)
     EXPECT_EQ(everythingBelow(folder.url()), before);
 }
 
+TEST_F(BatchCommandTest, writesTheSizeThatItSays)
+{
+    folder.write("in/a.jpg", photo); // 80 × 60 with its border.
+    const auto sizeIn = [](const QJsonObject& line) {
+        return PixelSize{line.value(QLatin1StringView("width")).toInteger(),
+                         line.value(QLatin1StringView("height")).toInteger()};
+    };
+    for (const auto& [options, size] : {std::pair<Words, PixelSize>{{}, {80, 60}},
+                                        {{"--long-side=40"}, {40, 30}},
+                                        {{"--fit=70x30", "--format=png"}, {40, 30}},
+                                        {{"--long-side=2048"}, {80, 60}}}) {
+        Words dryRun = options;
+        dryRun.emplace_back("--dry-run");
+        EXPECT_EQ(sizeIn(frame(dryRun).lines().front()), size);
+        const QJsonObject line = frame(options).lines().front();
+        EXPECT_EQ(sizeIn(line), size);
+        const QByteArray written = ByteText::encode(text(line, "destination"));
+        EXPECT_EQ(test::decoded(test::readFile(FileUrl::fromPath(written))).size(), size) << written.toStdString();
+    }
+    const QByteArray plan = run({"--dry-run", "--long-side=40", "--beside", in.path()}).output;
+    EXPECT_TRUE(plan.contains("a_framed.jpg (40 × ")) << plan.constData();
+}
+
 TEST_F(BatchCommandTest, saysWhatIsLostOfACaption)
 {
     folder.write("in/a.jpg", photo);

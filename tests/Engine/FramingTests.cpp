@@ -6,6 +6,8 @@
 #include "Support/Pictures.h"
 #include "Support/PipelineErrors.h"
 
+#include <cmath>
+
 namespace ferrow::Engine {
 
 namespace {
@@ -41,6 +43,34 @@ QByteArray framedBytes(const QByteArray& source, PixelSize size, int border, Exp
     request.composition.borderColor = color;
     InProcessAnswerer().frame(request, {});
     return out.bytes();
+}
+
+/// The photo's rows reduced to `size`, read `atOnce` rows at a time.
+Bitmap rowsOf(OpenedPhoto& photo, PixelSize size, std::int64_t atOnce)
+{
+    PhotoRows rows(photo, ColorProfile::sRGB(), size);
+    Bitmap picture(rows.size(), rows.format(), ColorProfile::sRGB());
+    for (std::int64_t y = 0; y < picture.size().height; y += atOnce)
+        rows.readRows(std::min(atOnce, picture.size().height - y), picture.row(y), picture.stride());
+    rows.finish();
+    return picture;
+}
+
+Bitmap rowsOf(const QByteArray& bytes, PixelSize size, std::int64_t atOnce)
+{
+    const MemoryFile file(bytes);
+    OpenedPhoto photo = openPhoto(sourceOf(file), decodingFor(size));
+    return rowsOf(photo, size, atOnce);
+}
+
+double signalToNoise(const Bitmap& a, const Bitmap& b)
+{
+    double squares = 0;
+    const PixelSize size = a.size();
+    for (std::int64_t y = 0; y < size.height; ++y)
+        for (std::int64_t x = 0; x < size.width * 3; ++x)
+            squares += std::pow(component(a, x / 3, y, int(x % 3)) - component(b, x / 3, y, int(x % 3)), 2);
+    return 10 * std::log10(255.0 * 255 * double(size.width * size.height * 3) / squares);
 }
 
 Error::Case failureOf(const QByteArray& source, PixelSize size)
@@ -130,6 +160,58 @@ TEST(Framing, heedsAStopAndReportsAFullDisk)
                   Error(Error::OutputWriteFailed{rawValue(format), SystemError{ENOSPC, {}}}).value);
     }
     ::close(request.outputDescriptor);
+}
+
+TEST(Framing, reducesThePhotoToItsPlaceInAnyOrientation)
+{
+    const Bitmap stored = test::noise({66, 40}, rgb8, 5);
+    const QByteArray tiff = test::encoded(OutputType::tiff, stored);
+    for (int orientation = 1; orientation <= 8; ++orientation) {
+        SCOPED_TRACE(orientation);
+        const PixelSize size = swapsDimensions(orientation) ? PixelSize{20, 33} : PixelSize{33, 20};
+        // The reduced picture without a turn is what the pixels are, and the whole pictures show where they belong.
+        const Bitmap reduced = rowsOf(test::withOrientation(tiff, orientation), size, 64);
+        EXPECT_TRUE(test::samePixels(reduced, oriented(rowsOf(tiff, {33, 20}, 64), orientation)));
+        EXPECT_TRUE(test::samePixels(reduced, rowsOf(test::withOrientation(tiff, orientation), size, 1)))
+            << "the bytes do not depend on the bands";
+
+        const MemoryFile in(test::withOrientation(tiff, orientation));
+        const MemoryFile out;
+        FrameRequest request = requestFor(in, out, oriented(stored, orientation).size(), 5);
+        request.composition.photoSize = size;
+        request.composition.canvasSize = {size.width + 10, size.height + 10};
+        request.format = ExportFormat::png;
+        InProcessAnswerer().frame(request, {});
+        const Bitmap framed = test::decoded(out.bytes());
+        ASSERT_EQ(framed.size(), request.composition.canvasSize);
+        EXPECT_TRUE(test::holdsAt(framed, 5, 5, reduced));
+        EXPECT_EQ(component(framed, 5 + int(size.width), 5, 0), 255);
+    }
+}
+
+TEST(Framing, decodesAtHalfSizeOnlyWhereAQuarterMoreIsLeft)
+{
+    // As photos are: the finer a structure, the fainter, with some grain.
+    Bitmap photo = test::noise({801, 603}, rgb8, 3);
+    for (std::int64_t y = 0; y < 603; ++y)
+        for (std::int64_t x = 0; x < 801 * 3; ++x) {
+            double level = 100 + std::to_integer<int>(photo.row(y)[x]) / 64;
+            for (const double length : {300.0, 90.0, 27.0, 8.0})
+                level += 5 * std::sqrt(length) * std::sin((double(x / 3) + 2 * double(y)) / length * 2);
+            photo.row(y)[x] = std::byte(std::clamp(int(level), 0, 255));
+        }
+    const QByteArray jpeg = test::encoded(OutputType::jpeg, photo);
+    const MemoryFile file(jpeg);
+    for (const auto& [size, decoded] : {std::pair<PixelSize, PixelSize>{{320, 241}, {401, 302}},
+                                        {{321, 242}, {801, 603}},
+                                        {{100, 75}, {401, 302}},
+                                        {{801, 603}, {801, 603}},
+                                        {{}, {801, 603}}})
+        EXPECT_EQ(openPhoto(sourceOf(file), decodingFor(size)).decoder->size(), decoded) << size.width;
+    OpenedPhoto whole = openPhoto(sourceOf(file), {});
+    const double decibels = signalToNoise(rowsOf(jpeg, {320, 241}, 64), rowsOf(whole, {320, 241}, 64));
+    EXPECT_GT(decibels, 45);
+    EXPECT_LT(decibels, 90) << "it was decoded whole";
 }
 
 TEST(Region, equalsThatPartOfTheWholePicture)

@@ -103,6 +103,24 @@ TEST(PresetDocument, readsTheLogosOfOlderDocuments)
     expectPaddings(R"("unknown": null)", 30, 30);
 }
 
+TEST(PresetDocument, keepsTheOutputSizeWhereOneIsSet)
+{
+    const std::pair<OutputSize, QByteArray> rows[] = {
+        {OutputSize::withLongSide(2048), R"({"limit": "Long Side", "pixels": 2048})"},
+        {OutputSize::within({3840, 2160}), R"({"limit": "Fit Within", "width": 3840, "height": 2160})"},
+        {OutputSize::ofMegapixels(0.75), R"({"limit": "Megapixels", "megapixels": 0.75})"}};
+    for (const auto& [size, member] : rows) {
+        const QByteArray json = handWrittenWith(R"("Skip Existing")", R"("Skip Existing", "outputSize": )" + member);
+        const PresetDocument document = PresetDocument::decode(json);
+        EXPECT_EQ(document.presets.at(0).payload.outputSize, size) << member.toStdString();
+        EXPECT_EQ(document.encode(), QJsonDocument::fromJson(json).toJson(QJsonDocument::Indented));
+        ExportSettings settings;
+        BatchExportConfiguration configuration;
+        document.presets.at(0).payload.applyTo(settings, configuration);
+        EXPECT_EQ(PresetPayload::make({}, settings, configuration).outputSize, size);
+    }
+}
+
 TEST(PresetDocument, refusesWhatIsOddAndSaysWhere)
 {
     const auto refusal = [](const QByteArray& from, const QByteArray& to) {
@@ -128,6 +146,10 @@ TEST(PresetDocument, refusesWhatIsOddAndSaysWhere)
         {R"("borderUnit")", R"("borderShape": {"width": 4}, "borderUnit")", Case::missingMember, u"height"_s},
         {R"("borderUnit")", R"("photoShadow": 1, "borderUnit")", Case::wrongType, u"photoShadow"_s},
         {"Skip Existing", "skip existing", Case::unknownValue, u"collisionRule"_s},
+        {R"("Skip Existing")", R"("Skip Existing", "outputSize": 2048)", Case::wrongType, u"outputSize"_s},
+        {R"("Skip Existing")", R"("Skip Existing", "outputSize": {"limit": "Small"})", Case::unknownValue, u"limit"_s},
+        {R"("Skip Existing")", R"("Skip Existing", "outputSize": {"limit": "Long Side", "pixels": 9.5})",
+         Case::wrongType, u"pixels"_s},
         {"09:26:53Z", "09:26:53.25Z", Case::unknownValue, u"createdAt"_s},
         {"09:26:53Z", "09:26:53", Case::unknownValue, u"createdAt"_s},
         {"2025-03-14T09", "2025-02-30T09", Case::unknownValue, u"createdAt"_s},

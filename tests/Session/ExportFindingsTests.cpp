@@ -142,6 +142,12 @@ TEST(ExportFindings, namesEachCauseOnce)
              s.request.settings.format = ExportFormat::heic;
              s.request.photos[0].pixelSize = {32'529, 100};
          }},
+        {"1 photo can’t be framed like this", Severity::warning, 1, "32,768",
+         [](auto& s) {
+             s.request.settings = {.format = ExportFormat::heic, .size = OutputSize::withLongSide(32'769)};
+             s.request.photos[0].pixelSize = {49'000, 100};
+             s.request.photos[1].pixelSize = {100, 32'528};
+         }},
         {"1 photo has its own framing, not used while Entire Batch is chosen", Severity::warning, 1, "b.jpg",
          [](auto& s) { s.request.framing.own[s.request.photos[1].id()].border.width = 7; }},
         {"2 photos have their own framing, not used while Entire Batch is chosen", Severity::warning, 2, "a.jpg, b.jpg",

@@ -100,6 +100,8 @@ TEST_F(RealWorker, answersAsThisProcessWould)
         auto request = framing(in, there, size, ExportFormat::png);
         request.metadata = metadata;
         request.composition.overlays.push_back({test::noise({30, 20}, rgba8Premultiplied), -10, 5, 0.7});
+        if (type == OutputType::tiff)
+            request.composition.photoSize = {350, 260};
         if (type == OutputType::jpeg) // Too large for a message.
             request.composition.overlays.push_back({test::noise({700, 300}, rgba8Premultiplied), 90, 70, 1});
         workers_.frame(request, {});

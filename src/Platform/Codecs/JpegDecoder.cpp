@@ -492,7 +492,7 @@ private:
     {
         jpeg_decompress_struct& handle = reading_->codec;
         handle.scale_num = 1;
-        for (handle.scale_denom = options_.enoughDimension > 0 ? 8 : 1;; handle.scale_denom /= 2) {
+        for (handle.scale_denom = options_.enoughDimension > 0 ? options_.mostReduction : 1;; handle.scale_denom /= 2) {
             jpeg_calc_output_dimensions(&handle);
             if (handle.scale_denom == 1 || size().longestSide() >= options_.enoughDimension)
                 return;

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Imaging/RenderLayout.h"
+#include "Models/OutputSize.h"
+
+namespace ferrow {
+
+/// The geometry of a framed output at the size it is written at, with the photo on whole pixels, so that its edges are
+/// sharp.
+struct ExportLayout {
+    RenderLayout layout;
+    double scale = 1; ///< Against full size.
+};
+
+/// Throws ImagePipelineError as validateRenderBounds() does, with the limits on what is written.
+[[nodiscard]] ExportLayout exportLayout(PixelSize photo, const RenderRecipe& recipe, const OutputSize& size);
+
+} // namespace ferrow
