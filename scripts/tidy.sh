@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Runs clang-tidy on the sources, those changed last first, for as long as there is time: tidy.sh SECONDS PRESET, a preset
-# that has been built. A finding fails the run.
+# that has been built. Findings are told; those that .clang-tidy calls errors fail the run.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -18,7 +18,7 @@ trap 'rm -rf "$findings"' EXIT
 
 goThrough() {
     local report=$findings/${1//\//.}
-    ! $tidy -p "build/$preset" --quiet --warnings-as-errors='*' "$1" >"$report" 2>&1 || rm "$report"
+    $tidy -p "build/$preset" --quiet "$1" >"$report" 2>"$report.said" || mv "$report.said" "$report.failed"
 }
 
 mapfile -t sources < <({ git diff --name-only HEAD; git log --format= --name-only; } 2>/dev/null |
@@ -33,5 +33,6 @@ for source in "${sources[@]}"; do
     begun=$((begun + 1))
 done
 wait
+cat "$findings"/*.cpp "$findings"/*.failed 2>/dev/null | grep -vE '^[0-9]+ warnings? generated' || true
 echo "clang-tidy went through $begun of ${#sources[@]} sources."
-[ -z "$(ls "$findings")" ] || { cat "$findings"/* >&2 && exit 1; }
+! compgen -G "$findings/*.failed" >/dev/null
