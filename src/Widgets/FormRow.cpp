@@ -5,24 +5,25 @@
 #include "Widgets/SliderField.h"
 
 #include <QGridLayout>
+#include <QHBoxLayout>
 #include <QLabel>
+#include <QPushButton>
 
 namespace ferrow {
 
 FormRow::FormRow(const QString& label, QWidget* control, QWidget* parent)
-    : QWidget(parent), label_(makeLabel(label, TextRole::body, &ThemeColors::text2)), control_(control),
-      message_(new MessageLine(Severity::plain, QString()))
+    : QWidget(parent), grid_(new QGridLayout(this)), label_(makeLabel(label, TextRole::body, &ThemeColors::text2)),
+      control_(control), message_(new MessageLine(Severity::plain, QString()))
 {
-    auto* grid = new QGridLayout(this);
-    grid->setContentsMargins(0, 0, 0, 0);
-    grid->setHorizontalSpacing(0);
-    grid->setVerticalSpacing(0);
-    grid->setColumnStretch(1, 1);
-    grid->addWidget(label_, 0, 0, Qt::AlignTop);
-    grid->addWidget(control_, 0, 1,
-                    control_->sizePolicy().horizontalPolicy() == QSizePolicy::Fixed ? Qt::AlignLeft | Qt::AlignVCenter
-                                                                                    : Qt::Alignment());
-    grid->addWidget(message_, 1, 1);
+    grid_->setContentsMargins(0, 0, 0, 0);
+    grid_->setHorizontalSpacing(0);
+    grid_->setVerticalSpacing(0);
+    grid_->setColumnStretch(1, 1);
+    grid_->addWidget(label_, 0, 0, Qt::AlignTop);
+    grid_->addWidget(control_, 0, 1,
+                     control_->sizePolicy().horizontalPolicy() == QSizePolicy::Fixed ? Qt::AlignLeft | Qt::AlignVCenter
+                                                                                     : Qt::Alignment());
+    grid_->addWidget(message_, 1, 1);
     message_->setRole(TextRole::small);
     message_->layout()->setContentsMargins(0, Space::iconEdge, 0, 0);
     message_->hide();
@@ -51,6 +52,22 @@ void FormRow::followErrors()
 void FormRow::setLabelWidth(int width)
 {
     label_->setFixedWidth(Theme::current().scaled(width));
+}
+
+void FormRow::setLabelButton(QPushButton* button)
+{
+    constexpr int gapToControl = 10;
+    auto* cell = new QHBoxLayout;
+    cell->setContentsMargins(0, (Measure::control - Measure::smallControl) / 2, gapToControl, 0);
+    cell->addStretch();
+    cell->addWidget(button);
+    grid_->addLayout(cell, 0, 0, Qt::AlignTop);
+}
+
+void FormRow::setWideControl(QWidget* control)
+{
+    grid_->addWidget(control, 0, 0, 1, 2);
+    control->lower();
 }
 
 void FormRow::setMessage(Severity severity, const QString& text)

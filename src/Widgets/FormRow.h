@@ -6,7 +6,9 @@
 
 #include <QWidget>
 
+class QGridLayout;
 class QLabel;
+class QPushButton;
 
 namespace ferrow {
 
@@ -23,12 +25,18 @@ public:
     /// A small text under the control; an empty one takes it away. Errors also give the field their edge by themselves.
     void setMessage(Severity severity, const QString& text);
 
+    /// A small button at the end of the label's column.
+    void setLabelButton(QPushButton* button);
+    /// Takes the whole width, below label and button, while it is shown in place of the control.
+    void setWideControl(QWidget* control);
+
     [[nodiscard]] QLabel* label() const { return label_; }
     [[nodiscard]] QWidget* control() const { return control_; }
 
 private:
     void followErrors();
 
+    QGridLayout* grid_ = nullptr;
     QLabel* label_ = nullptr;
     QWidget* control_ = nullptr;
     MessageLine* message_ = nullptr;

@@ -6,6 +6,8 @@
 #include <QIcon>
 #include <QPixmap>
 
+#include <optional>
+
 class QPushButton;
 
 namespace ferrow {
@@ -23,6 +25,7 @@ enum class IconName {
     exportPhotos,
     folder,
     info,
+    link,
     logo,
     more,
     ownFraming,
@@ -37,6 +40,7 @@ enum class IconName {
     textChip,
     tokenChip,
     undo,
+    unlink,
     warning,
     zoom100,
     zoomFit,
@@ -47,6 +51,9 @@ enum class IconName {
 /// An icon that draws itself in the theme's color of `role` at any size and scale, also after the theme has changed;
 /// grayed when disabled.
 [[nodiscard]] QIcon icon(IconName name, ColorRole role = &ThemeColors::text);
+
+/// A pictogram of a frame whose width is `ratio` times its height; a dashed one where that is the photo's affair.
+[[nodiscard]] QIcon shapeIcon(std::optional<double> ratio, ColorRole role = &ThemeColors::text2);
 
 /// The icon as a square of `size` logical pixels at `scale` device pixels each. Does not follow the theme: for
 /// painting.

@@ -114,7 +114,9 @@ void MessageLine::setRole(TextRole role)
 void MessageLine::renew()
 {
     const bool isSmall = role_ == TextRole::small;
-    const ColorRole color = severityColor(severity_);
+    // A small plain line is a hint.
+    const bool isHint = isSmall && severity_ == Severity::plain;
+    const ColorRole color = isHint ? &ThemeColors::text2 : severityColor(severity_);
     icon_->setIconSize(isSmall ? Measure::fieldIcon : Measure::icon);
     icon_->setIcon(severityIcon(severity_), color);
     icon_->setVisible(severity_ != Severity::plain);

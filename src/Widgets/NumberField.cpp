@@ -60,6 +60,8 @@ QString withPoint(QString text)
 QString NumberFormat::text(double value) const
 {
     const QLocale locale = fieldLocale();
+    if (dropsZeros)
+        return locale.toString(shown(value), 'f', QLocale::FloatingPointShortest);
     const QString text = locale.toString(value * factor, 'f', decimals);
     const QString negativeZero = locale.negativeSign() + locale.toString(0.0, 'f', decimals);
     return text == negativeZero ? locale.toString(0.0, 'f', decimals) : text;

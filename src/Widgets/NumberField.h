@@ -15,6 +15,7 @@ struct NumberFormat {
     QString unit;
     double least = -std::numeric_limits<double>::max(); ///< Typed values outside these limits are refused.
     double greatest = std::numeric_limits<double>::max();
+    bool dropsZeros = false; ///< Decimals only as far as there are some: "2.35", and "7" for 7.00.
 
     /// In the user's digits, without grouping and without the unit.
     [[nodiscard]] QString text(double value) const;
@@ -23,6 +24,8 @@ struct NumberFormat {
     /// Nothing for what is no number or outside the limits. Takes the user's decimal separator and the point; a unit
     /// that was typed along is passed over.
     [[nodiscard]] std::optional<double> value(const QString& text) const;
+
+    bool operator==(const NumberFormat&) const = default;
 };
 
 /// A number that is typed: Enter and leaving commit, Esc restores, Up and Down add a step, with Shift ten; the wheel

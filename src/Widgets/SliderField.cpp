@@ -85,6 +85,11 @@ void SliderField::setStep(double step)
     field_->setStep(step);
 }
 
+void SliderField::setNeutral(double value, double catches)
+{
+    slider_->setNeutral(value, catches);
+}
+
 void SliderField::setValue(double value)
 {
     value_ = value;

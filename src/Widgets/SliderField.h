@@ -37,6 +37,10 @@ public:
     /// In display units; 1 from the start.
     void setStep(double step);
 
+    /// A value that others are more or less than, such as the middle: the slider is filled from its tick on, a drag
+    /// catches on it within `catches`, and a double click goes there.
+    void setNeutral(double value, double catches);
+
     [[nodiscard]] double value() const { return value_; }
     /// Emits nothing. During a drag the thumb stays with the pointer.
     void setValue(double value);

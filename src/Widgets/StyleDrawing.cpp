@@ -11,6 +11,7 @@
 #include <QWidget>
 
 #include <algorithm>
+#include <cmath>
 
 namespace ferrow::StyleDrawing {
 
@@ -313,13 +314,19 @@ void paintSwitch(QPainter& painter, const QRectF& rect, const ControlState& stat
     }
 }
 
-void paintSlider(QPainter& painter, const QRectF& groove, const QRectF& thumb, const ControlState& state)
+void paintSlider(QPainter& painter, const QRectF& groove, const QRectF& thumb, const ControlState& state,
+                 std::optional<double> neutral)
 {
     const Dimmed dimmed(painter, state.enabled);
-    QRectF filled = groove;
-    filled.setRight(thumb.center().x());
+    const double at = thumb.center().x();
+    const double from = neutral.value_or(groove.left());
+    const QRectF filled(std::min(from, at), groove.top(), std::abs(at - from), groove.height());
     paintBox(painter, groove, groove.height() / 2, colors().groove);
-    paintBox(painter, filled, groove.height() / 2, colors().on);
+    paintBox(painter, filled, neutral ? 0 : groove.height() / 2, colors().on);
+    if (neutral) {
+        constexpr double tickHeight = 12;
+        paintBox(painter, QRectF(from - 0.5, groove.center().y() - tickHeight / 2, 1, tickHeight), 0, colors().border);
+    }
     // The thumb covers the groove also while it is dimmed.
     painter.save();
     painter.setOpacity(1);
@@ -372,10 +379,16 @@ void paintMenuItem(QPainter& painter, const QStyleOptionMenuItem& option)
     QRect inner = rect.adjusted(menuPadding, 0, -menuPadding, 0);
     if (hasLeadingColumn(option)) {
         const QRect column(inner.left(), inner.top(), Measure::icon, inner.height());
-        if (option.checked)
-            paintIcon(painter, IconName::check, column, Measure::fieldIcon, painter.pen().color());
-        else if (!option.icon.isNull())
+        if (!option.icon.isNull())
             option.icon.paint(&painter, column, Qt::AlignCenter, enabled ? QIcon::Normal : QIcon::Disabled);
+        // In the icons' column, or where there is one, at the end.
+        if (option.checked && !option.icon.isNull()) {
+            const QRect end(inner.right() + 1 - Measure::fieldIcon, inner.top(), Measure::fieldIcon, inner.height());
+            paintIcon(painter, IconName::check, end, Measure::fieldIcon, painter.pen().color());
+            inner.setRight(end.left() - Space::group);
+        } else if (option.checked) {
+            paintIcon(painter, IconName::check, column, Measure::fieldIcon, painter.pen().color());
+        }
         inner.setLeft(inner.left() + menuColumn);
     }
     const QStringList texts = option.text.split(QLatin1Char('\t'));

@@ -9,6 +9,8 @@
 #include <QRectF>
 #include <QStyle>
 
+#include <optional>
+
 class QPainter;
 class QStyleOptionMenuItem;
 class QStyleOptionSlider;
@@ -54,7 +56,9 @@ void paintField(QPainter& painter, const QRectF& rect, const ControlState& state
 void paintCheckBox(QPainter& painter, const QRectF& rect, const ControlState& state);
 void paintRadioButton(QPainter& painter, const QRectF& rect, const ControlState& state);
 void paintSwitch(QPainter& painter, const QRectF& rect, const ControlState& state);
-void paintSlider(QPainter& painter, const QRectF& groove, const QRectF& thumb, const ControlState& state);
+/// Filled up to the thumb from `neutral` on, an x that a tick marks; without one, from the start.
+void paintSlider(QPainter& painter, const QRectF& groove, const QRectF& thumb, const ControlState& state,
+                 std::optional<double> neutral = std::nullopt);
 void paintMenuItem(QPainter& painter, const QStyleOptionMenuItem& option);
 [[nodiscard]] QSize menuItemSize(const QStyleOptionMenuItem& option, const QSize& contents);
 

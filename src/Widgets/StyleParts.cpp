@@ -6,10 +6,12 @@
 
 #include <QGuiApplication>
 #include <QPainter>
+#include <QSlider>
 #include <QStyleOption>
 #include <QWidget>
 
 #include <algorithm>
+#include <optional>
 
 namespace ferrow::StyleDrawing {
 
@@ -87,7 +89,13 @@ void drawSlider(QPainter& painter, const QStyleOptionSlider& option, const QStyl
         state.enabled && (option.state & QStyle::State_Sunken) && option.activeSubControls & QStyle::SC_SliderHandle;
     if (option.orientation == Qt::Horizontal) {
         groove = QRectF(groove.left(), groove.center().y() - Measure::groove / 2.0, groove.width(), Measure::groove);
-        paintSlider(painter, groove, thumb, state);
+        // Of its ticks there is one, where the interval says.
+        std::optional<double> neutral;
+        if (option.tickPosition != QSlider::NoTicks)
+            neutral = groove.left() + Measure::thumb / 2.0 +
+                      QStyle::sliderPositionFromValue(option.minimum, option.maximum, option.tickInterval,
+                                                      int(groove.width()) - Measure::thumb, option.upsideDown);
+        paintSlider(painter, groove, thumb, state, neutral);
     }
 }
 

@@ -17,6 +17,12 @@ ToggleSwitch::ToggleSwitch(const QString& name, QWidget* parent) : QCheckBox(par
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
 
+void ToggleSwitch::setTextColor(ColorRole color)
+{
+    textColor_ = color;
+    update();
+}
+
 QSize ToggleSwitch::sizeHint() const
 {
     if (text().isEmpty())
@@ -49,7 +55,7 @@ void ToggleSwitch::paintEvent(QPaintEvent*)
     QPainter painter(this);
     StyleDrawing::paintSwitch(painter, focusRect(), StyleDrawing::ControlState::of(&option, this));
     painter.setFont(Theme::current().font(TextRole::body));
-    painter.setPen(themeColor(isEnabled() ? &ThemeColors::text : &ThemeColors::disabled));
+    painter.setPen(themeColor(isEnabled() ? textColor_ : &ThemeColors::disabled));
     painter.drawText(rect(), Qt::AlignLeft | Qt::AlignVCenter, text());
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Widgets/FocusRing.h"
+#include "Widgets/Theme.h"
 
 #include <QCheckBox>
 
@@ -15,6 +16,9 @@ class ToggleSwitch : public QCheckBox, public FocusShape {
 public:
     explicit ToggleSwitch(const QString& name, QWidget* parent = nullptr);
 
+    /// Of the text; `text` from the start. Labels of a form have `text2`.
+    void setTextColor(ColorRole color);
+
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
     QRectF focusRect() const override;
@@ -24,6 +28,9 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     bool hitButton(const QPoint& point) const override;
+
+private:
+    ColorRole textColor_ = &ThemeColors::text;
 };
 
 } // namespace ferrow

@@ -41,13 +41,18 @@ void ValueSlider::showValue(double value, const NumberFormat& format)
 {
     const bool isNew = std::exchange(value_, value) != value;
     format_ = format;
-    const double range = greatest_ - least_;
-    const double share = range > 0 ? std::clamp((value - least_) / range, 0.0, 1.0) : 0;
-    setSliderPosition(int(std::lround(share * positions)));
+    setSliderPosition(positionOf(value));
     if (isNew) {
         QAccessibleValueChangeEvent event(this, format.shown(value));
         sendAccessible(event);
     }
+}
+
+void ValueSlider::setNeutral(double value, double catches)
+{
+    neutral_ = value;
+    catches_ = catches;
+    update();
 }
 
 QString ValueSlider::valueText() const
@@ -72,7 +77,15 @@ double ValueSlider::valueAt(double x) const
 {
     const double span = std::max(1, width() - Measure::thumb);
     const double share = std::clamp((x - Measure::thumb / 2.0) / span, 0.0, 1.0);
-    return least_ + share * (greatest_ - least_);
+    const double value = least_ + share * (greatest_ - least_);
+    return neutral_ && std::abs(value - *neutral_) <= catches_ ? *neutral_ : value;
+}
+
+int ValueSlider::positionOf(double value) const
+{
+    const double range = greatest_ - least_;
+    const double share = range > 0 ? std::clamp((value - least_) / range, 0.0, 1.0) : 0;
+    return int(std::lround(share * positions));
 }
 
 void ValueSlider::mousePressEvent(QMouseEvent* event)
@@ -111,6 +124,16 @@ void ValueSlider::mouseReleaseEvent(QMouseEvent* event)
     setSliderDown(false);
     update();
     emit released();
+}
+
+void ValueSlider::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    if (!neutral_ || event->button() != Qt::LeftButton) {
+        mousePressEvent(event);
+        return;
+    }
+    event->accept();
+    emit asked(*neutral_);
 }
 
 void ValueSlider::keyPressEvent(QKeyEvent* event)
@@ -156,6 +179,10 @@ void ValueSlider::wheelEvent(QWheelEvent* event)
 void ValueSlider::initStyleOption(QStyleOptionSlider* option) const
 {
     QSlider::initStyleOption(option);
+    if (neutral_) {
+        option->tickPosition = QSlider::TicksBothSides;
+        option->tickInterval = positionOf(*neutral_);
+    }
     if (isSliderDown()) {
         option->state |= QStyle::State_Sunken;
         option->activeSubControls = QStyle::SC_SliderHandle;

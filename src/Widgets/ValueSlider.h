@@ -18,6 +18,8 @@ public:
 
     void setValueRange(double least, double greatest);
     void showValue(double value, const NumberFormat& format);
+    /// As SliderField's.
+    void setNeutral(double value, double catches);
 
     [[nodiscard]] double shownValue() const { return value_; }
     [[nodiscard]] double leastValue() const { return least_; }
@@ -41,6 +43,7 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void sliderChange(SliderChange change) override;
@@ -48,11 +51,14 @@ protected:
 
 private:
     [[nodiscard]] double valueAt(double x) const;
+    [[nodiscard]] int positionOf(double value) const;
 
     NumberFormat format_;
     double least_ = 0;
     double greatest_ = 100;
     double value_ = 0;
+    std::optional<double> neutral_;
+    double catches_ = 0;
     double grip_ = 0; ///< Where on the thumb the pointer holds it, from its middle.
     int wheelRest_ = 0;
 };

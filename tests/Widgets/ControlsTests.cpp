@@ -67,6 +67,9 @@ TEST(NumberFormat, readsTheDigitsOfEveryScript)
     for (const auto& [text, value] : rows)
         EXPECT_EQ(format.value(text), value) << text.toStdString();
     EXPECT_EQ(format.value(QStringLiteral("½")), std::nullopt);
+    format = {.decimals = 2, .dropsZeros = true};
+    for (const auto& [value, text] : {std::pair{7.0, "7"}, {2.35, "2.35"}, {2.5, "2.5"}, {0.999, "1"}, {-0.001, "0"}})
+        EXPECT_EQ(format.text(value), QLatin1StringView(text));
 }
 
 TEST_F(SliderFieldTest, stepsByKey)
@@ -128,6 +131,23 @@ TEST_F(SliderFieldTest, makesOneGestureOfADragAndOfARunOfSteps)
     QTest::keyClick(slider, Qt::Key_Up);
     field.field()->setFocus();
     EXPECT_EQ(log, QStringLiteral("( 11  12 )"));
+}
+
+TEST_F(SliderFieldTest, catchesOnItsNeutralValueAndReturnsToIt)
+{
+    field.setNeutral(250, 10);
+    QWidget* slider = field.slider();
+    const int middle = slider->width() / 2;
+    const auto press = [&](int x) { QTest::mouseClick(slider, Qt::LeftButton, {}, QPoint(x, slider->height() / 2)); };
+    press(middle + 2);
+    EXPECT_EQ(field.value(), 250);
+    press(middle + 30);
+    EXPECT_GT(field.value(), 260);
+    log.clear();
+    QTest::mouseDClick(slider, Qt::LeftButton, {}, QPoint(middle + 30, slider->height() / 2));
+    EXPECT_EQ(field.value(), 250);
+    QTest::keyClick(slider, Qt::Key_Right);
+    EXPECT_EQ(field.value(), 251) << "keys pass it one by one";
 }
 
 TEST_F(SliderFieldTest, turnsWithTheWheelOnlyWhenFocused)
