@@ -26,11 +26,26 @@ QString number(std::int64_t value)
     return Localization::number(value);
 }
 
-/// A length or share as fields show it: decimals only where it has some.
-QString measure(double value)
+/// "120" or "2.5": a length as fields show it.
+QString measure(const Length& length)
 {
-    const bool isWhole = std::abs(value - std::round(value)) < 0.05;
-    return Localization::number(value, isWhole ? 0 : 1);
+    return Localization::number(length.value, length.unit == BorderUnit::percent ? 1 : 0);
+}
+
+QString withUnit(const QString& number, BorderUnit unit)
+{
+    return QStringLiteral("%1 %2").arg(number, suffix(unit));
+}
+
+/// With as many decimals as it has, two at most.
+QString ratioNumber(double value)
+{
+    int decimals = 0;
+    while (decimals < 2 && std::abs(value - std::round(value)) >= 0.005) {
+        value *= 10;
+        ++decimals;
+    }
+    return Localization::number(value / std::pow(10, decimals), decimals);
 }
 
 QString nameOf(const CaptionSegment& segment)
@@ -136,9 +151,57 @@ QString ownFramingUnused(std::size_t count)
         .arg(photoCount(std::int64_t(count)), whose, rawValue(RecipeScope::batch));
 }
 
+QString ratio(const FrameShape& shape)
+{
+    return QStringLiteral("%1:%2").arg(ratioNumber(shape.width), ratioNumber(shape.height));
+}
+
+QString borderWidths(const Border& border)
+{
+    QStringList numbers{measure({border.width, border.unit})};
+    if (border.sides) {
+        const SideLengths& sides = *border.sides;
+        numbers.clear();
+        for (const double side : {sides.top, sides.right, sides.bottom, sides.left})
+            numbers.append(measure({side, border.unit}));
+    }
+    // Equal as they are read.
+    if (numbers.count(numbers.first()) == numbers.size())
+        numbers.resize(1);
+    return withUnit(numbers.join(QStringLiteral(", ")), border.unit);
+}
+
+QStringList borderFeatures(const Border& border)
+{
+    QStringList features;
+    if (border.shape)
+        features.append(ratio(*border.shape));
+    if (border.blurredBackground)
+        features.append(QStringLiteral("blurred photo"));
+    if (border.line)
+        features.append(QStringLiteral("line"));
+    if (const Length& radius = border.photoEdge.cornerRadius; radius.value > 0)
+        features.append(QStringLiteral("%1 corners").arg(withUnit(measure(radius), radius.unit)));
+    if (border.photoEdge.hasShadow)
+        features.append(QStringLiteral("shadow"));
+    return features;
+}
+
+QString photoEdgeSummary(const PhotoEdge& edge)
+{
+    const Length& radius = edge.cornerRadius;
+    return QStringLiteral("%1, %2").arg(radius.value > 0 ? withUnit(measure(radius), radius.unit)
+                                                         : QStringLiteral("Square"),
+                                        edge.hasShadow ? QStringLiteral("shadow") : QStringLiteral("no shadow"));
+}
+
 QString borderSummary(const Border& border)
 {
-    return QStringLiteral("%1 %2").arg(measure(border.width), suffix(border.unit));
+    QStringList parts = borderFeatures(border);
+    if (!border.shape)
+        parts.prepend(QStringLiteral("As Photo"));
+    parts.prepend(borderWidths(border));
+    return parts.join(QStringLiteral(" · "));
 }
 
 QString captionSummary(const Caption& caption, const PhotoMetadata* metadata)

@@ -8,6 +8,7 @@
 #include "Shared/UserFacingError.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <chrono>
 #include <cstdint>
@@ -45,7 +46,16 @@ namespace ferrow::WindowTexts {
 /// "2 photos have their own framing, not used while Entire Batch is chosen".
 [[nodiscard]] QString ownFramingUnused(std::size_t count);
 
-/// What a closed section of the inspector shows of its values.
+/// "4:5": decimals only where the numbers have some.
+[[nodiscard]] QString ratio(const FrameShape& shape);
+/// "120 px", or from the top clockwise "120, 40, 360, 40 px"; in percent with one decimal.
+[[nodiscard]] QString borderWidths(const Border& border);
+/// What a border has beyond width and color: "4:5", "blurred photo", "line", "24 px corners", "shadow".
+[[nodiscard]] QStringList borderFeatures(const Border& border);
+/// "Square, no shadow" or "24 px, shadow".
+[[nodiscard]] QString photoEdgeSummary(const PhotoEdge& edge);
+
+/// What a closed section of the inspector shows of its values: "120 px · As Photo".
 [[nodiscard]] QString borderSummary(const Border& border);
 /// The caption as it reads for a photo, in one line; the names of its parts where there is no photo.
 [[nodiscard]] QString captionSummary(const Caption& caption, const PhotoMetadata* metadata);

@@ -231,6 +231,35 @@ TEST(PresetSummary, saysWhatAPresetHolds)
                         .logo = LogoConfiguration::placeholder()};
     recipe.logo->isEnabled = false;
     EXPECT_EQ(summary(recipe), QStringLiteral("2.5 % · no caption · logo · JPEG"));
+    EXPECT_EQ(summary({.border = {.width = 40, .shape = {{1, 1}}, .line = {{}}}}),
+              QStringLiteral("40 px · 1:1 · line · caption · no logo · JPEG"));
+}
+
+TEST(PresetSummary, drawsTheFrameThatAPresetHolds)
+{
+    struct Row {
+        const char* name;
+        Border border;
+        QRectF canvas;
+        QRectF photo;
+    };
+    const QRectF box(1, 1, 44, 34);
+    const Row rows[] = {
+        {"none", {.width = 0}, box, box},
+        {"even", {.width = 120}, box, {5, 5, 36, 26}},
+        {"percent", {.unit = BorderUnit::percent, .width = 4}, box, {5, 5, 36, 26}},
+        {"deep foot", {.sides = {{120, 0, 600, 0}}}, box, {1, 5, 44, 18}},
+        {"absurd", {.width = 1e20}, box, {13, 13, 20, 10}},
+        {"square", {.width = 0, .shape = {{1, 1}}}, {6, 1, 34, 34}, {6, 7, 34, 23}},
+        {"square, at its top", {.width = 0, .shape = {{1, 1, false, -100}}}, {6, 1, 34, 34}, {6, 1, 34, 23}},
+        {"no shape at all", {.width = 0, .shape = {{0, 1}}}, box, {1, 3, 44, 29}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const DrawnFrame drawn = drawnFrame(row.border, box);
+        EXPECT_EQ(drawn.canvas, row.canvas);
+        EXPECT_EQ(drawn.photo, row.photo);
+    }
 }
 
 TEST_F(Sheets, presetsAreAppliedRenamedAndRemovedByKeys)

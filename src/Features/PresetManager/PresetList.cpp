@@ -46,13 +46,19 @@ QColor photoColor(const QColor& border)
 
 void paintFrame(QPainter& painter, const QRect& box, const Border& border)
 {
-    const QColor color = ColorText::toQColor(border.color);
+    const DrawnFrame frame = drawnFrame(border, QRectF(box).adjusted(1, 1, -1, -1));
+    const QColor color = border.blurredBackground ? Theme::backdrops().gray : ColorText::toQColor(border.color);
     painter.setPen(QPen(themeColor(&ThemeColors::border), 1));
     painter.setBrush(color);
-    painter.drawRoundedRect(QRectF(box).adjusted(0.5, 0.5, -0.5, -0.5), 2, 2);
-    const QRectF inside = QRectF(box).adjusted(1, 1, -1, -1);
-    const double width = std::round(drawnBorderWidth(border, inside.height()));
-    painter.fillRect(inside.adjusted(width, width, -width, -width), photoColor(color));
+    painter.drawRoundedRect(frame.canvas.adjusted(-0.5, -0.5, 0.5, 0.5), 2, 2);
+    if (border.line) {
+        painter.setPen(QPen(ColorText::toQColor(border.line->color), 1));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRect(frame.line.adjusted(0.5, 0.5, -0.5, -0.5));
+    }
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(photoColor(color));
+    painter.drawRoundedRect(frame.photo, frame.cornerRadius, frame.cornerRadius);
 }
 
 std::vector<QUuid> ids(const std::vector<PhotoPreset>& presets)
