@@ -53,7 +53,9 @@ void Border::convert(BorderUnit to, PixelSize size)
         line->thickness = line->thickness.converted(to, size);
         line->distance = line->distance.converted(to, size);
     }
-    photoEdge.cornerRadius = photoEdge.cornerRadius.converted(to, size);
+    // Without a radius there is nothing to convert, and the edge stays the default.
+    if (photoEdge.cornerRadius.value != 0)
+        photoEdge.cornerRadius = photoEdge.cornerRadius.converted(to, size);
 }
 
 void feed(ValueHash& hash, const SideLengths& lengths)
