@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Models/Border.h"
 #include "Platform/Pixels/Bitmap.h"
 
 #include <QImage>
 #include <QSize>
+#include <QSizeF>
 
 /// Pictures on their way to the screen. What converts or scales takes tens of milliseconds for a preview, and belongs
 /// on a worker thread. A null picture gives a null one.
@@ -19,5 +21,9 @@ namespace ferrow {
 [[nodiscard]] QImage paintableImage(const Bitmap& picture);
 /// The same at exactly `size`, by the filter that exports use.
 [[nodiscard]] QImage paintableImage(const Bitmap& picture, QSize size);
+
+/// What a frame of `canvas` has for a background where the photo is blurred, as a small picture of that shape that is
+/// to be drawn smoothly: near enough until there is a render.
+[[nodiscard]] QImage blurredStandIn(const QImage& photo, const BlurredBackground& background, QSizeF canvas);
 
 } // namespace ferrow

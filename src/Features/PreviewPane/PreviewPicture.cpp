@@ -297,7 +297,8 @@ void PreviewPicture::paint(QPainter& painter, const QColor& backdrop) const
         paintRendered(painter);
     else
         paintStandIn(painter);
-    if (needsHairline(recipe().border.color, backdrop)) {
+    const Border& border = recipe().border;
+    if (!border.blurredBackground && needsHairline(border.color, backdrop)) {
         painter.setPen(QPen(hairlineColor, 1));
         painter.setBrush(Qt::NoBrush);
         const QRect rect = view_.pictureRect();
@@ -307,7 +308,11 @@ void PreviewPicture::paint(QPainter& painter, const QColor& backdrop) const
 
 void PreviewPicture::paintStandIn(QPainter& painter) const
 {
-    painter.fillRect(view_.pictureRect(), ColorText::toQColor(recipe_.border.color));
+    const auto& blurred = recipe_.border.blurredBackground;
+    if (blurred && !thumbnail_.isNull())
+        paintImage(painter, view_.pictureRect(), blurredStandIn(thumbnail_, *blurred, view_.pictureRect().size()));
+    else
+        painter.fillRect(view_.pictureRect(), ColorText::toQColor(recipe_.border.color));
     paintBare(painter);
     for (const Lettering& part : caption_)
         painter.drawImage(view_.pictureRect().topLeft() + part.place, part.image);
