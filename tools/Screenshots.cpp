@@ -113,6 +113,30 @@ void photographPopovers(Photographer& photographer)
     photographer.closeOverlay();
 }
 
+/// The border's section, at its default and with all that it has.
+void photographBorder(ContentView& window, Photographer& photographer)
+{
+    auto* section = window.findChild<QWidget*>(QStringLiteral("borderSection"));
+    photographer.shoot("border-section", section);
+    const RenderRecipe before = window.session().batchRecipe();
+    photographer.press("frameLineSwitch");
+    photographer.press("photoEdgeLine");
+    window.history().editRecipe(QStringLiteral("Frame"), [](RenderRecipe& recipe) {
+        recipe.border.sides = {120, 120, 360, 120};
+        recipe.border.blurredBackground.emplace();
+        recipe.border.shape = {.width = 7, .height = 5, .turnsWithPhoto = true, .balance = -20};
+        recipe.border.line->color = {0.78, 0.66, 0.42, 1};
+        recipe.border.photoEdge = {.cornerRadius = {24}, .hasShadow = true};
+    });
+    QTest::qWait(700);
+    photographer.shoot("border-section-full", section);
+    photographer.shoot("border");
+    photographer.press("captionPositionButton");
+    photographer.shoot("position-popover-full");
+    photographer.closeOverlay();
+    window.session().setBatchRecipe(before);
+}
+
 void photographPresets(ContentView& window, Photographer& photographer)
 {
     const auto save = [&](const QString& name) {
@@ -131,6 +155,12 @@ void photographPresets(ContentView& window, Photographer& photographer)
     blue.border.width = 2.5;
     window.session().setBatchRecipe(blue);
     save(QStringLiteral("Blue Mat"));
+    RenderRecipe instant = before;
+    instant.border.sides = {160, 160, 640, 160};
+    instant.border.shape = {.width = 4, .height = 5};
+    instant.border.line.emplace();
+    window.session().setBatchRecipe(instant);
+    save(QStringLiteral("Instant"));
     window.session().setBatchRecipe(before);
     photographer.press("presetsButton");
     photographer.shoot("presets");
@@ -226,6 +256,7 @@ int main(int argc, char** argv)
     photographEmpty(photographer);
     photographMain(window, photographer, photos);
     photographPopovers(photographer);
+    photographBorder(window, photographer);
     photographPresets(window, photographer);
     photographWindows(window, photographer);
     photographFailures(window, photographer, root.appending("Broken"));

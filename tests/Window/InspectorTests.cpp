@@ -1,19 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Features/Inspector/InspectorView.h"
 #include "Features/Inspector/PickedColor.h"
 #include "Features/Inspector/PositionGrid.h"
 #include "Features/Inspector/PositionScene.h"
-#include "Session/EditHistory.h"
 #include "Widgets/ColorWell.h"
 #include "Widgets/Overlay.h"
 #include "Widgets/SegmentedControl.h"
+#include "Window/InspectorFixture.h"
 
 #include <QLabel>
-#include <QLineEdit>
 #include <QPushButton>
-#include <QTest>
-
-#include <gmock/gmock.h>
 
 namespace ferrow {
 
@@ -42,10 +37,13 @@ TEST(PositionGrid, givesEverySpotATargetOfItsOwnInAnyShape)
     EXPECT_EQ(PositionGrid::spoken(CaptionPosition::borderBottomCenter),
               QStringLiteral("Center, bottom border, 14 of 15"));
     EXPECT_EQ(PositionGrid::moved(CaptionPosition::imageTopRight, 1, -1), CaptionPosition::borderTopRight);
-    for (const double aspect : {0.2, 1.5, 9.0})
-        for (const double width : {216.0, 280.0}) {
-            SCOPED_TRACE(testing::Message() << aspect << " in " << width);
-            const PositionGrid::Picture picture = PositionGrid::picture(width, aspect);
+    const SideLengths borders[] = {
+        {}, {120, 120, 120, 120}, {120, 120, 4'000, 120}, {0, 9'000, 0, 100}, {2'000, 0, 30'000, 0}};
+    for (const PixelSize photo : {PixelSize{1'000, 5'000}, PixelSize{6'000, 4'000}, PixelSize{9'000, 1'000}})
+        for (const auto& [width, border] : {std::pair(216.0, 0), {280.0, 1}, {280.0, 2}, {216.0, 3}, {216.0, 4}}) {
+            SCOPED_TRACE(testing::Message() << photo.width << ", border " << border);
+            const PositionGrid::Picture picture = PositionGrid::picture(width, {photo, borders[border]});
+            EXPECT_TRUE(QRectF(0, 0, width, 400).contains(picture.canvas));
             for (int i = 0; i < PositionGrid::spots; ++i) {
                 EXPECT_EQ(PositionGrid::spotAt(picture, picture.spot(i)), i);
                 EXPECT_EQ(picture.photo.contains(picture.spot(i)), !isInBorder(PositionGrid::at(i)));
@@ -85,38 +83,6 @@ TEST(PositionScene, warnsOfBordersThatHoldNoCaption)
         EXPECT_EQ(!borderWarning(PlacedElement::caption, recipe, row.hasPhoto ? &photo : nullptr).isEmpty(), row.warns);
     }
 }
-
-/// The view in a window of its own, in which popovers can open.
-struct Inspector : testing::Test {
-    PhotoSession session;
-    ExportSession exportSession;
-    EditHistory history{session, exportSession};
-    QWidget window;
-    InspectorView view{session, history, exportSession, &window};
-
-    void SetUp() override
-    {
-        window.resize(900, 1'000);
-        view.setGeometry(580, 0, 320, 1'000);
-        window.show();
-        window.activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-    }
-
-    template <typename Widget>
-    Widget& find(const char* name)
-    {
-        return *view.findChild<Widget*>(QString::fromLatin1(name));
-    }
-    static void type(QLineEdit& field, const char* text)
-    {
-        field.setFocus();
-        field.selectAll();
-        QTest::keyClicks(&field, QString::fromLatin1(text));
-    }
-    void key(Qt::Key key) { QTest::keyClick(window.focusWidget(), key); }
-    const RenderRecipe& recipe() const { return session.activeRecipe(); }
-};
 
 TEST_F(Inspector, takesWhatIsTypedOnEnterAndNothingFromOutsideMeanwhile)
 {

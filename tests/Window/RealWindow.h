@@ -9,6 +9,7 @@
 #include <QAbstractButton>
 #include <QAccessible>
 #include <QMimeData>
+#include <QScrollArea>
 #include <QTest>
 #include <QWindow>
 
@@ -65,6 +66,10 @@ protected:
         QWidget* target = widget(objectName);
         ASSERT_TRUE(target);
         ASSERT_TRUE(waitFor([&] { return target->isEnabled(); })) << objectName;
+        // As a user scrolls to it.
+        for (QWidget* holder = target->parentWidget(); holder; holder = holder->parentWidget())
+            if (auto* pane = qobject_cast<QScrollArea*>(holder))
+                pane->ensureWidgetVisible(target);
         // Of a color well the swatch is meant, of a number field its text.
         const int x = target->inherits("ferrow::ColorWell") ? target->height() / 2 : target->width() / 2;
         clickAt(target, {x, target->height() / 2});

@@ -3,26 +3,37 @@
 
 #include "Widgets/Icons.h"
 #include "Widgets/Theme.h"
+#include "Widgets/ToggleSwitch.h"
 
+#include <QHBoxLayout>
 #include <QPainter>
 #include <QVBoxLayout>
 
 namespace ferrow {
 
-namespace {
-
 /// Chevron and text, the chevron under the labels' first letters.
 class DisclosureLine : public FoldButton {
 public:
-    DisclosureLine(const QString& text, QWidget* parent) : FoldButton(text, parent) { setAttribute(Qt::WA_Hover); }
-
-    QSize sizeHint() const override
+    DisclosureLine(const QString& text, QWidget* parent) : FoldButton(text, parent)
     {
-        const QFontMetrics metrics(Theme::current().font(TextRole::strong));
-        return {textLeft + metrics.horizontalAdvance(text()) + 1, Theme::current().scaled(Measure::smallControl)};
+        setAttribute(Qt::WA_Hover);
+        setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     }
 
-    QRectF focusRect() const override { return QRectF(rect()).adjusted(0, 2, 4, -2); }
+    [[nodiscard]] QString summary() const override { return summary_; }
+    void setSummary(const QString& summary)
+    {
+        summary_ = summary;
+        update();
+    }
+
+    QSize sizeHint() const override { return {textEnd(), Theme::current().scaled(Measure::smallControl)}; }
+
+    QRectF focusRect() const override
+    {
+        const double end = showsSummary() ? width() : textEnd();
+        return QRectF(0, 0, end, height()).adjusted(0, 2, 4, -2);
+    }
 
 protected:
     void paintEvent(QPaintEvent*) override
@@ -36,28 +47,62 @@ protected:
         painter.setFont(Theme::current().font(TextRole::strong));
         painter.setPen(color);
         painter.drawText(rect().adjusted(textLeft, 0, 0, 0), int(Qt::AlignVCenter | Qt::AlignLeft), text());
+        if (!showsSummary())
+            return;
+        const QRect room = rect().adjusted(textEnd() + Space::row, 0, 0, 0);
+        painter.setFont(Theme::current().font(TextRole::small));
+        painter.setPen(themeColor(&ThemeColors::text2));
+        painter.drawText(room, int(Qt::AlignVCenter | Qt::AlignRight),
+                         painter.fontMetrics().elidedText(summary_, Qt::ElideRight, room.width()));
     }
 
 private:
+    [[nodiscard]] bool showsSummary() const { return !isOpen() && !summary_.isEmpty(); }
+    [[nodiscard]] int textEnd() const
+    {
+        return textLeft + QFontMetrics(Theme::current().font(TextRole::strong)).horizontalAdvance(text()) + 1;
+    }
+
     static constexpr int chevron = 14;
     static constexpr int textLeft = 18;
-};
 
-} // namespace
+    QString summary_;
+};
 
 Disclosure::Disclosure(const QString& text, const QString& name, QWidget* parent) : QWidget(parent)
 {
-    auto* line = new DisclosureLine(text, this);
-    line->setAccessibleName(name);
-    fold_ = new Fold(line, this);
+    line_ = new DisclosureLine(text, this);
+    line_->setAccessibleName(name);
+    fold_ = new Fold(line_, this);
     rows()->setContentsMargins(0, Space::row, 0, 0);
     fold_->setOpen(false);
 
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
-    column->addWidget(line, 0, Qt::AlignLeft);
+    head_ = new QHBoxLayout;
+    head_->setSpacing(Space::group);
+    head_->addWidget(line_);
+    column->addLayout(head_);
     column->addWidget(fold_);
+}
+
+ToggleSwitch* Disclosure::addSwitch(const QString& name)
+{
+    auto* toggle = new ToggleSwitch(name);
+    head_->addWidget(toggle);
+    setTabOrder(line_, toggle);
+    return toggle;
+}
+
+FoldButton* Disclosure::line() const
+{
+    return line_;
+}
+
+void Disclosure::setSummary(const QString& summary)
+{
+    line_->setSummary(summary);
 }
 
 } // namespace ferrow

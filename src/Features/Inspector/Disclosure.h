@@ -3,7 +3,12 @@
 
 #include "Widgets/Fold.h"
 
+class QHBoxLayout;
+
 namespace ferrow {
+
+class DisclosureLine;
+class ToggleSwitch;
 
 /// Rows that are seldom needed, folded away under a line that opens and closes them. Closed at first.
 class Disclosure : public QWidget {
@@ -15,7 +20,17 @@ public:
 
     [[nodiscard]] QVBoxLayout* rows() const { return fold_->rows(); }
 
+    /// At the end of the line, a tab stop of its own.
+    [[nodiscard]] ToggleSwitch* addSwitch(const QString& name);
+    /// What stands at the end of the line while the rows are folded away.
+    void setSummary(const QString& summary);
+    [[nodiscard]] FoldButton* line() const;
+    /// At once; the user's own opening and closing is animated.
+    void setOpen(bool open) { fold_->setOpen(open); }
+
 private:
+    DisclosureLine* line_ = nullptr;
+    QHBoxLayout* head_ = nullptr;
     Fold* fold_ = nullptr;
 };
 

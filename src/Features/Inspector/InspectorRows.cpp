@@ -4,6 +4,7 @@
 #include "Widgets/FormRow.h"
 #include "Widgets/SliderField.h"
 #include "Widgets/Theme.h"
+#include "Widgets/ToggleSwitch.h"
 
 #include <QComboBox>
 #include <QLabel>
@@ -50,6 +51,48 @@ ValueRange borderWidth(BorderUnit unit)
     return {0, 25, percent(1, 1, 0, 500), 0.1};
 }
 
+ValueRange lineThickness(BorderUnit unit)
+{
+    if (unit == BorderUnit::pixels)
+        return {0, 50, pixels(5'000), 1};
+    return {0, 2, percent(2, 1, 0, 100), 0.05};
+}
+
+ValueRange lineDistance(BorderUnit unit)
+{
+    if (unit == BorderUnit::pixels)
+        return {0, 200, pixels(20'000), 1};
+    return {0, 10, percent(1, 1, 0, 500), 0.1};
+}
+
+ValueRange cornerRadius(BorderUnit unit)
+{
+    if (unit == BorderUnit::pixels)
+        return {0, 200, pixels(20'000), 1};
+    // Half of the shorter side makes it round.
+    return {0, 10, percent(1, 1, 0, 50), 0.1};
+}
+
+ValueRange strength()
+{
+    return {0, 100, percent(0, 1, 0, 100), 1};
+}
+
+ValueRange balance()
+{
+    return {-100, 100, percent(0, 1, -100, 100), 1};
+}
+
+NumberFormat ratioNumber()
+{
+    NumberFormat format;
+    format.decimals = 2;
+    format.least = 0.01;
+    format.greatest = 10'000;
+    format.dropsZeros = true;
+    return format;
+}
+
 ValueRange captionSize()
 {
     ValueRange range{8, 300, pixels(5'000), 1};
@@ -80,9 +123,9 @@ ValueRange opacity()
 
 } // namespace InspectorRanges
 
-void convertBorderUnit(Border& border, BorderUnit unit, const std::optional<PixelSize>& size)
+PixelSize measuredSize(const ImportedPhoto* photo)
 {
-    border.convert(unit, size.value_or(usualPhoto));
+    return photo ? photo->pixelSize : usualPhoto;
 }
 
 void applyRange(SliderField* field, const ValueRange& range)
@@ -90,6 +133,13 @@ void applyRange(SliderField* field, const ValueRange& range)
     field->setFormat(range.format);
     field->setRange(range.least, range.greatest);
     field->setStep(range.step);
+}
+
+void showLength(SliderField* field, const Length& length, ValueRange (*range)(BorderUnit))
+{
+    if (const ValueRange units = range(length.unit); field->field()->format() != units.format)
+        applyRange(field, units);
+    field->setValue(length.value);
 }
 
 FormRow* addRow(QVBoxLayout* rows, const QString& label, QWidget* control, const QString& tip)
@@ -118,6 +168,17 @@ SliderField* addSliderRow(QVBoxLayout* rows, const QString& label, const QString
     applyRange(field, range);
     addRow(rows, label, field, tip);
     return field;
+}
+
+ToggleSwitch* addSwitchRow(QVBoxLayout* rows, const QString& label, const QString& name)
+{
+    auto* toggle = new ToggleSwitch(name);
+    toggle->setText(label);
+    toggle->setTextColor(&ThemeColors::text2);
+    toggle->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    toggle->setMinimumHeight(Theme::current().scaled(Measure::control));
+    rows->addWidget(toggle);
+    return toggle;
 }
 
 QVBoxLayout* addGroup(QVBoxLayout* rows)

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Models/ImportedPhoto.h"
 #include "Models/RenderRecipe.h"
 #include "Widgets/NumberField.h"
 
 #include <QString>
 #include <QStringList>
-
-#include <optional>
 
 class QComboBox;
 class QVBoxLayout;
@@ -17,6 +16,7 @@ namespace ferrow {
 
 class FormRow;
 class SliderField;
+class ToggleSwitch;
 
 /// What a slider covers, what its field takes beyond that, and how the number is shown.
 struct ValueRange {
@@ -29,6 +29,14 @@ struct ValueRange {
 /// The sensible ranges of a recipe's values. Presets may hold others: those stay until they are edited.
 namespace InspectorRanges {
 [[nodiscard]] ValueRange borderWidth(BorderUnit unit);
+[[nodiscard]] ValueRange lineThickness(BorderUnit unit);
+[[nodiscard]] ValueRange lineDistance(BorderUnit unit);
+[[nodiscard]] ValueRange cornerRadius(BorderUnit unit);
+/// Of blur and dim.
+[[nodiscard]] ValueRange strength();
+[[nodiscard]] ValueRange balance();
+/// One number of a shape's two; there is no slider for them.
+[[nodiscard]] NumberFormat ratioNumber();
 [[nodiscard]] ValueRange captionSize();
 [[nodiscard]] ValueRange lineSpacing();
 [[nodiscard]] ValueRange inset();
@@ -36,11 +44,14 @@ namespace InspectorRanges {
 [[nodiscard]] ValueRange opacity();
 } // namespace InspectorRanges
 
-/// Switches the unit and keeps the thickness that a photo of `size` shows. Without a photo, that of a usual one: 120
-/// pixels must not become 120 percent.
-void convertBorderUnit(Border& border, BorderUnit unit, const std::optional<PixelSize>& size);
+/// What lengths are converted by and little frames are drawn after: the photo's size, or without one that of a usual
+/// one. 120 pixels must not become 120 percent.
+[[nodiscard]] PixelSize measuredSize(const ImportedPhoto* photo);
 
 void applyRange(SliderField* field, const ValueRange& range);
+
+/// Shows a length in its own unit. `range` is what there is of the kind in a unit.
+void showLength(SliderField* field, const Length& length, ValueRange (*range)(BorderUnit));
 
 /// A label of the form and its control.
 FormRow* addRow(QVBoxLayout* rows, const QString& label, QWidget* control, const QString& tip = QString());
@@ -51,6 +62,9 @@ FormRow* addRow(QVBoxLayout* rows, const QString& label, QWidget* control, const
 /// A label of the form, a slider and its number. `name` is for assistive technology, `tip` may be empty.
 SliderField* addSliderRow(QVBoxLayout* rows, const QString& label, const QString& name, const ValueRange& range,
                           const QString& tip = QString());
+
+/// A switch that fills its row, with its label before it. `name` is for assistive technology.
+ToggleSwitch* addSwitchRow(QVBoxLayout* rows, const QString& label, const QString& name);
 
 /// The raw values of an enumeration: what menus show.
 template <typename Enum>

@@ -18,13 +18,27 @@ constexpr std::array<CaptionPosition, spots> readingOrder{
     CaptionPosition::imageBottomLeft,  CaptionPosition::imageBottomCenter,  CaptionPosition::imageBottomRight,
     CaptionPosition::borderBottomLeft, CaptionPosition::borderBottomCenter, CaptionPosition::borderBottomRight};
 
-constexpr double sideBorder = 26;
-constexpr double upperBorder = 39;
+constexpr double leastSide = 4;
+constexpr double leastUpper = 32; ///< Where spots lie, with a little air.
+constexpr double leastPhotoWidth = 108;
+constexpr double leastPhotoHeight = 100;
+constexpr double greatestHeight = 360;
 constexpr double spotInset = 24; ///< From the photo's left and right edge.
 constexpr double rowInset = 20;  ///< From its upper and lower edge.
 constexpr double targetSide = 28;
 constexpr double leastRatio = 0.8; ///< 4:5
 constexpr double greatestRatio = 5.0 / 3;
+
+/// Takes from what two lengths have beyond `least` until both fit into `room`.
+void shrink(double& first, double& second, double least, double room)
+{
+    const double spare = first + second - 2 * least;
+    const double kept = std::clamp(room - 2 * least, 0.0, spare);
+    if (spare <= kept)
+        return;
+    first = least + (first - least) / spare * kept;
+    second = least + (second - least) / spare * kept;
+}
 
 } // namespace
 
@@ -85,13 +99,37 @@ double shownAspectRatio(double aspectRatio)
     return std::clamp(aspectRatio, leastRatio, greatestRatio);
 }
 
-Picture picture(double width, double aspectRatio)
+Picture picture(double width, const FrameProportions& frame)
 {
-    const double photoWidth = std::max(width - 2 * sideBorder, 1.0);
-    const double photoHeight = std::round(photoWidth / shownAspectRatio(aspectRatio));
+    const double aspectRatio = shownAspectRatio(frame.photo.aspectRatio());
+    const double area = double(frame.photo.width) * double(frame.photo.height);
+    const auto drawn = [&](double photoWidth) {
+        const double scale = std::sqrt(photoWidth * photoWidth / aspectRatio / area);
+        const SideLengths& around = frame.around;
+        return SideLengths{std::max(around.top * scale, leastUpper), std::max(around.right * scale, leastSide),
+                           std::max(around.bottom * scale, leastUpper), std::max(around.left * scale, leastSide)};
+    };
+    const auto fits = [&](double photoWidth) {
+        const SideLengths around = drawn(photoWidth);
+        return around.left + photoWidth + around.right <= width &&
+               around.top + photoWidth / aspectRatio + around.bottom <= greatestHeight;
+    };
+    double photoWidth = std::max(leastPhotoWidth, leastPhotoHeight * aspectRatio);
+    for (double tooWide = width; tooWide - photoWidth > 0.5;) {
+        const double middle = (photoWidth + tooWide) / 2;
+        (fits(middle) ? photoWidth : tooWide) = middle;
+    }
+    photoWidth = std::floor(photoWidth);
+    const double photoHeight = std::round(photoWidth / aspectRatio);
+    SideLengths around = drawn(photoWidth);
+    shrink(around.left, around.right, leastSide, width - photoWidth);
+    shrink(around.top, around.bottom, leastUpper, greatestHeight - photoHeight);
+
+    const double canvasWidth = std::round(around.left + photoWidth + around.right);
+    const double x = std::floor((width - canvasWidth) / 2);
     Picture picture;
-    picture.canvas = QRectF(0, 0, width, photoHeight + 2 * upperBorder);
-    picture.photo = QRectF(sideBorder, upperBorder, photoWidth, photoHeight);
+    picture.canvas = QRectF(x, 0, canvasWidth, std::round(around.top + photoHeight + around.bottom));
+    picture.photo = QRectF(x + std::round(around.left), std::round(around.top), photoWidth, photoHeight);
     return picture;
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Features/Inspector/FrameProportions.h"
 #include "Models/RenderRecipe.h"
 
 #include <QPointF>
@@ -29,8 +30,7 @@ inline constexpr int spots = columns * rows;
 /// "Center, bottom border, 14 of 15".
 [[nodiscard]] QString spoken(CaptionPosition position);
 
-/// The little picture of photo and border, in logical pixels. The border is as wide as spots need, whatever the
-/// recipe's is.
+/// The little picture of photo and border, in logical pixels. In true proportion as far as the spots have room.
 struct Picture {
     QRectF canvas;
     QRectF photo;
@@ -39,8 +39,8 @@ struct Picture {
 
 /// Proportion of the photo in the picture: extreme formats would leave no room for the spots, or for the rest.
 [[nodiscard]] double shownAspectRatio(double aspectRatio);
-/// A picture as wide as `width`; its height follows.
-[[nodiscard]] Picture picture(double width, double aspectRatio);
+/// A picture in the middle of `width`; its height follows, within limits.
+[[nodiscard]] Picture picture(double width, const FrameProportions& frame);
 /// The index of the spot whose target of 28 holds `point`, or -1.
 [[nodiscard]] int spotAt(const Picture& picture, QPointF point);
 

@@ -2,6 +2,7 @@
 #include "Features/Inspector/PositionPicker.h"
 
 #include "Features/Inspector/CheckerBoard.h"
+#include "Session/ScreenImage.h"
 #include "Widgets/ColorWell.h"
 #include "Widgets/FocusRing.h"
 #include "Widgets/Icons.h"
@@ -30,6 +31,7 @@ constexpr double chosenSize = 18;
 constexpr double haloSize = 20;
 const QColor spotEdge(0x3A, 0x3A, 0x3A);
 const QColor absentPhoto(0xBD, 0xBD, 0xBD);
+const QColor absentBackground(0x8A, 0x8A, 0x8A); // Of a photo that is blurred and dimmed.
 
 void paintDisc(QPainter& painter, QPointF center, double size, const QColor& fill, const QColor& edge, double edgeWidth)
 {
@@ -67,7 +69,7 @@ PositionPicker::PositionPicker(const QString& name, QWidget* parent) : QWidget(p
 
 void PositionPicker::setScene(const PositionScene& scene)
 {
-    const bool hasOtherShape = scene.aspectRatio != scene_.aspectRatio;
+    const bool hasOtherShape = scene.frame != scene_.frame;
     const bool hasMoved = scene.position != scene_.position;
     scene_ = scene;
     if (hasOtherShape)
@@ -97,12 +99,12 @@ QSize PositionPicker::minimumSizeHint() const
 
 int PositionPicker::heightForWidth(int width) const
 {
-    return int(std::ceil(PositionGrid::picture(width, scene_.aspectRatio).canvas.height()));
+    return int(std::ceil(PositionGrid::picture(width, scene_.frame).canvas.height()));
 }
 
 PositionGrid::Picture PositionPicker::picture() const
 {
-    return PositionGrid::picture(width(), scene_.aspectRatio);
+    return PositionGrid::picture(width(), scene_.frame);
 }
 
 AccessibleItem PositionPicker::item(int index) const
@@ -212,9 +214,15 @@ void PositionPicker::paintEvent(QPaintEvent*)
 
 void PositionPicker::paintPicture(QPainter& painter, const PositionGrid::Picture& picture) const
 {
-    if (scene_.borderColor.alpha < 1)
-        paintCheckerBoard(painter, picture.canvas);
-    painter.fillRect(picture.canvas, ColorText::toQColor(scene_.borderColor));
+    const Border& border = scene_.border;
+    if (border.blurredBackground && !photo_.isNull()) {
+        painter.drawImage(picture.canvas, blurredStandIn(photo_, *border.blurredBackground, picture.canvas.size()));
+    } else {
+        const bool isColor = !border.blurredBackground;
+        if (isColor && border.color.alpha < 1)
+            paintCheckerBoard(painter, picture.canvas);
+        painter.fillRect(picture.canvas, isColor ? ColorText::toQColor(border.color) : absentBackground);
+    }
     if (photo_.isNull())
         painter.fillRect(picture.photo, absentPhoto);
     else

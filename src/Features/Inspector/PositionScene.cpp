@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Features/Inspector/PositionScene.h"
 
+#include "Features/Inspector/InspectorRows.h"
 #include "Imaging/ImageRenderer.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace ferrow {
 
@@ -14,18 +14,20 @@ namespace {
 constexpr double lineHeight = 1.2;
 
 /// Pixels of the border where `position` lies in it; absent where that depends on a photo and there is none.
-std::optional<double> borderThickness(const Border& border, CaptionPosition position, const ImportedPhoto* photo)
+std::optional<double> borderThickness(const RenderRecipe& recipe, CaptionPosition position, const ImportedPhoto* photo)
 {
-    if (!photo && border.unit == BorderUnit::percent && border.width > 0)
+    const Border& border = recipe.border;
+    if (!photo && (border.unit == BorderUnit::percent || border.shape))
         return std::nullopt;
-    const SideLengths lengths = border.around(photo ? photo->pixelSize : PixelSize());
-    const double length = position < CaptionPosition::borderBottomLeft ? lengths.top : lengths.bottom;
-    return photo ? std::ceil(length) : length;
+    SideLengths lengths = border.around(photo ? photo->pixelSize : PixelSize());
+    if (const auto frame = photo ? FrameProportions::of(recipe, photo->pixelSize) : std::nullopt)
+        lengths = frame->around;
+    return position < CaptionPosition::borderBottomLeft ? lengths.top : lengths.bottom;
 }
 
 QString captionWarning(const RenderRecipe& recipe, const Caption& caption, const ImportedPhoto* photo)
 {
-    const auto thickness = borderThickness(recipe.border, caption.position, photo);
+    const auto thickness = borderThickness(recipe, caption.position, photo);
     if (!thickness || !isInBorder(caption.position))
         return {};
     const double room = *thickness - std::max(caption.verticalPadding, 0.0);
@@ -38,7 +40,7 @@ QString logoWarning(const RenderRecipe& recipe, const ImportedPhoto* photo)
 {
     if (!recipe.logo || !isInBorder(recipe.logo->position))
         return {};
-    const auto thickness = borderThickness(recipe.border, recipe.logo->position, photo);
+    const auto thickness = borderThickness(recipe, recipe.logo->position, photo);
     const bool fits = !thickness || *thickness - std::max(recipe.logo->verticalPadding, 0.0) >= 1;
     return fits ? QString() : QStringLiteral("The border is too thin for the logo.");
 }
@@ -66,9 +68,9 @@ PositionScene PositionScene::make(PlacedElement element, const RenderRecipe& rec
         if (caption.isEnabled)
             scene.other = caption.position;
     }
-    scene.borderColor = recipe.border.color;
-    if (photo && photo->pixelSize.height > 0)
-        scene.aspectRatio = photo->pixelSize.aspectRatio();
+    scene.border = recipe.border;
+    const PixelSize size = measuredSize(photo);
+    scene.frame = FrameProportions::of(recipe, size).value_or(FrameProportions{size, {}});
     if (photo)
         scene.photoID = photo->id();
     scene.warning = borderWarning(element, recipe, photo);

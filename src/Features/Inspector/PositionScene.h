@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Features/Inspector/FrameProportions.h"
 #include "Models/ImportedPhoto.h"
 #include "Models/RenderRecipe.h"
 
@@ -18,8 +19,8 @@ struct PositionScene {
     PlacedElement element = PlacedElement::caption;
     CaptionPosition position = CaptionPosition::borderBottomRight;
     std::optional<CaptionPosition> other; ///< Where the other element lies, if it is shown at all.
-    RGBAColor borderColor = RGBAColor::white;
-    double aspectRatio = 1.5; ///< Of the photo.
+    Border border;
+    FrameProportions frame;
     std::optional<FileUrl> photoID;
     QString warning; ///< Empty when all is well.
 
