@@ -6,17 +6,21 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
 namespace {
 
 using namespace ferrow::bench;
 
-void measure(const char* label, const SourceOptions& options, const char* format, const char* target)
+void measure(const char* label, const SourceOptions& options, const char* format, const char* target,
+             const std::vector<std::string>& frame = {})
 {
     const ScratchFolder folder;
     writeSourceJpeg(folder.file("photo.jpg"), options);
-    const double peak = peakMegabytes({batchProgram(), "--quiet", "--jobs", "1", "--format", format, "--caption",
-                                       "{camera} · {year}", "--output", folder.file("out"), folder.file("photo.jpg")});
+    std::vector<std::string> words = frame;
+    words.insert(words.begin(), {batchProgram(), "--quiet", "--jobs", "1", "--format", format, "--caption",
+                                 "{camera} · {year}", "--output", folder.file("out"), folder.file("photo.jpg")});
+    const double peak = peakMegabytes(words);
     const double bitmap = double(options.width) * double(options.height) * 3 / 1e6;
     std::printf("%-34s peak %7.1f MB (its bitmap would be %.0f MB; target %s)\n", label, peak, bitmap, target);
     std::fflush(stdout);
@@ -29,6 +33,10 @@ int main()
     const QByteArray srgb = ferrow::ColorProfile::sRGB().icc();
     measure("24 MP baseline to JPEG", {.icc = srgb}, "jpeg", "80 MB");
     measure("193 MP baseline to JPEG", {.width = 16'200, .height = 11'900, .icc = srgb}, "jpeg", "80 MB");
+    const std::vector<std::string> all{"--background", "blur:0,25", "--line",        "6px,48px,#c8a96a",
+                                       "--corners",    "3%",        "--photo-shadow"};
+    measure("24 MP with all around it", {.icc = srgb}, "jpeg", "80 MB", all);
+    measure("193 MP with all around it", {.width = 16'200, .height = 11'900, .icc = srgb}, "jpeg", "80 MB", all);
     measure("24 MP baseline to PNG", {.icc = srgb}, "png", "80 MB");
     measure("24 MP baseline to TIFF", {.icc = srgb}, "tiff", "80 MB");
     measure("24 MP turned to JPEG", {.orientation = 6, .icc = srgb}, "jpeg", "80 + 72 MB");

@@ -86,6 +86,11 @@ QByteArray presets()
     PresetDocument document;
     document.presets = {preset, preset};
     document.presets[1].payload.framing.logo = LogoConfiguration::placeholder();
+    document.presets[1].payload.framing.border = {.sides = SideLengths{1, 2, 3, 4},
+                                                  .blurredBackground = BlurredBackground(),
+                                                  .shape = FrameShape(),
+                                                  .line = FrameLine(),
+                                                  .photoEdge = {{2, BorderUnit::percent}, true}};
     return document.encode();
 }
 

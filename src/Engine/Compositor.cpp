@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Engine/Compositor.h"
 
+#include "Models/ErrorTexts.h"
 #include "Platform/Pixels/AlphaArithmetic.h"
 #include "Platform/Pixels/ColorTransform.h"
 
@@ -123,7 +124,7 @@ Bitmap preparedOverlay(const Overlay& overlay, const ColorProfile& canvas)
     return result;
 }
 
-std::array<Byte, 4> backgroundPixel(const RGBAColor& color, const ColorProfile& canvas)
+std::array<Byte, 4> canvasPixel(const RGBAColor& color, const ColorProfile& canvas)
 {
     const std::array<std::uint16_t, 3> in{component16(color.red), component16(color.green), component16(color.blue)};
     std::array<Byte, 4> out{};
@@ -135,9 +136,29 @@ std::array<Byte, 4> backgroundPixel(const RGBAColor& color, const ColorProfile& 
 
 } // namespace
 
-bool isTransparent(const RGBAColor& color)
+bool needsAlpha(const Composition& composition, PixelFormat photo)
 {
-    return alpha8(color) < 255;
+    return photo.hasAlpha() || (!composition.blurredPhoto && alpha8(composition.borderColor) < 255);
+}
+
+void cutCorners(Overlay& photo, const RoundedRect& area)
+{
+    if (!(area.radius > 0) || photo.picture.isNull())
+        return;
+    RoundedRect square = area;
+    square.radius = 0;
+    const PixelSize size = photo.picture.size();
+    for (std::int64_t y = 0; y < size.height; ++y) {
+        const RowCoverage cut(area, photo.y + y);
+        const RowCoverage whole(square, photo.y + y);
+        auto* pixel = reinterpret_cast<Byte*>(photo.picture.row(y));
+        for (std::int64_t x = 0; x < size.width; ++x, pixel += 4) {
+            const double kept = cut.at(photo.x + x);
+            const double most = whole.at(photo.x + x); // As much as its pixels have by now.
+            if (kept < most)
+                fade(pixel, 4, unsigned(std::lround(kept / most * 255)));
+        }
+    }
 }
 
 ColorProfile outputColorSpace(const ColorProfile& photo, ColorModel model, OutputColorProfile policy)
@@ -174,9 +195,25 @@ void flattenOverWhite(const std::byte* in, std::byte* out, std::size_t pixels)
 
 Compositor::Compositor(const Composition& composition, RowSource* photo, const ColorProfile& canvasSpace, bool hasAlpha)
     : size_(composition.canvasSize), format_(hasAlpha ? rgba8 : rgb8), photo_(photo), photoX_(composition.photoX),
-      photoY_(composition.photoY)
+      photoY_(composition.photoY), photoArea_(composition.photoArea)
 {
-    const std::array<Byte, 4> background = backgroundPixel(composition.borderColor, canvasSpace);
+    const PixelSize photoSize = photo ? photo->size() : PixelSize();
+    if (photo && (photoX_ < 0 || photoY_ < 0 || photoX_ > size_.width - photoSize.width ||
+                  photoY_ > size_.height - photoSize.height))
+        throw ImagePipelineError(ImagePipelineError::renderingFailed);
+    const std::int64_t photoHeight = photoSize.height;
+    firstWholeRow_ = photoY_;
+    lastWholeRow_ = photoY_ + photoHeight;
+    if (photoArea_.radius > 0) {
+        const auto begin = std::int64_t(std::ceil(photoArea_.top + photoArea_.radius));
+        const auto end = std::int64_t(std::floor(photoArea_.bottom - photoArea_.radius));
+        firstWholeRow_ = std::clamp(begin, photoY_, photoY_ + photoHeight);
+        lastWholeRow_ = std::clamp(end, firstWholeRow_, photoY_ + photoHeight);
+    }
+    if (PhotoSurroundings::areNeeded(composition))
+        surroundings_.emplace(composition, composition.line ? canvasPixel(composition.line->color, canvasSpace)
+                                                            : PhotoSurroundings::Pixel());
+    const std::array<Byte, 4> background = canvasPixel(composition.borderColor, canvasSpace);
     const auto pixelBytes = std::size_t(format_.bytesPerPixel());
     backgroundRow_.resize(std::size_t(size_.width) * pixelBytes);
     for (std::size_t x = 0; x < backgroundRow_.size(); x += pixelBytes)
@@ -191,6 +228,9 @@ void Compositor::compose(std::int64_t count, std::byte* out, std::size_t stride)
     const std::int64_t firstRow = nextRow_;
     nextRow_ += count;
     fillBackground(firstRow, count, out, stride);
+    if (surroundings_)
+        for (std::int64_t i = 0; i < count; ++i)
+            surroundings_->drawRow(firstRow + i, format_, out + std::size_t(i) * stride);
     if (photo_)
         composePhoto(firstRow, count, out, stride);
     for (std::int64_t row = firstRow; row < firstRow + count; ++row)
@@ -198,41 +238,61 @@ void Compositor::compose(std::int64_t count, std::byte* out, std::size_t stride)
             blendLayer(layer, row, out + std::size_t(row - firstRow) * stride);
 }
 
-void Compositor::fillBackground(std::int64_t firstRow, std::int64_t count, std::byte* out, std::size_t stride) const
+void Compositor::fillBackground(std::int64_t firstRow, std::int64_t count, std::byte* out, std::size_t stride)
 {
-    const auto pixelBytes = std::size_t(format_.bytesPerPixel());
     // Under an opaque photo the background is never seen: only the columns beside it are filled.
     const bool photoCovers = photo_ && !photo_->format().hasAlpha() && !format_.hasAlpha();
     for (std::int64_t row = firstRow; row < firstRow + count; ++row, out += stride) {
-        const bool besidePhoto = photoCovers && row >= photoY_ && row < photoY_ + photo_->size().height;
+        if (blurred_)
+            blurred_->moveTo(row);
+        const bool besidePhoto = photoCovers && row >= firstWholeRow_ && row < lastWholeRow_;
         if (!besidePhoto) {
-            std::memcpy(out, backgroundRow_.data(), backgroundRow_.size());
+            fillColumns(0, size_.width, out);
             continue;
         }
-        const std::size_t left = std::size_t(photoX_) * pixelBytes;
-        const std::size_t right = left + std::size_t(photo_->size().width) * pixelBytes;
-        std::memcpy(out, backgroundRow_.data(), left);
-        std::memcpy(out + right, backgroundRow_.data(), backgroundRow_.size() - right);
+        fillColumns(0, photoX_, out);
+        fillColumns(photoX_ + photo_->size().width, size_.width, out);
     }
+}
+
+void Compositor::fillColumns(std::int64_t first, std::int64_t last, std::byte* row) const
+{
+    const auto pixelBytes = std::size_t(format_.bytesPerPixel());
+    const std::size_t offset = std::size_t(first) * pixelBytes;
+    if (blurred_)
+        blurred_->read(first, last, format_, row + offset);
+    else
+        std::memcpy(row + offset, backgroundRow_.data() + offset, std::size_t(last - first) * pixelBytes);
 }
 
 void Compositor::composePhoto(std::int64_t firstRow, std::int64_t count, std::byte* out, std::size_t stride)
 {
-    const std::int64_t first = std::max(firstRow, photoY_);
+    std::int64_t row = std::max(firstRow, photoY_);
     const std::int64_t last = std::min(firstRow + count, photoY_ + photo_->size().height);
-    if (first >= last)
-        return;
-    const auto pixelBytes = std::size_t(format_.bytesPerPixel());
-    std::byte* target = out + std::size_t(first - firstRow) * stride + std::size_t(photoX_) * pixelBytes;
+    const auto target = [&] {
+        return out + std::size_t(row - firstRow) * stride + std::size_t(photoX_) * std::size_t(format_.bytesPerPixel());
+    };
+    for (; row < std::min(firstWholeRow_, last); ++row)
+        composeCutRow(row, target());
+    if (const std::int64_t whole = std::min(lastWholeRow_, last) - row; whole > 0) {
+        composeWholeRows(whole, target(), stride);
+        row += whole;
+    }
+    for (; row < last; ++row)
+        composeCutRow(row, target());
+}
+
+void Compositor::composeWholeRows(std::int64_t count, std::byte* target, std::size_t stride)
+{
     if (photo_->format() == format_ && !format_.hasAlpha()) {
-        photo_->readRows(last - first, target, stride); // Straight into the canvas: nothing is copied or blended.
+        photo_->readRows(count, target, stride); // Straight into the canvas: nothing is copied or blended.
         return;
     }
 
     const auto width = photo_->size().width;
     const auto photoBytes = std::size_t(width) * std::size_t(photo_->format().bytesPerPixel());
     photoScratch_.resize(photoBytes);
-    for (std::int64_t row = first; row < last; ++row, target += stride) {
+    for (std::int64_t i = 0; i < count; ++i, target += stride) {
         photo_->readRows(1, photoScratch_.data(), photoBytes);
         const auto* in = reinterpret_cast<const Byte*>(photoScratch_.data());
         auto* pixels = reinterpret_cast<Byte*>(target);
@@ -244,6 +304,28 @@ void Compositor::composePhoto(std::int64_t firstRow, std::int64_t count, std::by
             std::memcpy(pixels, in, 3);
             pixels[3] = 255;
         }
+    }
+}
+
+void Compositor::composeCutRow(std::int64_t row, std::byte* target)
+{
+    const auto width = photo_->size().width;
+    const PixelFormat photoFormat = photo_->format();
+    const std::int64_t photoBytes = photoFormat.bytesPerPixel();
+    photoScratch_.resize(std::size_t(width * photoBytes));
+    photo_->readRows(1, photoScratch_.data(), photoScratch_.size());
+    const RowCoverage coverage(photoArea_, row);
+    const auto* in = reinterpret_cast<const Byte*>(photoScratch_.data());
+    auto* out = reinterpret_cast<Byte*>(target);
+    for (std::int64_t x = 0; x < width; ++x, in += photoBytes, out += format_.bytesPerPixel()) {
+        const auto covered = unsigned(std::lround(coverage.at(photoX_ + x) * 255));
+        const Byte alpha = photoFormat.hasAlpha() ? multiplied(in[3], covered) : Byte(covered);
+        const std::array<Byte, 4> pixel{in[0], in[1], in[2], alpha};
+        if (format_.hasAlpha())
+            blendStraightRow(pixel.data(), out, 1);
+        else
+            for (std::size_t c = 0; c < 3; ++c)
+                out[c] = Byte((pixel[c] * alpha + out[c] * (255U - alpha) + 127) / 255);
     }
 }
 

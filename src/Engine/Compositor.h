@@ -1,25 +1,32 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Engine/PhotoSurroundings.h"
 #include "Engine/Requests.h"
 #include "Engine/RowSource.h"
+#include "Platform/Pixels/BlurredPicture.h"
 #include "Platform/Pixels/ColorProfile.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace ferrow::Engine {
 
 /// The one place where framed pixels are computed, for preview and export alike: band after band of canvas rows from a
-/// background color, a photo rectangle and a few overlays. The bytes do not depend on how the rows are split into
-/// bands.
+/// background, what surrounds the photo, a photo rectangle and a few overlays. The bytes do not depend on how the rows
+/// are split into bands.
 class Compositor {
 public:
     /// `photo` delivers rgb8 or straight rgba8 rows in `canvasSpace` and must outlive the compositor; without one the
-    /// canvas holds background and overlays alone. `hasAlpha` chooses straight rgba8 rows over rgb8 ones: needed when
-    /// the border color or the photo can be transparent.
+    /// canvas holds all but the photo. Throws ImagePipelineError where the photo does not lie within the canvas.
+    /// `hasAlpha` chooses straight rgba8 rows over rgb8 ones: see needsAlpha().
     Compositor(const Composition& composition, RowSource* photo, const ColorProfile& canvasSpace, bool hasAlpha);
+
+    /// The background of a composition that asks for the blurred photo, in the canvas's space. Comes before the first
+    /// row: a photo is not read before memory was granted.
+    void setBackground(BlurredPicture picture) { blurred_ = std::move(picture); }
 
     [[nodiscard]] PixelSize size() const { return size_; }
     [[nodiscard]] PixelFormat format() const { return format_; }
@@ -34,8 +41,11 @@ private:
         std::int64_t y = 0;
     };
 
+    void fillBackground(std::int64_t firstRow, std::int64_t count, std::byte* out, std::size_t stride);
+    void fillColumns(std::int64_t first, std::int64_t last, std::byte* row) const;
     void composePhoto(std::int64_t firstRow, std::int64_t count, std::byte* out, std::size_t stride);
-    void fillBackground(std::int64_t firstRow, std::int64_t count, std::byte* out, std::size_t stride) const;
+    void composeWholeRows(std::int64_t count, std::byte* target, std::size_t stride);
+    void composeCutRow(std::int64_t row, std::byte* target);
     void blendLayer(const Layer& layer, std::int64_t row, std::byte* out) const;
 
     PixelSize size_;
@@ -43,6 +53,12 @@ private:
     RowSource* photo_;
     std::int64_t photoX_;
     std::int64_t photoY_;
+    RoundedRect photoArea_;
+    /// The photo's rows that no corner cuts.
+    std::int64_t firstWholeRow_ = 0;
+    std::int64_t lastWholeRow_ = 0;
+    std::optional<BlurredPicture> blurred_;
+    std::optional<PhotoSurroundings> surroundings_;
     std::vector<std::byte> backgroundRow_;
     std::vector<std::byte> photoScratch_;
     std::vector<Layer> layers_;
@@ -57,8 +73,11 @@ private:
 /// the colors of nearly all screens. So only the process that answers requests ever reads a profile from a file.
 [[nodiscard]] ColorProfile viewingColorSpace(const ColorProfile& photo, ColorModel model);
 
-/// Whether a color lets anything through once stored in 8 bits.
-[[nodiscard]] bool isTransparent(const RGBAColor& color);
+/// Whether a canvas has transparent pixels: where the border color or the photo can be transparent.
+[[nodiscard]] bool needsAlpha(const Composition& composition, PixelFormat photo);
+
+/// Cuts the corners of a photo that is an overlay and lies in `area`; its straight edges are left as they are.
+void cutCorners(Overlay& photo, const RoundedRect& area);
 
 /// Straight rgba8 rows laid over white, as rgb8. `in` and `out` may be the same memory.
 void flattenOverWhite(const std::byte* in, std::byte* out, std::size_t pixels);

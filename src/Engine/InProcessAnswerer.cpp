@@ -63,9 +63,33 @@ struct FramedPhoto {
         : photo(openExpectedPhoto(source, expected, composition.photoSize)),
           canvas(outputColorSpace(photo.decoder->profile(), photo.decoder->format().model, composition.colorProfile)),
           rows(photo, canvas, composition.photoSize),
-          compositor(composition, &rows, canvas, rows.format().hasAlpha() || isTransparent(composition.borderColor))
+          compositor(composition, &rows, canvas, needsAlpha(composition, rows.format()))
     {
+        if (composition.blurredPhoto)
+            blurredDimension =
+                BlurredPicture::enoughDimension(expected, compositor.size(), composition.blurredPhoto->sigma);
     }
+
+    /// Bytes held at once by addBackground(), and then by the rows.
+    [[nodiscard]] std::int64_t memoryNeed() const
+    {
+        const std::int64_t background =
+            blurredDimension > 0 ? MemoryNeed::ofReducedPicture(photo, blurredDimension) : 0;
+        return std::max(background, MemoryNeed::ofRows(photo, rows.size()));
+    }
+
+    /// Reads the photo once more, reduced, where it is its own background.
+    void addBackground(const SourceFile& source, const Composition& composition)
+    {
+        if (!composition.blurredPhoto)
+            return;
+        OpenedPhoto again = openPhoto(source, {.enoughDimension = blurredDimension, .tolerance = Tolerance::strict});
+        const Bitmap reduced = reducedPicture(again, blurredDimension, canvas);
+        compositor.setBackground(BlurredPicture(reduced, photo.uprightSize(), compositor.size(),
+                                                composition.blurredPhoto->sigma, composition.blurredPhoto->light));
+    }
+
+    std::int64_t blurredDimension = 0; ///< Of the reduced photo that is blurred.
 };
 
 void writeBands(FramedPhoto& framed, ImageEncoder& encoder, PixelFormat outputFormat, const std::stop_token& stop,
@@ -150,7 +174,8 @@ Bitmap viewable(const Bitmap& picture)
 Bitmap composedRegion(const RegionRequest& request, const std::stop_token& stop, JobObserver& observer)
 {
     FramedPhoto framed(request.source, request.expectedSize, request.composition);
-    observer.headerRead(jobSize(framed.photo, MemoryNeed::ofRows(framed.photo, framed.rows.size())));
+    observer.headerRead(jobSize(framed.photo, framed.memoryNeed()));
+    framed.addBackground(request.source, request.composition);
     const PixelSize canvas = framed.compositor.size();
     const std::int64_t left = std::clamp<std::int64_t>(request.x, 0, canvas.width);
     const std::int64_t top = std::clamp<std::int64_t>(request.y, 0, canvas.height);
@@ -209,9 +234,9 @@ void InProcessAnswerer::frame(const FrameRequest& request, const std::stop_token
     const QString formatName = rawValue(request.format);
     try {
         FramedPhoto framed(request.source, request.expectedSize, request.composition);
-        observer_->headerRead(
-            jobSize(framed.photo, MemoryNeed::ofRows(framed.photo, framed.rows.size()) +
-                                      MemoryNeed::ofEncoder(request.format, request.composition.canvasSize)));
+        observer_->headerRead(jobSize(
+            framed.photo, framed.memoryNeed() + MemoryNeed::ofEncoder(request.format, request.composition.canvasSize)));
+        framed.addBackground(request.source, request.composition);
         const bool keepsAlpha = framed.compositor.format().hasAlpha() && request.format != ExportFormat::jpeg;
         ByteSink sink(request.outputDescriptor);
         EncodeOptions options;

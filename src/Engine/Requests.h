@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Engine/RoundedRect.h"
 #include "Models/ImportedPhoto.h"
 #include "Models/RenderRecipe.h"
 #include "Platform/Codecs/ImageEncoder.h"
@@ -11,6 +12,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 /// Everything that touches untrusted bytes, as requests that carry values and descriptors, and answers that carry
@@ -60,7 +62,34 @@ struct Overlay {
     double opacity = 1; ///< 0…1.
 };
 
-/// A framed picture as values: a canvas filled with one color, a photo at whole-pixel position, overlays in order.
+/// The photo itself as the canvas's background, covering it, out of focus.
+struct BlurredPhoto {
+    double sigma = 0; ///< Of the Gaussian, in canvas pixels.
+    double light = 1; ///< 0…1: how much is kept of the photo's.
+
+    bool operator==(const BlurredPhoto&) const = default;
+};
+
+/// What the photo casts on the background, in canvas pixels.
+struct PhotoShadow {
+    double sigma = 0;   ///< Of the Gaussian.
+    double offset = 0;  ///< Downward.
+    double opacity = 0; ///< 0…1.
+
+    bool operator==(const PhotoShadow&) const = default;
+};
+
+/// A line around the photo, in canvas pixels; it follows the photo's corners.
+struct PhotoLine {
+    double distance = 0; ///< From the photo's edge outward.
+    double thickness = 0;
+    RGBAColor color; ///< sRGB.
+
+    bool operator==(const PhotoLine&) const = default;
+};
+
+/// A framed picture as values: a canvas filled with one color or with the blurred photo, what the photo casts and what
+/// surrounds it, a photo at whole-pixel position, overlays in order.
 struct Composition {
     PixelSize canvasSize;
     RGBAColor borderColor;   ///< sRGB.
@@ -69,6 +98,12 @@ struct Composition {
     PixelSize photoSize; ///< What the photo is reduced to; 0 × 0: it is drawn at its own size.
     std::vector<Overlay> overlays;
     OutputColorProfile colorProfile = OutputColorProfile::sRGB;
+    /// The place of the photo, by which its corners are cut and line and shadow are drawn. In a preview, whose photo
+    /// may be the lowest overlay, not always on whole pixels.
+    RoundedRect photoArea = {};
+    std::optional<BlurredPhoto> blurredPhoto = std::nullopt; ///< In place of `borderColor`.
+    std::optional<PhotoShadow> shadow = std::nullopt;
+    std::optional<PhotoLine> line = std::nullopt;
 };
 
 /// Decode this photo at full size, frame it, encode it into that empty file.

@@ -27,6 +27,11 @@ constexpr double shadowOffset = 1;
 constexpr double shadowBlurRadius = 3;
 constexpr double shadowAlpha = 0.55;
 
+/// The photo's shadow on the background, as shares of the photo's shorter side: a print lying on a mat, lit from above.
+constexpr double photoShadowSigma = 0.012;
+constexpr double photoShadowOffset = 0.008;
+constexpr double photoShadowAlpha = 0.45;
+
 /// Room around a text box for glyphs that overhang it (slanted or ornate ones), in font sizes.
 constexpr double glyphOverhang = 0.5;
 
@@ -131,6 +136,40 @@ std::optional<PlacedCaption> placeCaption(const QString& text, const RenderLayou
                          std::min(std::max(wholePixels(suggested.height()), 1.2 * fontSize), area.height()));
     const QRectF box = fromTop(anchoredRect(boxSize, area, caption.position), layout);
     return PlacedCaption{std::move(frame), fontSize, box, fromTop(area, layout)};
+}
+
+/// What surrounds the photo, which lies at `photo`, rows counted from the top.
+void surround(Engine::Composition& composition, const QRectF& photo, const Border& border, double scale)
+{
+    const PixelSize fullSize{std::llround(photo.width() / scale), std::llround(photo.height() / scale)};
+    // What is longer than any canvas looks the same at any length.
+    const auto pixels = [&](const Length& length) {
+        return std::min(length.pixels(fullSize), maximumOutputSide) * scale;
+    };
+    const double shorterSide = std::min(photo.width(), photo.height());
+    composition.photoArea = {photo.left(), photo.top(), photo.right(), photo.bottom(),
+                             std::min(pixels(border.photoEdge.cornerRadius), shorterSide / 2)};
+    if (const auto& background = border.blurredBackground)
+        composition.blurredPhoto = {.sigma = std::clamp(background->blur, 0.0, 100.0) / 1000 * shorterSide,
+                                    .light = 1 - std::clamp(background->dim, 0.0, 100.0) / 100};
+    if (border.photoEdge.hasShadow)
+        composition.shadow = {.sigma = photoShadowSigma * shorterSide,
+                              .offset = photoShadowOffset * shorterSide,
+                              .opacity = photoShadowAlpha};
+    if (border.line)
+        composition.line = {.distance = pixels(border.line->distance),
+                            .thickness = pixels(border.line->thickness),
+                            .color = border.line->color};
+}
+
+/// The background for a composition with the blurred photo, of whatever size the photo is there.
+BlurredPicture blurredBackground(const Bitmap& photo, PixelSize originalSize, const Engine::Composition& composition,
+                                 const ColorProfile& space)
+{
+    const Engine::BlurredPhoto& blurred = *composition.blurredPhoto;
+    const std::int64_t enough = BlurredPicture::enoughDimension(originalSize, composition.canvasSize, blurred.sigma);
+    const Bitmap reduced = Resampler::scaled(photo, Resampler::fitted(photo.size(), enough));
+    return {inColorSpace(reduced, space), originalSize, composition.canvasSize, blurred.sigma, blurred.light};
 }
 
 double scaleOf(PixelSize picture, PixelSize original)
@@ -287,6 +326,7 @@ Engine::Composition composition(const RenderLayout& layout, const RenderRecipe& 
     const QRectF photo = fromTop(layout.drawRect, layout);
     composition.photoX = std::llround(photo.x());
     composition.photoY = std::llround(photo.y());
+    surround(composition, photo, recipe.border, scale);
     if (recipe.logo && recipe.logo->isEnabled && !logo.isNull())
         composition.overlays = drawLogo(logo, layout, *recipe.logo, scale);
     for (const Caption& caption : recipe.captions) {
@@ -333,12 +373,18 @@ Bitmap render(const Bitmap& source, PixelSize originalSize, const RenderRecipe& 
         if (const std::optional<QRect> place = wholePixelPlace(source.size(), target, layout.canvasSize)) {
             parts.photoX = place->x();
             parts.photoY = place->y();
+            const QRectF area(*place);
+            parts.photoArea = {area.left(), area.top(), area.right(), area.bottom(), parts.photoArea.radius};
             photo.emplace(source, PixelSize{place->width(), place->height()}, space);
         } else {
-            parts.overlays.insert(parts.overlays.begin(), photoOverlay(source, target));
+            Engine::Overlay overlay = photoOverlay(source, target);
+            Engine::cutCorners(overlay, parts.photoArea);
+            parts.overlays.insert(parts.overlays.begin(), overlay);
         }
-        const bool hasAlpha = source.format().hasAlpha() || Engine::isTransparent(recipe.border.color);
-        Engine::Compositor compositor(parts, photo ? &*photo : nullptr, space, hasAlpha);
+        Engine::Compositor compositor(parts, photo ? &*photo : nullptr, space,
+                                      Engine::needsAlpha(parts, source.format()));
+        if (parts.blurredPhoto)
+            compositor.setBackground(blurredBackground(source, originalSize, parts, space));
         Bitmap result(compositor.size(), compositor.format(), space);
         compositor.compose(result.size().height, result.row(0), result.stride());
         return result;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Worker/MessageParts.h"
 
+#include <algorithm>
 #include <array>
 #include <limits>
 #include <optional>
@@ -94,6 +95,63 @@ Engine::Overlay readOverlay(ByteReader& reader, int memory, std::size_t& offset)
     return overlay;
 }
 
+/// Absent or there, and then its numbers.
+template <typename T, typename... Member>
+void writeOptional(ByteWriter& writer, const std::optional<T>& value, Member T::*... members)
+{
+    writer.flag(value.has_value());
+    if (value)
+        (writer.number((*value).*members), ...);
+}
+
+void write(ByteWriter& writer, const Engine::RoundedRect& area)
+{
+    for (const double number : {area.left, area.top, area.right, area.bottom, area.radius})
+        writer.number(number);
+}
+
+/// Within the canvas but for a rounded number: what is drawn along it is as large as it is.
+Engine::RoundedRect readArea(ByteReader& reader, PixelSize canvas)
+{
+    const double width = double(canvas.width) + 1;
+    const double height = double(canvas.height) + 1;
+    Engine::RoundedRect area;
+    area.left = reader.number<double>(-1, width);
+    area.top = reader.number<double>(-1, height);
+    area.right = reader.number<double>(area.left, width);
+    area.bottom = reader.number<double>(area.top, height);
+    area.radius = reader.number<double>(0, double(largestSide));
+    return area;
+}
+
+/// What is drawn between background and photo, and in place of the background's color.
+void writeSurroundings(ByteWriter& writer, const Engine::Composition& composition)
+{
+    using namespace Engine;
+    write(writer, composition.photoArea);
+    writeOptional(writer, composition.blurredPhoto, &BlurredPhoto::sigma, &BlurredPhoto::light);
+    writeOptional(writer, composition.shadow, &PhotoShadow::sigma, &PhotoShadow::offset, &PhotoShadow::opacity);
+    writeOptional(writer, composition.line, &PhotoLine::distance, &PhotoLine::thickness);
+    if (composition.line)
+        write(writer, composition.line->color);
+}
+
+void readSurroundings(ByteReader& reader, Engine::Composition& composition)
+{
+    constexpr auto most = double(largestSide);
+    composition.photoArea = readArea(reader, composition.canvasSize);
+    if (reader.flag())
+        composition.blurredPhoto = {.sigma = reader.number<double>(0, most), .light = reader.number<double>(0, 1)};
+    if (reader.flag())
+        composition.shadow = {.sigma = reader.number<double>(0, most),
+                              .offset = reader.number<double>(0, most),
+                              .opacity = reader.number<double>(0, 1)};
+    if (reader.flag())
+        composition.line = {.distance = reader.number<double>(0, most),
+                            .thickness = reader.number<double>(0, most),
+                            .color = readColor(reader)};
+}
+
 void write(ByteWriter& writer, const Engine::Composition& composition, bool isInline)
 {
     write(writer, composition.canvasSize);
@@ -102,6 +160,7 @@ void write(ByteWriter& writer, const Engine::Composition& composition, bool isIn
     writer.number(composition.photoY);
     write(writer, composition.photoSize);
     writer.enumerator(composition.colorProfile);
+    writeSurroundings(writer, composition);
     writer.number(std::uint32_t(composition.overlays.size()));
     for (const Engine::Overlay& overlay : composition.overlays)
         write(writer, overlay, isInline);
@@ -116,6 +175,7 @@ Engine::Composition readComposition(ByteReader& reader, int overlayMemory)
     composition.photoY = reader.number<std::int64_t>(-farthest, farthest);
     composition.photoSize = readSize(reader, 0, largestSide);
     composition.colorProfile = reader.enumerator<OutputColorProfile>();
+    readSurroundings(reader, composition);
     const auto count = reader.number<std::uint32_t>(0, maximumOverlays);
     std::size_t offset = 0;
     for (std::uint32_t i = 0; i < count && reader.isSound(); ++i)

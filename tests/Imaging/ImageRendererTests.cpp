@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Imaging/ImageRenderer.h"
 
+#include "Platform/Pixels/Resampler.h"
 #include "Support/Pictures.h"
 
 #include <limits>
@@ -41,6 +42,18 @@ QRect inkBounds(const Bitmap& picture, int level)
             if (test::component(picture, x, y, 1) < level)
                 bounds |= QRect(x, y, 1, 1);
     return bounds;
+}
+
+/// In levels.
+double meanDifference(const Bitmap& left, const Bitmap& right)
+{
+    EXPECT_EQ(left.size(), right.size());
+    double sum = 0;
+    for (std::int64_t y = 0; y < left.size().height; ++y)
+        for (std::int64_t x = 0; x < left.size().width; ++x)
+            for (int c = 0; c < 3; ++c)
+                sum += std::abs(test::component(left, x, y, c) - test::component(right, x, y, c));
+    return sum / double(left.size().width * left.size().height * 3);
 }
 
 } // namespace
@@ -156,6 +169,44 @@ TEST(ImageRenderer, previewIsTheExportMadeSmaller)
     const QRect smallInk = inkBounds(small, 20);
     EXPECT_NEAR(smallInk.left() * 2, largeInk.left(), 4);
     EXPECT_NEAR(smallInk.bottom() * 2, largeInk.bottom(), 4);
+}
+
+TEST(ImageRenderer, previewHasWhatSurroundsThePhotoWhereTheExportHasIt)
+{
+    // Bars of different brightness, so that the background differs from place to place.
+    Bitmap photo = test::flat(photoSize, rgb8, {90, 120, 60});
+    for (std::int64_t y = 0; y < photoSize.height; ++y)
+        for (std::int64_t x = 0; x < photoSize.width; ++x)
+            photo.row(y)[x * 3 + 1] = std::byte(60 + 120 * ((x / 150 + y / 133) % 2) + x / 20);
+    const Border plain{.width = 60, .color = {0.6, 0.55, 0.5, 1}};
+    Border blurred = plain;
+    blurred.blurredBackground = BlurredBackground{30, 20};
+    Border lined = plain;
+    lined.line = FrameLine{{5, BorderUnit::percent}, {11, BorderUnit::pixels}, {0.3, 0.5, 0.4, 1}};
+    Border edged = plain;
+    edged.photoEdge = {{20, BorderUnit::percent}, true};
+    Border all = edged;
+    all.blurredBackground = blurred.blurredBackground;
+    all.line = FrameLine{{3, BorderUnit::pixels}, {0, BorderUnit::pixels}, {0.9, 0.8, 0.2, 0.7}};
+    all.sides = SideLengths{32, 40, 88, 48}; // The photo stands on whole pixels at a quarter, too.
+    all.shape = FrameShape();
+    for (const auto& [name, framed] : {std::pair("blurred", blurred), {"lined", lined}, {"edged", edged}, {"all", all}})
+        for (const PixelSize preview : {PixelSize{300, 200}, {150, 100}}) {
+            SCOPED_TRACE(std::string(name) + std::to_string(preview.width));
+            const auto render = [&, frame = framed](const Bitmap& source) {
+                return ImageRenderer::render(source, photoSize, {.border = frame}, {}, {},
+                                             ImageRenderer::SourceScale::fromSource, {});
+            };
+            const Bitmap small = render(Resampler::scaled(photo, preview));
+            const Bitmap reduced = Resampler::scaled(render(photo), small.size());
+            EXPECT_LT(meanDifference(small, reduced), 0.7);
+        }
+    // A photo that has to be scaled is an overlay, with the same corners: of one color it is the same picture.
+    const auto flat = [&](PixelSize source) {
+        return ImageRenderer::render(test::flat(source, rgb8, {10, 90, 220}), photoSize, {.border = all}, {}, {},
+                                     ImageRenderer::SourceScale::fullSize, {});
+    };
+    EXPECT_LT(meanDifference(flat({300, 200}), flat(photoSize)), 0.02);
 }
 
 TEST(ImageRenderer, previewHasTextAndShadowWhereTheExportHasThem)

@@ -2,7 +2,9 @@
 #include "Support/Pictures.h"
 #include "Worker/Messages.h"
 
+#include <cmath>
 #include <functional>
+#include <limits>
 
 namespace ferrow::Worker {
 
@@ -20,7 +22,78 @@ Inspected inspected()
     return result;
 }
 
+/// A request to frame with all that a composition may have.
+Request framing(const std::function<void(Engine::Composition&)>& change = [](Engine::Composition&) {})
+{
+    Engine::FrameRequest frame;
+    frame.source = {3, 100};
+    frame.outputDescriptor = 4;
+    frame.expectedSize = {40, 30};
+    frame.composition.canvasSize = {60, 50};
+    frame.composition.photoArea = {10, 9.5, 50, 40, 7.25};
+    frame.composition.blurredPhoto = Engine::BlurredPhoto{5, 0.75};
+    frame.composition.shadow = Engine::PhotoShadow{2.5, 1, 0.5};
+    frame.composition.line = Engine::PhotoLine{4, 0.5, {0.1, 0.2, 0.3, 0.4}};
+    frame.composition.overlays.push_back({test::noise({3, 2}, rgba8Premultiplied), -1, 2, 0.5});
+    change(frame.composition);
+    return {7, frame};
+}
+
+std::optional<Request> parsed(const Request& request)
+{
+    const Message message = encode(request);
+    return parseRequest(message.bytes, message.descriptors);
+}
+
 } // namespace
+
+TEST(Messages, carryWhatSurroundsAPhoto)
+{
+    using Engine::Composition;
+    const auto same = [](const std::function<void(Composition&)>& change) {
+        const Request sent = framing(change);
+        const std::optional<Request> received = parsed(sent);
+        ASSERT_TRUE(received);
+        const auto& from = std::get<Engine::FrameRequest>(sent.content).composition;
+        const auto& to = std::get<Engine::FrameRequest>(received->content).composition;
+        EXPECT_EQ(to.photoArea, from.photoArea);
+        EXPECT_EQ(to.blurredPhoto, from.blurredPhoto);
+        EXPECT_EQ(to.shadow, from.shadow);
+        EXPECT_EQ(to.line, from.line);
+        ASSERT_EQ(to.overlays.size(), 1U);
+        EXPECT_TRUE(test::samePixels(to.overlays[0].picture, from.overlays[0].picture));
+    };
+    same([](Composition&) {});
+    same([](Composition& c) { c.blurredPhoto.reset(); });
+    same([](Composition& c) { c.shadow.reset(); });
+    same([](Composition& c) { c.line.reset(); });
+
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    const std::function<void(Composition&)> refused[] = {
+        [](Composition& c) { c.photoArea.left = -2; },
+        [](Composition& c) { c.photoArea.left = 51; },
+        [](Composition& c) { c.photoArea.right = 62; },
+        [](Composition& c) { c.photoArea.bottom = std::nan(""); },
+        [](Composition& c) { c.photoArea.radius = infinity; },
+        [](Composition& c) { c.blurredPhoto->sigma = -1; },
+        [](Composition& c) { c.blurredPhoto->light = 1.5; },
+        [](Composition& c) { c.shadow->sigma = 1e20; },
+        [](Composition& c) { c.shadow->offset = -infinity; },
+        [](Composition& c) { c.shadow->opacity = 2; },
+        [](Composition& c) { c.line->distance = -0.5; },
+        [](Composition& c) { c.line->thickness = std::nan(""); },
+    };
+    for (const auto& change : refused)
+        EXPECT_FALSE(parsed(framing(change))) << &change - refused;
+
+    const Message whole = encode(framing());
+    for (std::size_t length = headerLength; length < whole.bytes.size(); ++length) {
+        std::vector<std::byte> cut(whole.bytes.begin(), whole.bytes.begin() + std::ptrdiff_t(length));
+        const auto body = std::uint32_t(length - headerLength);
+        std::memcpy(cut.data() + 8, &body, sizeof body);
+        EXPECT_FALSE(parseRequest(cut, whole.descriptors)) << length;
+    }
+}
 
 TEST(Messages, tellAMissingEncoderApart)
 {

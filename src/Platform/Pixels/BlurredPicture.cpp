@@ -17,7 +17,7 @@ constexpr double samplesPerSigma = 4;
 /// Pixels to a side of a sample: codecs and the resampler reduce levels, the rest of the way is gone with light.
 constexpr double pixelsPerSample = 4;
 /// Of the reduced picture, which is held at 16 bytes each where nothing is left to average.
-constexpr double mostPixels = 1 << 20;
+constexpr double mostPixels = 1 << 19;
 
 /// Red, green, blue and alpha: light times alpha.
 struct Light {
