@@ -145,6 +145,39 @@ std::function<void(Settings&)> shapeChange(const QByteArray& option, const QByte
     };
 }
 
+/// "6px,48px,#c8a96a", or "none".
+std::function<void(Settings&)> lineChange(const QByteArray& option, const QByteArray& word)
+{
+    if (word == "none")
+        return [](Settings& settings) { settings.recipe.border.line.reset(); };
+    const QList<QByteArray> words = word.split(',');
+    if (words.size() != 3)
+        misuse(option, QStringLiteral("give thickness, distance from the photo and color, such as 6px,48px,#c8a96a, or "
+                                      "none."));
+    const FrameLine line{length(option, words[0]), length(option, words[1]), color(option, words[2])};
+    return [line](Settings& settings) { settings.recipe.border.line = line; };
+}
+
+/// "color", or "blur" with what differs from the defaults.
+std::function<void(Settings&)> backgroundChange(const QByteArray& option, const QByteArray& word)
+{
+    if (word == "color")
+        return [](Settings& settings) { settings.recipe.border.blurredBackground.reset(); };
+    const qsizetype colon = word.indexOf(':');
+    if ((colon < 0 ? word : word.left(colon)) != "blur")
+        misuse(option, QStringLiteral("give color, or blur with blur and dim from 0 to 100, such as blur:40,25."));
+    BlurredBackground background;
+    if (colon >= 0) {
+        const QList<QByteArray> numbers = word.mid(colon + 1).split(',');
+        background.blur = number(option, numbers[0], 0, 100);
+        if (numbers.size() > 1)
+            background.dim = number(option, numbers[1], 0, 100);
+        if (numbers.size() > 2)
+            misuse(option, QStringLiteral("“%1” is one number too many.").arg(QString::fromUtf8(numbers[2])));
+    }
+    return [background](Settings& settings) { settings.recipe.border.blurredBackground = background; };
+}
+
 /// The words of a command line, taken one after the other.
 class Reader {
 public:
@@ -292,6 +325,16 @@ void addFrameHandlers(std::unordered_map<QByteArray, Handler>& handlers)
         const double balance = number(option, value, -100, 100);
         arguments.shapeChanges.emplace_back([balance](FrameShape& shape) { shape.balance = balance; });
     };
+    handlers["--background"] = [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
+        arguments.changes.push_back(backgroundChange(option, value));
+    };
+    handlers["--line"] = [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
+        arguments.changes.push_back(lineChange(option, value));
+    };
+    handlers["--corners"] = [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
+        const Length radius = length(option, value);
+        arguments.changes.emplace_back([radius](Settings& s) { s.recipe.border.photoEdge.cornerRadius = radius; });
+    };
     handlers["--border-color"] = [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
         const RGBAColor parsed = color(option, value);
         arguments.changes.emplace_back([parsed](Settings& s) { s.recipe.border.color = parsed; });
@@ -379,6 +422,10 @@ bool applyFlag(Arguments& arguments, const QByteArray& option)
         arguments.shapeChanges.emplace_back([](FrameShape& shape) { shape.turnsWithPhoto = true; });
     else if (option == "--full-size")
         arguments.changes.emplace_back([](Settings& settings) { settings.exportSettings.size = {}; });
+    else if (option == "--photo-shadow" || option == "--no-photo-shadow")
+        arguments.changes.emplace_back([hasShadow = option == "--photo-shadow"](Settings& settings) {
+            settings.recipe.border.photoEdge.hasShadow = hasShadow;
+        });
     else if (option == "--no-caption")
         arguments.changes.emplace_back([](Settings& settings) {
             for (Caption& caption : settings.recipe.captions)
@@ -516,6 +563,12 @@ Frame
   --shape-turns            5:4 in place of 4:5 for photos that lie the other way
   --balance -100..100      where the photo stands in the room that the shape
                            adds: -100 top or left, 100 bottom or right
+  --background KIND        color, or the photo: blur or blur:40,25 (blur and
+                           dim, 0 to 100 each)
+  --line T,D,COLOR         a line around the photo: thickness, distance from
+                           the photo, color (6px,48px,#c8a96a); none
+  --corners RADIUS         round corners of the photo (24px or 2%)
+  --photo-shadow           a shadow below the photo; --no-photo-shadow
 
 Caption
   --caption TEMPLATE       text with tokens such as {camera}, {lens}, {iso}

@@ -74,6 +74,20 @@ TEST(Arguments, namesTheOptionThatWasUsedWrongly)
                              "--shape|-4:-5",
                              "--shape-turns=yes",
                              "--balance|101",
+                             "--background|blurred",
+                             "--background|blur:",
+                             "--background|blur:101",
+                             "--background|blur:40,-1",
+                             "--background|blur:40,25,1",
+                             "--background|red",
+                             "--line|6px",
+                             "--line|6px,48px",
+                             "--line|6,48px,#ffffff",
+                             "--line|6px,48px,white",
+                             "--line|6px,48px,#ffffff,1",
+                             "--corners|24",
+                             "--corners|-1px",
+                             "--photo-shadow=yes",
                              "--border-color|#ffcc0",
                              "--border-color|#ffcc0g",
                              "--border-color|#ff -100",
@@ -154,6 +168,15 @@ TEST(Arguments, framesAsItsOptionsSay)
     EXPECT_EQ(border("--shape|1.91:1"), (Border{.shape = FrameShape{1.91, 1}}));
     EXPECT_EQ(border("--shape|1:1|--shape|photo"), Border());
     EXPECT_TRUE(messageFor(wordsOf("--border-sides|1px,2px,3px,4%")).contains(QStringLiteral("all in percent")));
+    EXPECT_EQ(border("--background|blur"), (Border{.blurredBackground = BlurredBackground{40, 25}}));
+    EXPECT_EQ(border("--background|blur:7"), (Border{.blurredBackground = BlurredBackground{7, 25}}));
+    EXPECT_EQ(border("--background=blur:0,100"), (Border{.blurredBackground = BlurredBackground{0, 100}}));
+    EXPECT_EQ(border("--line|6px,1.5%,#ffcc0000"),
+              (Border{.line = FrameLine{{6, BorderUnit::pixels}, {1.5, percent}, {1, 0.8, 0, 0}}}));
+    EXPECT_EQ(border("--corners|2%|--photo-shadow"), (Border{.photoEdge = {{2, percent}, true}}));
+    EXPECT_EQ(border("--background|blur|--background|color|--line|6px,0px,#ffffff|--line|none|--corners|1px|--corners|"
+                     "0px|--photo-shadow|--no-photo-shadow"),
+              Border());
 
     FrameShape shape{4, 5};
     for (const auto& change : parseArguments(wordsOf("--balance|-20|--shape-turns")).shapeChanges)
