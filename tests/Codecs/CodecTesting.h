@@ -68,7 +68,7 @@ inline Decoded decodeAs(FileType type, const QByteArray& bytes, Tolerance tolera
     const ByteSource source(file.descriptor(), file.size());
     Decoded result;
     try {
-        const auto decoder = openDecoder(type, source, {enough, tolerance});
+        const auto decoder = openDecoder(type, source, {.enoughDimension = enough, .tolerance = tolerance});
         result.storedSize = decoder->storedSize();
         result.size = decoder->size();
         result.format = decoder->format();
