@@ -2,12 +2,11 @@
 #include "Platform/Pixels/RowReducer.h"
 
 #include "Platform/Pixels/FilterAxis.h"
-#include "Platform/Pixels/LightEncoding.h"
+#include "Platform/Pixels/SpaceLight.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <new>
 #include <utility>
 #include <vector>
 
@@ -17,61 +16,23 @@ namespace {
 
 constexpr std::size_t colors = 3;
 
-/// A space's curves, both ways.
-class Light {
-public:
-    explicit Light(const ColorProfile& space) : Light(Curves(space)) {}
-
-    /// Levels of `channels` components to light; color times alpha where there is one.
-    template <std::size_t channels>
-    void decode(const std::byte* levels, std::size_t pixels, float* light) const
-    {
-        const auto* level = reinterpret_cast<const std::uint8_t*>(levels);
-        for (std::size_t pixel = 0; pixel < pixels; ++pixel, level += channels, light += channels) {
-            light[0] = decoding_[0][level[0]];
-            light[1] = decoding_[1][level[1]];
-            light[2] = decoding_[2][level[2]];
-            if constexpr (channels > colors) {
-                const float alpha = float(level[3]) / 255;
-                for (std::size_t channel = 0; channel < colors; ++channel)
-                    light[channel] *= alpha;
-                light[3] = alpha;
-            }
+/// Levels of `channels` components to light; color times alpha where there is one.
+template <std::size_t channels>
+void decode(const SpaceLight& space, const std::byte* levels, std::size_t pixels, float* light)
+{
+    const auto* level = reinterpret_cast<const std::uint8_t*>(levels);
+    for (std::size_t pixel = 0; pixel < pixels; ++pixel, level += channels, light += channels) {
+        light[0] = space.light(0, level[0]);
+        light[1] = space.light(1, level[1]);
+        light[2] = space.light(2, level[2]);
+        if constexpr (channels > colors) {
+            const float alpha = float(level[3]) / 255;
+            for (std::size_t channel = 0; channel < colors; ++channel)
+                light[channel] *= alpha;
+            light[3] = alpha;
         }
     }
-
-    [[nodiscard]] const LightEncoding& encoding() const { return encoding_; }
-
-private:
-    struct Curves {
-        explicit Curves(const ColorProfile& space)
-            : context(space.icc().size()), profile(LittleCms::openProfile(context, space.icc())),
-              sRGB(LittleCms::sRGBCurve(context))
-        {
-            if (!sRGB)
-                throw std::bad_alloc();
-            all.fill(sRGB.get());
-            const auto matrix = profile ? matrixProfileOf(profile.get(), Way::toPictures) : std::nullopt;
-            if (matrix)
-                all = matrix->curves;
-        }
-
-        LittleCms::Context context;
-        LittleCms::Profile profile;
-        LittleCms::Curve sRGB;
-        std::array<const cmsToneCurve*, colors> all{};
-    };
-
-    explicit Light(const Curves& curves) : encoding_(curves.all)
-    {
-        for (std::size_t channel = 0; channel < colors; ++channel)
-            for (std::size_t level = 0; level < decoding_[channel].size(); ++level)
-                decoding_[channel][level] = lightOf(curves.all[channel], double(level) / 255);
-    }
-
-    std::array<std::array<float, 256>, colors> decoding_{};
-    LightEncoding encoding_;
-};
+}
 
 /// Which rows of the result each pair of rows of the source adds to: those that come next, a few at a time.
 std::size_t mostOpenRows(const FilterAxis& down)
@@ -128,7 +89,7 @@ struct RowReducer::Implementation {
 
     FilterAxis across;
     FilterAxis down;
-    Light light;
+    SpaceLight light;
     std::size_t channels;
     std::size_t width;
     std::size_t height;
@@ -194,9 +155,9 @@ void RowReducer::feed(const std::byte* row)
     Implementation& all = *implementation_;
     float* light = all.pair[all.fed % 2].data();
     if (all.channels > colors)
-        all.light.decode<4>(row, all.width, light);
+        decode<4>(all.light, row, all.width, light);
     else
-        all.light.decode<3>(row, all.width, light);
+        decode<3>(all.light, row, all.width, light);
     ++all.fed;
     if (all.fed % 2 == 0 || all.fed == all.height)
         all.addUpPair();
