@@ -191,6 +191,16 @@ TEST_F(AccessibleTree, TellsEveryControlOfEveryView)
     expectControls("empty window", 20);
     importOne();
     expectControls("with a photo", 30);
+    window_->history().editRecipe(QStringLiteral("Frame"), [](RenderRecipe& recipe) {
+        recipe.border.sides.emplace();
+        recipe.border.blurredBackground.emplace();
+        recipe.border.shape = {.width = 2.35};
+    });
+    click("frameLineSwitch");
+    click("photoEdgeLine");
+    expectControls("with all of a border", 45);
+    window_->history().stack().undo();
+    window_->history().stack().undo();
 
     struct Row {
         const char* opener;
