@@ -223,7 +223,7 @@ Bitmap oriented(const Bitmap& picture, int orientation)
 DecodeOptions decodingFor(PixelSize size)
 {
     const std::int64_t enough = (size.longestSide() * 5 + 3) / 4;
-    return {.enoughDimension = enough, .mostReduction = 2, .tolerance = Tolerance::strict};
+    return {.enoughDimension = enough, .tolerance = Tolerance::strict, .mostReduction = 2};
 }
 
 PhotoRows::PhotoRows(OpenedPhoto& photo, const ColorProfile& target, PixelSize size)

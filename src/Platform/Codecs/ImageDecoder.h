@@ -40,9 +40,9 @@ struct DecodeOptions {
     /// (JPEG's DCT scaling) delivers the smallest reduction whose longest side is still at least this; others deliver
     /// the full size. Embedded previews are never used.
     std::int64_t enoughDimension = 0;
-    /// The most that a side may be reduced by for that: 8, 4 or 2.
-    unsigned mostReduction = 8;
     Tolerance tolerance = Tolerance::strict;
+    /// The most that a side may be reduced by for enoughDimension: 8, 4 or 2.
+    unsigned mostReduction = 8;
 };
 
 /// Decodes the first (for HEIF: the primary) picture of one file, row by row from the top, as stored: an orientation
