@@ -3,6 +3,7 @@
 
 #include "SessionTestSupport.h"
 
+#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <new>
@@ -142,12 +143,6 @@ TEST(ExportFindings, namesEachCauseOnce)
              s.request.settings.format = ExportFormat::heic;
              s.request.photos[0].pixelSize = {32'529, 100};
          }},
-        {"1 photo can’t be framed like this", Severity::warning, 1, "32,768",
-         [](auto& s) {
-             s.request.settings = {.format = ExportFormat::heic, .size = OutputSize::withLongSide(32'769)};
-             s.request.photos[0].pixelSize = {49'000, 100};
-             s.request.photos[1].pixelSize = {100, 32'528};
-         }},
         {"1 photo has its own framing, not used while Entire Batch is chosen", Severity::warning, 1, "b.jpg",
          [](auto& s) { s.request.framing.own[s.request.photos[1].id()].border.width = 7; }},
         {"2 photos have their own framing, not used while Entire Batch is chosen", Severity::warning, 2, "a.jpg, b.jpg",
@@ -175,6 +170,21 @@ TEST(ExportFindings, namesEachCauseOnce)
         EXPECT_EQ(bad[0].photos.size(), row.photos);
         EXPECT_TRUE(bad[0].detail.contains(QString::fromUtf8(row.detail))) << bad[0].detail.toStdString();
     }
+}
+
+TEST(ExportFindings, judgesTheSizeThatIsWritten)
+{
+    const auto isWell = [](const OutputSize& size, ExportFormat format) {
+        Situation situation;
+        situation.request.settings = {.format = format, .size = size};
+        situation.request.photos[0].pixelSize = {49'900, 100};
+        const auto findings = findingsFor(situation.request, situation.operations, {});
+        return std::ranges::all_of(findings, [](const ExportFinding& f) { return f.severity == Severity::ok; });
+    };
+    EXPECT_FALSE(isWell({}, ExportFormat::jpeg));
+    EXPECT_TRUE(isWell(OutputSize::withLongSide(50'000), ExportFormat::jpeg));
+    EXPECT_FALSE(isWell(OutputSize::withLongSide(32'769), ExportFormat::heic));
+    EXPECT_TRUE(isWell(OutputSize::withLongSide(32'768), ExportFormat::heic));
 }
 
 TEST(ExportCheck, answersTheLastQuestion)
