@@ -8,6 +8,8 @@
 #include "Features/PresetManager/PresetManagerView.h"
 #include "Features/PresetManager/PresetSummary.h"
 #include "Session/SessionTestSupport.h"
+#include "Widgets/NumberField.h"
+#include "Widgets/SegmentedControl.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -89,6 +91,45 @@ TEST_F(Sheets, tellWhatWillBeExportedAndUnderWhichName)
     EXPECT_EQ(ExportTexts::subtitle(session, {}), QStringLiteral("1 photo · JPEG, quality 90 · sRGB"));
     session.setIncluded({first}, true);
     EXPECT_EQ(ExportTexts::subtitle(session, {ExportFormat::png}), QStringLiteral("2 photos · PNG · several profiles"));
+}
+
+TEST_F(Sheets, tellTheSizeThatIsWritten)
+{
+    choose(folder.url());
+    const ImportedPhoto& photo = session.photos()[0];
+    session.setSelectedPhotoID(photo.id());
+    const PixelSize framed{photo.pixelSize.width + 240, photo.pixelSize.height + 240};
+    ExportOptionsSheet sheet(session, exportSession, preferences, &window);
+    sheet.open();
+    const auto example = [&] { return child<QLabel>(sheet, "sizeExample")->text(); };
+    EXPECT_EQ(example(), framed.formatted() + QStringLiteral(", as large as photo and frame"));
+    const int height = child<QWidget>(sheet, "collisionCombo")->mapTo(&window, QPoint()).y();
+
+    auto* limit = child<SegmentedControl>(sheet, "sizeControl");
+    limit->pressItem(int(SizeLimit::longSide));
+    auto* longSide = child<NumberField>(sheet, "longSideField");
+    EXPECT_TRUE(longSide->isVisible());
+    EXPECT_EQ(exportSession.settings().size, OutputSize::withLongSide(2048));
+    longSide->enter(100);
+    EXPECT_EQ(exportSession.settings().size, OutputSize::withLongSide(100));
+    const double scale = 100.0 / double(framed.longestSide());
+    const PixelSize written{scaledSide(framed.width, scale), scaledSide(framed.height, scale)};
+    EXPECT_EQ(example(), framed.formatted() + QStringLiteral(" → ") + written.formatted());
+    longSide->enter(double(framed.longestSide()));
+    EXPECT_EQ(example(), framed.formatted() + QStringLiteral(", never enlarged"));
+    EXPECT_TRUE(ExportTexts::subtitle(session, {.size = OutputSize::withLongSide(2048)})
+                    .contains(QStringLiteral(" · long side 2,048 px · ")));
+
+    limit->pressItem(int(SizeLimit::box));
+    child<NumberField>(sheet, "boxHeightField")->enter(90);
+    EXPECT_EQ(exportSession.settings().size, OutputSize::within({3840, 90}));
+    EXPECT_FALSE(longSide->isVisible());
+    limit->pressItem(int(SizeLimit::megapixels));
+    EXPECT_EQ(exportSession.settings().size, OutputSize::ofMegapixels(12));
+    QApplication::processEvents();
+    EXPECT_EQ(child<QWidget>(sheet, "collisionCombo")->mapTo(&window, QPoint()).y(), height) << "nothing moves";
+    limit->pressItem(int(SizeLimit::none));
+    EXPECT_EQ(exportSession.settings().size, OutputSize());
 }
 
 TEST_F(Sheets, exportOnlyWhatTheCheckAllows)

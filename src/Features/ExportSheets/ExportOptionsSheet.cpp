@@ -5,6 +5,7 @@
 #include "Features/ExportSheets/ExportCheckList.h"
 #include "Features/ExportSheets/ExportTexts.h"
 #include "Features/ExportSheets/FolderDisplay.h"
+#include "Features/ExportSheets/SizeChoice.h"
 #include "Session/WindowTexts.h"
 #include "Widgets/AccessibleEvents.h"
 #include "Widgets/ElidedLabel.h"
@@ -131,6 +132,7 @@ void ExportOptionsSheet::open()
 void ExportOptionsSheet::buildForm(QVBoxLayout& form)
 {
     addFormat(form);
+    addSize(form);
     addDestination(form);
     addFilename(form);
     addCollisionRule(form);
@@ -154,6 +156,16 @@ void ExportOptionsSheet::addFormat(QVBoxLayout& form)
     qualityRow_ = addRow(form, QStringLiteral("Quality"), quality_);
     connect(quality_, &SliderField::valueEdited, this,
             [this](double value) { editSettings([&](ExportSettings& settings) { settings.quality = value; }); });
+}
+
+void ExportOptionsSheet::addSize(QVBoxLayout& form)
+{
+    size_ = new SizeChoice;
+    auto* row = addRow(form, QStringLiteral("Size"), size_);
+    connect(size_, &SizeChoice::sizeEdited, this,
+            [this](const OutputSize& size) { editSettings([&](ExportSettings& settings) { settings.size = size; }); });
+    connect(size_, &SizeChoice::errorChanged, row,
+            [row](const QString& message) { row->setMessage(Severity::error, message); });
 }
 
 void ExportOptionsSheet::addDestination(QVBoxLayout& form)
@@ -348,6 +360,7 @@ void ExportOptionsSheet::showSettings()
     quality_->setValue(settings.quality);
     // It stays where it is: rows that come and go would move the others under the pointer.
     qualityRow_->setEnabled(supportsQuality(settings.format));
+    size_->setSize(settings.size);
 }
 
 void ExportOptionsSheet::showConfiguration()
@@ -386,6 +399,7 @@ void ExportOptionsSheet::showExample()
 {
     const auto name = ExportTexts::exampleName(session_, exportSession_);
     example_->setText(name.isEmpty() ? QString() : QStringLiteral("Example: %1").arg(name));
+    size_->setExample(ExportTexts::exampleSize(session_, exportSession_.settings().size));
 }
 
 void ExportOptionsSheet::showFindings()

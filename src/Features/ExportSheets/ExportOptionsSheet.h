@@ -22,6 +22,7 @@ class FolderDisplay;
 class FormRow;
 class NumberField;
 class SegmentedControl;
+class SizeChoice;
 class SliderField;
 class ToggleSwitch;
 
@@ -50,6 +51,7 @@ signals:
 private:
     void buildForm(QVBoxLayout& form);
     void addFormat(QVBoxLayout& form);
+    void addSize(QVBoxLayout& form);
     void addDestination(QVBoxLayout& form);
     void addFilename(QVBoxLayout& form);
     void addCollisionRule(QVBoxLayout& form);
@@ -90,6 +92,7 @@ private:
     SegmentedControl* format_ = nullptr;
     SliderField* quality_ = nullptr;
     FormRow* qualityRow_ = nullptr;
+    SizeChoice* size_ = nullptr;
     SegmentedControl* destination_ = nullptr;
     FolderDisplay* folder_ = nullptr;
     QPushButton* chooseFolder_ = nullptr;

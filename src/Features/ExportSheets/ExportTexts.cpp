@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Features/ExportSheets/ExportTexts.h"
 
+#include "Imaging/ExportLayout.h"
+#include "Models/ErrorTexts.h"
 #include "Platform/Base/Localization.h"
 #include "Session/ExportCheck.h"
 #include "Session/WindowTexts.h"
@@ -38,6 +40,38 @@ QString formatText(const ExportSettings& settings)
     return QStringLiteral("%1, quality %2").arg(rawValue(settings.format)).arg(std::lround(settings.quality * 100));
 }
 
+bool isWhole(double number)
+{
+    return number == std::floor(number);
+}
+
+/// Empty for full size.
+QString sizeText(const OutputSize& size)
+{
+    switch (size.limit) {
+    case SizeLimit::none:
+        break;
+    case SizeLimit::longSide:
+        return QStringLiteral("long side %1 px").arg(Localization::number(size.box.width));
+    case SizeLimit::box:
+        return QStringLiteral("within %1 px").arg(size.box.formatted());
+    case SizeLimit::megapixels:
+        return QStringLiteral("%1 MP").arg(Localization::number(size.megapixels, isWhole(size.megapixels) ? 0 : 2));
+    }
+    return {};
+}
+
+/// The photo that examples are made of.
+std::vector<ImportedPhoto>::const_iterator examplePhoto(const PhotoSession& session)
+{
+    const auto& photos = session.photos();
+    const auto isIncluded = [&](const ImportedPhoto& photo) { return session.isIncluded(photo.id()); };
+    const auto selected = std::find_if(photos.begin(), photos.end(), [&](const ImportedPhoto& photo) {
+        return isIncluded(photo) && photo.id() == session.selectedPhotoID();
+    });
+    return selected != photos.end() ? selected : std::find_if(photos.begin(), photos.end(), isIncluded);
+}
+
 QString failureCount(std::size_t count)
 {
     return count == 1 ? QStringLiteral("1 failure")
@@ -57,8 +91,10 @@ QString countsLine(const BatchExportReport& report)
 QString subtitle(const PhotoSession& session, const ExportSettings& settings)
 {
     const auto count = std::int64_t(session.includedCount());
-    return QStringList{WindowTexts::photoCount(count), formatText(settings), profileText(session)}.join(
-        QStringLiteral(" · "));
+    QStringList parts{WindowTexts::photoCount(count), formatText(settings), sizeText(settings.size),
+                      profileText(session)};
+    parts.removeAll(QString());
+    return parts.join(QStringLiteral(" · "));
 }
 
 QString folder(const FileUrl& folder, const FileUrl& home)
@@ -81,16 +117,29 @@ QString folder(const FileUrl& folder)
 QString exampleName(const PhotoSession& session, const ExportSession& exportSession)
 {
     const auto& photos = session.photos();
-    const auto isIncluded = [&](const ImportedPhoto& photo) { return session.isIncluded(photo.id()); };
-    auto shown = std::find_if(photos.begin(), photos.end(), [&](const ImportedPhoto& photo) {
-        return isIncluded(photo) && photo.id() == session.selectedPhotoID();
-    });
-    if (shown == photos.end())
-        shown = std::find_if(photos.begin(), photos.end(), isIncluded);
+    const auto shown = examplePhoto(session);
     if (shown == photos.end())
         return {};
+    const auto isIncluded = [&](const ImportedPhoto& photo) { return session.isIncluded(photo.id()); };
     return exampleFilename(exportSession.configuration().filenameTemplate, shown->url,
                            std::count_if(photos.begin(), shown, isIncluded), exportSession.settings().format);
+}
+
+QString exampleSize(const PhotoSession& session, const OutputSize& size)
+try {
+    const auto shown = examplePhoto(session);
+    if (shown == session.photos().end())
+        return {};
+    const RenderRecipe& recipe = session.resolvedRecipe(shown->id());
+    const PixelSize written = exportLayout(shown->pixelSize, recipe, size).layout.canvasSize;
+    if (size.limit == SizeLimit::none)
+        return QStringLiteral("%1, as large as photo and frame").arg(written.formatted());
+    const PixelSize full = RenderLayout::framedLayout(shown->pixelSize, recipe).canvasSize;
+    if (written == full)
+        return QStringLiteral("%1, never enlarged").arg(full.formatted());
+    return QStringLiteral("%1 → %2").arg(full.formatted(), written.formatted());
+} catch (const ImagePipelineError&) {
+    return {}; // The check says why.
 }
 
 QString reportTitle(const BatchExportReport& report)
