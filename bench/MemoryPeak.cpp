@@ -41,6 +41,10 @@ int main()
     measure("24 MP baseline to TIFF", {.icc = srgb}, "tiff", "80 MB");
     measure("24 MP turned to JPEG", {.orientation = 6, .icc = srgb}, "jpeg", "80 + 72 MB");
     measure("24 MP progressive to JPEG", {.progressive = true, .icc = srgb}, "jpeg", "80 MB + coefficients");
+    measure("24 MP baseline to 2,048 pixels", {.icc = srgb}, "jpeg", "80 MB", {"--long-side", "2048"});
+    measure("193 MP baseline to 2,048 pixels", {.width = 16'200, .height = 11'900, .icc = srgb}, "jpeg", "80 MB",
+            {"--long-side", "2048"});
+    measure("24 MP turned to 2,048 pixels", {.orientation = 6, .icc = srgb}, "jpeg", "80 MB", {"--long-side", "2048"});
     measure("24 MP baseline to HEIC", {.icc = srgb}, "heic", "the codec + 100 MB");
     return 0;
 }
