@@ -149,9 +149,12 @@ void surround(Engine::Composition& composition, const QRectF& photo, const Borde
     const double shorterSide = std::min(photo.width(), photo.height());
     composition.photoArea = {photo.left(), photo.top(), photo.right(), photo.bottom(),
                              std::min(pixels(border.photoEdge.cornerRadius), shorterSide / 2)};
-    if (const auto& background = border.blurredBackground)
-        composition.blurredPhoto = {.sigma = std::clamp(background->blur, 0.0, 100.0) / 1000 * shorterSide,
+    if (const auto& background = border.blurredBackground) {
+        const double enlarged = std::max(double(composition.canvasSize.width) / photo.width(),
+                                         double(composition.canvasSize.height) / photo.height());
+        composition.blurredPhoto = {.sigma = std::clamp(background->blur, 0.0, 100.0) / 1000 * shorterSide * enlarged,
                                     .light = 1 - std::clamp(background->dim, 0.0, 100.0) / 100};
+    }
     if (border.photoEdge.hasShadow)
         composition.shadow = {.sigma = photoShadowSigma * shorterSide,
                               .offset = photoShadowOffset * shorterSide,

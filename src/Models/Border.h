@@ -56,7 +56,7 @@ struct FrameShape {
 
 /// The photo itself as its background, filling the canvas.
 struct BlurredBackground {
-    double blur = 40; ///< 0…100; the standard deviation in thousandths of the photo's shorter side.
+    double blur = 40; ///< 0…100; the standard deviation in thousandths of the enlarged photo's shorter side.
     double dim = 25;  ///< 0…100 %: how much of its light is taken.
 
     bool operator==(const BlurredBackground&) const = default;
