@@ -92,7 +92,7 @@ void photographMain(ContentView& window, Photographer& photographer, const FileU
         caption.setCaptionTemplate(QStringLiteral("{filename} · {artist}"));
         caption.position = CaptionPosition::borderBottomCenter;
         caption.alignment = CaptionAlignment::center;
-        caption.fontSize = 40;
+        caption.fontSize = {40};
         recipe.border.width = 130;
         if (Theme::current().appearance() == Appearance::dark) {
             recipe.border.color = {0.07, 0.07, 0.07, 1};

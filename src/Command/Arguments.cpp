@@ -35,6 +35,18 @@ const Words<CaptionPosition>& positionWords()
     return words;
 }
 
+const Words<CaptionFont>& fontWords()
+{
+    static const Words<CaptionFont> words{{"system", CaptionFont::system},
+                                          {"rounded", CaptionFont::rounded},
+                                          {"serif", CaptionFont::serif},
+                                          {"monospaced", CaptionFont::monospaced},
+                                          {"geometric", CaptionFont::avenirNext},
+                                          // What scripts may say from before it was called so.
+                                          {"avenir-next", CaptionFont::avenirNext}};
+    return words;
+}
+
 [[noreturn]] void misuse(const QByteArray& option, const QString& reason)
 {
     throw UsageError{QStringLiteral("%1: %2").arg(QString::fromUtf8(option), reason)};
@@ -69,6 +81,10 @@ double number(const QByteArray& option, const QByteArray& word, double least, do
 
 /// Longest length that any setting may name, in pixels.
 constexpr double mostPixels = 50'000;
+
+/// What captions may name of the photo's shorter side.
+constexpr double leastPercent = 0.01;
+constexpr double mostPercent = 100;
 
 RGBAColor color(const QByteArray& option, const QByteArray& word)
 {
@@ -197,7 +213,52 @@ using Handler = std::function<void(Arguments&, const QByteArray& option, const Q
 /// The caption that the options are about.
 Caption& captionOf(Settings& settings)
 {
-    return settings.recipe.captions.front();
+    return settings.recipe.captions[settings.caption];
+}
+
+/// Goes on to the caption at `index`, be it the preset's or a new one, and shows it.
+void beginCaption(Settings& settings, std::size_t index)
+{
+    std::vector<Caption>& captions = settings.recipe.captions;
+    while (captions.size() <= index) {
+        const Caption place = settings.recipe.captionLike(captions.size() - 1);
+        captions.push_back({.position = place.position, .alignment = place.alignment});
+    }
+    settings.caption = index;
+    captions[index].isEnabled = true;
+}
+
+/// Pixels ("48" or "48px") or percent ("4%").
+Handler captionLength(Length Caption::*member, double least, double most)
+{
+    return [=](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
+        const bool percent = value.endsWith('%');
+        const QByteArray digits = value.chopped(percent ? 1 : value.endsWith("px") ? 2 : 0);
+        const Length length{
+            number(option, digits, percent ? std::min(least, leastPercent) : least, percent ? mostPercent : most),
+            percent ? BorderUnit::percent : BorderUnit::pixels};
+        arguments.changes.emplace_back([=](Settings& settings) { captionOf(settings).*member = length; });
+    };
+}
+
+/// One of the five words, or a family with the style behind a colon where it is not the regular one.
+void setCaptionFont(Arguments& arguments, const QByteArray& option, const QByteArray& value)
+{
+    for (const auto& [word, font] : fontWords())
+        if (value == word) {
+            arguments.changes.emplace_back([chosen = font](Settings& settings) {
+                captionOf(settings).font = chosen;
+                captionOf(settings).face.reset();
+            });
+            return;
+        }
+    const QString text = QString::fromUtf8(value);
+    const FontFace face{text.section(u':', 0, 0).trimmed(), text.section(u':', 1).trimmed()};
+    if (face.family.isEmpty())
+        misuse(option, QStringLiteral("name a font, such as serif or \"EB Garamond:Medium Italic\"."));
+    if (face.family.size() > FontFace::longestName || face.style.size() > FontFace::longestName)
+        misuse(option, QStringLiteral("this is longer than any font’s name."));
+    arguments.changes.emplace_back([face](Settings& settings) { captionOf(settings).face = face; });
 }
 
 Handler captionNumber(double Caption::*member, double least, double most)
@@ -339,10 +400,12 @@ void addFrameHandlers(std::unordered_map<QByteArray, Handler>& handlers)
         const RGBAColor parsed = color(option, value);
         arguments.changes.emplace_back([parsed](Settings& s) { s.recipe.border.color = parsed; });
     };
-    handlers["--caption"] = [](Arguments& arguments, const QByteArray&, const QByteArray& value) {
+    handlers["--caption"] = [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
+        if (arguments.captions == RenderRecipe::mostCaptions)
+            misuse(option, QStringLiteral("a photo has at most %1 captions.").arg(RenderRecipe::mostCaptions));
         const QString text = QString::fromUtf8(value);
-        arguments.changes.emplace_back([text](Settings& s) {
-            captionOf(s).isEnabled = true;
+        arguments.changes.emplace_back([text, index = arguments.captions++](Settings& s) {
+            beginCaption(s, index);
             captionOf(s).setCaptionTemplate(text);
         });
     };
@@ -352,21 +415,16 @@ void addFrameHandlers(std::unordered_map<QByteArray, Handler>& handlers)
     };
     handlers["--caption-position"] =
         choice<CaptionPosition>(positionWords(), [](Settings& s, CaptionPosition p) { captionOf(s).position = p; });
-    handlers["--caption-font"] = choice<CaptionFont>({{"system", CaptionFont::system},
-                                                      {"rounded", CaptionFont::rounded},
-                                                      {"serif", CaptionFont::serif},
-                                                      {"monospaced", CaptionFont::monospaced},
-                                                      {"geometric", CaptionFont::avenirNext},
-                                                      // What scripts may say from before it was called so.
-                                                      {"avenir-next", CaptionFont::avenirNext}},
-                                                     [](Settings& s, CaptionFont f) { captionOf(s).font = f; });
+    handlers["--caption-font"] = setCaptionFont;
     handlers["--caption-align"] = choice<CaptionAlignment>(
         {{"left", CaptionAlignment::left}, {"center", CaptionAlignment::center}, {"right", CaptionAlignment::right}},
         [](Settings& s, CaptionAlignment a) { captionOf(s).alignment = a; });
-    handlers["--caption-size"] = captionNumber(&Caption::fontSize, 1, 10'000);
-    handlers["--caption-spacing"] = captionNumber(&Caption::lineSpacing, 0, mostPixels);
-    handlers["--caption-padding"] = captionNumber(&Caption::padding, 0, mostPixels);
-    handlers["--caption-vertical-padding"] = captionNumber(&Caption::verticalPadding, 0, mostPixels);
+    handlers["--caption-size"] = captionLength(&Caption::fontSize, 1, 10'000);
+    handlers["--caption-spacing"] = captionLength(&Caption::lineSpacing, 0, mostPixels);
+    handlers["--caption-padding"] = captionLength(&Caption::padding, 0, mostPixels);
+    handlers["--caption-vertical-padding"] = captionLength(&Caption::verticalPadding, 0, mostPixels);
+    handlers["--caption-letter-spacing"] =
+        captionNumber(&Caption::letterSpacing, -Caption::mostLetterSpacing, Caption::mostLetterSpacing);
     handlers["--caption-opacity"] = captionNumber(&Caption::opacity, 0, 1);
 }
 
@@ -426,6 +484,10 @@ bool applyFlag(Arguments& arguments, const QByteArray& option)
         arguments.changes.emplace_back([hasShadow = option == "--photo-shadow"](Settings& settings) {
             settings.recipe.border.photoEdge.hasShadow = hasShadow;
         });
+    else if (option == "--caption-fit")
+        arguments.changes.emplace_back([](Settings& settings) { captionOf(settings).shrinksToFit = true; });
+    else if (option == "--caption-uppercase")
+        arguments.changes.emplace_back([](Settings& settings) { captionOf(settings).isUppercase = true; });
     else if (option == "--no-caption")
         arguments.changes.emplace_back([](Settings& settings) {
             for (Caption& caption : settings.recipe.captions)
@@ -571,13 +633,19 @@ Frame
   --photo-shadow           a shadow below the photo; --no-photo-shadow
 
 Caption
-  --caption TEMPLATE       text with tokens such as {camera}, {lens}, {iso}
+  --caption TEMPLATE       text with tokens such as {camera}, {lens}, {iso};
+                           another one begins another caption (up to 6), and the
+                           options after it are its own
   --no-caption
   --caption-position POSITION
-  --caption-font FONT      system, rounded, serif, monospaced or geometric
-  --caption-size PX        --caption-color COLOR     --caption-opacity 0..1
-  --caption-align SIDE     left, center or right     --caption-spacing PX
-  --caption-padding PX     --caption-vertical-padding PX
+  --caption-font FONT      system, rounded, serif, monospaced, geometric, or a
+                           family and its style: "EB Garamond:Medium Italic"
+  --caption-size LENGTH    pixels (48) or percent of the shorter side (4%)
+  --caption-fit            smaller where it would be cut off otherwise
+  --caption-uppercase      --caption-letter-spacing -20..20 (percent of the size)
+  --caption-color COLOR    --caption-opacity 0..1
+  --caption-align SIDE     left, center or right     --caption-spacing LENGTH
+  --caption-padding LENGTH --caption-vertical-padding LENGTH
 
 Logo
   --logo FILE              PNG, TIFF or PDF

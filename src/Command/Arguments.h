@@ -8,6 +8,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -24,6 +25,7 @@ struct Settings {
     RenderRecipe recipe;
     ExportSettings exportSettings;
     BatchExportConfiguration configuration;
+    std::size_t caption = 0; ///< Which of the recipe's the options are about.
 };
 
 struct Arguments {
@@ -37,6 +39,7 @@ struct Arguments {
     std::vector<std::function<void(Settings&)>> changes;
     /// Applied to the frame's shape once one is set, by whichever option or by the preset.
     std::vector<std::function<void(FrameShape&)>> shapeChanges;
+    std::size_t captions = 0; ///< How many times one was given.
     std::optional<FileUrl> logoFile;
     /// Applied to the logo once it has been imported.
     std::vector<std::function<void(LogoConfiguration&)>> logoChanges;

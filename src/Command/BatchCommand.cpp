@@ -6,9 +6,9 @@
 #include "Command/Output.h"
 #include "Export/ExportPlanner.h"
 #include "Export/ImageExporter.h"
+#include "Imaging/CaptionDrawing.h"
 #include "Imaging/ExportLayout.h"
 #include "Imaging/ImageLoader.h"
-#include "Imaging/ImageRenderer.h"
 #include "Models/ErrorTexts.h"
 #include "Persistence/ManagedLogoStore.h"
 #include "Persistence/PresetLibrary.h"
@@ -111,6 +111,20 @@ private:
     std::optional<TemporaryLogoFolder> folder_;
 };
 
+/// Families that other fonts stand in for: said once, before the work begins.
+void warnOfMissingFonts(const RenderRecipe& recipe)
+{
+    std::vector<QString> told;
+    for (const Caption& caption : recipe.captions) {
+        const auto missing = caption.isEnabled ? CaptionDrawing::missingFont(caption) : std::nullopt;
+        if (!missing || std::ranges::find(told, missing->family) != told.end())
+            continue;
+        told.push_back(missing->family);
+        printError(QStringLiteral("The font “%1” is not installed; “%2” stands in for it.")
+                       .arg(missing->family, missing->standIn));
+    }
+}
+
 /// A folder that takes no files is told of before thousands of photos are read. Throws SystemError.
 void prepareOutputFolder(const Settings& settings, bool dryRun)
 {
@@ -202,27 +216,35 @@ public:
     }
 
 private:
-    /// A photo that has its framed copy, or will have one, and what that lacks of its caption.
+    /// A photo that has its framed copy, or will have one, and what is wrong with its captions.
     void framed(const BatchExportJob& job, const char* name)
     {
-        const TextCut cut = firstCut(job);
+        const std::vector<CaptionFault> faults = captionFaults(job);
+        const auto overlaps = CaptionDrawing::overlaps(job.photo.pixelSize, job.recipe, job.photo.metadata);
         if (json_) {
             QJsonObject object = outcome(job.photo.url, name, job.destination);
             if (const std::optional<PixelSize> size = writtenSize(job)) {
                 object.insert(QStringLiteral("width"), qint64(size->width));
                 object.insert(QStringLiteral("height"), qint64(size->height));
             }
-            if (cut.isCut())
-                object.insert(QStringLiteral("captionCut"), QJsonObject{{QStringLiteral("leftOut"), cut.leftOut},
-                                                                        {QStringLiteral("letters"), cut.cutsLetters}});
+            insertFaults(object, faults, overlaps, job.recipe.captions.size());
             printJson(object);
-        } else if (cut.isCut()) {
+            return;
+        }
+        const auto say = [&](const QString& what) {
             progress_.clear();
+            printError(job.photo.url.displayPath() + QStringLiteral(": ") + what);
+        };
+        for (const auto& [number, cut] : faults) {
+            const QString caption = job.recipe.captions.size() == 1 ? QStringLiteral("The caption")
+                                                                    : QStringLiteral("Caption %1").arg(number);
             // What was left out comes last: it may hold what looks like a placeholder.
             const QString what = cut.leftOut.isEmpty() ? QStringLiteral("letters are cut off.")
                                                        : QStringLiteral("this is left out: ") + cut.leftOut;
-            printError(job.photo.url.displayPath() + QStringLiteral(": The caption does not fit, ") + what);
+            say(caption + QStringLiteral(" does not fit, ") + what);
         }
+        for (const auto& [first, second] : overlaps)
+            say(QStringLiteral("Captions %1 and %2 overlap.").arg(first + 1).arg(second + 1));
     }
     /// Absent where the photo can't be framed, which is told when it is tried.
     static std::optional<PixelSize> writtenSize(const BatchExportJob& job)
@@ -237,14 +259,40 @@ private:
         const std::optional<PixelSize> size = writtenSize(job);
         return size && job.settings.size != OutputSize() ? QStringLiteral(" (%1)").arg(size->formatted()) : QString();
     }
-    static TextCut firstCut(const BatchExportJob& job)
+
+    struct CaptionFault {
+        std::size_t number = 1;
+        TextCut cut;
+    };
+    static std::vector<CaptionFault> captionFaults(const BatchExportJob& job)
     {
-        for (const Caption& caption : job.recipe.captions)
+        std::vector<CaptionFault> faults;
+        for (std::size_t i = 0; i < job.recipe.captions.size(); ++i)
             if (const TextCut cut =
-                    ImageRenderer::captionCut(job.photo.pixelSize, job.recipe, caption, job.photo.metadata);
+                    CaptionDrawing::cut(job.photo.pixelSize, job.recipe, job.recipe.captions[i], job.photo.metadata);
                 cut.isCut())
-                return cut;
-        return {};
+                faults.push_back({i + 1, cut});
+        return faults;
+    }
+    /// A photo's only caption needs no number; of several, all that are cut come in a list.
+    static void insertFaults(QJsonObject& object, const std::vector<CaptionFault>& faults,
+                             const std::vector<CaptionDrawing::Overlap>& overlaps, std::size_t captions)
+    {
+        QJsonArray cuts;
+        for (const auto& [number, cut] : faults) {
+            QJsonObject entry{{QStringLiteral("leftOut"), cut.leftOut}, {QStringLiteral("letters"), cut.cutsLetters}};
+            if (cuts.isEmpty())
+                object.insert(QStringLiteral("captionCut"), entry);
+            entry.insert(QStringLiteral("caption"), qint64(number));
+            cuts.append(entry);
+        }
+        if (captions > 1 && !cuts.isEmpty())
+            object.insert(QStringLiteral("captionCuts"), cuts);
+        QJsonArray pairs;
+        for (const auto& [first, second] : overlaps)
+            pairs.append(QJsonArray{qint64(first + 1), qint64(second + 1)});
+        if (!pairs.isEmpty())
+            object.insert(QStringLiteral("captionOverlaps"), pairs);
     }
     static QJsonObject outcome(const FileUrl& source, const char* name, const std::optional<FileUrl>& destination)
     {
@@ -336,6 +384,7 @@ int runBatch(const Arguments& arguments, const std::stop_token& stop)
     if (!scan.candidates.empty())
         prepareOutputFolder(settings, arguments.dryRun);
 
+    warnOfMissingFonts(settings.recipe);
     ProgressLine progress(!arguments.quiet);
     Reporter reporter(arguments.json, progress);
     const BatchImportResult batch = importBatch(scan, progress, stop);

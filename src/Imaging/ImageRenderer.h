@@ -7,7 +7,6 @@
 #include "Models/OutputSize.h"
 #include "Models/RenderRecipe.h"
 #include "Platform/Pixels/Bitmap.h"
-#include "Platform/Text/TextFrame.h"
 
 #include <stop_token>
 #include <vector>
@@ -19,19 +18,6 @@ namespace ferrow::ImageRenderer {
 /// The logo as an overlay at its final size; none where there is no room for it. `logo` is premultiplied RGBA.
 [[nodiscard]] std::vector<Engine::Overlay> drawLogo(const Bitmap& logo, const RenderLayout& layout,
                                                     const LogoConfiguration& configuration, double scale);
-
-/// The typeface of a caption, at `size` output pixels.
-[[nodiscard]] TextStyle captionFont(CaptionFont font, double size);
-
-/// `text` as the caption has it, for positions on the photo with its shadow beneath; none where there is no room for
-/// it.
-[[nodiscard]] std::vector<Engine::Overlay> drawCaption(const QString& text, const RenderLayout& layout,
-                                                       const Caption& caption, double scale);
-
-/// What an export of a photo of `pixelSize` cuts off `caption`, one of the recipe's; nothing where it draws none, or
-/// can't be drawn at all. Some milliseconds at most.
-[[nodiscard]] TextCut captionCut(PixelSize pixelSize, const RenderRecipe& recipe, const Caption& caption,
-                                 const PhotoMetadata& metadata);
 
 /// Everything an export or a preview draws, as values. `logo` may be null. The photo lies where the layout has it,
 /// rounded to whole pixels. Throws Canceled.

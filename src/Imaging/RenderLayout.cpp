@@ -75,10 +75,13 @@ bool areFinite(std::initializer_list<double> values)
     return std::ranges::all_of(values, [](double value) { return std::isfinite(value); });
 }
 
-bool isFinite(const Caption& caption)
+/// Percents may go beyond all numbers by the photo's size alone.
+bool isFinite(const Caption& caption, PixelSize size)
 {
-    return areFinite(
-        {caption.fontSize, caption.lineSpacing, caption.padding, caption.verticalPadding, caption.opacity});
+    for (const Length& length : {caption.fontSize, caption.lineSpacing, caption.padding, caption.verticalPadding})
+        if (!areFinite({length.value, length.pixels(size)}))
+            return false;
+    return areFinite({caption.letterSpacing, caption.opacity});
 }
 
 bool isFinite(const LogoConfiguration& logo)
@@ -174,6 +177,11 @@ QRectF RenderLayout::canvasRect() const
     return {0, 0, double(canvasSize.width), double(canvasSize.height)};
 }
 
+QRectF RenderLayout::fromTop(const QRectF& rect) const
+{
+    return {rect.x(), double(canvasSize.height) - rect.y() - rect.height(), rect.width(), rect.height()};
+}
+
 QRectF captionArea(CaptionPosition position, const QRectF& imageRect, const QRectF& canvasRect,
                    double horizontalPadding, double verticalPadding)
 {
@@ -242,9 +250,10 @@ std::optional<QRectF> logoRect(PixelSize logoSize, const RenderLayout& layout, c
 
 void validateRenderBounds(PixelSize originalSize, const RenderRecipe& recipe, double scale)
 {
-    const bool isValid = isDrawable(recipe.border, originalSize) &&
-                         std::ranges::all_of(recipe.captions, [](const Caption& c) { return isFinite(c); }) &&
-                         (!recipe.logo || isFinite(*recipe.logo));
+    const bool isValid =
+        isDrawable(recipe.border, originalSize) &&
+        std::ranges::all_of(recipe.captions, [&](const Caption& c) { return isFinite(c, originalSize); }) &&
+        (!recipe.logo || isFinite(*recipe.logo));
     if (!isValid || !std::isfinite(scale) || scale <= 0)
         throw ImagePipelineError(ImagePipelineError::invalidRenderRecipe);
     // Of a very thin photo a preview's scale may leave less than a pixel, which is drawn as one.

@@ -27,6 +27,8 @@ struct RenderLayout {
     [[nodiscard]] RenderLayout scaled(double scale) const;
 
     [[nodiscard]] QRectF canvasRect() const;
+    /// In pixel rows counted from the top.
+    [[nodiscard]] QRectF fromTop(const QRectF& rect) const;
 
     bool operator==(const RenderLayout&) const = default;
 };

@@ -139,6 +139,12 @@ bool isInBorder(CaptionPosition position)
     return position >= CaptionPosition::borderTopLeft;
 }
 
+CaptionAlignment alignmentAt(CaptionPosition position)
+{
+    // Both enumerations go from left to right, the places row by row.
+    return static_cast<CaptionAlignment>(int(position) % 3);
+}
+
 QString Caption::captionTemplate() const
 {
     return CaptionSegment::templateOf(segments);
@@ -149,11 +155,23 @@ void Caption::setCaptionTemplate(const QString& captionTemplate)
     segments = CaptionSegment::parse(captionTemplate);
 }
 
+void Caption::convert(BorderUnit to, PixelSize size)
+{
+    for (Length* length : {&fontSize, &lineSpacing, &padding, &verticalPadding})
+        *length = length->converted(to, size);
+}
+
 void feed(ValueHash& hash, const CaptionSegment& segment)
 {
     feed(hash, segment.id);
     feed(hash, std::int64_t(segment.content.index()));
     std::visit([&](const auto& content) { feed(hash, content); }, segment.content);
+}
+
+void feed(ValueHash& hash, const FontFace& face)
+{
+    feed(hash, face.family);
+    feed(hash, face.style);
 }
 
 void feed(ValueHash& hash, const Caption& caption)
@@ -162,11 +180,15 @@ void feed(ValueHash& hash, const Caption& caption)
     feed(hash, caption.segments);
     feed(hash, caption.position);
     feed(hash, caption.font);
-    feed(hash, caption.fontSize);
+    feed(hash, caption.face);
+    for (const Length& length : {caption.fontSize, caption.lineSpacing, caption.padding, caption.verticalPadding})
+        feed(hash, length);
+    feed(hash, caption.letterSpacing);
+    feed(hash, caption.isUppercase);
+    feed(hash, caption.shrinksToFit);
     feed(hash, caption.color);
     feed(hash, caption.alignment);
-    for (const double number : {caption.lineSpacing, caption.padding, caption.verticalPadding, caption.opacity})
-        feed(hash, number);
+    feed(hash, caption.opacity);
 }
 
 } // namespace ferrow

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Models/Border.h"
 #include "Models/CodedEnum.h"
 #include "Models/RGBAColor.h"
 #include "Models/ValueHash.h"
@@ -8,6 +9,7 @@
 #include <QString>
 #include <QUuid>
 
+#include <optional>
 #include <variant>
 #include <vector>
 
@@ -80,24 +82,46 @@ enum class CaptionPosition {
 [[nodiscard]] bool isInBorder(CaptionPosition position);
 
 enum class CaptionFont { system, rounded, serif, monospaced, avenirNext };
+/// A font family by its name, installed or not.
+struct FontFace {
+    QString family; ///< Never empty, and at most `longestName` of UTF-16.
+    QString style;  ///< As the family calls it: "Medium Italic". Empty for its regular one.
+
+    static constexpr qsizetype longestName = 200;
+
+    bool operator==(const FontFace&) const = default;
+};
+
 enum class CaptionAlignment { left, center, right };
-/// One text on a framed photo. Lengths are output pixels at full size.
+/// The alignment of a text that stands in that column.
+[[nodiscard]] CaptionAlignment alignmentAt(CaptionPosition position);
+
+/// One text on a framed photo.
 struct Caption {
     bool isEnabled = true;
     std::vector<CaptionSegment> segments = CaptionSegment::defaultCaption();
     CaptionPosition position = CaptionPosition::borderBottomRight;
     CaptionFont font = CaptionFont::system;
-    double fontSize = 48;
+    std::optional<FontFace> face = std::nullopt; ///< In place of `font`.
+    Length fontSize{48, BorderUnit::pixels};
+    double letterSpacing = 0; ///< Percent of the size that is added behind each letter: -20…20, beyond counts as these.
+    bool isUppercase = false;  ///< Drawn in capitals, whatever the chips say.
+    bool shrinksToFit = false; ///< The size is the greatest, up to `fontSize`, at which all lines stand in their place.
     RGBAColor color = RGBAColor::black;
     CaptionAlignment alignment = CaptionAlignment::right;
-    double lineSpacing = 8;
-    double padding = 36;
-    double verticalPadding = 16;
+    Length lineSpacing{8, BorderUnit::pixels};
+    Length padding{36, BorderUnit::pixels};
+    Length verticalPadding{16, BorderUnit::pixels};
     double opacity = 0.9;
+
+    static constexpr double mostLetterSpacing = 20;
 
     /// The text form of the segments. Setting it makes segments with fresh identifiers.
     [[nodiscard]] QString captionTemplate() const;
     void setCaptionTemplate(const QString& captionTemplate);
+
+    /// Switches the unit of every length and keeps what a photo of `size` shows.
+    void convert(BorderUnit to, PixelSize size);
 
     bool operator==(const Caption&) const = default;
 };
@@ -168,6 +192,7 @@ struct CodedCases<CaptionAlignment> {
 };
 
 void feed(ValueHash& hash, const CaptionSegment& segment);
+void feed(ValueHash& hash, const FontFace& face);
 void feed(ValueHash& hash, const Caption& caption);
 
 } // namespace ferrow

@@ -5,6 +5,26 @@
 
 namespace ferrow {
 
+namespace {
+
+/// Where no caption is: in the row of `near` where there is such a place, else from the bottom upwards; there are more
+/// places than captions.
+CaptionPosition freePlace(const std::vector<Caption>& captions, CaptionPosition near)
+{
+    constexpr int columns = 3;
+    constexpr int leftRightCenter[columns] = {0, 2, 1};
+    const int rows[] = {int(near) / columns, 4, 3, 2, 1, 0};
+    for (const int row : rows)
+        for (const int column : leftRightCenter) {
+            const auto place = static_cast<CaptionPosition>(row * columns + column);
+            if (std::ranges::find(captions, place, &Caption::position) == captions.end())
+                return place;
+        }
+    return near;
+}
+
+} // namespace
+
 LogoConfiguration LogoConfiguration::placeholder()
 {
     return {.asset = {.id = QUuid::createUuid(), .displayName = QStringLiteral("Logo"), .managedFilename = {}}};
@@ -13,6 +33,16 @@ LogoConfiguration LogoConfiguration::placeholder()
 bool RenderRecipe::showsCaption() const
 {
     return std::ranges::any_of(captions, [](const Caption& caption) { return caption.isEnabled; });
+}
+
+Caption RenderRecipe::captionLike(std::size_t index) const
+{
+    Caption caption = captions[index];
+    caption.isEnabled = true;
+    caption.segments.clear();
+    caption.position = freePlace(captions, caption.position);
+    caption.alignment = alignmentAt(caption.position);
+    return caption;
 }
 
 QString filenameExtension(ExportFormat format)

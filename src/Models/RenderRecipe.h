@@ -10,6 +10,7 @@
 #include <QString>
 #include <QUuid>
 
+#include <cstddef>
 #include <optional>
 #include <vector>
 
@@ -48,8 +49,12 @@ struct RenderRecipe {
     std::optional<LogoConfiguration> logo = std::nullopt;
     OutputColorProfile outputColorProfile = OutputColorProfile::sRGB;
 
+    static constexpr std::size_t mostCaptions = 6;
+
     /// Whether any caption is switched on.
     [[nodiscard]] bool showsCaption() const;
+    /// One more caption in the style of the one at `index`, at the next place where none is. It has no chips yet.
+    [[nodiscard]] Caption captionLike(std::size_t index) const;
 
     bool operator==(const RenderRecipe&) const = default;
 };

@@ -7,7 +7,9 @@
 #include <QJsonValue>
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <string_view>
 #include <tuple>
 #include <type_traits>
@@ -385,10 +387,90 @@ struct Coding<OutputSize> {
     }
 };
 
+template <>
+struct Coding<FontFace> {
+    static constexpr QLatin1StringView familyKey{"family"};
+    static constexpr QLatin1StringView styleKey{"style"};
+
+    static FontFace decode(const QJsonValue& value, const QString& member)
+    {
+        const QJsonObject object = objectOf(value, member);
+        const auto name = [&](QLatin1StringView key) {
+            const auto text = required<QString>(object, key);
+            if (text.size() > FontFace::longestName)
+                throw PresetCodingError{Case::tooLong, key};
+            return text;
+        };
+        const FontFace face{name(familyKey), name(styleKey)};
+        if (face.family.isEmpty())
+            throw PresetCodingError{Case::unknownValue, familyKey};
+        return face;
+    }
+    static QJsonValue encode(const FontFace& value, const QString&)
+    {
+        return QJsonObject{{familyKey, value.family}, {styleKey, value.style}};
+    }
+};
+
+template <>
+struct Coding<Caption> {
+    static constexpr std::tuple members{Member{QLatin1StringView("captionEnabled"), &Caption::isEnabled},
+                                        Member{QLatin1StringView("captionTemplate"), &Caption::segments},
+                                        Member{QLatin1StringView("captionPosition"), &Caption::position},
+                                        Member{QLatin1StringView("captionFont"), &Caption::font},
+                                        Member{QLatin1StringView("captionColor"), &Caption::color},
+                                        Member{QLatin1StringView("captionAlignment"), &Caption::alignment},
+                                        Member{QLatin1StringView("captionOpacity"), &Caption::opacity}};
+    static constexpr std::tuple laterMembers{Member{QLatin1StringView("captionFontFace"), &Caption::face},
+                                             Member{QLatin1StringView("captionLetterSpacing"), &Caption::letterSpacing},
+                                             Member{QLatin1StringView("captionUppercase"), &Caption::isUppercase},
+                                             Member{QLatin1StringView("captionShrinkToFit"), &Caption::shrinksToFit}};
+    /// A number in a member of its own, as in the first files, and the unit in another that files had later.
+    struct LengthMember {
+        QLatin1StringView key;
+        QLatin1StringView unitKey;
+        Length Caption::*field;
+    };
+    static constexpr LengthMember lengths[] = {
+        {QLatin1StringView("captionFontSize"), QLatin1StringView("captionFontSizeUnit"), &Caption::fontSize},
+        {QLatin1StringView("captionLineSpacing"), QLatin1StringView("captionLineSpacingUnit"), &Caption::lineSpacing},
+        {QLatin1StringView("captionPadding"), QLatin1StringView("captionPaddingUnit"), &Caption::padding},
+        {QLatin1StringView("captionVerticalPadding"), QLatin1StringView("captionVerticalPaddingUnit"),
+         &Caption::verticalPadding}};
+
+    static Caption decode(const QJsonValue& value, const QString& member)
+    {
+        const QJsonObject object = objectOf(value, member);
+        Caption caption;
+        decodeMembers(object, caption, members);
+        decodeLaterMembers(object, caption, laterMembers);
+        for (const auto& [key, unitKey, field] : lengths)
+            caption.*field = {required<double>(object, key), optionalOr(object, unitKey, BorderUnit::pixels)};
+        return caption;
+    }
+    static void encodeInto(QJsonObject& object, const Caption& value)
+    {
+        encodeMembers(object, value, members);
+        encodeLaterMembers(object, value, laterMembers);
+        for (const auto& [key, unitKey, field] : lengths) {
+            object.insert(key, Coding<double>::encode((value.*field).value, key));
+            if ((value.*field).unit != BorderUnit::pixels)
+                object.insert(unitKey, rawValue((value.*field).unit));
+        }
+    }
+    static QJsonValue encode(const Caption& value, const QString&)
+    {
+        QJsonObject object;
+        encodeInto(object, value);
+        return object;
+    }
+};
+
 /// Border and first caption lie flat in the payload, as in the first files.
 template <>
 struct Coding<PresetPayload> {
     using P = PresetPayload;
+    static constexpr QLatin1StringView furtherCaptionsKey{"furtherCaptions"};
     static constexpr std::tuple borderMembers{Member{QLatin1StringView("borderUnit"), &Border::unit},
                                               Member{QLatin1StringView("borderWidth"), &Border::width},
                                               Member{QLatin1StringView("borderColor"), &Border::color}};
@@ -400,18 +482,6 @@ struct Coding<PresetPayload> {
     static constexpr std::tuple photoEdgeMembers{
         Member{QLatin1StringView("photoCornerRadius"), &PhotoEdge::cornerRadius},
         Member{QLatin1StringView("photoShadow"), &PhotoEdge::hasShadow}};
-    static constexpr std::tuple captionMembers{
-        Member{QLatin1StringView("captionEnabled"), &Caption::isEnabled},
-        Member{QLatin1StringView("captionTemplate"), &Caption::segments},
-        Member{QLatin1StringView("captionPosition"), &Caption::position},
-        Member{QLatin1StringView("captionFont"), &Caption::font},
-        Member{QLatin1StringView("captionFontSize"), &Caption::fontSize},
-        Member{QLatin1StringView("captionColor"), &Caption::color},
-        Member{QLatin1StringView("captionAlignment"), &Caption::alignment},
-        Member{QLatin1StringView("captionLineSpacing"), &Caption::lineSpacing},
-        Member{QLatin1StringView("captionPadding"), &Caption::padding},
-        Member{QLatin1StringView("captionVerticalPadding"), &Caption::verticalPadding},
-        Member{QLatin1StringView("captionOpacity"), &Caption::opacity}};
     static constexpr std::tuple recipeMembers{
         Member{QLatin1StringView("outputColorProfile"), &RenderRecipe::outputColorProfile}};
     static constexpr std::tuple laterRecipeMembers{Member{QLatin1StringView("logo"), &RenderRecipe::logo}};
@@ -430,7 +500,7 @@ struct Coding<PresetPayload> {
         decodeMembers(object, payload.framing.border, borderMembers);
         decodeLaterMembers(object, payload.framing.border, laterBorderMembers);
         decodeLaterMembers(object, payload.framing.border.photoEdge, photoEdgeMembers);
-        decodeMembers(object, payload.framing.captions.front(), captionMembers);
+        payload.framing.captions = decodeCaptions(object, member);
         decodeMembers(object, payload.framing, recipeMembers);
         decodeLaterMembers(object, payload.framing, laterRecipeMembers);
         decodeMembers(object, payload, members);
@@ -443,12 +513,29 @@ struct Coding<PresetPayload> {
         encodeMembers(object, value.framing.border, borderMembers);
         encodeLaterMembers(object, value.framing.border, laterBorderMembers);
         encodeLaterMembers(object, value.framing.border.photoEdge, photoEdgeMembers);
-        encodeMembers(object, value.framing.captions.front(), captionMembers);
+        encodeCaptions(object, value.framing.captions);
         encodeMembers(object, value.framing, recipeMembers);
         encodeLaterMembers(object, value.framing, laterRecipeMembers);
         encodeMembers(object, value, members);
         encodeLaterMembers(object, value, laterMembers);
         return object;
+    }
+
+private:
+    static std::vector<Caption> decodeCaptions(const QJsonObject& object, const QString& member)
+    {
+        std::vector<Caption> captions{Coding<Caption>::decode(object, member)};
+        if (std::size_t(object.value(furtherCaptionsKey).toArray().size()) >= RenderRecipe::mostCaptions)
+            throw PresetCodingError{Case::tooLong, furtherCaptionsKey};
+        std::ranges::move(optionalOr(object, furtherCaptionsKey, std::vector<Caption>()), std::back_inserter(captions));
+        return captions;
+    }
+    static void encodeCaptions(QJsonObject& object, const std::vector<Caption>& captions)
+    {
+        Coding<Caption>::encodeInto(object, captions.front());
+        if (captions.size() > 1)
+            object.insert(furtherCaptionsKey, Coding<std::vector<Caption>>::encode(
+                                                  {captions.begin() + 1, captions.end()}, furtherCaptionsKey));
     }
 };
 
@@ -545,6 +632,8 @@ LocalizedErrorTexts localizedTexts(const PresetCodingError& error)
                 "The saved presets could not be read because “%1” has an unexpected value in their file.");
         case Case::numberNotFinite:
             return QStringLiteral("The presets could not be saved because “%1” is not a number.");
+        case Case::tooLong:
+            return QStringLiteral("The saved presets could not be read because “%1” is too long in their file.");
         case Case::tooLarge:
             return QStringLiteral("The saved presets could not be read because their file is too large.");
         }

@@ -70,7 +70,7 @@ struct PresetDocument {
 
 /// Why bytes are no preset document, or a document can't become bytes. Thrown by value.
 struct PresetCodingError {
-    enum class Case { notJSON, missingMember, wrongType, unknownValue, numberNotFinite, tooLarge };
+    enum class Case { notJSON, missingMember, wrongType, unknownValue, numberNotFinite, tooLong, tooLarge };
     Case value = Case::notJSON;
     QString member; ///< The JSON member it is about, where there is one.
 

@@ -2,8 +2,8 @@
 #include "Session/ExportFindings.h"
 
 #include "Export/ExportPlanner.h"
+#include "Imaging/CaptionDrawing.h"
 #include "Imaging/ExportLayout.h"
-#include "Imaging/ImageRenderer.h"
 #include "Metadata/MetadataTemplateExpander.h"
 #include "Models/ErrorTexts.h"
 #include "Persistence/ManagedLogoStore.h"
@@ -262,8 +262,24 @@ class CaptionProblems {
 public:
     std::vector<FileUrl> empty;
     std::vector<FileUrl> cut;
+    std::vector<FileUrl> overlapping;
     std::map<MetadataToken, std::vector<FileUrl>> missing;
+    struct FontProblem {
+        CaptionDrawing::MissingFont font;
+        std::vector<FileUrl> photos;
+    };
+    std::map<QString, FontProblem> fonts; ///< By the family that is missing.
 
+    void check(const ImportedPhoto& photo, const RenderRecipe& recipe)
+    {
+        for (const Caption& caption : recipe.captions)
+            if (caption.isEnabled)
+                check(photo, recipe, caption);
+        if (!CaptionDrawing::overlaps(photo.pixelSize, recipe, photo.metadata).empty())
+            overlapping.push_back(photo.id());
+    }
+
+private:
     void check(const ImportedPhoto& photo, const RenderRecipe& recipe, const Caption& caption)
     {
         const auto [entry, isNew] = texts_.try_emplace(&caption);
@@ -271,22 +287,28 @@ public:
         if (isNew) {
             text.captionTemplate = caption.captionTemplate();
             text.tokens = tokensOf(text.captionTemplate);
+            text.missingFont = CaptionDrawing::missingFont(caption);
         }
         if (MetadataTemplateExpander::expand(text.captionTemplate, photo.metadata).isEmpty()) {
             addOnce(empty, photo);
             return;
         }
-        if (ImageRenderer::captionCut(photo.pixelSize, recipe, caption, photo.metadata).isCut())
+        if (text.missingFont) {
+            FontProblem& problem = fonts[text.missingFont->family];
+            problem.font = *text.missingFont;
+            addOnce(problem.photos, photo);
+        }
+        if (CaptionDrawing::cut(photo.pixelSize, recipe, caption, photo.metadata).isCut())
             addOnce(cut, photo);
         for (const MetadataToken token : text.tokens)
             if (MetadataTemplateExpander::tokenValue(token, photo.metadata).value_or(QString()).trimmed().isEmpty())
                 addOnce(missing[token], photo);
     }
 
-private:
     struct Text {
         QString captionTemplate;
         std::vector<MetadataToken> tokens;
+        std::optional<CaptionDrawing::MissingFont> missingFont;
     };
 
     /// Several captions of one photo may have the same problem, one after the other.
@@ -304,10 +326,7 @@ void checkCaptions(const ExportRequest& request, const std::stop_token& stop, Fi
     CaptionProblems problems;
     for (const ImportedPhoto& photo : request.photos) {
         throwIfCanceled(stop);
-        const RenderRecipe& recipe = request.framing.recipeFor(photo.id());
-        for (const Caption& caption : recipe.captions)
-            if (caption.isEnabled)
-                problems.check(photo, recipe, caption);
+        problems.check(photo, request.framing.recipeFor(photo.id()));
     }
     if (!problems.empty.empty())
         findings.push_back({Severity::warning,
@@ -323,6 +342,14 @@ void checkCaptions(const ExportRequest& request, const std::stop_token& stop, Fi
                             problems.cut.size() == 1 ? QStringLiteral("A part of it is cut off.")
                                                      : QStringLiteral("A part of each is cut off."),
                             problems.cut});
+    if (!problems.overlapping.empty())
+        findings.push_back({Severity::warning,
+                            photosThat(problems.overlapping.size(), QStringLiteral("has captions that overlap"),
+                                       QStringLiteral("have captions that overlap")),
+                            QStringLiteral("One is drawn over the other."), problems.overlapping});
+    for (const auto& [family, problem] : problems.fonts)
+        findings.push_back({Severity::warning, QStringLiteral("The font “%1” is not installed").arg(family),
+                            QStringLiteral("“%1” stands in for it.").arg(problem.font.standIn), problem.photos});
     for (const auto& [token, photos] : problems.missing)
         findings.push_back({Severity::warning,
                             photosThat(photos.size(), QStringLiteral("has no %1"), QStringLiteral("have no %1"))

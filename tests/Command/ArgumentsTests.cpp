@@ -53,6 +53,14 @@ TEST(Arguments, namesTheOptionThatWasUsedWrongly)
                              "--caption-opacity|inf",
                              "--caption-size|0",
                              "--caption-size|1e999",
+                             "--caption-size|101%",
+                             "--caption-size|0%",
+                             "--caption-size|4em",
+                             "--caption-padding|%",
+                             "--caption-letter-spacing|21",
+                             "--caption-font=",
+                             "--caption-font|:Bold",
+                             "--caption-fit=yes",
                              "--format|JPEG",
                              "--on-collision|",
                              "--jobs|0",
@@ -115,6 +123,8 @@ TEST(Arguments, namesTheOptionThatWasUsedWrongly)
     }
     EXPECT_TRUE(messageFor({"x.jpg", "--quality"}).startsWith(QLatin1StringView("--quality:")));
     EXPECT_TRUE(messageFor({"inspect", "x.jpg", "--quality", "1"}).startsWith(QLatin1StringView("--quality:")));
+    EXPECT_TRUE(messageFor(Words(7, "--caption=x")).startsWith(QLatin1StringView("--caption:")));
+    EXPECT_TRUE(messageFor({"--caption-font", QByteArray(10'000, 'x')}).startsWith(u"--caption-font:"));
     for (const Words& words : {Words{}, {"--json"}, {"inspect"}, {"--output", "out", "--"}})
         EXPECT_TRUE(messageFor(words).startsWith(QLatin1StringView("PATH:"))) << words.size();
 }
@@ -132,12 +142,12 @@ TEST(Arguments, setsWhatItsOptionsSay)
     const Caption caption{.segments = set.recipe.captions.front().segments, // Identifiers are fresh each time.
                           .position = CaptionPosition::imageTopLeft,
                           .font = CaptionFont::avenirNext,
-                          .fontSize = 10,
+                          .fontSize = {10},
                           .color = {1, 0.8, 0, 1},
                           .alignment = CaptionAlignment::center,
-                          .lineSpacing = 3,
-                          .padding = 4,
-                          .verticalPadding = 5,
+                          .lineSpacing = {3},
+                          .padding = {4},
+                          .verticalPadding = {5},
                           .opacity = 0.5};
     const RenderRecipe recipe{
         .border = border, .captions = {caption}, .outputColorProfile = OutputColorProfile::preserveSource};
@@ -182,6 +192,31 @@ TEST(Arguments, framesAsItsOptionsSay)
     for (const auto& change : parseArguments(wordsOf("--balance|-20|--shape-turns")).shapeChanges)
         change(shape);
     EXPECT_EQ(shape, (FrameShape{4, 5, true, -20}));
+}
+
+TEST(Arguments, giveEachCaptionTheOptionsBehindIt)
+{
+    const Settings set = settingsOf(
+        wordsOf("--caption-size|4%|--caption|one|--caption-font|EB Garamond:Medium Italic|--caption-padding|12px|"
+                "--caption|two|--caption-fit|--caption-position|image-center|--caption|three|--caption-font|serif|"
+                "--caption-uppercase|--caption-letter-spacing|-2.5"));
+    ASSERT_EQ(set.recipe.captions.size(), 3u);
+    const Caption& first = set.recipe.captions[0];
+    const Caption& second = set.recipe.captions[1];
+    const Caption& third = set.recipe.captions[2];
+    EXPECT_EQ(first.captionTemplate(), QStringLiteral("one"));
+    EXPECT_EQ(first.fontSize, (Length{4, BorderUnit::percent}));
+    EXPECT_EQ(first.padding, (Length{12, BorderUnit::pixels}));
+    EXPECT_EQ(first.face, (FontFace{QStringLiteral("EB Garamond"), QStringLiteral("Medium Italic")}));
+    EXPECT_FALSE(first.shrinksToFit || first.isUppercase);
+    EXPECT_EQ(second.captionTemplate(), QStringLiteral("two"));
+    EXPECT_EQ(std::tuple(second.fontSize, second.face), std::tuple(Caption().fontSize, std::nullopt));
+    EXPECT_EQ(second.position, CaptionPosition::imageCenter);
+    EXPECT_TRUE(second.shrinksToFit);
+    EXPECT_EQ(std::tuple(third.face, third.font), std::tuple(std::nullopt, CaptionFont::serif));
+    EXPECT_EQ(third.position, CaptionPosition::imageCenterLeft);
+    EXPECT_TRUE(third.isUppercase && !third.shrinksToFit);
+    EXPECT_EQ(third.letterSpacing, -2.5);
 }
 
 TEST(Arguments, tellsPathsFromOptionsAndNames)

@@ -4,6 +4,8 @@
 #include "Persistence/PresetModels.h"
 #include "Platform/Base/ByteText.h"
 
+#include <QJsonArray>
+
 #include <gmock/gmock.h>
 
 namespace ferrow {
@@ -209,6 +211,40 @@ TEST_F(BatchCommandTest, saysWhatIsLostOfACaption)
     EXPECT_TRUE(text(cut, "leftOut").endsWith(QStringLiteral("end of it"))) << text(cut, "leftOut").toStdString();
     EXPECT_FALSE(cut.value(QLatin1StringView("letters")).toBool(true));
     EXPECT_TRUE(cutOf("Zoë", "90").toObject().value(QLatin1StringView("letters")).toBool());
+}
+
+TEST_F(BatchCommandTest, saysWhatIsWrongWithEachCaption)
+{
+    folder.write("in/a.jpg", photo);
+    const std::vector<QByteArray> words{"--dry-run",
+                                        "--border=60px",
+                                        "--caption",
+                                        "i",
+                                        "--caption-size=90",
+                                        "--caption-position=border-top-right",
+                                        "--caption-font",
+                                        "No Such Family:Bold",
+                                        "--caption",
+                                        "ii",
+                                        "--caption-size=12",
+                                        "--caption-position=border-bottom-left",
+                                        "--caption",
+                                        "iii",
+                                        "--caption-position=border-bottom-left",
+                                        "--output",
+                                        out.path(),
+                                        in.path()};
+    std::vector<QByteArray> asJson = words;
+    asJson.emplace_back("--json");
+    const test::Ended ended = run(asJson);
+    const QJsonArray cuts = ended.lines().front().value(QLatin1StringView("captionCuts")).toArray();
+    ASSERT_EQ(cuts.size(), 1);
+    EXPECT_EQ(cuts[0].toObject().value(QLatin1StringView("caption")).toInt(), 1);
+    const QJsonArray overlaps{QJsonArray{2, 3}};
+    EXPECT_EQ(ended.lines().front().value(QLatin1StringView("captionOverlaps")).toArray(), overlaps);
+    const QByteArray errors = run(words).errors;
+    for (const char* said : {"Caption 1 does not fit, letters", "Captions 2 and 3 overlap.", "“No Such Family” is not"})
+        EXPECT_EQ(errors.count(said), 1) << said << " in: " << errors.constData();
 }
 
 TEST_F(BatchCommandTest, makesNoFolderForNothing)

@@ -321,7 +321,7 @@ TEST_F(ImageExporterTest, showsThePixelsThatItWrites)
     recipe.border.color = {0.2, 0.4, 0.6, 1};
     recipe.captions.front().isEnabled = true;
     recipe.captions.front().setCaptionTemplate(QStringLiteral("{filename}"));
-    recipe.captions.front().fontSize = 9;
+    recipe.captions.front().fontSize = {9};
     recipe.logo = LogoConfiguration::placeholder(); // Nowhere to be found.
     const Bitmap shown = ImageExporter::region(photo, recipe, {15, 33, 110, 80}, 1, {});
     recipe.logo.reset();

@@ -4,8 +4,6 @@
 #include "Platform/Pixels/Resampler.h"
 #include "Support/Pictures.h"
 
-#include <limits>
-
 namespace ferrow {
 
 namespace {
@@ -19,9 +17,9 @@ RenderRecipe captioned(CaptionPosition position)
     recipe.border.width = border;
     recipe.captions.front().setCaptionTemplate(QStringLiteral("HHHH"));
     recipe.captions.front().position = position;
-    recipe.captions.front().padding = 20;
-    recipe.captions.front().verticalPadding = 12;
-    recipe.captions.front().fontSize = 24;
+    recipe.captions.front().padding = {20};
+    recipe.captions.front().verticalPadding = {12};
+    recipe.captions.front().fontSize = {24};
     recipe.captions.front().opacity = 1;
     return recipe;
 }
@@ -97,31 +95,11 @@ TEST(ImageRenderer, leavesOutWhatHasNoRoomOrIsSwitchedOff)
     };
     EXPECT_TRUE(hasInk([](RenderRecipe& recipe) { recipe.captions.front().opacity = 1.7; }));
     EXPECT_FALSE(hasInk([](RenderRecipe& recipe) { recipe.captions.front().opacity = -0.2; }));
-    EXPECT_FALSE(hasInk([](RenderRecipe& recipe) { recipe.captions.front().verticalPadding = border + 1; }));
+    EXPECT_FALSE(hasInk([](RenderRecipe& recipe) { recipe.captions.front().verticalPadding = {border + 1}; }));
     EXPECT_FALSE(hasInk([](RenderRecipe& recipe) { recipe.captions.front().isEnabled = false; }));
     // Nothing but separators is left of it.
     EXPECT_FALSE(hasInk(
         [](RenderRecipe& recipe) { recipe.captions.front().setCaptionTemplate(QStringLiteral("{lens} · {iso}")); }));
-}
-
-TEST(ImageRenderer, tellsWhatAnExportCutsOffACaption)
-{
-    RenderRecipe recipe;
-    recipe.captions.front().setCaptionTemplate(QStringLiteral("Hamburg, in March"));
-    const auto cut = [&](PixelSize size) {
-        return ImageRenderer::captionCut(size, recipe, recipe.captions.front(), {});
-    };
-    EXPECT_FALSE(cut({6000, 4000}).isCut());
-    EXPECT_TRUE(cut({40, 400}).leftOut.endsWith(QStringLiteral("March")));
-    recipe.border.width = 40;
-    EXPECT_EQ(cut({6000, 4000}), (TextCut{{}, true}));
-    recipe.captions.front().verticalPadding = 40; // No room at all.
-    EXPECT_EQ(cut({6000, 4000}), (TextCut{QStringLiteral("Hamburg, in March"), false}));
-    recipe.captions.front().opacity = 0;
-    EXPECT_FALSE(cut({6000, 4000}).isCut());
-    recipe.captions.front().opacity = 1;
-    recipe.border.width = std::numeric_limits<double>::infinity();
-    EXPECT_FALSE(cut({6000, 4000}).isCut());
 }
 
 TEST(ImageRenderer, drawsEveryCaption)
@@ -154,7 +132,7 @@ TEST(ImageRenderer, logosLieInTheirBoxUnderTheCaption)
 TEST(ImageRenderer, previewIsTheExportMadeSmaller)
 {
     RenderRecipe recipe = captioned(CaptionPosition::imageBottomRight);
-    recipe.captions.front().fontSize = 60;
+    recipe.captions.front().fontSize = {60};
     recipe.border.width = 150;
     const auto render = [&](PixelSize source) {
         return ImageRenderer::render(test::flat(source, rgb8, {99, 99, 99}), {1200, 800}, recipe, {}, {},
@@ -238,7 +216,7 @@ TEST(ImageRenderer, previewHasTextAndShadowWhereTheExportHasThem)
         for (const bool isShadowAlone : {false, true})
             for (const double padding : {12.0, 13.0, 15.0}) {
                 RenderRecipe recipe = captioned(position);
-                recipe.captions.front().verticalPadding = padding;
+                recipe.captions.front().verticalPadding = {padding};
                 recipe.captions.front().color =
                     isShadowAlone ? RGBAColor{190 / 255.0, 190 / 255.0, 190 / 255.0, 1} : RGBAColor{};
                 if (isShadowAlone && isInBorder(position))

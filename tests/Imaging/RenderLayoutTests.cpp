@@ -170,8 +170,9 @@ TEST(RenderLayout, refusesWhatCannotBeDrawnSafely)
 
 TEST(RenderLayout, refusesEveryValueThatIsNoNumber)
 {
-    double Caption::*const members[] = {&Caption::fontSize, &Caption::lineSpacing, &Caption::padding,
-                                        &Caption::verticalPadding, &Caption::opacity};
+    double Caption::*const members[] = {&Caption::letterSpacing, &Caption::opacity};
+    Length Caption::*const lengths[] = {&Caption::fontSize, &Caption::lineSpacing, &Caption::padding,
+                                        &Caption::verticalPadding};
     for (const double value : {infinity, -infinity, std::nan("")}) {
         std::vector<RenderRecipe> recipes(std::size(members) + 2);
         for (std::size_t i = 0; i < std::size(members); ++i)
@@ -187,11 +188,15 @@ TEST(RenderLayout, refusesEveryValueThatIsNoNumber)
         (recipes.end() - 2)->border.width = value;
         recipes.back().logo = LogoConfiguration::placeholder();
         recipes.back().logo->opacity = value;
+        for (const auto member : lengths)
+            recipes.emplace_back().captions.front().*member = {value};
         for (const RenderRecipe& recipe : recipes)
             EXPECT_THROW(validateRenderBounds({10, 10}, recipe, 1), ImagePipelineError);
         EXPECT_THROW(validateRenderBounds({10, 10}, RenderRecipe(), value), ImagePipelineError);
     }
     EXPECT_THROW(validateRenderBounds({10, 10}, RenderRecipe(), 0), ImagePipelineError);
+    const RenderRecipe beyondNumbers{.captions = {{.padding = {1e308, BorderUnit::percent}}}};
+    EXPECT_THROW(validateRenderBounds({1000, 1000}, beyondNumbers, 1), ImagePipelineError);
     EXPECT_EQ(finiteInteger(infinity), std::numeric_limits<std::int64_t>::max());
     EXPECT_EQ(finiteInteger(-3), 0);
 }

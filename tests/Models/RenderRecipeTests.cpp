@@ -76,8 +76,17 @@ TEST(RenderRecipe, hashesLikeItCompares)
     EXPECT_EQ(zero, negativeZero);
     EXPECT_EQ(hash(zero), hash(negativeZero));
     EXPECT_NE(hash(zero), hash(RenderRecipe{}));
-    const RenderRecipe two{.captions = {{}, {.fontSize = 9}}};
-    EXPECT_NE(hash(two), hash(RenderRecipe{.captions = {{}, {.fontSize = 8}}}));
+    const RenderRecipe two{.captions = {{}, {.fontSize = {9}}}};
+    for (const Caption& other :
+         std::initializer_list<Caption>{{.fontSize = {8}},
+                                        {.fontSize = {9, BorderUnit::percent}},
+                                        {.face = FontFace{u"Inter"_s, u"Medium"_s}, .fontSize = {9}},
+                                        {.fontSize = {9}, .letterSpacing = 1},
+                                        {.fontSize = {9}, .isUppercase = true},
+                                        {.fontSize = {9}, .shrinksToFit = true}}) {
+        EXPECT_NE(hash(two), hash(RenderRecipe{.captions = {{}, other}}));
+        EXPECT_NE(two, (RenderRecipe{.captions = {{}, other}}));
+    }
 
     RenderRecipe withLogo = zero;
     withLogo.logo = LogoConfiguration::placeholder();
@@ -85,6 +94,25 @@ TEST(RenderRecipe, hashesLikeItCompares)
     hiddenLogo.logo->isEnabled = false;
     EXPECT_NE(hash(withLogo), hash(zero));
     EXPECT_NE(hash(withLogo), hash(hiddenLogo));
+}
+
+TEST(RenderRecipe, givesEveryFurtherCaptionAPlaceOfItsOwn)
+{
+    RenderRecipe recipe;
+    recipe.captions.front().fontSize = {3, BorderUnit::percent};
+    const CaptionPosition places[] = {CaptionPosition::borderBottomRight,  CaptionPosition::borderBottomLeft,
+                                      CaptionPosition::borderBottomCenter, CaptionPosition::borderTopLeft,
+                                      CaptionPosition::borderTopRight,     CaptionPosition::borderTopCenter};
+    while (recipe.captions.size() < RenderRecipe::mostCaptions)
+        recipe.captions.push_back(recipe.captionLike(recipe.captions.size() - 1));
+    for (std::size_t i = 0; i < RenderRecipe::mostCaptions; ++i) {
+        EXPECT_EQ(recipe.captions[i].position, places[i]);
+        EXPECT_EQ(recipe.captions[i].fontSize, recipe.captions.front().fontSize);
+    }
+    EXPECT_EQ(recipe.captions[1].alignment, CaptionAlignment::left);
+    EXPECT_EQ(recipe.captions[5].alignment, CaptionAlignment::center);
+    recipe.captions.front().position = CaptionPosition::imageCenterLeft;
+    EXPECT_EQ(recipe.captionLike(0).position, CaptionPosition::imageCenterRight);
 }
 
 TEST(RenderRecipe, keepsTheBorderWhenItsUnitChanges)

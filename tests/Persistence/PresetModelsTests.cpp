@@ -83,6 +83,29 @@ TEST(PresetDocument, keepsWhatIsNewOfABorderOnlyWhereItIsSet)
     EXPECT_EQ(document.encode(), QJsonDocument::fromJson(json).toJson(QJsonDocument::Indented));
 }
 
+TEST(PresetDocument, keepsWhatCaptionsHadLater)
+{
+    PresetPayload payload = test::oddPayload();
+    Caption second = payload.framing.captions.front();
+    second.setCaptionTemplate(u"{iso}"_s);
+    second.face = FontFace{u"EB Garamond"_s, u"Medium Italic"_s};
+    second.fontSize = {4, BorderUnit::percent};
+    second.letterSpacing = -2.5;
+    second.isUppercase = true;
+    second.shrinksToFit = true;
+    payload.framing.captions.resize(RenderRecipe::mostCaptions, second);
+    payload.framing.captions.front().padding.unit = BorderUnit::percent;
+    payload = PresetPayload::make(payload.framing, {ExportFormat::heic, 0.7}, {});
+    const PhotoPreset preset{QUuid::createUuid(), u"x"_s, payload, QDateTime::fromSecsSinceEpoch(0).toUTC(),
+                             QDateTime::fromSecsSinceEpoch(0).toUTC()};
+    const QByteArray json = PresetDocument{.presets = {preset}}.encode();
+    EXPECT_EQ(PresetDocument::decode(json).presets, std::vector{preset});
+    // An older reader goes by the members it knows.
+    EXPECT_TRUE(json.contains("\"captionPadding\": 1e-09,\n")) << json.constData();
+    EXPECT_EQ(json.count("\"captionTemplate\""), 6);
+    EXPECT_EQ(json.count("\"captionPaddingUnit\""), 1);
+}
+
 TEST(PresetDocument, readsTheLogosOfOlderDocuments)
 {
     const qsizetype start = handWritten.indexOf("\"isEnabled\"");
@@ -154,6 +177,21 @@ TEST(PresetDocument, refusesWhatIsOddAndSaysWhere)
         {"09:26:53Z", "09:26:53", Case::unknownValue, u"createdAt"_s},
         {"2025-03-14T09", "2025-02-30T09", Case::unknownValue, u"createdAt"_s},
         {"6F9619FF", "{6F9619FF", Case::unknownValue, u"id"_s},
+        {"\"New York\"", R"("System", "captionFontSizeUnit": 7)", Case::wrongType, u"captionFontSizeUnit"_s},
+        {"\"New York\"", R"("System", "captionPaddingUnit": "em")", Case::unknownValue, u"captionPaddingUnit"_s},
+        {"\"New York\"", R"("System", "captionShrinkToFit": 1)", Case::wrongType, u"captionShrinkToFit"_s},
+        {"\"New York\"", R"("System", "captionLetterSpacing": "4")", Case::wrongType, u"captionLetterSpacing"_s},
+        {"\"New York\"", R"("System", "captionFontFace": "Inter")", Case::wrongType, u"captionFontFace"_s},
+        {"\"New York\"", R"("System", "captionFontFace": {"family": "Inter"})", Case::missingMember, u"style"_s},
+        {"\"New York\"", R"("System", "captionFontFace": {"family": "", "style": ""})", Case::unknownValue,
+         u"family"_s},
+        {"\"New York\"",
+         "\"System\", \"captionFontFace\": {\"family\": \"" + QByteArray(10'000, 'x') + "\", \"style\": \"\"}",
+         Case::tooLong, u"family"_s},
+        {"\"New York\"", R"("System", "furtherCaptions": {})", Case::wrongType, u"furtherCaptions"_s},
+        {"\"New York\"", R"("System", "furtherCaptions": [{}])", Case::missingMember, u"captionEnabled"_s},
+        {"\"New York\"", "\"System\", \"furtherCaptions\": [{}" + QByteArray(",{}").repeated(999) + "]", Case::tooLong,
+         u"furtherCaptions"_s},
     };
     for (const auto& [from, to, value, member] : rows)
         EXPECT_EQ(refusal(from, to), (PresetCodingError{value, member})) << to.toStdString();

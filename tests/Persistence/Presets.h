@@ -15,12 +15,12 @@ inline PresetPayload oddPayload()
         .segments = CaptionSegment::parse(QStringLiteral("{title} · „x“\n{year}")),
         .position = CaptionPosition::imageCenterLeft,
         .font = CaptionFont::serif,
-        .fontSize = 31.25,
+        .fontSize = {31.25},
         .color = {0.5, 0.6, 0.7, 0.8},
         .alignment = CaptionAlignment::center,
-        .lineSpacing = -1,
-        .padding = 1e-9,
-        .verticalPadding = 12345678.5,
+        .lineSpacing = {-1},
+        .padding = {1e-9},
+        .verticalPadding = {12345678.5},
         .opacity = 1.0 / 3,
     };
     const RenderRecipe recipe{

@@ -133,6 +133,15 @@ TEST(ExportFindings, namesEachCauseOnce)
          }},
         {"3 photos have captions that don’t fit", Severity::warning, 3, "cut off",
          [](auto& s) { s.request.framing.batch.border.width = 30; }},
+        {"3 photos have captions that overlap", Severity::warning, 3, "over the other",
+         [](auto& s) {
+             std::vector<Caption>& captions = s.request.framing.batch.captions;
+             captions.push_back(captions.front());
+         }},
+        {"The font “No Such Family” is not installed", Severity::warning, 3, "stands in",
+         [](auto& s) {
+             s.request.framing.batch.captions.front().face = FontFace{QStringLiteral("No Such Family"), {}};
+         }},
         {"The logo can’t be drawn", Severity::error, 3, "", [](auto& s) { s.request.framing.batch.logo.emplace(); }},
         {"1 photo can’t be framed like this", Severity::warning, 1, "",
          [](auto& s) {

@@ -14,6 +14,23 @@ TEST(FontFamilies, keepTheAskedNameFirstAndEmojiLast)
     EXPECT_TRUE(QFontDatabase::hasFamily(FontFamilies::system())) << FontFamilies::system().toStdString();
 }
 
+TEST(FontFamilies, knowWhatIsInstalledAndWhatStandsInForTheRest)
+{
+    const QStringList installed = FontFamilies::installed();
+    EXPECT_TRUE(installed.contains(u"DejaVu Sans"_s));
+    EXPECT_TRUE(FontFamilies::isInstalled(u"DejaVu Sans"_s));
+    EXPECT_EQ(FontFamilies::chainForInstalled(u"DejaVu Sans"_s).first(), u"DejaVu Sans"_s);
+    const QStringList styles = FontFamilies::styles(u"Inter"_s);
+    EXPECT_GT(styles.indexOf(u"Bold"_s), styles.indexOf(u"Regular"_s));
+    EXPECT_TRUE(FontFamilies::styles(u"No Such Family"_s).isEmpty());
+    for (const QString& absent :
+         {u"No Such Family"_s, QString(), u"DejaVu Sans, DejaVu Serif"_s, QString(10'000, u'x')}) {
+        EXPECT_FALSE(FontFamilies::isInstalled(absent)) << absent.toStdString();
+        EXPECT_EQ(FontFamilies::standInFor(absent), FontFamilies::system()) << absent.toStdString();
+        EXPECT_EQ(FontFamilies::chainForInstalled(absent).first(), FontFamilies::system());
+    }
+}
+
 TEST(FontFamilies, giveFiveDifferentFacesAndABoldOneOfTheRounded)
 {
     for (const QString& family : {u"Inter"_s, u"Manrope"_s, u"PT Serif"_s, u"JetBrains Mono"_s, u"Quicksand"_s})

@@ -84,6 +84,71 @@ TEST(TextFrame, saysWhatABoxCutsOff)
     }
 }
 
+TEST(TextFrame, fitsWhereItsLinesStandWithAllWords)
+{
+    const TextStyle style = styleFor("Helvetica Neue");
+    const double height = sizeOf(u"H"_s, style).height();
+    const double advance = advanceOf(style);
+    const double word = sizeOf(u"Hamburg"_s, style).width();
+    const struct {
+        const char* name;
+        QString text;
+        QSizeF box;
+        bool fits;
+    } rows[] = {
+        {"one line", u"Hamburg"_s, {word + 1, height}, true},
+        {"no room for descenders, though there is none", u"HHH"_s, {word, height - 1}, false},
+        {"two lines", u"Hamburg Hamburg"_s, {word + 1, height + advance}, true},
+        {"two lines, one too low", u"Hamburg Hamburg"_s, {word + 1, height + advance - 1}, false},
+        {"a line feed", u"H\nH"_s, {word, height}, false},
+        {"a word broken apart", u"Hamburg"_s, {word - 4, 10 * height}, false},
+        {"signs that may be parted", u"日本語日本語"_s, {90, 10 * height}, true},
+        {"nothing", {}, {word, height}, true},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(TextFrame(row.text, style).fits(row.box), row.fits) << row.name;
+}
+
+TEST(TextFrame, spacesLettersButNotBehindTheLast)
+{
+    for (const double spacing : {0.2, -0.1}) {
+        TextStyle style = styleFor("Helvetica Neue", 100);
+        const double plain = sizeOf(u"HHHH"_s, style).width();
+        const auto inkOf = [&](TextAlignment alignment) {
+            style.alignment = alignment;
+            return inkBounds(drawBlack(u"HHHH"_s, style, {600, 150}));
+        };
+        const QRect left = inkOf(TextAlignment::left);
+        const QRect right = inkOf(TextAlignment::right);
+        style.letterSpacing = spacing;
+        EXPECT_NEAR(sizeOf(u"HHHH"_s, style).width(), plain + 3 * spacing * 100, 0.5);
+        EXPECT_NEAR(inkOf(TextAlignment::left).left(), left.left(), 1);
+        EXPECT_NEAR(inkOf(TextAlignment::right).right(), right.right(), 1);
+        EXPECT_NEAR(inkOf(TextAlignment::right).width(), right.width() + 3 * spacing * 100, 2);
+        const QRect center = inkOf(TextAlignment::center);
+        EXPECT_NEAR(center.left(), 599 - center.right(), 2);
+        EXPECT_EQ(linesOf(u"HHHH"_s, style, plain + 3 * spacing * 100 + 1), 1);
+    }
+}
+
+TEST(TextFrame, drawsTheStyleOfAFamily)
+{
+    const auto inkOf = [](const char* family, const char* face, bool bold = false) {
+        TextStyle style{.families = FontFamilies::chainForInstalled(QString::fromLatin1(family)),
+                        .bold = bold,
+                        .face = QString::fromLatin1(face)};
+        return allBytes(drawBlack(u"Hamburg 👍"_s, style, {400, 60}));
+    };
+    const QByteArray regular = inkOf("DejaVu Sans", "");
+    const QByteArray bold = inkOf("DejaVu Sans", "Bold");
+    EXPECT_EQ(inkOf("DejaVu Sans", "Book"), regular);
+    EXPECT_EQ(bold, inkOf("DejaVu Sans", "", true));
+    EXPECT_NE(bold, regular);
+    // A style that it has not: the nearest by weight.
+    EXPECT_EQ(inkOf("DejaVu Sans", "Extra Black"), bold);
+    EXPECT_EQ(inkOf("DejaVu Sans", "Nonsense"), regular);
+}
+
 TEST(TextFrame, breaksAlikeInTheBoxItSuggested)
 {
     std::mt19937 random(11);

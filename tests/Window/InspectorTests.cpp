@@ -117,7 +117,7 @@ TEST_F(Inspector, leavesValuesOfPresetsAsTheyAreUntilTheyAreEdited)
     wild.border.width = 1'234.56;
     wild.border.color = {0.1234, 1e20, -3, 0.5};
     wild.captions.front().color = {1e300, -1e300, 2, 1};
-    wild.captions.front().fontSize = 4'000;
+    wild.captions.front().fontSize = {4'000};
     session.setBatchRecipe(wild);
     EXPECT_EQ(find<QLineEdit>("borderWidthField").text(), QStringLiteral("1235"));
     find<QLineEdit>("borderWidthField").setFocus();

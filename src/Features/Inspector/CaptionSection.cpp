@@ -7,7 +7,7 @@
 #include "Features/Inspector/InspectorRows.h"
 #include "Features/Inspector/PositionButton.h"
 #include "Features/Inspector/PositionPopover.h"
-#include "Imaging/ImageRenderer.h"
+#include "Imaging/CaptionDrawing.h"
 #include "Session/WindowTexts.h"
 #include "Widgets/ColorWell.h"
 #include "Widgets/FormRow.h"
@@ -33,6 +33,13 @@ void bindMember(Source* source, void (Source::*edited)(Value), EditHistory& hist
 {
     bindEdits(source, edited, history, step, [member](RenderRecipe& recipe, const Member& value) {
         CaptionEditing::captionOf(recipe).*member = value;
+    });
+}
+
+void bindLength(SliderField* field, EditHistory& history, const QString& step, Length Caption::*length)
+{
+    bindEdits(field, &SliderField::valueEdited, history, step, [length](RenderRecipe& recipe, double value) {
+        (CaptionEditing::captionOf(recipe).*length).value = value;
     });
 }
 
@@ -83,7 +90,7 @@ void CaptionSection::buildLook(QVBoxLayout* rows)
 
     size_ = addSliderRow(rows, QStringLiteral("Size"), QStringLiteral("Caption size"), InspectorRanges::captionSize());
     size_->field()->setObjectName(QStringLiteral("captionSizeField"));
-    bindMember(size_, &SliderField::valueEdited, context_.history, QStringLiteral("Caption Size"), &Caption::fontSize);
+    bindLength(size_, context_.history, QStringLiteral("Caption Size"), &Caption::fontSize);
 
     color_ = new ColorWell(QStringLiteral("Caption color"));
     color_->setObjectName(QStringLiteral("captionColorWell"));
@@ -117,9 +124,9 @@ void CaptionSection::buildMore(QVBoxLayout* rows)
     auto* more = new Disclosure(QStringLiteral("More"), QStringLiteral("More caption settings"));
     rows->addWidget(more);
     const auto add = [&](const QString& label, const QString& name, const ValueRange& range, const QString& tip,
-                         double Caption::*number) {
+                         Length Caption::*length) {
         SliderField* field = addSliderRow(more->rows(), label, name, range, tip);
-        bindMember(field, &SliderField::valueEdited, context_.history, name, number);
+        bindLength(field, context_.history, name, length);
         return field;
     };
     lineSpacing_ =
@@ -129,8 +136,9 @@ void CaptionSection::buildMore(QVBoxLayout* rows)
                      QStringLiteral("Distance to the left and right edge"), &Caption::padding);
     edgeInset_ = add(QStringLiteral("Edge inset"), QStringLiteral("Caption Edge Inset"), InspectorRanges::inset(),
                      QStringLiteral("Distance to the upper or lower edge"), &Caption::verticalPadding);
-    opacity_ = add(QStringLiteral("Opacity"), QStringLiteral("Caption Opacity"), InspectorRanges::opacity(), QString(),
-                   &Caption::opacity);
+    const QString opacityStep = QStringLiteral("Caption Opacity");
+    opacity_ = addSliderRow(more->rows(), QStringLiteral("Opacity"), opacityStep, InspectorRanges::opacity());
+    bindMember(opacity_, &SliderField::valueEdited, context_.history, opacityStep, &Caption::opacity);
 }
 
 template <typename Value>
@@ -172,16 +180,16 @@ void CaptionSection::refresh()
     headerSwitch()->setChecked(caption.isEnabled);
     group_->setEnabled(caption.isEnabled);
 
-    builder_->setCutNote(photo ? WindowTexts::captionCutNote(
-                                     ImageRenderer::captionCut(photo->pixelSize, recipe, caption, photo->metadata))
-                               : QString());
+    builder_->setCutNote(
+        photo ? WindowTexts::captionCutNote(CaptionDrawing::cut(photo->pixelSize, recipe, caption, photo->metadata))
+              : QString());
     font_->setCurrentIndex(int(caption.font));
-    size_->setValue(caption.fontSize);
+    size_->setValue(caption.fontSize.value);
     color_->setColor(caption.color);
     alignment_->setCurrentIndex(int(caption.alignment));
-    lineSpacing_->setValue(caption.lineSpacing);
-    sideInset_->setValue(caption.padding);
-    edgeInset_->setValue(caption.verticalPadding);
+    lineSpacing_->setValue(caption.lineSpacing.value);
+    sideInset_->setValue(caption.padding.value);
+    edgeInset_->setValue(caption.verticalPadding.value);
     opacity_->setValue(caption.opacity);
     if (colorPopover_)
         colorPopover_->setColor(caption.color);

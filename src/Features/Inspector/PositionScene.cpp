@@ -2,7 +2,7 @@
 #include "Features/Inspector/PositionScene.h"
 
 #include "Features/Inspector/InspectorRows.h"
-#include "Imaging/ImageRenderer.h"
+#include "Imaging/CaptionDrawing.h"
 
 #include <algorithm>
 
@@ -25,14 +25,22 @@ std::optional<double> borderThickness(const RenderRecipe& recipe, CaptionPositio
     return position < CaptionPosition::borderBottomLeft ? lengths.top : lengths.bottom;
 }
 
+/// Whether a line of it may stand in that border, as far as that can be told without a photo.
+bool mayFit(const Caption& caption, double thickness)
+{
+    if (caption.verticalPadding.unit == BorderUnit::percent || caption.fontSize.unit == BorderUnit::percent)
+        return true;
+    const double line = caption.shrinksToFit ? 1 : lineHeight * caption.fontSize.value;
+    return thickness - std::max(caption.verticalPadding.value, 0.0) >= line;
+}
+
 QString captionWarning(const RenderRecipe& recipe, const Caption& caption, const ImportedPhoto* photo)
 {
     const auto thickness = borderThickness(recipe, caption.position, photo);
     if (!thickness || !isInBorder(caption.position))
         return {};
-    const double room = *thickness - std::max(caption.verticalPadding, 0.0);
-    const bool fits = photo ? !ImageRenderer::captionCut(photo->pixelSize, recipe, caption, photo->metadata).isCut()
-                            : room >= lineHeight * caption.fontSize;
+    const bool fits = photo ? !CaptionDrawing::cut(photo->pixelSize, recipe, caption, photo->metadata).isCut()
+                            : mayFit(caption, *thickness);
     return fits ? QString() : QStringLiteral("The border is too thin for the caption.");
 }
 

@@ -9,12 +9,14 @@
 #include <QFontDatabase>
 #include <QFontInfo>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <future>
 #include <memory>
 #include <system_error>
 #include <thread>
+#include <tuple>
 
 namespace ferrow::FontFamilies {
 
@@ -134,6 +136,46 @@ QString system()
 {
     static const QString family = findSystem();
     return family;
+}
+
+QStringList installed()
+{
+    QStringList families = QFontDatabase::families();
+    families.removeIf([](const QString& family) { return QFontDatabase::isPrivateFamily(family); });
+    return families;
+}
+
+bool isInstalled(const QString& family)
+{
+    return QFontDatabase::hasFamily(family);
+}
+
+QStringList styles(const QString& family)
+{
+    QStringList styles = QFontDatabase::styles(family);
+    const auto rank = [&](const QString& style) {
+        return std::tuple(QFontDatabase::weight(family, style), QFontDatabase::italic(family, style), style);
+    };
+    std::ranges::sort(styles, {}, rank);
+    return styles;
+}
+
+QString standInFor(const QString& family)
+{
+    if (family.trimmed().isEmpty())
+        return system(); // It would match whichever font comes first.
+    const auto matched = [](const QString& name) { return QFontInfo(QFont(QStringList{name})).family(); };
+    const QString nearest = matched(family);
+    // For a name that it does not know, the system has one answer. Signs instead of letters are no stand-in.
+    const bool isKnown = nearest != matched(QStringLiteral("sans-serif")) &&
+                         QFontDatabase::writingSystems(nearest).contains(QFontDatabase::Latin);
+    return isKnown ? nearest : system();
+}
+
+QStringList chainForInstalled(const QString& family)
+{
+    return QStringList{isInstalled(family) ? family : standInFor(family), system()} +
+           chainFor(QStringLiteral("Helvetica Neue"));
 }
 
 QStringList chainFor(const QString& name)

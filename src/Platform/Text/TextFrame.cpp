@@ -4,6 +4,8 @@
 #include "Platform/Text/EmojiSequences.h"
 
 #include <QFont>
+#include <QFontDatabase>
+#include <QFontInfo>
 #include <QFontMetricsF>
 #include <QGlyphRun>
 #include <QImage>
@@ -13,6 +15,7 @@
 #include <QTextLayout>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <vector>
 
@@ -20,8 +23,8 @@ namespace ferrow {
 
 namespace {
 
-/// A device of 72 dots per inch: one point is one pixel there. Fonts take fractions only in points.
-constexpr int dotsPerMeter = 2835;
+/// On a device of 72 dots per inch one point is one pixel. Fonts take fractions only in points.
+constexpr int pointsPerInch = 72;
 
 /// Lines are broken at this size and drawn at their own. The engine rounds a glyph's overhang to whole pixels and
 /// counts it when it breaks lines, so that small texts would break earlier than large ones. Not larger, because widths
@@ -32,16 +35,69 @@ constexpr double widestLine = 16'000'000;
 /// Extents are sums of 1/64 pixels; a box that is short by less was meant to fit.
 constexpr double tolerance = 1.0 / 64;
 
-/// The range in which pixel sizes mean something to the font engine.
+/// Below it sizes mean nothing to the font engine.
 constexpr double smallestSize = 1;
-constexpr double largestSize = 20'000;
 
-QImage makeDevice()
+void setResolution(QImage& image, int dotsPerInch)
 {
-    QImage image(1, 1, QImage::Format_RGBA8888_Premultiplied);
+    const auto dotsPerMeter = int(std::lround(dotsPerInch / 0.0254));
     image.setDotsPerMeterX(dotsPerMeter);
     image.setDotsPerMeterY(dotsPerMeter);
+}
+
+QImage makeDevice(int dotsPerInch)
+{
+    QImage image(1, 1, QImage::Format_RGBA8888_Premultiplied);
+    setResolution(image, dotsPerInch);
     return image;
+}
+
+/// The engine scales letter spacing by the resolution over that of the screen, as a whole number: at 72 dots per inch
+/// there would be none. Text with letter spacing is laid out at the screen's, where that number is one.
+int resolutionFor(const TextStyle& style)
+{
+    if (style.letterSpacing == 0)
+        return pointsPerInch;
+    QFont font;
+    font.setPointSizeF(pointsPerInch);
+    return std::max(QFontInfo(font).pixelSize(), 1);
+}
+
+struct StyleWord {
+    QLatin1StringView word;
+    QFont::Weight weight;
+};
+/// As they stand in names of styles, without blanks and hyphens; longer ones before those they end in.
+constexpr std::array<StyleWord, 13> styleWords{{{QLatin1StringView("thin"), QFont::Thin},
+                                                {QLatin1StringView("hairline"), QFont::Thin},
+                                                {QLatin1StringView("extralight"), QFont::ExtraLight},
+                                                {QLatin1StringView("ultralight"), QFont::ExtraLight},
+                                                {QLatin1StringView("light"), QFont::Light},
+                                                {QLatin1StringView("medium"), QFont::Medium},
+                                                {QLatin1StringView("demi"), QFont::DemiBold},
+                                                {QLatin1StringView("semi"), QFont::DemiBold},
+                                                {QLatin1StringView("extrabold"), QFont::ExtraBold},
+                                                {QLatin1StringView("ultrabold"), QFont::ExtraBold},
+                                                {QLatin1StringView("bold"), QFont::Bold},
+                                                {QLatin1StringView("black"), QFont::Black},
+                                                {QLatin1StringView("heavy"), QFont::Black}}};
+
+/// Weight and slant are set beside the name, which families that fill gaps need not know.
+void setFace(QFont& font, const QString& face)
+{
+    const QString family = font.families().value(0);
+    if (QFontDatabase::styles(family).contains(face)) {
+        font.setWeight(static_cast<QFont::Weight>(QFontDatabase::weight(family, face)));
+        font.setItalic(QFontDatabase::italic(family, face));
+        font.setStyleName(face);
+        return;
+    }
+    QString words = face.toLower();
+    words.remove(u' ').remove(u'-');
+    font.setItalic(words.contains(QLatin1StringView("italic")) || words.contains(QLatin1StringView("oblique")));
+    const auto known =
+        std::ranges::find_if(styleWords, [&](const StyleWord& entry) { return words.contains(entry.word); });
+    font.setWeight(known == styleWords.end() ? QFont::Normal : known->weight);
 }
 
 QFont makeFont(const TextStyle& style, double pixelSize, const QPaintDevice* device)
@@ -49,8 +105,12 @@ QFont makeFont(const TextStyle& style, double pixelSize, const QPaintDevice* dev
     QFont font;
     if (!style.families.isEmpty())
         font.setFamilies(style.families);
-    font.setPointSizeF(pixelSize);
+    font.setPointSizeF(pixelSize * pointsPerInch / device->logicalDpiY());
     font.setBold(style.bold);
+    if (!style.face.isEmpty())
+        setFace(font, style.face);
+    if (style.letterSpacing != 0)
+        font.setLetterSpacing(QFont::AbsoluteSpacing, style.letterSpacing * pixelSize);
     font.setHintingPreference(QFont::PreferNoHinting);
     font.setStyleStrategy(QFont::StyleStrategy(QFont::PreferAntialias | QFont::NoSubpixelAntialias));
     return QFont(font, device);
@@ -117,6 +177,7 @@ QList<QTextLayout::FormatRange> emojiFormats(const QList<TextRange>& emoji)
     QTextCharFormat format;
     format.setFontFamilies({QStringLiteral("Noto Color Emoji")});
     format.setFontWeight(QFont::Normal);
+    format.setFontItalic(false);
     QList<QTextLayout::FormatRange> formats;
     for (const TextRange& range : emoji)
         formats.append({range.start, range.length, format});
@@ -198,21 +259,24 @@ bool hasInkOutside(const Bitmap& bitmap, const QRect& visible)
 } // namespace
 
 struct TextFrame::Implementation {
-    QImage device = makeDevice();
+    QImage device;
     std::vector<EmojiText> paragraphs;
     double pixelSize;
     double wholeSize; ///< Fonts made for screens round their size to whole pixels: drawn so, then scaled.
     QFont font;
     QFont breakingFont;
     TextAlignment alignment;
+    double spacing; ///< Behind each letter, a line's last included: there it is no part of the line.
     double ascent = 0;
     double inkHeight = 0; ///< Ascent and descent of the font that was asked for, whatever fonts fill its gaps.
     double advance = 0;   ///< From one baseline to the next.
 
     Implementation(const QString& text, const TextStyle& style)
-        : paragraphs(paragraphsOf(text)), pixelSize(std::clamp(style.pixelSize, smallestSize, largestSize)),
+        : device(makeDevice(resolutionFor(style))), paragraphs(paragraphsOf(text)),
+          pixelSize(std::clamp(style.pixelSize, smallestSize, TextStyle::largestSize)),
           wholeSize(std::round(pixelSize)), font(makeFont(style, wholeSize, &device)),
-          breakingFont(makeFont(style, breakingSize, &device)), alignment(style.alignment)
+          breakingFont(makeFont(style, breakingSize, &device)), alignment(style.alignment),
+          spacing(style.letterSpacing * pixelSize)
     {
         const QFontMetricsF metrics(breakingFont, &device);
         const double scale = pixelSize / breakingSize;
@@ -229,14 +293,15 @@ struct TextFrame::Implementation {
     }
 
     /// The first lines, at most `most`, of the text broken at `width`.
-    [[nodiscard]] LineRanges breakLines(double width, std::size_t most) const
+    [[nodiscard]] LineRanges breakLines(double width, std::size_t most,
+                                        QTextOption::WrapMode mode = QTextOption::WrapAtWordBoundaryOrAnywhere) const
     {
-        const double breakingWidth = std::clamp(width * breakingSize / pixelSize, 1.0, widestLine);
+        const double breakingWidth = std::clamp((width + spacing) * breakingSize / pixelSize, 1.0, widestLine);
         LineRanges lines;
         for (std::size_t paragraph = 0; paragraph < paragraphs.size() && lines.size() < most; ++paragraph) {
             const auto& [text, emoji] = paragraphs[paragraph];
             QTextLayout layout(text, breakingFont, &device);
-            layout.setTextOption(option(QTextOption::WrapAtWordBoundaryOrAnywhere, breakingSize));
+            layout.setTextOption(option(mode, breakingSize));
             layout.setFormats(emojiFormats(emoji));
             layout.beginLayout();
             while (lines.size() < most) {
@@ -280,7 +345,7 @@ struct TextFrame::Implementation {
             for (auto range = first; range != end; ++range) {
                 QTextLine line = layout.createLine();
                 if (line.isValid())
-                    line.setLineWidth(std::min(width / lineScale(), widestLine));
+                    line.setLineWidth(std::min((width + spacing) / lineScale(), widestLine));
             }
             layout.endLayout();
             for (int i = 0; i < layout.lineCount(); ++i)
@@ -336,14 +401,37 @@ QSizeF TextFrame::suggestedSize(const QSizeF& constraint) const
     const LineRanges lines = self.breakLines(constraint.width(), most);
     double width = 0;
     self.layOut(lines, constraint.width(), [&](const QTextLine& line, std::size_t) {
-        width =
-            std::max({width, line.naturalTextWidth() * self.lineScale(), line.horizontalAdvance() * self.lineScale()});
+        const double natural = std::max(line.naturalTextWidth(), line.horizontalAdvance()) * self.lineScale();
+        width = std::max(width, natural - self.spacing);
     });
     // The engine asks more room for a word's overhang than the line it ends up in has. What breaks alike here and at
     // the constraint breaks alike anywhere between.
     while (width < constraint.width() && self.breakLines(width, most) != lines)
         width += self.pixelSize / 50;
     return {width, self.inkHeight + self.advance * (double(lines.size()) - 1)};
+}
+
+bool TextFrame::fits(const QSizeF& box) const
+{
+    const Implementation& self = *implementation_;
+    if (self.inkHeight > box.height() + tolerance)
+        return false;
+    const std::size_t most = self.linesWithin(box.height());
+    const LineRanges lines = self.breakLines(box.width(), most, QTextOption::WordWrap);
+    return self.textBehind(lines.back()).isEmpty() && self.breakLines(box.width(), most) == lines;
+}
+
+std::vector<QRectF> TextFrame::lineRects(const QSizeF& box) const
+{
+    const Implementation& self = *implementation_;
+    const LineRanges lines = self.breakLines(box.width(), self.linesWithin(box.height()));
+    std::vector<QRectF> rects;
+    self.layOut(lines, box.width(), [&](const QTextLine& line, std::size_t index) {
+        const QRectF natural = line.naturalTextRect();
+        rects.emplace_back(natural.x() * self.lineScale(), self.advance * double(index),
+                           natural.width() * self.lineScale() - self.spacing, self.inkHeight);
+    });
+    return rects;
 }
 
 TextCut TextFrame::cutIn(const QSizeF& box, const QRectF& visible) const
@@ -356,7 +444,7 @@ TextCut TextFrame::cutIn(const QSizeF& box, const QRectF& visible) const
     bool mayStickOut = false;
     self.layOut(lines, box.width(), [&](const QTextLine& line, std::size_t index) {
         const double baseline = self.ascent + self.advance * double(index);
-        mayStickOut = mayStickOut || line.naturalTextWidth() * self.lineScale() > visible.width() + 1 ||
+        mayStickOut = mayStickOut || line.naturalTextWidth() * self.lineScale() - self.spacing > visible.width() + 1 ||
                       baseline - line.ascent() * self.lineScale() < visible.top() - tolerance ||
                       baseline + line.descent() * self.lineScale() > visible.bottom() + tolerance;
     });
@@ -377,8 +465,7 @@ Bitmap TextFrame::drawn(const QSizeF& box, QPointF offset, int margin, double re
         return bitmap;
     QImage canvas(reinterpret_cast<uchar*>(bitmap.row(0)), int(size.width), int(size.height),
                   qsizetype(bitmap.stride()), QImage::Format_ARGB32_Premultiplied);
-    canvas.setDotsPerMeterX(dotsPerMeter);
-    canvas.setDotsPerMeterY(dotsPerMeter);
+    setResolution(canvas, pointsPerInch);
 
     QPainter painter(&canvas);
     painter.setRenderHint(QPainter::Antialiasing);

@@ -10,6 +10,7 @@
 #include <QStringList>
 
 #include <memory>
+#include <vector>
 
 namespace ferrow {
 
@@ -18,9 +19,16 @@ enum class TextAlignment { left, center, right };
 struct TextStyle {
     QStringList families; ///< Tried in order; the first that is installed draws the text, the rest fill its gaps.
     bool bold = false;
-    double pixelSize = 48;                         ///< 1 … 20,000.
+    /// A style of the first family, such as "Medium Italic", where it is not the regular one. Of a family that has none
+    /// of this name, the style that its words are nearest to.
+    QString face = {};
+    double letterSpacing = 0;                      ///< Behind each letter but a line's last, in sizes.
+    double pixelSize = 48;                         ///< 1 … largestSize.
     TextAlignment alignment = TextAlignment::left; ///< Literal, also in right-to-left text.
     double lineSpacing = 0;                        ///< Extra pixels between lines.
+
+    /// Up to which sizes mean something to the font engine.
+    static constexpr double largestSize = 20'000;
 };
 
 /// The families to ask for, in order, for each typeface choice: the named face, its stand-ins, then color emoji.
@@ -30,6 +38,16 @@ namespace FontFamilies {
 /// `name` followed by its stand-ins on this platform ("New York" → "PT Serif", "Noto Serif" …). Those of
 /// "Arial Rounded MT Bold" are bold only when TextStyle::bold is set.
 [[nodiscard]] QStringList chainFor(const QString& name);
+
+/// The names of all families that are installed, in no order. The first call may take a while.
+[[nodiscard]] QStringList installed();
+[[nodiscard]] bool isInstalled(const QString& family);
+/// The styles of a family from light to bold, upright before slanted; none of one that is not installed.
+[[nodiscard]] QStringList styles(const QString& family);
+/// What is nearest to a family that is not installed: what the system knows to stand in for it, else system().
+[[nodiscard]] QString standInFor(const QString& family);
+/// The chain for a family chosen by its name: itself or what stands in for it, then that of the system's font.
+[[nodiscard]] QStringList chainForInstalled(const QString& family);
 } // namespace FontFamilies
 
 /// What is missing of a text in a box that is too small for it.
@@ -61,6 +79,13 @@ public:
     /// overhang the box; the box's left top corner lies `offset` (0…1 each way) inside pixel (margin, margin).
     [[nodiscard]] Bitmap drawn(const QSizeF& box, QPointF offset, int margin, double red, double green, double blue,
                                double alpha) const;
+
+    /// Whether all of it stands in such a box: each line with the full height of its font, whatever letters it has, and
+    /// no word broken apart.
+    [[nodiscard]] bool fits(const QSizeF& box) const;
+
+    /// Where drawn() with that box has its lines, each with the full height of its font, in coordinates of the box.
+    [[nodiscard]] std::vector<QRectF> lineRects(const QSizeF& box) const;
 
     /// What drawn() with that box leaves out, and what is lost of it outside `visible`, in coordinates of the box.
     /// Letters are looked at in pixels: only what would be seen counts.
