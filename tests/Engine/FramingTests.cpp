@@ -8,6 +8,9 @@
 
 #include <cmath>
 
+#include <cstring>
+#include <tuple>
+
 namespace ferrow::Engine {
 
 namespace {
@@ -126,6 +129,24 @@ TEST(Framing, allOrientationsComeOutUprightAndEveryPixelInPlace)
             EXPECT_TRUE(test::holdsAt(framed, 5, 5, upright));
             EXPECT_EQ(openPhoto(sourceOf(output), {}).orientation, 1) << "the output must not be turned again";
         }
+}
+
+TEST(Framing, aTurnedPhotoIsItsOwnBackgroundUpright)
+{
+    // Left half dark, right half bright, to be turned clockwise: dark above, also behind itself.
+    Bitmap stored = test::flat({60, 40}, rgb8, {220, 220, 220});
+    for (std::int64_t y = 0; y < 40; ++y)
+        std::memset(stored.row(y), 20, 30 * 3);
+    const MemoryFile source(test::withOrientation(test::encoded(OutputType::tiff, stored), 6));
+    const MemoryFile output;
+    FrameRequest request = requestFor(source, output, {40, 60}, 20);
+    request.composition.blurredPhoto = BlurredPhoto{2, 1};
+    request.format = ExportFormat::png;
+    InProcessAnswerer().frame(request, {});
+    const Bitmap framed = test::decoded(output.bytes());
+    ASSERT_EQ(framed.size(), (PixelSize{80, 100}));
+    for (const auto& [x, y, level] : {std::tuple(40, 5, 20), {5, 30, 20}, {75, 70, 220}, {40, 95, 220}})
+        EXPECT_NEAR(component(framed, x, y, 1), level, 2) << x << ' ' << y;
 }
 
 TEST(Framing, refusesWhatIsNotTheWholePhoto)
