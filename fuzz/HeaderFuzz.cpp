@@ -40,7 +40,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const fuzz::InputFile file({data, size});
     const auto detected = detectFileType(file.source());
     inspect(file.source());
-    if (!detected || !detected->type || *detected->type == FileType::pdf || *detected->type == FileType::heif)
+    if (!detected || !detected->type || *detected->type == FileType::pdf || *detected->type == FileType::svg ||
+        *detected->type == FileType::heif)
         return 0;
     open(*detected->type, file.source());
     return 0;

@@ -9,7 +9,7 @@ packages=(
     # To build.
     g++ cmake ninja-build pkg-config
     qt6-base-dev libjpeg62-turbo-dev libpng-dev libtiff-dev libheif-dev liblcms2-dev libexpat1-dev
-    zlib1g-dev libpoppler-glib-dev libcairo2-dev libicu-dev qt6-svg-dev libseccomp-dev
+    zlib1g-dev libpoppler-glib-dev libcairo2-dev librsvg2-dev libicu-dev qt6-svg-dev libseccomp-dev
     libfontconfig-dev
     # To run: what is loaded by name,
     libqt6svg6 qt6-wayland

@@ -648,7 +648,7 @@ Caption
   --caption-padding LENGTH --caption-vertical-padding LENGTH
 
 Logo
-  --logo FILE              PNG, TIFF or PDF
+  --logo FILE              PNG, TIFF, PDF or SVG
   --logo-position POSITION --logo-width PERCENT      --logo-opacity 0..1
   --logo-padding H[,V]
 

@@ -7,6 +7,7 @@
 #include "Models/ErrorTexts.h"
 #include "Platform/Base/Cancellation.h"
 #include "Platform/Codecs/PdfPage.h"
+#include "Platform/Codecs/SvgPicture.h"
 #include "Platform/Pixels/AlphaArithmetic.h"
 #include "Platform/Pixels/Resampler.h"
 
@@ -165,6 +166,22 @@ Bitmap rasterPicture(const SourceFile& source, std::int64_t maximumDimension, Jo
     return premultiplied(reducedPicture(photo, maximumDimension, profile));
 }
 
+Bitmap drawnSvg(const ByteSource& source, std::int64_t maximumDimension)
+{
+    const QByteArray svg = readSvg(source);
+    switch (obstacleIn(svg)) {
+    case SvgObstacle::none:
+        break;
+    case SvgObstacle::text:
+        throw logoError(LogoAssetError::Case::textInDrawing);
+    case SvgObstacle::reference:
+        throw logoError(LogoAssetError::Case::referencesInDrawing);
+    case SvgObstacle::tooComplex:
+        throw logoError(LogoAssetError::Case::tooComplexDrawing);
+    }
+    return rasterizeSvg(svg, maximumDimension);
+}
+
 /// In a color space that is known without reading a profile, for whoever shows it.
 Bitmap viewable(const Bitmap& picture)
 {
@@ -283,6 +300,9 @@ LogoAnswer InProcessAnswerer::rasterizeLogo(const LogoRequest& request, const st
         if (input.type == FileType::pdf) {
             observer_->headerRead({.bytes = MemoryNeed::ofPage(request.maximumDimension)});
             answer.picture = rasterizePdf(source, request.maximumDimension);
+        } else if (input.type == FileType::svg) {
+            observer_->headerRead({.bytes = MemoryNeed::ofPage(request.maximumDimension)});
+            answer.picture = drawnSvg(source, request.maximumDimension);
         } else {
             answer.picture = rasterPicture(request.source, request.maximumDimension, *observer_);
         }
@@ -290,8 +310,9 @@ LogoAnswer InProcessAnswerer::rasterizeLogo(const LogoRequest& request, const st
     } catch (const ImagePipelineError& error) {
         const bool tooLarge = std::holds_alternative<ImagePipelineError::UnreasonableDimensions>(error.value);
         throw logoError(tooLarge ? LogoAssetError::Case::unreasonableDimensions : LogoAssetError::Case::malformed);
-    } catch (const CodecError&) {
-        throw logoError(LogoAssetError::Case::malformed);
+    } catch (const CodecError& error) {
+        throw logoError(error.reason == CodecError::Reason::tooLarge ? LogoAssetError::Case::tooComplexDrawing
+                                                                     : LogoAssetError::Case::malformed);
     } catch (const InputOutputError&) {
         throw logoError(LogoAssetError::Case::malformed);
     } catch (const std::bad_alloc&) {

@@ -7,7 +7,7 @@ namespace ferrow::Engine {
 
 /// What is known of a job once its photo's header was read.
 struct JobSize {
-    std::int64_t pixels = 0; ///< Of the photo as stored; 0 for a PDF page.
+    std::int64_t pixels = 0; ///< Of the photo as stored; 0 for a drawing.
     bool isHeif = false;
     std::int64_t bytes = 0; ///< Of memory that the job will hold at once, beyond a few megabytes.
 };

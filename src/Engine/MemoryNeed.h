@@ -18,7 +18,7 @@ namespace ferrow::Engine::MemoryNeed {
 [[nodiscard]] std::int64_t ofEncoder(ExportFormat format, PixelSize canvas);
 /// No photo of that many pixels takes more, whatever is made of it; an encoder comes on top.
 [[nodiscard]] std::int64_t mostOfPhoto(std::int64_t pixels);
-/// A PDF page drawn at that length.
+/// A PDF page or an SVG drawn at that length.
 [[nodiscard]] std::int64_t ofPage(std::int64_t maximumDimension);
 
 } // namespace ferrow::Engine::MemoryNeed

@@ -127,14 +127,14 @@ struct RegionRequest {
     PixelSize size; ///< What reaches beyond the canvas is cut off.
 };
 
-/// A logo at most `maximumDimension` long (PDF pages are drawn at exactly that).
+/// A logo at most `maximumDimension` long (PDF pages and SVGs are drawn at exactly that).
 struct LogoRequest {
     SourceFile source;
     std::int64_t maximumDimension = 0;
 };
 
 struct LogoAnswer {
-    QByteArray fileExtension; ///< By content: "png", "tiff" or "pdf".
+    QByteArray fileExtension; ///< By content: "png", "tiff", "pdf" or "svg".
     Bitmap picture;           ///< Upright, premultiplied RGBA, in a space as above.
 };
 

@@ -188,11 +188,17 @@ QString LogoAssetError::errorDescription() const
     case Case::malformed:
         return QStringLiteral("The logo file could not be decoded.");
     case Case::unsupportedType:
-        return QStringLiteral("Choose a PNG, TIFF, or PDF logo. SVG is not supported yet.");
+        return QStringLiteral("Choose a PNG, TIFF, PDF, or SVG logo.");
     case Case::unreasonableDimensions:
         return QStringLiteral("The logo has unsafe or unreasonable dimensions.");
     case Case::missingManagedAsset:
         return QStringLiteral("The saved logo asset is missing. Import it again.");
+    case Case::textInDrawing:
+        return QStringLiteral("The SVG holds text, which would be drawn in another font.");
+    case Case::referencesInDrawing:
+        return QStringLiteral("The SVG refers to files, or holds pictures other than PNG and JPEG. Neither is drawn.");
+    case Case::tooComplexDrawing:
+        return QStringLiteral("The SVG is too complex to draw safely.");
     case Case::workerUnavailable:
         return workerDescription(QStringLiteral("Logos"));
     }
@@ -211,6 +217,12 @@ QString LogoAssetError::recoverySuggestion() const
         return QStringLiteral("Export a tightly cropped PNG, TIFF, or PDF copy.");
     case Case::missingManagedAsset:
         return QStringLiteral("Use Replace Logo to select the asset again.");
+    case Case::textInDrawing:
+        return QStringLiteral("Convert text to paths in a vector editor, then choose the SVG again.");
+    case Case::referencesInDrawing:
+        return QStringLiteral("Embed pictures as PNG in a vector editor, then choose the SVG again.");
+    case Case::tooComplexDrawing:
+        return QStringLiteral("Simplify it in a vector editor, or export a PNG.");
     case Case::workerUnavailable:
         return workerAdvice();
     }

@@ -111,6 +111,9 @@ struct LogoAssetError {
         unsupportedType,
         unreasonableDimensions,
         missingManagedAsset,
+        textInDrawing, ///< Of an SVG, as the next two.
+        referencesInDrawing,
+        tooComplexDrawing,
         workerUnavailable ///< As for photos.
     };
     Case value = Case::malformed;

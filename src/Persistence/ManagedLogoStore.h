@@ -20,7 +20,7 @@ inline constexpr std::int64_t maximumFileSize = 100'000'000; ///< Bytes, the lar
 inline constexpr std::int64_t validationDimension = 2'000;   ///< Longest side of the decode that proves a logo sound.
 inline constexpr std::int64_t renderDimension = 4'000;       ///< Longest side of the decode that is drawn.
 
-/// Checks that the picked file is a PNG, TIFF or PDF picture within the limits and copies it under a fresh name.
+/// Checks that the picked file is a PNG, TIFF, PDF or SVG picture within the limits and copies it under a fresh name.
 [[nodiscard]] LogoAssetReference importAsset(const FileUrl& url, const std::optional<FileUrl>& managedDirectory = {},
                                              const std::stop_token& stop = {});
 

@@ -273,7 +273,8 @@ LogoAssetError::Case readLogoRefusal(ByteReader& reader)
     using Case = LogoAssetError::Case;
     const auto error = reader.enumerator<Case>();
     // The rest is for the caller to find out.
-    constexpr std::array refusals{Case::malformed, Case::unsupportedType, Case::unreasonableDimensions};
+    constexpr std::array refusals{Case::malformed,     Case::unsupportedType,     Case::unreasonableDimensions,
+                                  Case::textInDrawing, Case::referencesInDrawing, Case::tooComplexDrawing};
     if (std::ranges::find(refusals, error) == refusals.end())
         reader.fail();
     return error;

@@ -93,7 +93,7 @@ struct Hello {
 
 /// The header is within the limits. A worker that `waits` goes on when it is told to proceed.
 struct HeaderRead {
-    std::int64_t pixels = 0; ///< Of the photo as stored; 0 for a PDF page.
+    std::int64_t pixels = 0; ///< Of the photo as stored; 0 for a drawing.
     bool isHeif = false;
     std::int64_t bytes = 0; ///< Of memory that the job will hold, roughly.
     bool waits = false;

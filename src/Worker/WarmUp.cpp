@@ -5,6 +5,7 @@
 #include "Platform/Codecs/ImageDecoder.h"
 #include "Platform/Codecs/ImageEncoder.h"
 #include "Platform/Codecs/PdfPage.h"
+#include "Platform/Codecs/SvgPicture.h"
 #include "Platform/Files/MemoryFile.h"
 #include "Worker/SharedMemory.h"
 
@@ -33,6 +34,13 @@ BT /F 8 Tf 1 4 Td (Aa) Tj ET
 endstream endobj
 trailer <</Root 1 0 R>>
 )";
+
+/// A shape, a gradient and a picture within: what the library loads for each of them.
+constexpr const char drawing[] =
+    R"svg(<svg xmlns="http://www.w3.org/2000/svg" width="16" height="16"><linearGradient id="g"><stop/></linearGradient>)svg"
+    R"svg(<path fill="url(#g)" d="M1 1h9v9z"/><image width="8" height="8" href="data:image/png;base64,)svg"
+    "iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAYAAAAfFcSJAAAADUlEQVR4nGP4z8DwHwAFAAH/iZk9HQAAAABJRU5ErkJggg=="
+    R"svg("/></svg>)svg";
 
 /// Font folders, caches and the files that say where they are. The list may be null.
 void collect(std::set<std::string>& places, FcStrList* given)
@@ -97,6 +105,10 @@ std::vector<std::string> warmUpText()
         sink.flush();
         static_cast<void>(rasterizePdf(ByteSource(file.get(), sizeof page - 1), side));
     } catch (const InputOutputError&) {
+    } catch (const CodecError&) {
+    }
+    try {
+        static_cast<void>(rasterizeSvg(QByteArray::fromRawData(drawing, sizeof drawing - 1), side));
     } catch (const CodecError&) {
     }
     // Character sets of fonts that are not in the file come with the PDF library's own data.

@@ -16,7 +16,7 @@ QByteArray detected(const QByteArray& bytes)
 {
     const MemoryFile file(bytes);
     const auto found = detectFileType(ByteSource(file.descriptor(), file.size()));
-    constexpr const char* names[]{"JPEG", "PNG", "TIFF", "HEIF", "PDF"};
+    constexpr const char* names[]{"JPEG", "PNG", "TIFF", "HEIF", "PDF", "SVG"};
     if (!found)
         return unknown;
     return found->type ? QByteArray(names[int(*found->type)]) : found->description.toUtf8();
@@ -56,7 +56,9 @@ TEST(FileType, knowsSignaturesAndTakesNoTextsForPictures)
         {"PDF behind a mail header", QByteArray(1000, ' ') + "%PDF-1.4\n", "PDF"},
         {"WebP", "RIFF\x10\x20\x30\x40WEBPVP8 " + filler, "WebP image"},
         {"Netpbm", "P6\n# made by hand\n2 2\n255\n" + filler, "Netpbm image"},
-        {"SVG behind a comment", "<?xml version='1.0'?><!-- a drawing -->\n<svg xmlns='x'/>", "SVG image"},
+        {"SVG behind a comment", "<?xml version='1.0'?><!-- a drawing -->\n<svg xmlns='x'/>", "SVG"},
+        {"SVG, compressed", QByteArray::fromBase64("H4sIAAAAAAACA7MpLkvXtwMASfu5rAYAAAA="), "SVG"},
+        {"another text, compressed", QByteArray::fromBase64("H4sIAAAAAAACA8tIzcnJBwCGphA2BQAAAA=="), unknown},
         {"EPS", "%!PS-Adobe-3.0 EPSF-3.0\n%PDF-1.4 is only mentioned", "EPS image"},
         {"PDF header too far in", QByteArray(1100, ' ') + "%PDF-1.4\n", unknown},
         {"a word that starts with BM", "BMW drivers often write letters like these", unknown},

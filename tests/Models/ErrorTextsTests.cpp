@@ -75,6 +75,8 @@ TEST(ErrorTexts, tellAnyErrorInFlight)
         {kept(ImagePipelineError(ImagePipelineError::destinationExists)), "A file already exists at that location."},
         {kept(LogoAssetError{LogoAssetError::Case::fileTooLarge, 26'000'000}),
          "The logo file is too large to import safely (26 MB)."},
+        {kept(LogoAssetError{LogoAssetError::Case::textInDrawing}),
+         "The SVG holds text, which would be drawn in another font.\n\nConvert text to paths"},
         {kept(BatchPlanningError::missingDestination), "Choose an export folder."},
         {kept(PresetPersistenceError{PresetPersistenceError::Case::unsupportedVersion, 3}),
          "These presets were saved by a newer Ferrow format (version 3).\n\nUpdate Ferrow"},

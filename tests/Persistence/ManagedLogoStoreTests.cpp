@@ -76,7 +76,7 @@ TEST_F(ManagedLogoStoreTest, refusesWithTheCauseAndLeavesNothingBehind)
     EXPECT_EQ(refusalOf(folder.url()), LogoAssetError{Case::malformed});
     EXPECT_EQ(refusalOf(folder.file("pipe")), LogoAssetError{Case::malformed});
     EXPECT_EQ(refusalOf(folder.write("empty", "")), LogoAssetError{Case::malformed});
-    EXPECT_EQ(refusalOf(folder.write("logo.png", "svg")), LogoAssetError{Case::unsupportedType});
+    EXPECT_EQ(refusalOf(folder.write("logo.png", "gif")), LogoAssetError{Case::unsupportedType});
     EXPECT_EQ(refusalOf(folder.write("evil", "../../png")), LogoAssetError{Case::unsupportedType});
     EXPECT_EQ(refusalOf(folder.write("huge", "huge")), LogoAssetError{Case::unreasonableDimensions});
     EXPECT_EQ(refusalOf(folder.file("large")), (LogoAssetError{Case::fileTooLarge, 100'000'001}));

@@ -145,7 +145,7 @@ TEST(Messages, areNotBelievedBeyondTheirLimits)
     const ImagePipelineError steersTerminal = ImagePipelineError::UnsupportedType{QStringLiteral("\x1b[2J")};
     for (const Answer& answer :
          {Answer{1, PhotoRefused{steersTerminal}}, Answer{2, HeaderRead{-1, false, 0, false}},
-          Answer{3, LogoRasterized{"svg", {}}}, Answer{4, LogoRefused{LogoAssetError::Case::missingManagedAsset}}})
+          Answer{3, LogoRasterized{"gif", {}}}, Answer{4, LogoRefused{LogoAssetError::Case::missingManagedAsset}}})
         EXPECT_FALSE(parseAnswer(encode(answer).bytes)) << answer.job;
 }
 

@@ -111,7 +111,12 @@ TEST_F(RealWorker, answersAsThisProcessWould)
         const Engine::RegionRequest region{request.source, size, request.composition, 15, 100, {600, 300}};
         EXPECT_TRUE(test::samePixels(workers_.composeRegion(region, {}), here_.composeRegion(region, {})));
     }
-    for (const auto& bytes : {page, test::encoded(OutputType::png, test::noise({40, 30}, rgba8))}) {
+    // What starts threads, and what reads a picture.
+    const QByteArray drawing = R"svg(<svg xmlns="http://www.w3.org/2000/svg" width="90" height="30">
+        <filter id="b"><feGaussianBlur stdDeviation="3"/></filter><path d="M9 9h60v9z" filter="url(#b)"/>
+        <image width="9" height="9" href="data:image/png;base64,)svg" +
+                               test::encoded(OutputType::png, test::noise({9, 9}, rgb8)).toBase64() + "\"/></svg>";
+    for (const auto& bytes : {page, drawing, test::encoded(OutputType::png, test::noise({40, 30}, rgba8))}) {
         const MemoryFile file(bytes);
         const Engine::LogoRequest request{{file.descriptor(), file.size()}, 600};
         const auto there = workers_.rasterizeLogo(request, {});

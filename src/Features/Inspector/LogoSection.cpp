@@ -27,7 +27,8 @@ namespace {
 QString kindOf(const LogoAssetReference& asset)
 {
     const QString suffix = asset.managedFilename.section(u'.', -1).toUpper();
-    return suffix == QLatin1StringView("PDF") ? QStringLiteral("PDF, vector") : QStringLiteral("%1 image").arg(suffix);
+    const bool isDrawing = suffix == QLatin1StringView("PDF") || suffix == QLatin1StringView("SVG");
+    return (isDrawing ? QStringLiteral("%1, vector") : QStringLiteral("%1 image")).arg(suffix);
 }
 
 void bindNumber(SliderField* field, EditHistory& history, const QString& step, double LogoConfiguration::*number)
@@ -215,7 +216,7 @@ void LogoSection::refreshFile(const RenderRecipe& recipe)
     const bool hasLogo = recipe.logo.has_value();
     thumbnail_->setLogo(hasLogo ? std::optional(recipe.logo->asset) : std::nullopt);
     name_->setText(hasLogo ? recipe.logo->asset.displayName : QStringLiteral("No logo"));
-    kind_->setText(hasLogo ? kindOf(recipe.logo->asset) : QStringLiteral("PNG, TIFF or PDF"));
+    kind_->setText(hasLogo ? kindOf(recipe.logo->asset) : QStringLiteral("PNG, TIFF, PDF or SVG"));
     import_->setText(isImporting_ ? QStringLiteral("Importing…")
                      : hasLogo    ? QStringLiteral("Replace Logo…")
                                   : QStringLiteral("Import Logo…"));

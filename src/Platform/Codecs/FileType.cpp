@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Codecs/FileType.h"
 
+#include "Platform/Codecs/Gzip.h"
 #include "Platform/Codecs/TiffDirectory.h"
 
 #include <QByteArray>
@@ -325,7 +326,7 @@ Detection detectByHeader(QByteArrayView head)
     return std::nullopt;
 }
 
-Detection detectText(QByteArrayView head)
+Detection detectSvg(QByteArrayView head)
 {
     QByteArrayView text = head;
     if (text.startsWith("\xef\xbb\xbf"))
@@ -333,8 +334,13 @@ Detection detectText(QByteArrayView head)
     text = text.trimmed();
     const bool startsAsSvg = text.startsWith("<svg") || text.startsWith("<?xml") || text.startsWith("<!--") ||
                              text.startsWith("<!DOCTYPE svg");
-    if (startsAsSvg && text.contains("<svg"))
-        return withoutCodec(ImageTypeNames::svg);
+    return startsAsSvg && text.contains("<svg") ? withCodec(FileType::svg) : std::nullopt;
+}
+
+Detection detectText(QByteArrayView head)
+{
+    if (Detection found = detectSvg(head))
+        return found;
     if (head.first(std::min(head.size(), pdfHeaderReach)).contains("%PDF-"))
         return withCodec(FileType::pdf);
     return std::nullopt;
@@ -364,6 +370,8 @@ std::optional<DetectedType> detectFileType(const ByteSource& source)
         return withCodec(FileType::png);
     if (QByteArrayView(head).sliced(std::min<qsizetype>(4, head.size())).startsWith("ftyp") && head.size() >= 12)
         return detectBaseMedia(source, head);
+    if (isGzip(head))
+        return detectSvg(inflatedGzip(head, headLength));
     if (Detection found = detectTiffFamily(source, head))
         return found;
     if (Detection found = detectBySignature(head))

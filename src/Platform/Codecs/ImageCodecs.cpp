@@ -16,9 +16,10 @@ std::unique_ptr<ImageDecoder> openDecoder(FileType type, const ByteSource& sourc
     case FileType::heif:
         return openHeifDecoder(source, options);
     case FileType::pdf:
+    case FileType::svg:
         break;
     }
-    throw CodecError{CodecError::Reason::unsupported, QStringLiteral("PDF")};
+    throw CodecError{CodecError::Reason::unsupported, inputType(type).code};
 }
 
 std::unique_ptr<ImageEncoder> openEncoder(OutputType type, ByteSink& sink, const EncodeOptions& options)

@@ -57,6 +57,13 @@ constexpr InputType inputs[]{
      .mimeTypes = {},
      .isPhoto = false,
      .logoExtension = QLatin1StringView("pdf")},
+    {.type = FileType::svg,
+     .code = QLatin1StringView("SVG"),
+     .description = ImageTypeNames::svg,
+     .extensions = {"svg", "svgz"},
+     .mimeTypes = {},
+     .isPhoto = false,
+     .logoExtension = QLatin1StringView("svg")},
 };
 
 constexpr bool hasARowForEachType()
@@ -115,7 +122,6 @@ constexpr OtherType others[]{
     {ImageTypeNames::sonyArw, {"arw"}},
     {QLatin1StringView("Sony SR2 raw image"), {"sr2"}},
     {QLatin1StringView("Sony SRF raw image"), {"srf"}},
-    {ImageTypeNames::svg, {"svg", "svgz"}},
     {ImageTypeNames::targa, {"tga"}},
     {ImageTypeNames::webp, {"webp"}},
     {ImageTypeNames::icon, {"ico"}},
@@ -136,7 +142,7 @@ const InputType* inputOf(const QByteArray& lowerCaseExtension)
 std::optional<QString> ownName(const QByteArray& lowerCaseExtension)
 {
     if (const InputType* input = inputOf(lowerCaseExtension))
-        return input->description;
+        return QString(input->description);
     for (const OtherType& other : others)
         if (isOneOf(other.extensions, lowerCaseExtension))
             return other.name;
@@ -224,7 +230,7 @@ bool isImageExtension(const QByteArray& extension)
 {
     const QByteArray lower = extension.toLower();
     if (const InputType* input = inputOf(lower))
-        return input->isPhoto;
+        return input->isPhoto || input->type == FileType::svg; // A picture, though no photo; a PDF is a document.
     return ownName(lower) || isImageInMimeDatabase(lower);
 }
 

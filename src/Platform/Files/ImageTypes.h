@@ -13,7 +13,7 @@
 namespace ferrow {
 
 /// The types of files that are read, as photos or as logos.
-enum class FileType { jpeg, png, tiff, heif, pdf };
+enum class FileType { jpeg, png, tiff, heif, pdf, svg };
 
 /// What is known of a type beside how it is told and decoded: folder scans, file panels, reports, the messages of
 /// workers and what is packaged for desktops go by this.

@@ -97,6 +97,7 @@ ImageProperties readProperties(FileType type, const ByteSource& source)
         return properties;
     }
     case FileType::pdf:
+    case FileType::svg:
         return {};
     }
     return {};
