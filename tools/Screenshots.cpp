@@ -137,6 +137,24 @@ void photographBorder(ContentView& window, Photographer& photographer)
     window.session().setBatchRecipe(before);
 }
 
+void photographCaptions(ContentView& window, Photographer& photographer)
+{
+    window.history().editRecipe(QStringLiteral("Captions"), [](RenderRecipe& recipe) {
+        recipe.captions.front().position = CaptionPosition::borderBottomLeft;
+        recipe.captions.front().face = FontFace{QStringLiteral("DejaVu Serif"), QStringLiteral("Bold")};
+        recipe.captions.push_back(recipe.captionLike(0));
+        recipe.captions.back().setCaptionTemplate(QStringLiteral("{camera} · {lens}"));
+    });
+    photographer.shoot("captions");
+    photographer.press("captionFontButton");
+    photographer.shoot("font-popover");
+    photographer.closeOverlay();
+    photographer.press("captionPositionButton");
+    photographer.shoot("positions-popover");
+    photographer.closeOverlay();
+    window.history().stack().undo();
+}
+
 void photographPresets(ContentView& window, Photographer& photographer)
 {
     const auto save = [&](const QString& name) {
@@ -257,6 +275,7 @@ int main(int argc, char** argv)
     photographMain(window, photographer, photos);
     photographPopovers(photographer);
     photographBorder(window, photographer);
+    photographCaptions(window, photographer);
     photographPresets(window, photographer);
     photographWindows(window, photographer);
     photographFailures(window, photographer, root.appending("Broken"));

@@ -35,8 +35,15 @@ void CaptionEditing::follow()
     if (isOtherPhoto)
         metadata_ = photo ? std::optional(photo->metadata) : std::nullopt;
     const Framing framing = Framing::active(session_);
-    const bool isLeftBehind = (text_ || carried_) && framing != framing_;
+    const int chosenBefore = chosen_;
+    if (framing == framing_)
+        followCaptions();
+    const bool isLeftBehind = (text_ || carried_) && (framing != framing_ || chosen_ != chosenBefore);
     framing_ = framing;
+    captions_ = session_.activeRecipe().captions;
+    chosen_ = std::clamp(chosen_, 0, int(captions_.size()) - 1);
+    if (chosen_ != chosenBefore)
+        emit chosenChanged();
     const Segments& now = captionOf(session_.activeRecipe()).segments;
     if (isLeftBehind || (now != segments_ && now != drafted_)) {
         const QUuid chip = current_ < endGap() ? segments_[std::size_t(current_)].id : QUuid();
@@ -52,6 +59,19 @@ void CaptionEditing::follow()
     update();
 }
 
+/// Whoever undoes or redoes something sees where: the caption that has come or changed is chosen.
+void CaptionEditing::followCaptions()
+{
+    const std::vector<Caption>& now = session_.activeRecipe().captions;
+    const bool hasChosenChanged = chosen_ >= int(now.size()) || chosen_ >= int(captions_.size()) ||
+                                  now[std::size_t(chosen_)] != captions_[std::size_t(chosen_)];
+    if (now.size() < captions_.size() || (now.size() == captions_.size() && hasChosenChanged))
+        return;
+    const auto first = std::ranges::mismatch(now, captions_).in1;
+    if (first != now.end())
+        chosen_ = int(first - now.begin());
+}
+
 void CaptionEditing::update()
 {
     shown_ = segments_;
@@ -59,6 +79,63 @@ void CaptionEditing::update()
         shown_ = text_->isNew ? CaptionChips::inserted(segments_, text_->index, text_->chip)
                               : CaptionChips::replaced(segments_, text_->index, text_->chip.content);
     emit changed();
+}
+
+Caption& CaptionEditing::captionOf(RenderRecipe& recipe) const
+{
+    return recipe.captions[std::min(std::size_t(chosen_), recipe.captions.size() - 1)];
+}
+
+const Caption& CaptionEditing::captionOf(const RenderRecipe& recipe) const
+{
+    return recipe.captions[std::min(std::size_t(chosen_), recipe.captions.size() - 1)];
+}
+
+void CaptionEditing::choose(int index)
+{
+    if (index < 0 || index >= int(captions_.size()) || index == chosen_)
+        return;
+    endText(End::keep);
+    chosen_ = index;
+    emit chosenChanged();
+    follow();
+}
+
+/// The caption at `chosen` is the one to look at afterwards.
+void CaptionEditing::editCaptions(const QString& name, int chosen, const EditHistory::RecipeEdit& edit)
+{
+    endText(End::keep);
+    const bool isOther = std::exchange(chosen_, chosen) != chosen;
+    history_.editRecipe(name, edit);
+    follow();
+    if (isOther)
+        emit chosenChanged();
+}
+
+void CaptionEditing::addCaption()
+{
+    const auto before = std::size_t(chosen_);
+    if (captions_.size() < RenderRecipe::mostCaptions)
+        editCaptions(QStringLiteral("Add Caption"), int(captions_.size()),
+                     [&](RenderRecipe& recipe) { recipe.captions.push_back(recipe.captionLike(before)); });
+}
+
+void CaptionEditing::removeCaption()
+{
+    const int removed = chosen_;
+    if (captions_.size() > 1)
+        editCaptions(QStringLiteral("Remove Caption"), std::min(removed, int(captions_.size()) - 2),
+                     [&](RenderRecipe& recipe) { recipe.captions.erase(recipe.captions.begin() + removed); });
+}
+
+void CaptionEditing::moveCaption(int by)
+{
+    const int from = chosen_;
+    const int to = std::clamp(from + by, 0, int(captions_.size()) - 1);
+    if (to != from)
+        editCaptions(QStringLiteral("Move Caption"), to, [&](RenderRecipe& recipe) {
+            std::swap(recipe.captions[std::size_t(from)], recipe.captions[std::size_t(to)]);
+        });
 }
 
 int CaptionEditing::clampedToRow(int index) const
@@ -96,7 +173,7 @@ void CaptionEditing::apply(const QString& name, const Segments& segments, int cu
     update();
     emit revealRequested();
     // A list of its own goes along: whoever hears of the change may have this follow other chips.
-    history_.preview(name, [&segments](RenderRecipe& recipe) { captionOf(recipe).segments = segments; });
+    history_.preview(name, [this, &segments](RenderRecipe& recipe) { captionOf(recipe).segments = segments; });
     history_.keepPreview();
 }
 

@@ -13,12 +13,13 @@
 
 #include <optional>
 #include <variant>
+#include <vector>
 
 namespace ferrow {
 
-/// The caption of the active recipe while it is edited as a row of chips: which chip is current, the text that is typed
-/// and the chip that is carried. What is in hand shows in the recipe at once, and is one step in the history once it is
-/// finished. Lives on the main thread; session and history must outlive it.
+/// The captions of the active recipe while they are edited: which of them is chosen, and its row of chips: which chip
+/// is current, the text that is typed and the chip that is carried. What is in hand shows in the recipe at once, and is
+/// one step in the history once it is finished. Lives on the main thread; session and history must outlive it.
 class CaptionEditing : public QObject {
     Q_OBJECT
 
@@ -37,9 +38,22 @@ public:
 
     CaptionEditing(PhotoSession& session, EditHistory& history, QObject* parent = nullptr);
 
-    /// Which of a recipe's captions it is about.
-    [[nodiscard]] static Caption& captionOf(RenderRecipe& recipe) { return recipe.captions.front(); }
-    [[nodiscard]] static const Caption& captionOf(const RenderRecipe& recipe) { return recipe.captions.front(); }
+    /// Which of the recipe's captions is chosen.
+    [[nodiscard]] int chosen() const { return chosen_; }
+    /// That one, of the active recipe as it is in the middle of an edit; the last of a recipe that has fewer.
+    [[nodiscard]] Caption& captionOf(RenderRecipe& recipe) const;
+    [[nodiscard]] const Caption& captionOf(const RenderRecipe& recipe) const;
+    /// Chooses another. A text in hand is kept. Passes over what is no caption.
+    void choose(int index);
+
+    // One step each. The caption that was added or moved is chosen, or the one that takes the place of what was
+    // removed.
+    /// Where there may be one more.
+    void addCaption();
+    /// Never the last one.
+    void removeCaption();
+    /// Changes places with the caption before it (-1) or behind it (1), if there is one.
+    void moveCaption(int by);
 
     /// Without what is in hand.
     [[nodiscard]] const Segments& segments() const { return segments_; }
@@ -83,6 +97,8 @@ public:
     void putBack();
 
 signals:
+    /// Another caption is chosen, or there are other captions.
+    void chosenChanged();
     /// Chips, what is known of them, or what is in hand.
     void changed();
     /// The current chip is to be in sight.
@@ -96,6 +112,8 @@ signals:
 
 private:
     void follow();
+    void followCaptions();
+    void editCaptions(const QString& name, int chosen, const EditHistory::RecipeEdit& edit);
     void update();
     void show(const QString& name, const Segments& drafted);
     void apply(const QString& name, const Segments& segments, int current);
@@ -104,7 +122,9 @@ private:
 
     PhotoSession& session_;
     EditHistory& history_;
-    Framing framing_; ///< Whose caption it is.
+    Framing framing_;               ///< Whose captions they are.
+    std::vector<Caption> captions_; ///< As they were last.
+    int chosen_ = 0;
     std::optional<PhotoMetadata> metadata_;
     Segments segments_;
     Segments shown_;

@@ -214,6 +214,15 @@ QString captionSummary(const Caption& caption, const PhotoMetadata* metadata)
     return names.simplified();
 }
 
+QString captionsSummary(const std::vector<Caption>& captions, const PhotoMetadata* metadata)
+{
+    QStringList texts;
+    for (const Caption& caption : captions)
+        if (const QString text = captionSummary(caption, metadata); !text.isEmpty())
+            texts.append(text);
+    return texts.join(QStringLiteral(" / "));
+}
+
 QString captionCutNote(const TextCut& cut)
 {
     constexpr qsizetype longest = 80;

@@ -13,6 +13,7 @@
 #include <chrono>
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 /// The sentences that the window puts together from values.
 namespace ferrow::WindowTexts {
@@ -59,6 +60,8 @@ namespace ferrow::WindowTexts {
 [[nodiscard]] QString borderSummary(const Border& border);
 /// The caption as it reads for a photo, in one line; the names of its parts where there is no photo.
 [[nodiscard]] QString captionSummary(const Caption& caption, const PhotoMetadata* metadata);
+/// That of all that are shown, one after the other.
+[[nodiscard]] QString captionsSummary(const std::vector<Caption>& captions, const PhotoMetadata* metadata);
 /// What is lost of a caption; empty for nothing.
 [[nodiscard]] QString captionCutNote(const TextCut& cut);
 /// "Serif": what a font is called on this desktop. Files hold its raw value.

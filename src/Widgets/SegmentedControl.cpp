@@ -38,10 +38,24 @@ SegmentedControl::SegmentedControl(const QString& name, const QStringList& texts
 
 int SegmentedControl::addSegment(const QString& text)
 {
-    segments_.push_back({text});
+    segments_.push_back({text, text});
     updateGeometry();
     update();
     return count() - 1;
+}
+
+void SegmentedControl::setSegments(const QStringList& texts, const QStringList& names)
+{
+    std::vector<Segment> segments;
+    for (qsizetype i = 0; i < texts.size(); ++i)
+        segments.push_back({texts[i], names[i]});
+    if (segments == segments_)
+        return;
+    segments_ = std::move(segments);
+    hovered_ = pressed_ = -1;
+    updateGeometry();
+    update();
+    notifyItemsReplaced(this);
 }
 
 void SegmentedControl::setSegmentEnabled(int index, bool enabled)
@@ -213,7 +227,7 @@ AccessibleItem SegmentedControl::item(int index) const
 {
     const Segment& segment = segments_[std::size_t(index)];
     AccessibleItem item;
-    item.name = segment.text;
+    item.name = segment.name;
     item.rect = rects()[std::size_t(index)];
     item.isChosen = index == current_;
     item.isEnabled = segment.enabled;

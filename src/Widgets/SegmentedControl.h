@@ -20,6 +20,8 @@ public:
     SegmentedControl(const QString& name, const QStringList& texts, QWidget* parent = nullptr);
 
     int addSegment(const QString& text);
+    /// Other segments, as many as there are texts. `names` is what assistive technology calls them.
+    void setSegments(const QStringList& texts, const QStringList& names);
     void setSegmentEnabled(int index, bool enabled);
     [[nodiscard]] int count() const { return int(segments_.size()); }
 
@@ -51,7 +53,10 @@ protected:
 private:
     struct Segment {
         QString text;
+        QString name; ///< For assistive technology, where it differs.
         bool enabled = true;
+
+        bool operator==(const Segment&) const = default;
     };
 
     [[nodiscard]] std::vector<QRect> rects() const;

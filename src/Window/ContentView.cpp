@@ -160,6 +160,10 @@ void ContentView::connectActions()
         followZoom();
     });
     on(actions_->toggleSidebar, [this] { columns_->setSidebarShown(!columns_->isSidebarShown()); });
+    on(actions_->previousCaption, [this] { inspector_->stepCaption(-1); });
+    on(actions_->nextCaption, [this] { inspector_->stepCaption(1); });
+    on(actions_->moveCaptionLeft, [this] { inspector_->moveCaption(-1); });
+    on(actions_->moveCaptionRight, [this] { inspector_->moveCaption(1); });
     on(actions_->nextArea, [this] { moveToArea(1); });
     on(actions_->previousArea, [this] { moveToArea(-1); });
 }
@@ -203,6 +207,9 @@ void ContentView::updateActions()
     actions_->clearAll->setEnabled(!busy && hasPhotos);
     actions_->exportBatch->setEnabled(!busy && hasPhotos);
     actions_->presets->setEnabled(!busy);
+    for (QAction* action :
+         {actions_->previousCaption, actions_->nextCaption, actions_->moveCaptionLeft, actions_->moveCaptionRight})
+        action->setEnabled(!busy);
     actions_->undo->setEnabled(!busy && history_.stack().canUndo());
     actions_->redo->setEnabled(!busy && history_.stack().canRedo());
     actions_->copyFraming->setEnabled(hasSelection);

@@ -41,6 +41,46 @@ protected:
 
 } // namespace
 
+TEST_F(CaptionEditingTest, goesFromCaptionToCaptionAndFollowsUndoThere)
+{
+    const auto texts = [this] {
+        std::string all;
+        for (const Caption& caption : session.activeRecipe().captions)
+            all += caption.captionTemplate().toStdString() + '|';
+        return all + std::to_string(editing.chosen());
+    };
+    editing.moveCaption(1);
+    editing.removeCaption();
+    EXPECT_EQ(stack.count(), 0) << "the only caption stays where it is";
+    editing.addCaption();
+    EXPECT_EQ(texts(), "abc||1");
+    editing.startText(0);
+    editing.setText(QStringLiteral("new"));
+    editing.choose(0);
+    EXPECT_EQ(texts(), "abc|new|0") << "a text in hand is kept";
+    EXPECT_EQ(editing.segments().size(), 3u);
+    editing.moveCaption(1);
+    EXPECT_EQ(texts() + lastStep(), "new|abc|1Move Caption");
+    editing.remove(0);
+    EXPECT_EQ(texts(), "new|bc|1");
+    editing.choose(0);
+    stack.undo();
+    EXPECT_EQ(texts(), "new|abc|1") << "undo shows where it happens";
+    editing.removeCaption();
+    EXPECT_EQ(texts() + lastStep(), "new|0Remove Caption");
+    stack.undo();
+    EXPECT_EQ(texts(), "new|abc|1");
+    editing.choose(7);
+    EXPECT_EQ(editing.chosen(), 1);
+    for (int i = 0; i < 9; ++i)
+        editing.addCaption();
+    EXPECT_EQ(session.activeRecipe().captions.size(), RenderRecipe::mostCaptions);
+    // Another photo's own framing has fewer.
+    session.setPhotoRecipe(test::photoUrl("a"), RenderRecipe());
+    session.setRecipeScope(RecipeScope::selected);
+    EXPECT_EQ(editing.chosen(), 0);
+}
+
 TEST_F(CaptionEditingTest, makesAStepOfEachVerbAndGoesAlong)
 {
     const QUuid b = editing.segments()[1].id;

@@ -7,8 +7,11 @@
 #include "Widgets/SegmentedControl.h"
 #include "Window/InspectorFixture.h"
 
+#include <QComboBox>
 #include <QLabel>
 #include <QPushButton>
+
+#include <array>
 
 namespace ferrow {
 
@@ -73,15 +76,49 @@ TEST(PositionScene, warnsOfBordersThatHoldNoCaption)
     RenderRecipe recipe;
     recipe.captions.front().setCaptionTemplate(
         QStringLiteral("So many words that they need a third line in a border that has two"));
-    EXPECT_FALSE(borderWarning(PlacedElement::caption, recipe, &photo).isEmpty());
+    EXPECT_FALSE(placeWarning(PlacedElement::caption, recipe, &photo).isEmpty());
     recipe.captions.front().setCaptionTemplate(QStringLiteral("Hamburg"));
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         recipe.border.unit = row.unit;
         recipe.border.width = row.width;
         recipe.captions.front().position = row.position;
-        EXPECT_EQ(!borderWarning(PlacedElement::caption, recipe, row.hasPhoto ? &photo : nullptr).isEmpty(), row.warns);
+        EXPECT_EQ(!placeWarning(PlacedElement::caption, recipe, row.hasPhoto ? &photo : nullptr).isEmpty(), row.warns);
     }
+}
+
+TEST(PositionScene, putsCaptionsInEachOthersPlacesAndSaysWhoseLinesMeet)
+{
+    const CaptionPosition left = CaptionPosition::borderBottomLeft;
+    const CaptionPosition center = CaptionPosition::borderBottomCenter;
+    const CaptionPosition right = CaptionPosition::borderBottomRight;
+    RenderRecipe recipe;
+    recipe.captions.front().setCaptionTemplate(QStringLiteral("Hamburg"));
+    recipe.captions.push_back(recipe.captions.front());
+    recipe.captions.push_back(recipe.captions.front());
+    recipe.captions[0].position = left;
+    recipe.captions[1].position = center;
+    ImportedPhoto photo;
+    photo.pixelSize = {3000, 2000};
+    const PositionScene scene = PositionScene::make(PlacedElement::caption, recipe, &photo, 2);
+    EXPECT_EQ(scene.number, 3);
+    EXPECT_EQ(scene.otherAt(center)->number, 2);
+    EXPECT_EQ(scene.otherAt(right), nullptr);
+    EXPECT_EQ(scene.warning, QString());
+
+    const auto places = [&] {
+        return std::array{recipe.captions[0].position, recipe.captions[1].position, recipe.captions[2].position};
+    };
+    const std::vector<CaptionPosition> before{left, center, right};
+    putCaption(recipe, 2, center, before);
+    EXPECT_EQ(places(), (std::array{left, right, center}));
+    putCaption(recipe, 2, left, before);
+    EXPECT_EQ(places(), (std::array{right, center, left})) << "the one passed over is back";
+    putCaption(recipe, 2, CaptionPosition::imageCenter, before);
+    EXPECT_EQ(places(), (std::array{left, center, CaptionPosition::imageCenter}));
+    for (Caption& caption : recipe.captions)
+        caption.position = left;
+    EXPECT_EQ(placeWarning(PlacedElement::caption, recipe, &photo, 1), QStringLiteral("Overlaps captions 1 and 3."));
 }
 
 TEST_F(Inspector, takesWhatIsTypedOnEnterAndNothingFromOutsideMeanwhile)
@@ -154,6 +191,73 @@ TEST_F(Inspector, recordsPopoversInRunsAndFollowsUndoWhileTheyAreOpen)
     key(Qt::Key_Up);
     EXPECT_EQ(recipe().captions.front().position, CaptionPosition::imageBottomCenter);
     EXPECT_EQ(history.stack().count(), 1);
+}
+
+TEST_F(Inspector, hasTabsFromTheSecondCaptionOn)
+{
+    const RenderRecipe usual = recipe();
+    auto& tabs = find<SegmentedControl>("captionTabs");
+    auto& button = find<QPushButton>("addOrRemoveCaptionButton");
+    EXPECT_FALSE(tabs.isVisible());
+    button.click();
+    ASSERT_TRUE(tabs.isVisible());
+    EXPECT_EQ(tabs.item(1).name, QStringLiteral("Caption 2, left, bottom border"));
+    EXPECT_EQ(window.focusWidget()->objectName(), QStringLiteral("captionChips"));
+    QTest::keyClick(window.focusWidget(), 'x');
+    key(Qt::Key_Return);
+    EXPECT_EQ(recipe().captions[1].captionTemplate(), QStringLiteral("x"));
+    find<QPushButton>("addCaptionTab").click();
+    EXPECT_EQ(tabs.item(2).name, QStringLiteral("Caption 3, center, bottom border"));
+    view.stepCaption(-1);
+    view.moveCaption(-1);
+    EXPECT_EQ(tabs.currentIndex(), 0);
+    EXPECT_EQ(recipe().captions[0].captionTemplate(), QStringLiteral("x"));
+    auto& size = find<QLineEdit>("captionSizeField");
+    type(size, "99");
+    key(Qt::Key_Return);
+    EXPECT_EQ(recipe().captions[0].fontSize.value, 99);
+    EXPECT_EQ(recipe().captions[1].fontSize.value, 48);
+    tabs.pressItem(1);
+    EXPECT_EQ(size.text(), QStringLiteral("48"));
+    find<QAbstractButton>("captionSwitch").click();
+    EXPECT_FALSE(recipe().showsCaption());
+    find<QAbstractButton>("captionSwitch").click();
+    button.click();
+    button.click();
+    EXPECT_FALSE(tabs.isVisible());
+    EXPECT_EQ(recipe().captions.size(), 1u);
+    while (history.stack().canUndo())
+        history.stack().undo();
+    EXPECT_EQ(recipe(), usual);
+}
+
+TEST_F(Inspector, triesFontsUntilOneIsKept)
+{
+    auto& font = find<QPushButton>("captionFontButton");
+    auto& style = find<QComboBox>("captionStyleCombo");
+    EXPECT_FALSE(style.isVisible());
+    font.click();
+    type(*qobject_cast<QLineEdit*>(window.focusWidget()), "dejavu MONO");
+    EXPECT_FALSE(recipe().captions.front().face) << "nothing is tried by typing";
+    key(Qt::Key_Return);
+    ASSERT_TRUE(recipe().captions.front().face);
+    EXPECT_EQ(recipe().captions.front().face->family, QStringLiteral("DejaVu Sans Mono"));
+    EXPECT_FALSE(Overlay::topmost(&window));
+    EXPECT_EQ(history.stack().count(), 1);
+    EXPECT_TRUE(style.isVisible());
+    history.editRecipe(QStringLiteral("Style"),
+                       [](RenderRecipe& changed) { changed.captions.front().face->style = QStringLiteral("Bold"); });
+    EXPECT_EQ(style.currentText(), QStringLiteral("Bold"));
+    const RenderRecipe before = recipe();
+    font.click();
+    key(Qt::Key_Up);
+    EXPECT_NE(recipe(), before) << "what is tried is seen";
+    key(Qt::Key_Down);
+    EXPECT_EQ(recipe(), before) << "with its style";
+    key(Qt::Key_Down);
+    key(Qt::Key_Escape);
+    EXPECT_EQ(recipe(), before);
+    EXPECT_EQ(history.stack().count(), 2);
 }
 
 TEST_F(Inspector, leavesNothingOfACaptionInHandThatUndoInterrupts)

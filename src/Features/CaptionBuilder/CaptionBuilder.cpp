@@ -33,6 +33,7 @@ CaptionBuilder::CaptionBuilder(CaptionEditing& editing, QWidget* parent)
     column->addWidget(makeNote(cut_, QStringLiteral("captionCutNote")));
     column->addWidget(makeNote(missing_, QStringLiteral("missingTokensNote")));
     connectPalette();
+    setFocusProxy(well_);
     connect(&editing_, &CaptionEditing::changed, this, &CaptionBuilder::read);
     read();
 }

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Features/Inspector/Disclosure.h"
 
+#include "Widgets/FerrowStyle.h"
 #include "Widgets/Icons.h"
 #include "Widgets/Theme.h"
 #include "Widgets/ToggleSwitch.h"
 
 #include <QHBoxLayout>
 #include <QPainter>
+#include <QPushButton>
 #include <QVBoxLayout>
 
 namespace ferrow {
@@ -103,6 +105,14 @@ FoldButton* Disclosure::line() const
 void Disclosure::setSummary(const QString& summary)
 {
     line_->setSummary(summary);
+}
+
+QPushButton* Disclosure::addButton(const QString& text)
+{
+    auto* button = new QPushButton(text);
+    setSmallControl(button);
+    head_->addWidget(button);
+    return button;
 }
 
 } // namespace ferrow

@@ -4,6 +4,7 @@
 #include "Widgets/Fold.h"
 
 class QHBoxLayout;
+class QPushButton;
 
 namespace ferrow {
 
@@ -20,8 +21,9 @@ public:
 
     [[nodiscard]] QVBoxLayout* rows() const { return fold_->rows(); }
 
-    /// At the end of the line, a tab stop of its own.
+    /// At the end of the line, a tab stop of its own each.
     [[nodiscard]] ToggleSwitch* addSwitch(const QString& name);
+    [[nodiscard]] QPushButton* addButton(const QString& text);
     /// What stands at the end of the line while the rows are folded away.
     void setSummary(const QString& summary);
     [[nodiscard]] FoldButton* line() const;

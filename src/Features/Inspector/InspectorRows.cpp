@@ -93,20 +93,32 @@ NumberFormat ratioNumber()
     return format;
 }
 
-ValueRange captionSize()
+ValueRange captionSize(BorderUnit unit)
 {
+    if (unit == BorderUnit::percent)
+        return {0.2, 10, percent(1, 1, 0.1, 100), 0.1};
     ValueRange range{8, 300, pixels(5'000), 1};
     range.format.least = 1;
     return range;
 }
 
-ValueRange lineSpacing()
+ValueRange letterSpacing()
 {
+    constexpr double most = Caption::mostLetterSpacing;
+    return {-most, most, percent(0, 1, -most, most), 1};
+}
+
+ValueRange lineSpacing(BorderUnit unit)
+{
+    if (unit == BorderUnit::percent)
+        return {0, 4, percent(1, 1, 0, 100), 0.1};
     return {0, 100, pixels(5'000), 1};
 }
 
-ValueRange inset()
+ValueRange inset(BorderUnit unit)
 {
+    if (unit == BorderUnit::percent)
+        return {0, 15, percent(1, 1, 0, 100), 0.1};
     return {0, 400, pixels(20'000), 1};
 }
 

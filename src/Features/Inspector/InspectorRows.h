@@ -37,9 +37,10 @@ namespace InspectorRanges {
 [[nodiscard]] ValueRange balance();
 /// One number of a shape's two; there is no slider for them.
 [[nodiscard]] NumberFormat ratioNumber();
-[[nodiscard]] ValueRange captionSize();
-[[nodiscard]] ValueRange lineSpacing();
-[[nodiscard]] ValueRange inset();
+[[nodiscard]] ValueRange captionSize(BorderUnit unit);
+[[nodiscard]] ValueRange letterSpacing();
+[[nodiscard]] ValueRange lineSpacing(BorderUnit unit);
+[[nodiscard]] ValueRange inset(BorderUnit unit = BorderUnit::pixels);
 [[nodiscard]] ValueRange logoWidth();
 [[nodiscard]] ValueRange opacity();
 } // namespace InspectorRanges

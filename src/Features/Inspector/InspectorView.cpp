@@ -80,6 +80,16 @@ void InspectorView::setImportingLogo(bool isImporting)
     logo_->setImporting(isImporting);
 }
 
+void InspectorView::stepCaption(int by)
+{
+    caption_->stepCaption(by);
+}
+
+void InspectorView::moveCaption(int by)
+{
+    caption_->moveCaption(by);
+}
+
 bool InspectorView::isLogoWellAt(const QPoint& globalPosition) const
 {
     const QWidget* well = logo_->well();

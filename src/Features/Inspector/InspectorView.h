@@ -30,6 +30,11 @@ public:
     [[nodiscard]] bool isLogoWellAt(const QPoint& globalPosition) const;
     void setLogoDropTarget(bool isDropTarget);
 
+    /// Goes on to the next caption (1) or the one before it (-1).
+    void stepCaption(int by);
+    /// Lets the chosen caption change places with the next one or the one before it.
+    void moveCaption(int by);
+
 signals:
     /// A logo is to be imported, or replaced by another.
     void importLogoRequested();

@@ -78,6 +78,20 @@ QString place(CaptionPosition position)
     return indexOf(position) < columns ? QStringLiteral("Top border") : QStringLiteral("Bottom border");
 }
 
+QString inWords(CaptionPosition position)
+{
+    return QStringLiteral("%1, %2").arg(title(position).toLower(), place(position).toLower());
+}
+
+QString corner(CaptionPosition position)
+{
+    if (!isInBorder(position))
+        return title(position);
+    const QString row =
+        position < CaptionPosition::borderBottomLeft ? QStringLiteral("Top %1") : QStringLiteral("Bottom %1");
+    return row.arg(title(position).toLower());
+}
+
 QString spoken(CaptionPosition position)
 {
     QString where = place(position);

@@ -27,6 +27,10 @@ inline constexpr int spots = columns * rows;
 [[nodiscard]] QString title(CaptionPosition position);
 /// "Bottom border" or "On the image".
 [[nodiscard]] QString place(CaptionPosition position);
+/// "left, bottom border": in the middle of a sentence.
+[[nodiscard]] QString inWords(CaptionPosition position);
+/// "Bottom left": short for where room is, also in a border.
+[[nodiscard]] QString corner(CaptionPosition position);
 /// "Center, bottom border, 14 of 15".
 [[nodiscard]] QString spoken(CaptionPosition position);
 

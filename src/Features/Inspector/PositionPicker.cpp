@@ -29,6 +29,7 @@ constexpr double spotSize = 10;
 constexpr double hoveredSize = 12;
 constexpr double chosenSize = 18;
 constexpr double haloSize = 20;
+constexpr double numberSize = 22; ///< Of the disc that a chosen caption's number lies in.
 const QColor spotEdge(0x3A, 0x3A, 0x3A);
 const QColor absentPhoto(0xBD, 0xBD, 0xBD);
 const QColor absentBackground(0x8A, 0x8A, 0x8A); // Of a photo that is blurred and dimmed.
@@ -48,10 +49,21 @@ QRectF croppedTo(const QSize& photo, const QSizeF& target)
     return {QPointF((photo.width() - kept.width()) / 2, (photo.height() - kept.height()) / 2), kept};
 }
 
-QString otherName(PlacedElement element)
+QString spokenOther(const PositionScene::Other& other)
 {
-    return element == PlacedElement::caption ? QStringLiteral("The logo is here.")
-                                             : QStringLiteral("The caption is here.");
+    if (other.element == PlacedElement::logo)
+        return QStringLiteral("The logo is here.");
+    return other.number > 0 ? QStringLiteral("Caption %1 is here.").arg(other.number)
+                            : QStringLiteral("The caption is here.");
+}
+
+void paintNumber(QPainter& painter, QPointF center, int number, const QColor& color)
+{
+    QFont font = Theme::current().font(TextRole::strong);
+    font.setPixelSize(12);
+    painter.setFont(font);
+    painter.setPen(color);
+    painter.drawText(QRectF(center - QPointF(10, 10), QSizeF(20, 20)), Qt::AlignCenter, QString::number(number));
 }
 
 } // namespace
@@ -112,8 +124,8 @@ AccessibleItem PositionPicker::item(int index) const
     const CaptionPosition position = PositionGrid::at(index);
     AccessibleItem item;
     item.name = PositionGrid::spoken(position);
-    if (scene_.other == position)
-        item.description = otherName(scene_.element);
+    if (const PositionScene::Other* other = scene_.otherAt(position))
+        item.description = spokenOther(*other);
     constexpr QPointF half(14, 14);
     item.rect = QRectF(picture().spot(index) - half, QSizeF(28, 28)).toRect();
     item.isChosen = position == scene_.position;
@@ -243,16 +255,24 @@ void PositionPicker::paintSpot(QPainter& painter, QPointF center, int index) con
     if (index == hovered_ || hasKeys)
         paintDisc(painter, center, isChosen ? chosenSize + 8 : haloSize, QColor(255, 255, 255, 150), {}, 0);
 
+    if (isChosen && scene_.number > 0) {
+        paintDisc(painter, center, numberSize + 4, Qt::white, accent, hasKeys ? 3 : 2);
+        paintDisc(painter, center, numberSize - 2, accent, {}, 0);
+        paintNumber(painter, center, scene_.number, Qt::white);
+        return;
+    }
     if (isChosen) {
         paintDisc(painter, center, chosenSize + 2, Qt::white, {}, 0);
         paintDisc(painter, center, chosenSize, Qt::white, accent, hasKeys ? 3 : 2);
         paintDisc(painter, center, spotSize, accent, {}, 0);
         return;
     }
-    if (scene_.other == position) {
+    if (const PositionScene::Other* other = scene_.otherAt(position)) {
         paintDisc(painter, center, haloSize + 2, Qt::white, index == hovered_ ? accent : spotEdge,
                   index == hovered_ ? 2 : 1);
-        const IconName sign = scene_.element == PlacedElement::caption ? IconName::logo : IconName::textChip;
+        if (other->number > 0)
+            return paintNumber(painter, center, other->number, spotEdge);
+        const IconName sign = other->element == PlacedElement::logo ? IconName::logo : IconName::textChip;
         paintIcon(painter, sign, QRectF(center - QPointF(7, 7), QSizeF(14, 14)), 14, spotEdge);
         return;
     }

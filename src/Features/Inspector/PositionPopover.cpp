@@ -35,7 +35,13 @@ PositionPopover::PositionPopover(QWidget* opener, const QString& title, const Po
     words->addWidget(title_);
     words->addWidget(place_);
     words->addStretch();
-    body()->addLayout(words);
+    others_ = makeLabel(QString(), TextRole::small, &ThemeColors::text2);
+    others_->setWordWrap(true);
+    auto* lines = new QVBoxLayout;
+    lines->setSpacing(Space::rowGap);
+    lines->addLayout(words);
+    lines->addWidget(others_);
+    body()->addLayout(lines);
 
     warning_ = new MessageLine(Severity::warning, QString());
     warning_->setRole(TextRole::small);
@@ -68,6 +74,13 @@ void PositionPopover::showScene(const PositionScene& scene)
     picker_->setScene(scene);
     title_->setText(PositionGrid::title(scene.position));
     place_->setText(PositionGrid::place(scene.position));
+    QStringList others;
+    for (const PositionScene::Other& other : scene.others)
+        if (other.number > 0)
+            others.append(QStringLiteral("Caption %1: %2")
+                              .arg(QString::number(other.number), PositionGrid::inWords(other.position)));
+    others_->setText(others.join(u'\n'));
+    others_->setVisible(!others.isEmpty());
     warning_->setMessage(Severity::warning, scene.warning);
     warning_->setVisible(!scene.warning.isEmpty());
 }

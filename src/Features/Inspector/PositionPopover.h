@@ -46,6 +46,7 @@ private:
     PositionPicker* picker_ = nullptr;
     QLabel* title_ = nullptr;
     QLabel* place_ = nullptr;
+    QLabel* others_ = nullptr; ///< Where further captions are.
     MessageLine* warning_ = nullptr;
 };
 

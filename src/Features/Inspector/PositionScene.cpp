@@ -44,6 +44,19 @@ QString captionWarning(const RenderRecipe& recipe, const Caption& caption, const
     return fits ? QString() : QStringLiteral("The border is too thin for the caption.");
 }
 
+/// "Overlaps captions 1 and 3."
+QString overlapWarning(const RenderRecipe& recipe, std::size_t caption, const ImportedPhoto& photo)
+{
+    QStringList numbers;
+    for (const auto& [first, second] : CaptionDrawing::overlaps(photo.pixelSize, recipe, photo.metadata))
+        if (first == caption || second == caption)
+            numbers.append(QString::number((first == caption ? second : first) + 1));
+    if (numbers.size() < 2)
+        return numbers.isEmpty() ? QString() : QStringLiteral("Overlaps caption %1.").arg(numbers.first());
+    const QString last = numbers.takeLast();
+    return QStringLiteral("Overlaps captions %1 and %2.").arg(numbers.join(QStringLiteral(", ")), last);
+}
+
 QString logoWarning(const RenderRecipe& recipe, const ImportedPhoto* photo)
 {
     if (!recipe.logo || !isInBorder(recipe.logo->position))
@@ -55,33 +68,59 @@ QString logoWarning(const RenderRecipe& recipe, const ImportedPhoto* photo)
 
 } // namespace
 
-QString borderWarning(PlacedElement element, const RenderRecipe& recipe, const ImportedPhoto* photo)
+QString placeWarning(PlacedElement element, const RenderRecipe& recipe, const ImportedPhoto* photo, std::size_t caption)
 {
-    return element == PlacedElement::caption ? captionWarning(recipe, recipe.captions.front(), photo)
-                                             : logoWarning(recipe, photo);
+    if (element == PlacedElement::logo)
+        return logoWarning(recipe, photo);
+    const QString border = captionWarning(recipe, recipe.captions[caption], photo);
+    return border.isEmpty() && photo ? overlapWarning(recipe, caption, *photo) : border;
 }
 
-PositionScene PositionScene::make(PlacedElement element, const RenderRecipe& recipe, const ImportedPhoto* photo)
+const PositionScene::Other* PositionScene::otherAt(CaptionPosition place) const
 {
-    const bool showsLogo = recipe.logo && recipe.logo->isEnabled;
-    const Caption& caption = recipe.captions.front();
+    const auto found = std::ranges::find(others, place, &Other::position);
+    return found == others.end() ? nullptr : &*found;
+}
+
+void putCaption(RenderRecipe& recipe, std::size_t caption, CaptionPosition place,
+                const std::vector<CaptionPosition>& before)
+{
+    std::vector<Caption>& captions = recipe.captions;
+    if (before.size() == captions.size())
+        for (std::size_t i = 0; i < captions.size(); ++i)
+            captions[i].position = before[i];
+    const CaptionPosition left = captions[caption].position;
+    for (Caption& other : captions)
+        if (other.position == place)
+            other.position = left;
+    captions[caption].position = place;
+}
+
+PositionScene PositionScene::make(PlacedElement element, const RenderRecipe& recipe, const ImportedPhoto* photo,
+                                  std::size_t caption)
+{
+    const std::vector<Caption>& captions = recipe.captions;
+    const bool isCaption = element == PlacedElement::caption;
+    const auto numberOf = [&](std::size_t index) { return captions.size() > 1 ? int(index) + 1 : 0; };
     PositionScene scene;
     scene.element = element;
-    if (element == PlacedElement::caption) {
-        scene.position = caption.position;
-        if (showsLogo)
-            scene.other = recipe.logo->position;
+    if (isCaption) {
+        scene.position = captions[caption].position;
+        scene.number = numberOf(caption);
     } else {
         scene.position = recipe.logo ? recipe.logo->position : LogoConfiguration::placeholder().position;
-        if (caption.isEnabled)
-            scene.other = caption.position;
     }
+    for (std::size_t i = 0; i < captions.size(); ++i)
+        if (captions[i].isEnabled && !(isCaption && i == caption))
+            scene.others.push_back({captions[i].position, PlacedElement::caption, numberOf(i)});
+    if (isCaption && recipe.logo && recipe.logo->isEnabled)
+        scene.others.push_back({recipe.logo->position, PlacedElement::logo});
     scene.border = recipe.border;
     const PixelSize size = measuredSize(photo);
     scene.frame = FrameProportions::of(recipe, size).value_or(FrameProportions{size, {}});
     if (photo)
         scene.photoID = photo->id();
-    scene.warning = borderWarning(element, recipe, photo);
+    scene.warning = placeWarning(element, recipe, photo, caption);
     return scene;
 }
 

@@ -39,6 +39,14 @@ WindowActions::WindowActions(QWidget& window, QUndoStack& stack) : QObject(&wind
     nextArea = add(window, view, QStringLiteral("Next Part of the Window"), {Qt::Key_F6});
     previousArea = add(window, view, QStringLiteral("Previous Part of the Window"), {Qt::SHIFT | Qt::Key_F6});
 
+    const QString caption = QStringLiteral("Caption");
+    previousCaption = add(window, caption, QStringLiteral("Previous Caption"), {Qt::CTRL | Qt::Key_PageUp});
+    nextCaption = add(window, caption, QStringLiteral("Next Caption"), {Qt::CTRL | Qt::Key_PageDown});
+    moveCaptionLeft =
+        add(window, caption, QStringLiteral("Move Caption Left"), {Qt::CTRL | Qt::SHIFT | Qt::Key_PageUp});
+    moveCaptionRight =
+        add(window, caption, QStringLiteral("Move Caption Right"), {Qt::CTRL | Qt::SHIFT | Qt::Key_PageDown});
+
     const QString program = QStringLiteral("Ferrow");
     shortcuts = add(window, program, QStringLiteral("Keyboard Shortcuts"),
                     {Qt::CTRL | Qt::Key_Question, Qt::CTRL | Qt::Key_Slash, Qt::Key_F1});

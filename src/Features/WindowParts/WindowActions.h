@@ -46,6 +46,10 @@ public:
     QAction* zoomToFit = nullptr;
     QAction* zoomToActualPixels = nullptr;
     QAction* toggleSidebar = nullptr;
+    QAction* previousCaption = nullptr;
+    QAction* nextCaption = nullptr;
+    QAction* moveCaptionLeft = nullptr;
+    QAction* moveCaptionRight = nullptr;
     QAction* nextArea = nullptr;
     QAction* previousArea = nullptr;
     QAction* shortcuts = nullptr;

@@ -160,6 +160,11 @@ QStringList styles(const QString& family)
     return styles;
 }
 
+bool hasLetters(const QString& family)
+{
+    return QFontDatabase::writingSystems(family).contains(QFontDatabase::Latin);
+}
+
 QString standInFor(const QString& family)
 {
     if (family.trimmed().isEmpty())
@@ -167,8 +172,7 @@ QString standInFor(const QString& family)
     const auto matched = [](const QString& name) { return QFontInfo(QFont(QStringList{name})).family(); };
     const QString nearest = matched(family);
     // For a name that it does not know, the system has one answer. Signs instead of letters are no stand-in.
-    const bool isKnown = nearest != matched(QStringLiteral("sans-serif")) &&
-                         QFontDatabase::writingSystems(nearest).contains(QFontDatabase::Latin);
+    const bool isKnown = nearest != matched(QStringLiteral("sans-serif")) && hasLetters(nearest);
     return isKnown ? nearest : system();
 }
 

@@ -44,6 +44,8 @@ namespace FontFamilies {
 [[nodiscard]] bool isInstalled(const QString& family);
 /// The styles of a family from light to bold, upright before slanted; none of one that is not installed.
 [[nodiscard]] QStringList styles(const QString& family);
+/// Whether a family can write Latin letters: signs and emoji, and some of other scripts, can't.
+[[nodiscard]] bool hasLetters(const QString& family);
 /// What is nearest to a family that is not installed: what the system knows to stand in for it, else system().
 [[nodiscard]] QString standInFor(const QString& family);
 /// The chain for a family chosen by its name: itself or what stands in for it, then that of the system's font.
