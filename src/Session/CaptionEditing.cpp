@@ -134,7 +134,10 @@ void CaptionEditing::moveCaption(int by)
     const int to = std::clamp(from + by, 0, int(captions_.size()) - 1);
     if (to != from)
         editCaptions(QStringLiteral("Move Caption"), to, [&](RenderRecipe& recipe) {
-            std::swap(recipe.captions[std::size_t(from)], recipe.captions[std::size_t(to)]);
+            const Caption moved = recipe.captions[std::size_t(from)];
+            const Caption other = recipe.captions[std::size_t(to)];
+            recipe.captions[std::size_t(from)] = other;
+            recipe.captions[std::size_t(to)] = moved;
         });
 }
 

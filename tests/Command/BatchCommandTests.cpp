@@ -230,6 +230,7 @@ TEST_F(BatchCommandTest, saysWhatIsWrongWithEachCaption)
                                         "--caption-position=border-bottom-left",
                                         "--caption",
                                         "iii",
+                                        "--caption-size=12",
                                         "--caption-position=border-bottom-left",
                                         "--output",
                                         out.path(),
