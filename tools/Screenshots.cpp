@@ -135,6 +135,7 @@ void photographBorder(ContentView& window, Photographer& photographer)
     photographer.shoot("position-popover-full");
     photographer.closeOverlay();
     window.session().setBatchRecipe(before);
+    photographer.press("photoEdgeLine");
 }
 
 void photographCaptions(ContentView& window, Photographer& photographer)
@@ -145,7 +146,11 @@ void photographCaptions(ContentView& window, Photographer& photographer)
         recipe.captions.push_back(recipe.captionLike(0));
         recipe.captions.back().setCaptionTemplate(QStringLiteral("{camera} · {lens}"));
     });
-    photographer.shoot("captions");
+    auto* section = window.findChild<QWidget*>(QStringLiteral("captionFontButton"));
+    while (section && !section->inherits("ferrow::CaptionSection"))
+        section = section->parentWidget();
+    QTest::qWait(700);
+    photographer.shoot("captions", section);
     photographer.press("captionFontButton");
     photographer.shoot("font-popover");
     photographer.closeOverlay();
