@@ -167,7 +167,7 @@ Bitmap rasterPicture(const SourceFile& source, std::int64_t maximumDimension, Jo
 }
 
 Bitmap drawnSvg(const ByteSource& source, std::int64_t maximumDimension)
-{
+try {
     const QByteArray svg = readSvg(source);
     switch (obstacleIn(svg)) {
     case SvgObstacle::none:
@@ -180,6 +180,9 @@ Bitmap drawnSvg(const ByteSource& source, std::int64_t maximumDimension)
         throw logoError(LogoAssetError::Case::tooComplexDrawing);
     }
     return rasterizeSvg(svg, maximumDimension);
+} catch (const CodecError& error) {
+    throw logoError(error.reason == CodecError::Reason::tooLarge ? LogoAssetError::Case::tooComplexDrawing
+                                                                 : LogoAssetError::Case::malformed);
 }
 
 /// In a color space that is known without reading a profile, for whoever shows it.
@@ -310,9 +313,8 @@ LogoAnswer InProcessAnswerer::rasterizeLogo(const LogoRequest& request, const st
     } catch (const ImagePipelineError& error) {
         const bool tooLarge = std::holds_alternative<ImagePipelineError::UnreasonableDimensions>(error.value);
         throw logoError(tooLarge ? LogoAssetError::Case::unreasonableDimensions : LogoAssetError::Case::malformed);
-    } catch (const CodecError& error) {
-        throw logoError(error.reason == CodecError::Reason::tooLarge ? LogoAssetError::Case::tooComplexDrawing
-                                                                     : LogoAssetError::Case::malformed);
+    } catch (const CodecError&) {
+        throw logoError(LogoAssetError::Case::malformed);
     } catch (const InputOutputError&) {
         throw logoError(LogoAssetError::Case::malformed);
     } catch (const std::bad_alloc&) {

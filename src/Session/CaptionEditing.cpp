@@ -134,6 +134,7 @@ void CaptionEditing::moveCaption(int by)
     const int to = std::clamp(from + by, 0, int(captions_.size()) - 1);
     if (to != from)
         editCaptions(QStringLiteral("Move Caption"), to, [&](RenderRecipe& recipe) {
+            // Copies: GCC 12 warns of a swap that it would read a face which is not there.
             const Caption moved = recipe.captions[std::size_t(from)];
             const Caption other = recipe.captions[std::size_t(to)];
             recipe.captions[std::size_t(from)] = other;
