@@ -16,8 +16,9 @@ fi
 findings=$(mktemp -d)
 trap 'rm -rf "$findings"' EXIT
 
+# A source that this version crashes on, or never comes to an end with, costs its findings and nothing else.
 goThrough() {
-    $tidy -p "build/$preset" --quiet "$1" >"$findings/${1//\//.}" 2>/dev/null || true
+    timeout --kill-after=5 "$2" $tidy -p "build/$preset" --quiet "$1" >"$findings/${1//\//.}" 2>/dev/null || true
 }
 
 mapfile -t sources < <({ git diff --name-only HEAD; git log --format= --name-only; } 2>/dev/null |
@@ -26,9 +27,9 @@ mapfile -t sources < <({ git diff --name-only HEAD; git log --format= --name-onl
     done)
 begun=0
 for source in "${sources[@]}"; do
-    [ $SECONDS -lt "$seconds" ] || break
     [ "$(jobs -rp | wc -l)" -lt "$(nproc)" ] || wait -n
-    goThrough "$source" &
+    [ $SECONDS -lt "$seconds" ] || break
+    goThrough "$source" $((seconds - SECONDS)) 2>/dev/null &
     begun=$((begun + 1))
 done
 wait
