@@ -369,6 +369,9 @@ void addOutputHandlers(std::unordered_map<QByteArray, Handler>& handlers)
     handlers["--preset-file"] = [](Arguments& arguments, const QByteArray&, const QByteArray& value) {
         arguments.presetFile = FileUrl::fromPath(value);
     };
+    handlers["--frame-from"] = [](Arguments& arguments, const QByteArray&, const QByteArray& value) {
+        arguments.frameFile = FileUrl::fromPath(value);
+    };
 }
 
 void addFrameHandlers(std::unordered_map<QByteArray, Handler>& handlers)
@@ -470,6 +473,8 @@ bool applyFlag(Arguments& arguments, const QByteArray& option)
         arguments.mode = Arguments::Mode::help;
     else if (option == "--version" || option == "-V")
         arguments.mode = Arguments::Mode::version;
+    else if (option == "--filter")
+        arguments.mode = Arguments::Mode::filter;
     else if (option == "--dry-run")
         arguments.dryRun = true;
     else if (option == "--json")
@@ -554,6 +559,13 @@ void applyOption(Arguments& arguments, Reader& reader, const QByteArray& word)
     handler->second(arguments, option, attached ? *attached : reader.take());
 }
 
+/// Options that a run of one photo to standard output has no use for.
+bool isAboutBatches(const QByteArray& word)
+{
+    return QList<QByteArray>{"--output", "--beside", "--template", "--on-collision", "--jobs", "--dry-run", "--json"}
+        .contains(word.split('=').first());
+}
+
 } // namespace
 
 Arguments parseArguments(const std::vector<QByteArray>& words)
@@ -566,9 +578,12 @@ Arguments parseArguments(const std::vector<QByteArray>& words)
     }
     const bool inspecting = arguments.mode == Arguments::Mode::inspect;
     bool onlyPaths = false;
+    std::optional<QByteArray> batchOption;
     std::optional<QByteArray> besideFolder;
     while (!reader.atEnd()) {
         const QByteArray word = reader.take();
+        if (!onlyPaths && isAboutBatches(word))
+            batchOption = word;
         if (!onlyPaths && word == "--")
             onlyPaths = true;
         else if (onlyPaths || !word.startsWith('-') || word == "-")
@@ -585,6 +600,14 @@ Arguments parseArguments(const std::vector<QByteArray>& words)
         settleBeside(arguments, *besideFolder);
     if (arguments.mode == Arguments::Mode::help || arguments.mode == Arguments::Mode::version)
         return arguments;
+    if (arguments.mode == Arguments::Mode::filter) {
+        if (batchOption)
+            misuse("--filter", QStringLiteral("it has one photo and standard output: leave out %1.")
+                                   .arg(QString::fromUtf8(*batchOption)));
+        if (!arguments.roots.empty())
+            misuse("--filter", QStringLiteral("it reads standard input: name no photo."));
+        return arguments;
+    }
     if (arguments.roots.empty())
         throw UsageError{QStringLiteral("PATH: name at least one photo or folder.")};
     return arguments;
@@ -593,6 +616,7 @@ Arguments parseArguments(const std::vector<QByteArray>& words)
 QString helpText()
 {
     return QStringLiteral(R"(Usage: ferrow-batch [options] PATH...
+       ferrow-batch --filter [options] < photo.jpg > framed.jpg
        ferrow-batch inspect [--json] PATH...
 
 Frames photos: files, and folders recursively. Originals are never changed.
@@ -616,6 +640,8 @@ What they are
   --preset NAME            start from a saved preset
   --preset-file FILE       start from the preset in FILE (with --preset: the one
                            of that name in it)
+  --frame-from FILE        border, captions and logo of the preset in FILE, and
+                           nothing else of it
 
 Frame
   --border WIDTH           pixels (120px) or percent of the shorter side (4%)
@@ -658,6 +684,7 @@ Positions: image-top-left, image-top-center, image-top-right, image-center-left,
   border-bottom-left, border-bottom-center, border-bottom-right
 
 Running
+  --filter                 frame standard input to standard output
   --dry-run                print the plan, write nothing
   --json                   JSON Lines: an object per outcome, then the report
   --quiet                  no progress on the terminal

@@ -29,12 +29,13 @@ struct Settings {
 };
 
 struct Arguments {
-    enum class Mode { frame, inspect, help, version };
+    enum class Mode { frame, filter, inspect, help, version };
 
     Mode mode = Mode::frame;
     std::vector<FileUrl> roots;
     std::optional<QString> presetName;
     std::optional<FileUrl> presetFile;
+    std::optional<FileUrl> frameFile; ///< A preset of which only the recipe is taken.
     /// Applied in order to the settings that the preset or the defaults gave.
     std::vector<std::function<void(Settings&)>> changes;
     /// Applied to the frame's shape once one is set, by whichever option or by the preset.

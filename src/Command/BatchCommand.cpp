@@ -4,126 +4,24 @@
 #include "Batch/BatchExportCoordinator.h"
 #include "Batch/BatchImporter.h"
 #include "Command/Output.h"
+#include "Command/RunSettings.h"
 #include "Export/ExportPlanner.h"
 #include "Export/ImageExporter.h"
 #include "Imaging/CaptionDrawing.h"
 #include "Imaging/ExportLayout.h"
 #include "Imaging/ImageLoader.h"
 #include "Models/ErrorTexts.h"
-#include "Persistence/ManagedLogoStore.h"
-#include "Persistence/PresetLibrary.h"
-#include "Persistence/TemporaryLogoFolder.h"
 #include "Platform/Base/Cancellation.h"
 #include "Platform/Files/FilePlacement.h"
 #include "Platform/Files/FileStatus.h"
-#include "Shared/UserFacingError.h"
 
 #include <QJsonArray>
 
 #include <algorithm>
-#include <memory>
 
 namespace ferrow::Command {
 
 namespace {
-
-PresetPayload findPreset(const Arguments& arguments)
-{
-    const QByteArray option = arguments.presetFile ? "--preset-file" : "--preset";
-    const FileKind kind = arguments.presetFile ? fileKind(*arguments.presetFile) : FileKind::file;
-    if (kind == FileKind::missing || kind == FileKind::folder)
-        throw UsageError{
-            QStringLiteral("--preset-file: there is no file “%1”.").arg(arguments.presetFile->displayPath())};
-    const auto library = arguments.presetFile ? std::make_unique<PresetLibrary>(*arguments.presetFile)
-                                              : std::make_unique<PresetLibrary>();
-    if (library->loadErrorMessage())
-        throw UsageError{
-            QStringLiteral("%1: %2").arg(QString::fromUtf8(option), onOneLine(*library->loadErrorMessage()))};
-
-    std::vector<PresetPayload> matching;
-    for (const PhotoPreset& preset : library->presets())
-        if (!arguments.presetName || preset.name == *arguments.presetName)
-            matching.push_back(preset.payload);
-    if (matching.size() == 1)
-        return matching.front();
-    const QString wanted = arguments.presetName ? QStringLiteral("“") + *arguments.presetName + QStringLiteral("”")
-                                                : QStringLiteral("a preset");
-    // The name comes last: it may hold what looks like a placeholder.
-    const QString reason = matching.empty() ? QStringLiteral("there is no such preset: ")
-                                            : QStringLiteral("%1 presets fit, it must be one: ").arg(matching.size());
-    throw UsageError{QString::fromUtf8(option) + QStringLiteral(": ") + reason + wanted};
-}
-
-Settings resolvedSettings(const Arguments& arguments)
-{
-    Settings settings;
-    if (arguments.presetName || arguments.presetFile) {
-        const PresetPayload payload = findPreset(arguments);
-        settings.recipe = payload.recipe();
-        payload.applyTo(settings.exportSettings, settings.configuration);
-    }
-    for (const auto& change : arguments.changes)
-        change(settings);
-    std::optional<FrameShape>& shape = settings.recipe.border.shape;
-    if (!arguments.shapeChanges.empty() && !shape)
-        throw UsageError{QStringLiteral("--shape: options about a shape need a shape.")};
-    for (const auto& change : arguments.shapeChanges)
-        change(*shape);
-    const BatchExportConfiguration& configuration = settings.configuration;
-    if (configuration.destinationMode == ExportDestinationMode::chosenFolder && !configuration.chosenFolder)
-        throw UsageError{QStringLiteral("--output: name a folder for the framed copies, or use --beside.")};
-    return settings;
-}
-
-/// The logo of `--logo` in a managed folder of its own, which goes away with this object.
-class TemporaryLogo {
-public:
-    TemporaryLogo(const Arguments& arguments, Settings& settings)
-    {
-        if (arguments.logoFile) {
-            LogoConfiguration logo = settings.recipe.logo.value_or(LogoConfiguration());
-            logo.isEnabled = true;
-            logo.asset = importedAsset(*arguments.logoFile, folder_.emplace().url());
-            settings.recipe.logo = logo;
-        }
-        if (!arguments.logoChanges.empty() && !settings.recipe.logo)
-            throw UsageError{QStringLiteral("--logo: options about a logo need a logo.")};
-        for (const auto& change : arguments.logoChanges)
-            change(*settings.recipe.logo);
-    }
-
-    [[nodiscard]] std::optional<FileUrl> managedFolder() const
-    {
-        return folder_ ? std::optional(folder_->url()) : std::nullopt;
-    }
-
-private:
-    static LogoAssetReference importedAsset(const FileUrl& file, const FileUrl& folder)
-    {
-        try {
-            return ManagedLogoStore::importAsset(file, folder);
-        } catch (...) {
-            throw UsageError{
-                QStringLiteral("--logo: %1").arg(onOneLine(UserFacingError::message(std::current_exception())))};
-        }
-    }
-
-    std::optional<TemporaryLogoFolder> folder_;
-};
-
-/// Families that other fonts stand in for: said once, before the work begins.
-void warnOfMissingFonts(const RenderRecipe& recipe)
-{
-    std::vector<QString> told;
-    for (const Caption& caption : recipe.captions) {
-        const auto missing = caption.isEnabled ? CaptionDrawing::missingFont(caption) : std::nullopt;
-        if (!missing || std::ranges::find(told, missing->family) != told.end())
-            continue;
-        told.push_back(missing->family);
-        printError(QStringLiteral("The font “%1” is not installed; “%2” stands in for it.")
-                       .arg(missing->family, missing->standIn));
-    }
-}
 
 /// A folder that takes no files is told of before thousands of photos are read. Throws SystemError.
 void prepareOutputFolder(const Settings& settings, bool dryRun)
@@ -379,7 +277,10 @@ int reportAllCanceled(const BatchImportResult& batch, Reporter& reporter)
 int runBatch(const Arguments& arguments, const std::stop_token& stop)
 {
     Settings settings = resolvedSettings(arguments);
-    const TemporaryLogo logo(arguments, settings);
+    const BatchExportConfiguration& configuration = settings.configuration;
+    if (configuration.destinationMode == ExportDestinationMode::chosenFolder && !configuration.chosenFolder)
+        throw UsageError{QStringLiteral("--output: name a folder for the framed copies, or use --beside.")};
+    const RunLogo logo(arguments, settings);
     const BatchImportScan scan = BatchImporter::scan(arguments.roots);
     if (!scan.candidates.empty())
         prepareOutputFolder(settings, arguments.dryRun);

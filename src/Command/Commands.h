@@ -13,6 +13,9 @@ enum ExitStatus { allDone = 0, somePhotoFailed = 1, wrongUsage = 2, interrupted 
 /// Frames the photos that `arguments` name and answers the exit status. Throws UsageError.
 [[nodiscard]] int runBatch(const Arguments& arguments, const std::stop_token& stop);
 
+/// Frames standard input to standard output and answers the exit status. Throws UsageError, and what framing throws.
+[[nodiscard]] int runFilter(const Arguments& arguments, const std::stop_token& stop);
+
 /// Prints what is read of each photo and answers the exit status.
 [[nodiscard]] int runInspect(const Arguments& arguments, const std::stop_token& stop);
 

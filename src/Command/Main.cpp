@@ -85,6 +85,8 @@ int run(const std::vector<QByteArray>& words, const std::stop_token& stop)
             return Command::allDone;
         case Command::Arguments::Mode::inspect:
             return Command::runInspect(arguments, stop);
+        case Command::Arguments::Mode::filter:
+            return Command::runFilter(arguments, stop);
         case Command::Arguments::Mode::frame:
             return Command::runBatch(arguments, stop);
         }

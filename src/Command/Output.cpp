@@ -63,6 +63,11 @@ void printJson(const QJsonObject& object)
     print(stdout, QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
 }
 
+void printBytes(std::span<const std::byte> bytes)
+{
+    print(stdout, QByteArray::fromRawData(reinterpret_cast<const char*>(bytes.data()), qsizetype(bytes.size())));
+}
+
 void printText(const QString& text)
 {
     print(stdout, text.toUtf8());

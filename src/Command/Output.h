@@ -8,6 +8,7 @@
 #include <QString>
 
 #include <chrono>
+#include <span>
 
 namespace ferrow::Command {
 
@@ -17,6 +18,8 @@ void insertPath(QJsonObject& object, const QString& key, const FileUrl& url);
 [[nodiscard]] QJsonObject pathObject(const FileUrl& url);
 /// One object a line on standard output, flushed.
 void printJson(const QJsonObject& object);
+/// What is no text, as it is, on standard output.
+void printBytes(std::span<const std::byte> bytes);
 /// Text of our own, as it is, on standard output.
 void printText(const QString& text);
 /// Whether anything meant for standard output was lost: a full disk, a reader that went away.

@@ -79,16 +79,6 @@ ImagePipelineError writeFailed(int errorNumber, const FileUrl& destination, cons
     return ImagePipelineError::OutputWriteFailed{rawValue(settings.format), SystemError{errorNumber, destination}};
 }
 
-/// The engine writes to a descriptor: what failed there is told of the file that the user knows.
-void frame(const Engine::FrameRequest& request, const FileUrl& destination, const std::stop_token& stop)
-try {
-    Engine::answerer().frame(request, stop);
-} catch (ImagePipelineError& error) {
-    if (auto* failed = std::get_if<ImagePipelineError::OutputWriteFailed>(&error.value); failed && failed->reason)
-        failed->reason->file = destination;
-    throw;
-}
-
 void flush(StagedFile& staged, const FileUrl& destination, const ExportSettings& settings)
 try {
     staged.flushAndClose();
@@ -144,6 +134,22 @@ Bitmap reduced(const Bitmap& picture, double scale)
 
 } // namespace
 
+void writePhoto(const OpenedFile& source, const ImportedPhoto& photo, const RenderRecipe& recipe,
+                const ExportSettings& settings, int outputDescriptor, const std::stop_token& stop,
+                const std::optional<FileUrl>& managedLogoDirectory)
+{
+    const Bitmap logo = ManagedLogoStore::loadIfEnabled(recipe.logo, managedLogoDirectory, stop).value_or(Bitmap());
+    auto request = requestFor<Engine::FrameRequest>(source, photo, recipe, logo, settings.size, stop);
+    request.format = settings.format;
+    request.quality = usableQuality(settings.quality);
+    request.metadata = outputMetadata(photo.metadata);
+    request.outputDescriptor = outputDescriptor;
+    Engine::answerer().frame(request, stop);
+    // If somebody wrote to the file meanwhile, its pixels may be those of two pictures.
+    if (source.currentIdentity() != source.identity())
+        throw ImagePipelineError(ImagePipelineError::decodingFailed);
+}
+
 void exportPhoto(const BatchExportJob& job, const std::stop_token& stop,
                  const std::optional<FileUrl>& managedLogoDirectory)
 {
@@ -151,19 +157,15 @@ void exportPhoto(const BatchExportJob& job, const std::stop_token& stop,
     throwIfCanceled(stop);
     guardDestination(photo.url, job.destination, job.replaceExisting);
     const OpenedFile source = ImageLoader::openSource(photo.url);
-    const Bitmap logo = ManagedLogoStore::loadIfEnabled(job.recipe.logo, managedLogoDirectory, stop).value_or(Bitmap());
-
-    auto request = requestFor<Engine::FrameRequest>(source, photo, job.recipe, logo, job.settings.size, stop);
-    request.format = job.settings.format;
-    request.quality = usableQuality(job.settings.quality);
-    request.metadata = outputMetadata(photo.metadata);
-
     StagedFile staged = stage(job.destination, job.replaceExisting, job.settings);
-    request.outputDescriptor = staged.descriptor();
-    frame(request, job.destination, stop);
-    // If somebody wrote to the file meanwhile, its pixels may be those of two pictures.
-    if (source.currentIdentity() != source.identity())
-        throw ImagePipelineError(ImagePipelineError::decodingFailed);
+    try {
+        writePhoto(source, photo, job.recipe, job.settings, staged.descriptor(), stop, managedLogoDirectory);
+    } catch (ImagePipelineError& error) {
+        // Who writes to a descriptor does not know the file that the user does.
+        if (auto* failed = std::get_if<ImagePipelineError::OutputWriteFailed>(&error.value); failed && failed->reason)
+            failed->reason->file = job.destination;
+        throw;
+    }
     flush(staged, job.destination, job.settings);
     placeOutput(staged, job.destination, job.replaceExisting, job.settings);
 }

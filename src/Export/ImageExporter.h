@@ -3,6 +3,7 @@
 
 #include "Models/BatchExportModels.h"
 #include "Platform/Base/FileUrl.h"
+#include "Platform/Files/FileAccess.h"
 #include "Platform/Pixels/Bitmap.h"
 
 #include <QRect>
@@ -21,6 +22,12 @@ namespace ferrow::ImageExporter {
 /// last row is ignored.
 void exportPhoto(const BatchExportJob& job, const std::stop_token& stop,
                  const std::optional<FileUrl>& managedLogoDirectory = {});
+
+/// The same into an empty file that is open for reading and writing, for whoever gives it its place: a failure or a
+/// stop leaves rubbish in it.
+void writePhoto(const OpenedFile& source, const ImportedPhoto& photo, const RenderRecipe& recipe,
+                const ExportSettings& settings, int outputDescriptor, const std::stop_token& stop,
+                const std::optional<FileUrl>& managedLogoDirectory = {});
 
 /// The pixels that an export of `photo` has in `region` (output pixels, origin at the top left; what reaches beyond the
 /// picture is cut off), at `scale` where that is below 1: 8-bit RGB or straight RGBA in the output's color space. As in

@@ -7,12 +7,21 @@
 
 namespace ferrow::ImageLoader {
 
+namespace {
+
+void checkSize(const OpenedFile& file)
+{
+    if (file.size() > maximumFileSize)
+        throw ImagePipelineError(ImagePipelineError::FileTooLarge{file.size()});
+}
+
+} // namespace
+
 OpenedFile openSource(const FileUrl& url)
 {
     try {
         OpenedFile file = OpenedFile::open(url);
-        if (file.size() > maximumFileSize)
-            throw ImagePipelineError(ImagePipelineError::FileTooLarge{file.size()});
+        checkSize(file);
         return file;
     } catch (const SystemError&) {
         throw ImagePipelineError(ImagePipelineError::unreadableFile);
@@ -31,7 +40,12 @@ ImportedPhoto loadBatchThumbnail(const FileUrl& url, const std::stop_token& stop
 
 ImportedPhoto load(const FileUrl& url, std::int64_t previewMaximumDimension, const std::stop_token& stop)
 {
-    const OpenedFile file = openSource(url);
+    return load(openSource(url), previewMaximumDimension, stop);
+}
+
+ImportedPhoto load(const OpenedFile& file, std::int64_t previewMaximumDimension, const std::stop_token& stop)
+{
+    checkSize(file);
     Engine::InspectRequest request;
     request.source = {file.descriptor(), file.size()};
     request.maximumDimension = previewMaximumDimension;
@@ -40,11 +54,11 @@ ImportedPhoto load(const FileUrl& url, std::int64_t previewMaximumDimension, con
         throw ImagePipelineError(ImagePipelineError::unreadableFile);
 
     ImportedPhoto photo;
-    photo.url = url;
+    photo.url = file.url();
     photo.type = answer.type;
     photo.pixelSize = answer.uprightSize;
     photo.metadata =
-        MetadataExtractor::extract(answer.properties.image, answer.properties.xmp, url.lastPathComponent());
+        MetadataExtractor::extract(answer.properties.image, answer.properties.xmp, file.url().lastPathComponent());
     photo.previewSource = std::move(answer.picture);
     photo.colorProfileName = std::move(answer.colorProfileName);
     return photo;

@@ -27,6 +27,10 @@ inline constexpr std::int64_t batchThumbnailDimension = 280;
 [[nodiscard]] ImportedPhoto load(const FileUrl& url, std::int64_t previewMaximumDimension,
                                  const std::stop_token& stop = {});
 
+/// The same for a source that is open.
+[[nodiscard]] ImportedPhoto load(const OpenedFile& file, std::int64_t previewMaximumDimension,
+                                 const std::stop_token& stop = {});
+
 /// Opens a source: a regular file within the size limit. Throws unreadableFile or fileTooLarge.
 [[nodiscard]] OpenedFile openSource(const FileUrl& url);
 

@@ -61,8 +61,11 @@ public:
                 return false;
         return ::kill(pid_t(process_.processId()), number) == 0;
     }
-    Ended wait()
+    /// Gives it `input` through a pipe, and the end of it.
+    Ended wait(const QByteArray& input = {})
     {
+        process_.write(input);
+        process_.closeWriteChannel();
         process_.waitForFinished(-1);
         const int signaled = process_.exitStatus() == QProcess::CrashExit ? 128 : 0;
         return {signaled + process_.exitCode(), process_.readAllStandardOutput(), process_.readAllStandardError()};

@@ -36,17 +36,23 @@ Descriptor openForReading(const FileUrl& url)
 
 OpenedFile OpenedFile::open(const FileUrl& url)
 {
-    OpenedFile file(openForReading(url), url);
-    struct stat status {};
-    if (::fstat(file.descriptor(), &status) != 0)
-        throw SystemError{errno, url};
-    if (!S_ISREG(status.st_mode))
-        throw SystemError{S_ISDIR(status.st_mode) ? EISDIR : EINVAL, url};
-    file.identity_ = identityOf(status);
-    return file;
+    return {openForReading(url), url};
 }
 
-OpenedFile::OpenedFile(Descriptor descriptor, FileUrl url) : descriptor_(std::move(descriptor)), url_(std::move(url)) {}
+OpenedFile OpenedFile::adopt(Descriptor descriptor)
+{
+    return {std::move(descriptor), {}};
+}
+
+OpenedFile::OpenedFile(Descriptor descriptor, FileUrl url) : descriptor_(std::move(descriptor)), url_(std::move(url))
+{
+    struct stat status {};
+    if (::fstat(descriptor_.get(), &status) != 0)
+        throw SystemError{errno, url_};
+    if (!S_ISREG(status.st_mode))
+        throw SystemError{S_ISDIR(status.st_mode) ? EISDIR : EINVAL, url_};
+    identity_ = identityOf(status);
+}
 
 FileIdentity OpenedFile::currentIdentity() const
 {

@@ -28,6 +28,8 @@ public:
     /// Throws SystemError when it can't be opened, with EISDIR or EINVAL when it is not a regular file. A file that
     /// claims to be empty and yields bytes all the same (/proc has some) is an empty file: source() holds nothing.
     [[nodiscard]] static OpenedFile open(const FileUrl& url);
+    /// The same for a file that is open already, and is read from its start whatever its position. It has no name.
+    [[nodiscard]] static OpenedFile adopt(Descriptor descriptor);
 
     [[nodiscard]] const FileUrl& url() const { return url_; }
     [[nodiscard]] int descriptor() const { return descriptor_.get(); }

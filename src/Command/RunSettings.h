@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Command/Arguments.h"
+#include "Persistence/TemporaryLogoFolder.h"
+
+#include <optional>
+
+/// What the command line, its presets and its logo come to, for every command that frames.
+namespace ferrow::Command {
+
+/// The preset's settings or the program's, with the options applied. Throws UsageError.
+[[nodiscard]] Settings resolvedSettings(const Arguments& arguments);
+
+/// The logo of `--logo` in a managed folder of its own, which goes away with this object.
+class RunLogo {
+public:
+    /// Puts it, and what the options say of it, into `settings`. Throws UsageError.
+    RunLogo(const Arguments& arguments, Settings& settings);
+
+    [[nodiscard]] std::optional<FileUrl> managedFolder() const
+    {
+        return folder_ ? std::optional(folder_->url()) : std::nullopt;
+    }
+
+private:
+    std::optional<TemporaryLogoFolder> folder_;
+};
+
+/// Says on standard error which families other fonts stand in for.
+void warnOfMissingFonts(const RenderRecipe& recipe);
+
+} // namespace ferrow::Command
