@@ -28,6 +28,7 @@ public:
     StopOnSignal()
     {
         ::sigemptyset(&signals_);
+        ::sigaddset(&signals_, wakingSignal);
         for (const int number : {SIGINT, SIGTERM, SIGHUP})
             if (!isIgnored(number))
                 ::sigaddset(&signals_, number);
@@ -49,9 +50,9 @@ public:
 private:
     void wait(const std::stop_token& ending)
     {
-        constexpr timespec interval{0, 100'000'000};
+        const std::stop_callback wake(ending, [thread = ::pthread_self()] { ::pthread_kill(thread, wakingSignal); });
         while (!ending.stop_requested())
-            if (::sigtimedwait(&signals_, nullptr, &interval) > 0)
+            if (const int number = ::sigwaitinfo(&signals_, nullptr); number > 0 && number != wakingSignal)
                 source_.request_stop();
     }
 
@@ -61,6 +62,9 @@ private:
         struct sigaction inherited {};
         return ::sigaction(number, nullptr, &inherited) == 0 && inherited.sa_handler == SIG_IGN;
     }
+
+    /// Nobody sends it, and one who does is passed over, as by every program.
+    static constexpr int wakingSignal = SIGURG;
 
     sigset_t signals_{};
     std::stop_source source_;
@@ -118,7 +122,9 @@ int main(int argc, char** argv)
     std::optional<ProgramStart::TemporaryRuntimeFolder> folder(std::in_place);
     int applicationArgc = 1;
     char* applicationArgv[] = {argv[0], nullptr};
-    const QGuiApplication application(applicationArgc, applicationArgv);
+    // It lives as long as the process: where no font was needed, its end would load their configuration to give it
+    // back.
+    new QGuiApplication(applicationArgc, applicationArgv);
     folder.reset();
     std::setlocale(LC_NUMERIC, "C");
     const int status = run(std::vector<QByteArray>(argv + 1, argv + argc), interruption.token());

@@ -12,9 +12,9 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <iterator>
+#include <string_view>
 #include <system_error>
 
 namespace {
@@ -68,10 +68,12 @@ std::optional<Setup> awaitSetup(Channel& channel)
 }
 
 /// Loads what will be needed; answers the files and folders that stay readable.
-std::vector<std::string> prepare(bool drawsText, const Setup& setup)
+std::vector<std::string> prepare(std::string_view kind, const Setup& setup)
 {
-    if (!drawsText) {
+    if (kind != argumentForLogos) {
         warmUpCodecs();
+        if (kind == argumentForHeicWriting)
+            warmUpHeicEncoder();
         return {};
     }
     for (const std::string& variable : setup.environment)
@@ -97,8 +99,7 @@ int main(int argc, char** argv)
         std::fputs("ferrow-worker is started by Ferrow and ferrow-batch, not by hand.\n", stderr);
         return startedWrongly;
     }
-    const bool drawsText = argc > 1 && std::strcmp(argv[1], argumentForLogos) == 0;
-    const std::vector<std::string> readablePlaces = prepare(drawsText, *setup);
+    const std::vector<std::string> readablePlaces = prepare(argc > 1 ? argv[1] : "", *setup);
     if (!hasOneThread())
         return cannotFork;
     ::malloc_trim(0); // Each fork takes a note of every page.

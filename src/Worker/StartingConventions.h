@@ -12,6 +12,9 @@ inline constexpr int workerSocket = 3;
 /// Makes a worker the kind that may read fonts, to draw the text of PDF logos; without it, it is one for photos.
 inline constexpr const char* argumentForLogos = "logos";
 
+/// Makes a worker the kind that may write HEIC.
+inline constexpr const char* argumentForHeicWriting = "heic-writing";
+
 /// What a job may take, in bytes, besides what is there before the first: stacks of the codecs' threads, their
 /// libraries' pools, and pictures too small to be asked for. Larger jobs are allowed more one by one, since a limit
 /// that fits the largest photo would let the smallest file ask for as much.

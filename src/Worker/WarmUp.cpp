@@ -12,6 +12,7 @@
 #include <fontconfig/fontconfig.h>
 
 #include <cstring>
+#include <ctime>
 #include <filesystem>
 #include <memory>
 #include <set>
@@ -78,6 +79,12 @@ void collectLinkedFonts(std::set<std::string>& places)
 } // namespace
 
 void warmUpCodecs()
+{
+    loadCodecPlugins();
+    ::tzset(); // Color profiles that are made get the date.
+}
+
+void warmUpHeicEncoder()
 {
     const Descriptor file = openMemoryFile("ferrow-warm-up");
     if (!file.isOpen())

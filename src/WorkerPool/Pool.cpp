@@ -15,12 +15,12 @@ namespace {
 
 using std::chrono::steady_clock;
 
-constexpr std::array kinds{WorkerKind::photos, WorkerKind::logos};
+constexpr std::array kinds{WorkerKind::photos, WorkerKind::heicWriting, WorkerKind::logos};
 
 /// More callers than these wait. A worker is ten megabytes, and codecs gain nothing from being many more than cores.
 constexpr int mostWorkers(WorkerKind kind)
 {
-    return kind == WorkerKind::photos ? 12 : 2;
+    return kind == WorkerKind::logos ? 2 : 12;
 }
 
 /// After these a worker is replaced: whatever codecs lose, and whatever a photo may have done to one, ends with it. A

@@ -123,7 +123,8 @@ Assignment framing(const Engine::FrameRequest& request)
     const std::int64_t pixels = request.expectedSize.width * request.expectedSize.height;
     const auto longest =
         Allowance::base + Allowance::decoding(pixels, true) + Allowance::encoding(canvas, request.format);
-    return {.purpose = Purpose::framing,
+    return {.kind = request.format == ExportFormat::heic ? WorkerKind::heicWriting : WorkerKind::photos,
+            .purpose = Purpose::framing,
             .limits = {mostOutputBytes(canvas), processorSeconds(longest)},
             .photoPixels = pixels,
             .ownBytes = Engine::MemoryNeed::ofEncoder(request.format, canvas)};

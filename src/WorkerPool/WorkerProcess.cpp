@@ -118,11 +118,24 @@ private:
     posix_spawnattr_t attributes_;
 };
 
+const char* argumentFor(WorkerKind kind)
+{
+    switch (kind) {
+    case WorkerKind::photos:
+        return nullptr;
+    case WorkerKind::heicWriting:
+        return Worker::argumentForHeicWriting;
+    case WorkerKind::logos:
+        break;
+    }
+    return Worker::argumentForLogos;
+}
+
 /// By which fonts, their caches and their configuration are found.
 Worker::Setup setupFor(WorkerKind kind)
 {
     Worker::Setup setup;
-    if (kind == WorkerKind::photos)
+    if (kind != WorkerKind::logos)
         return setup;
     for (const char* name : {"HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_DATA_DIRS",
                              "FONTCONFIG_FILE", "FONTCONFIG_PATH", "FONTCONFIG_SYSROOT"})
@@ -143,8 +156,7 @@ std::shared_ptr<WorkerStem> WorkerStem::start(const QByteArray& program, WorkerK
     auto sockets = connectedSockets();
     if (!sockets)
         return nullptr;
-    const char* argument = kind == WorkerKind::logos ? Worker::argumentForLogos : nullptr;
-    const pid_t process = Spawning(sockets->theirs.get()).start(program, argument);
+    const pid_t process = Spawning(sockets->theirs.get()).start(program, argumentFor(kind));
     if (process == 0)
         return nullptr;
     std::shared_ptr<WorkerStem> stem(new WorkerStem(process, kind, std::move(sockets->ours)));

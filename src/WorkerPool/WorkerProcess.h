@@ -16,9 +16,10 @@
 
 namespace ferrow::WorkerPool {
 
-/// One kind for photos, and one that may read fonts, for the text of PDF logos.
-enum class WorkerKind { photos, logos };
-inline constexpr int workerKinds = 2;
+/// One kind for photos; one for those that are written as HEIC, whose encoder takes a tenth of a second to load; and
+/// one that may read fonts, for the text of PDF logos.
+enum class WorkerKind { photos, heicWriting, logos };
+inline constexpr int workerKinds = 3;
 
 class WorkerProcess;
 

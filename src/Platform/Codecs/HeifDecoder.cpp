@@ -217,4 +217,9 @@ std::unique_ptr<ImageDecoder> openHeifDecoder(const ByteSource& source, const De
     }
 }
 
+void loadCodecPlugins()
+{
+    ::heif_init(nullptr);
+}
+
 } // namespace ferrow

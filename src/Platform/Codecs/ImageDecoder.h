@@ -83,4 +83,7 @@ public:
 [[nodiscard]] std::unique_ptr<ImageDecoder> openTiffDecoder(const ByteSource& source, const DecodeOptions& options);
 [[nodiscard]] std::unique_ptr<ImageDecoder> openHeifDecoder(const ByteSource& source, const DecodeOptions& options);
 
+/// Loads what libraries find by name in the file system when they are first used, for whoever gives that up later.
+void loadCodecPlugins();
+
 } // namespace ferrow
