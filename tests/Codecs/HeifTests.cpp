@@ -164,6 +164,7 @@ TEST_F(Heif, refusesStructuresBeforeTheLibrarySeesThem)
     const QByteArray longChain = chain(100);
     EXPECT_EQ(decode(withByte(longChain, longChain.indexOf("iinf") + 9, 1)).error, malformed);
     EXPECT_EQ(decode(good + good.mid(good.indexOf("meta") - 4)).error, malformed);
+    EXPECT_EQ(decode(makeHeif({coded}, properties).chopped(1)).error, malformed);
     EXPECT_EQ(decode({}).error, malformed);
 }
 

@@ -159,7 +159,8 @@ void PictureCheck::checkDerivation(std::uint32_t id, int depth)
     if (++visits_ > mostVisits)
         refuseKind(QStringLiteral("HEIF image of too many parts"));
     const Item& item = items_.at(id);
-    if (isDerived(item.type) && item.sources.empty())
+    // Newer libraries decode what there is of a picture that was cut off, and say nothing.
+    if (!items_.isWhole(source_, item) || (isDerived(item.type) && item.sources.empty()))
         refuse();
     if (item.type == fourCharacters("grid"))
         checkGrid(item);

@@ -340,11 +340,23 @@ std::vector<const Property*> Items::propertiesOf(const Item& item) const
     return present;
 }
 
+Extent Items::placeOf(const ByteSource& source, const Item& item) const
+{
+    return item.isInItemDataBox ? itemData : Extent{0, std::uint64_t(source.size())};
+}
+
+bool Items::isWhole(const ByteSource& source, const Item& item) const
+{
+    const std::uint64_t size = placeOf(source, item).length;
+    return std::ranges::all_of(item.extents, [size](const Extent& extent) {
+        return extent.offset <= size && extent.length <= size - extent.offset;
+    });
+}
+
 std::size_t Items::read(const ByteSource& source, const Item& item, std::uint64_t offset,
                         std::span<std::byte> into) const
 {
-    const std::uint64_t start = item.isInItemDataBox ? itemData.offset : 0;
-    const std::uint64_t size = item.isInItemDataBox ? itemData.length : std::uint64_t(source.size());
+    const auto [start, size] = placeOf(source, item);
     std::size_t done = 0;
     for (const Extent& extent : item.extents) {
         if (extent.offset > size)

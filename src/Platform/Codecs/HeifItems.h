@@ -48,8 +48,14 @@ struct Items {
     [[nodiscard]] const Item& at(std::uint32_t id) const;
     /// The properties of `item` that the file has, in its order.
     [[nodiscard]] std::vector<const Property*> propertiesOf(const Item& item) const;
+    /// Whether the file has all the bytes that the item is said to have.
+    [[nodiscard]] bool isWhole(const ByteSource& source, const Item& item) const;
     /// Fills `into` with the item's bytes from `offset` on, and answers how many it holds.
     std::size_t read(const ByteSource& source, const Item& item, std::uint64_t offset, std::span<std::byte> into) const;
+
+private:
+    /// What the item's extents count from.
+    [[nodiscard]] Extent placeOf(const ByteSource& source, const Item& item) const;
 };
 
 /// Bounded in time and memory. Throws CodecError (malformed, unsupported) and InputOutputError.
