@@ -2,6 +2,7 @@
 #include "Command/Commands.h"
 
 #include "Command/Output.h"
+#include "Command/Reporter.h"
 #include "Command/RunSettings.h"
 #include "Export/ImageExporter.h"
 #include "Imaging/ImageLoader.h"
@@ -113,6 +114,8 @@ try {
     ImageExporter::writePhoto(source, photo, settings.recipe, settings.exportSettings, framed.get(), stop,
                               logo.managedFolder());
     passOn(framed.get(), stop);
+    printCaptionFaults({.photo = photo, .recipe = settings.recipe, .settings = settings.exportSettings},
+                       QStringLiteral("ferrow-batch"));
     return allDone;
 } catch (const Canceled&) {
     return interrupted;
