@@ -77,10 +77,23 @@ private:
     QString suffix_;
 };
 
-void photographEmpty(Photographer& photographer)
+void photographEmpty(ContentView& window, Photographer& photographer)
 {
     QTest::qWait(300);
     photographer.shoot("empty");
+    auto* pane = window.findChild<PreviewPane*>();
+    pane->setDropTarget(3);
+    photographer.shoot("empty-drop");
+    pane->setDropTarget({});
+    auto* starters = window.findChild<QWidget*>(QStringLiteral("starterChoice"));
+    starters->setFocus(Qt::TabFocusReason);
+    QTest::keyClick(starters, Qt::Key_End);
+    QTest::qWait(600);
+    photographer.shoot("starter");
+    window.history().stack().undo();
+    photographer.press("presetsButton");
+    photographer.shoot("presets-empty");
+    photographer.closeOverlay();
 }
 
 void photographMain(ContentView& window, Photographer& photographer, const FileUrl& photos)
@@ -276,7 +289,7 @@ int main(int argc, char** argv)
     window.show();
     QDir().mkpath(words[1]);
     Photographer photographer(window, words[1], dark ? QStringLiteral("-dark") : QStringLiteral("-light"));
-    photographEmpty(photographer);
+    photographEmpty(window, photographer);
     photographMain(window, photographer, photos);
     photographPopovers(photographer);
     photographBorder(window, photographer);

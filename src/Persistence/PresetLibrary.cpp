@@ -145,6 +145,15 @@ PhotoPreset PresetLibrary::save(const QString& name, const PresetPayload& payloa
     return preset;
 }
 
+void PresetLibrary::saveAll(const std::vector<std::pair<QString, PresetPayload>>& presets)
+{
+    const QDateTime now = clock_();
+    std::vector<PhotoPreset> added;
+    for (const auto& [name, payload] : presets)
+        added.push_back({QUuid::createUuid(), validated(name), payload, now, now});
+    change([added](std::vector<PhotoPreset>& all) { all.insert(all.end(), added.begin(), added.end()); });
+}
+
 void PresetLibrary::rename(const QUuid& id, const QString& name)
 {
     if (std::ranges::find(presets_, id, &PhotoPreset::id) == presets_.end())

@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace ferrow {
@@ -39,6 +40,8 @@ public:
     void refresh();
 
     PhotoPreset save(const QString& name, const PresetPayload& payload);
+    /// All of them in one writing, each with its name.
+    void saveAll(const std::vector<std::pair<QString, PresetPayload>>& presets);
     /// An unknown `id` changes and writes nothing.
     void rename(const QUuid& id, const QString& name);
     /// Saves a copy under a name that no other preset bears; absent when `id` is unknown.

@@ -70,6 +70,8 @@ void ChoiceStrip::keyPressEvent(QKeyEvent* event)
         return pressItem(0);
     case Qt::Key_End:
         return pressItem(last);
+    case Qt::Key_Space:
+        return pressItem(std::max(current_, 0));
     default:
         QWidget::keyPressEvent(event);
     }

@@ -8,8 +8,9 @@
 
 namespace ferrow {
 
-/// One of a few things that lie in a row. One tab stop; arrows, Home and End choose at once, and so does a press. The
-/// focus ring goes round all of them, so that it is not taken for the mark of the chosen one.
+/// One of a few things that lie in a row. One tab stop; arrows, Home and End choose at once, and so does a press. While
+/// none is chosen, Space chooses the first. The focus ring goes round all of them, so that it is not taken for the mark
+/// of the chosen one.
 class ChoiceStrip : public QWidget, public AccessibleItems {
     Q_OBJECT
 
@@ -18,7 +19,7 @@ public:
     ChoiceStrip(const QString& name, const QStringList& items, QWidget* parent);
 
     [[nodiscard]] int currentIndex() const { return current_; }
-    /// Does not emit `indexChosen`.
+    /// Does not emit `indexChosen`. -1 chooses none.
     void setCurrentIndex(int index);
 
     int itemCount() const override { return int(items_.size()); }

@@ -2,6 +2,7 @@
 #include "Window/PresetFlow.h"
 
 #include "Features/PresetManager/PresetManagerView.h"
+#include "Models/StarterFrames.h"
 #include "Persistence/PresetLibrary.h"
 #include "Session/EditHistory.h"
 #include "Session/ExportSession.h"
@@ -27,6 +28,7 @@ void PresetFlow::showPresets()
     library_.refresh(); // Another window may have saved some.
     presets_ = new PresetManagerView(library_,
                                      {.saveCurrent = [this] { saveCurrentPreset(); },
+                                      .addStarters = [this] { addStarters(); },
                                       .apply = [this](const QUuid& id) { applyPreset(id); },
                                       .renameInPlace =
                                           [this](const QUuid& id, const QString& name) {
@@ -72,6 +74,17 @@ void PresetFlow::saveCurrentPreset()
             library_.save(name, PresetPayload::make(session_.batchRecipe(), exportSession_.settings(),
                                                     exportSession_.configuration()));
         });
+    });
+}
+
+void PresetFlow::addStarters()
+{
+    alerts_.attempt(QStringLiteral("Couldn’t Save Preset"), [&] {
+        std::vector<std::pair<QString, PresetPayload>> presets;
+        for (const StarterFrame& frame : starterFrames())
+            presets.emplace_back(frame.name, PresetPayload::make(frame.recipe, exportSession_.settings(),
+                                                                 exportSession_.configuration()));
+        library_.saveAll(presets);
     });
 }
 

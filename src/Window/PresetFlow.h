@@ -31,6 +31,8 @@ public:
 
 private:
     void saveCurrentPreset();
+    /// The starter frames, each with the present export settings.
+    void addStarters();
     void applyPreset(const QUuid& id);
     void renamePreset(const QUuid& id);
     void duplicatePreset(const QUuid& id);

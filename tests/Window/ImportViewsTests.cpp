@@ -3,6 +3,8 @@
 #include "Features/PhotoSidebar/PhotoListView.h"
 #include "Features/PhotoSidebar/PhotoSidebar.h"
 #include "Features/PreviewPane/EmptyPreview.h"
+#include "Features/PreviewPane/StarterChoice.h"
+#include "Models/StarterFrames.h"
 #include "Session/SessionTestSupport.h"
 #include "Session/ThumbnailCache.h"
 #include "Support/Pictures.h"
@@ -13,6 +15,7 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSignalSpy>
+#include <QTest>
 
 #include <atomic>
 
@@ -195,7 +198,9 @@ TEST(EmptyPreview, saysThatPhotosAreBeingAddedAndStopsIt)
         throw ImagePipelineError(ImagePipelineError::malformedImage);
     };
     DisklessSession session(operations);
-    EmptyPreview pane(session);
+    ExportSession exportSession;
+    EditHistory history{session, exportSession};
+    EmptyPreview pane(session, history);
     pane.resize(600, 500);
     pane.show();
     const auto isShown = [&](const char* name) {
@@ -217,6 +222,49 @@ TEST(EmptyPreview, saysThatPhotosAreBeingAddedAndStopsIt)
     EXPECT_TRUE(isShown("emptyAddFolderButton") && !stop->isVisible());
     EXPECT_EQ(pane.focusWidget(), add);
     EXPECT_EQ(text("emptyTitle"), QStringLiteral("Drop photos or a folder here"));
+}
+
+TEST(EmptyPreview, beginsWithAStarterFrameUntilTheInspectorIsTouched)
+{
+    DisklessSession session;
+    ExportSession exportSession;
+    EditHistory history{session, exportSession};
+    EmptyPreview pane(session, history);
+    pane.resize(810, 848);
+    pane.show();
+    auto* starters = pane.findChild<StarterChoice*>();
+    const auto chosen = [&] {
+        QString names;
+        const QAccessibleInterface* group = QAccessible::queryAccessibleInterface(starters);
+        EXPECT_EQ(group->text(QAccessible::Name), QStringLiteral("Starter frames"));
+        for (int i = 0; i < group->childCount(); ++i) {
+            EXPECT_EQ(group->child(i)->role(), QAccessible::RadioButton);
+            if (group->child(i)->state().checked)
+                names += group->child(i)->text(QAccessible::Name);
+        }
+        return names;
+    };
+    const RenderRecipe usual = session.batchRecipe();
+    EXPECT_EQ(chosen(), QString());
+    QTest::keyClick(starters, Qt::Key_Space);
+    QTest::keyClick(starters, Qt::Key_Right);
+    EXPECT_EQ(session.batchRecipe(), starterFrames()[1].recipe);
+    EXPECT_EQ(chosen(), QStringLiteral("Gallery Black"));
+    history.editRecipe(QStringLiteral("Border Width"), [](RenderRecipe& recipe) { recipe.border.width = 9; });
+    EXPECT_EQ(chosen(), QString());
+    for (const char* before : {"Gallery Black", "Clean White", ""}) {
+        history.stack().undo();
+        EXPECT_EQ(chosen(), QLatin1StringView(before));
+    }
+    EXPECT_EQ(session.batchRecipe(), usual);
+
+    const auto item = [&](int index) { return starters->item(index).rect; };
+    EXPECT_EQ(item(1).width(), 168 + 2 * StarterChoice::inset);
+    pane.resize(440, 848);
+    EXPECT_LT(item(0).right(), item(1).left()) << "tiles of 120 stand apart";
+    EXPECT_TRUE(starters->rect().contains(item(2)));
+    pane.resize(810, 700);
+    EXPECT_FALSE(starters->isVisible());
 }
 
 TEST(LogoSection, asksForNoOtherLogoWhileOneIsOnItsWay)

@@ -311,6 +311,7 @@ TEST_F(Sheets, presetsAreAppliedRenamedAndRemovedByKeys)
     std::vector<QUuid> removed;
     PresetManagerView sheet(library,
                             {[] {},
+                             [] {},
                              [&](const QUuid& id) { applied.push_back(id); },
                              [&](const QUuid& id, const QString& name) { library.rename(id, name); },
                              {},
@@ -352,6 +353,27 @@ TEST_F(Sheets, presetsAreAppliedRenamedAndRemovedByKeys)
     library.remove(b);
     press({Qt::Key_Return});
     EXPECT_EQ(applied.back(), a) << "and to the neighbor of one that has gone";
+}
+
+TEST_F(Sheets, presetsThatAreTheFirstGetTheFocusOfTheButtonThatAddedThem)
+{
+    PresetLibrary library(folder.file("presets.json"));
+    PresetManagerView sheet(library,
+                            {.saveCurrent = [] {},
+                             .addStarters =
+                                 [&] {
+                                     library.saveAll({{QStringLiteral("B"), {}}, {QStringLiteral("A"), {}}});
+                                 },
+                             .apply = [](const QUuid&) {}},
+                            &window);
+    sheet.open();
+    auto* add = child<QPushButton>(sheet, "addStartersButton");
+    add->setFocus();
+    QTest::keyClick(add, Qt::Key_Space);
+    EXPECT_FALSE(add->isVisible());
+    EXPECT_EQ(QApplication::focusWidget(), child<PresetList>(sheet, "presetList"));
+    EXPECT_EQ(child<PresetList>(sheet, "presetList")->selectedPreset(), library.presets().front().id);
+    EXPECT_EQ(PresetLibrary(library.fileURL()).presets().size(), 2U);
 }
 
 } // namespace ferrow::test

@@ -34,7 +34,13 @@ PresetManagerView::PresetManagerView(PresetLibrary& library, Actions actions, QW
     buildFoot();
     connect(&library_, &PresetLibrary::presetsChanged, this, [this] {
         list_->renew();
+        // Several at once are the first ones: the button that asked for them is about to go.
+        const bool handsFocusOn = !library_.presets().empty() && empty_->isAncestorOf(this->window()->focusWidget());
         showLibrary();
+        if (!handsFocusOn)
+            return;
+        list_->selectFirst();
+        list_->setFocus(Qt::OtherFocusReason);
     });
     showLibrary();
     updateActions();
@@ -92,6 +98,12 @@ QWidget* PresetManagerView::makeEmptyState()
     centered->addWidget(text);
     centered->addStretch();
     layout->addLayout(centered);
+    layout->addSpacing(Space::group);
+    auto* starters = new QPushButton(QStringLiteral("Add Starter Frames"));
+    starters->setObjectName(QStringLiteral("addStartersButton"));
+    starters->setAccessibleDescription(QStringLiteral("Saves three frames to begin with as presets"));
+    connect(starters, &QPushButton::clicked, this, actions_.addStarters);
+    layout->addWidget(starters, 0, Qt::AlignHCenter);
     return block;
 }
 

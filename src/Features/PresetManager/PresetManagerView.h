@@ -21,6 +21,8 @@ class PresetManagerView : public Sheet {
 public:
     struct Actions {
         std::function<void()> saveCurrent;
+        /// Saves the starter frames; offered while there is no preset.
+        std::function<void()> addStarters;
         std::function<void(const QUuid&)> apply;
         /// Typed in the row itself; never blank.
         std::function<void(const QUuid&, const QString& newName)> renameInPlace;

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Features/PreviewPane/EmptyPreview.h"
 
+#include "Features/PreviewPane/StarterChoice.h"
 #include "Session/PhotoSession.h"
 #include "Session/WindowTexts.h"
+#include "Widgets/ElidedLabel.h"
 #include "Widgets/FerrowStyle.h"
 #include "Widgets/Icons.h"
 #include "Widgets/Theme.h"
@@ -20,6 +22,11 @@ namespace ferrow {
 namespace {
 
 constexpr int sentenceWidth = 320;
+constexpr int dropAreaWidth = 584;
+constexpr int dropAreaFree = 42; ///< Above and below what it says; less in a low window.
+constexpr double dropAreaEdge = 1.5;
+/// Of the window: in a lower one the starters would crowd what is to be done first.
+constexpr int leastHeightWithStarters = 820;
 
 /// A framed landscape in lines.
 class FrameDrawing : public QWidget {
@@ -68,34 +75,59 @@ QHBoxLayout* centeredRow(std::initializer_list<QWidget*> widgets)
 
 } // namespace
 
-EmptyPreview::EmptyPreview(PhotoSession& session, QWidget* parent) : QWidget(parent), session_(session)
+/// Drops are taken anywhere in the window; this is where they are looked for.
+class DropArea : public QWidget {
+public:
+    explicit DropArea(QWidget* parent) : QWidget(parent)
+    {
+        setMaximumWidth(Theme::current().scaled(dropAreaWidth));
+        setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Maximum);
+        connect(&Theme::current(), &Theme::changed, this, qOverload<>(&QWidget::update));
+    }
+
+    void setDropTarget(bool isDropTarget)
+    {
+        isDropTarget_ = isDropTarget;
+        update();
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        const double width = isDropTarget_ ? Measure::dropFrame : dropAreaEdge;
+        QPen pen(themeColor(isDropTarget_ ? &ThemeColors::accent : &ThemeColors::border), width);
+        if (!isDropTarget_)
+            pen.setDashPattern({3, 3});
+        painter.setPen(pen);
+        const double half = width / 2;
+        painter.drawRoundedRect(QRectF(rect()).adjusted(half, half, -half, -half), Radius::sheet, Radius::sheet);
+    }
+
+private:
+    bool isDropTarget_ = false;
+};
+
+EmptyPreview::EmptyPreview(PhotoSession& session, EditHistory& history, QWidget* parent)
+    : QWidget(parent), session_(session)
 {
     setGround(this, &ThemeColors::sidebar);
+    dropArea_ = new DropArea(this);
+    buildDropArea();
+    starters_ = makeStarters(history);
+    constexpr int margin = Space::preview - StarterChoice::inset;
     auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(Space::preview, Space::preview, Space::preview, Space::preview);
+    column->setContentsMargins(margin, Space::preview, margin, Space::preview);
     column->setSpacing(0);
     column->addStretch();
-    column->addWidget(new FrameDrawing(this), 0, Qt::AlignHCenter);
-    column->addSpacing(Space::preview);
-    title_ = centered(makeLabel({}, TextRole::empty, &ThemeColors::text, this));
-    title_->setObjectName(QStringLiteral("emptyTitle"));
-    column->addWidget(title_);
-    column->addSpacing(Space::group);
-    sentence_ = centered(makeLabel({}, TextRole::body, &ThemeColors::text2, this));
-    sentence_->setObjectName(QStringLiteral("emptySentence"));
-    sentence_->setFixedWidth(Theme::current().scaled(sentenceWidth));
-    // Aligned in the column itself it would be given the height of one line.
-    column->addLayout(centeredRow({sentence_}));
-    column->addSpacing(Space::sheet);
-
-    addPhotos_ = new QPushButton(icon(IconName::add, &ThemeColors::onInk), QStringLiteral("Add Photos…"), this);
-    addPhotos_->setObjectName(QStringLiteral("emptyAddPhotosButton"));
-    setButtonRole(addPhotos_, ButtonRole::main);
-    addFolder_ = new QPushButton(icon(IconName::folder), QStringLiteral("Add Folder…"), this);
-    addFolder_->setObjectName(QStringLiteral("emptyAddFolderButton"));
-    stop_ = new QPushButton(QStringLiteral("Stop Adding Photos"), this);
-    stop_->setObjectName(QStringLiteral("emptyStopButton"));
-    column->addLayout(centeredRow({addPhotos_, addFolder_, stop_}));
+    auto* dropRow = new QHBoxLayout;
+    dropRow->setContentsMargins(StarterChoice::inset, 0, StarterChoice::inset, 0);
+    dropRow->addWidget(dropArea_);
+    column->addLayout(dropRow);
+    auto* startersRow = new QHBoxLayout;
+    startersRow->addWidget(starters_);
+    column->addLayout(startersRow);
     column->addStretch();
 
     connect(addPhotos_, &QPushButton::clicked, this, &EmptyPreview::addPhotosRequested);
@@ -104,6 +136,70 @@ EmptyPreview::EmptyPreview(PhotoSession& session, QWidget* parent) : QWidget(par
     connect(&session_, &PhotoSession::isImportingChanged, this, &EmptyPreview::followImport);
     connect(&session_, &PhotoSession::importProgressed, this, &EmptyPreview::showProgress);
     followImport();
+}
+
+void EmptyPreview::buildDropArea()
+{
+    auto* column = new QVBoxLayout(dropArea_);
+    column->setContentsMargins(Space::row, 0, Space::row, 0);
+    column->setSpacing(0);
+    const auto addFree = [column] {
+        column->addSpacerItem(new QSpacerItem(0, dropAreaFree, QSizePolicy::Minimum, QSizePolicy::Maximum));
+    };
+    addFree();
+    column->addWidget(new FrameDrawing(dropArea_), 0, Qt::AlignHCenter);
+    column->addSpacing(Space::sheet);
+    title_ = centered(makeLabel({}, TextRole::empty, &ThemeColors::text, dropArea_));
+    title_->setObjectName(QStringLiteral("emptyTitle"));
+    column->addWidget(title_);
+    column->addSpacing(Space::group);
+    sentence_ = centered(makeLabel({}, TextRole::body, &ThemeColors::text2, dropArea_));
+    sentence_->setObjectName(QStringLiteral("emptySentence"));
+    sentence_->setFixedWidth(Theme::current().scaled(sentenceWidth));
+    // Aligned in the column itself it would be given the height of one line.
+    column->addLayout(centeredRow({sentence_}));
+    column->addSpacing(Space::sheet);
+
+    addPhotos_ = new QPushButton(icon(IconName::add, &ThemeColors::onInk), QStringLiteral("Add Photos…"), dropArea_);
+    addPhotos_->setObjectName(QStringLiteral("emptyAddPhotosButton"));
+    setButtonRole(addPhotos_, ButtonRole::main);
+    addFolder_ = new QPushButton(icon(IconName::folder), QStringLiteral("Add Folder…"), dropArea_);
+    addFolder_->setObjectName(QStringLiteral("emptyAddFolderButton"));
+    stop_ = new QPushButton(QStringLiteral("Stop Adding Photos"), dropArea_);
+    stop_->setObjectName(QStringLiteral("emptyStopButton"));
+    column->addLayout(centeredRow({addPhotos_, addFolder_, stop_}));
+    addFree();
+}
+
+QWidget* EmptyPreview::makeStarters(EditHistory& history)
+{
+    auto* block = new QWidget(this);
+    block->setObjectName(QStringLiteral("starterFrames"));
+    block->setMaximumWidth(Theme::current().scaled(dropAreaWidth) + 2 * StarterChoice::inset);
+    auto* column = new QVBoxLayout(block);
+    column->setContentsMargins(0, Space::emptyBlocks, 0, 0);
+    column->setSpacing(Space::group);
+    auto* heading = new QHBoxLayout;
+    heading->setContentsMargins(StarterChoice::inset, 0, StarterChoice::inset, 0);
+    heading->setSpacing(Space::row);
+    heading->addWidget(makeLabel(QStringLiteral("Start with a frame"), TextRole::section));
+    auto* hint = new ElidedLabel(QStringLiteral("Change anything later, or save your own under Presets."));
+    setTextRole(hint, TextRole::small, &ThemeColors::text2);
+    heading->addWidget(hint, 1);
+    column->addLayout(heading);
+    column->addWidget(new StarterChoice(session_, history, block));
+    return block;
+}
+
+void EmptyPreview::setDropTarget(bool isDropTarget)
+{
+    dropArea_->setDropTarget(isDropTarget);
+}
+
+void EmptyPreview::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    starters_->setVisible(window()->height() >= Theme::current().scaled(leastHeightWithStarters));
 }
 
 void EmptyPreview::followImport()

@@ -59,7 +59,7 @@ PreviewPane::PreviewPane(PhotoSession& session, PreviewLoader& loader, PreviewRe
     setMinimumWidth(minimumWidthOfPane);
     area_ = new QWidget(this);
     buildCanvas();
-    empty_ = new EmptyPreview(session_, area_);
+    empty_ = new EmptyPreview(session_, history_, area_);
     drop_ = new DropOverlay(area_);
     auto* layers = new QGridLayout(area_);
     layers->setContentsMargins(0, 0, 0, 0);
@@ -227,6 +227,7 @@ void PreviewPane::setComparing(bool isComparing)
 
 void PreviewPane::setDropTarget(std::optional<int> fileCount)
 {
+    empty_->setDropTarget(fileCount.has_value());
     if (fileCount)
         drop_->show(*fileCount);
     else
