@@ -339,6 +339,29 @@ void addDestinationHandlers(std::unordered_map<QByteArray, Handler>& handlers)
     };
 }
 
+Shard shard(const QByteArray& option, const QByteArray& word)
+{
+    constexpr double most = 1'000'000;
+    const QList<QByteArray> numbers = word.split('/');
+    if (numbers.size() != 2)
+        misuse(option, QStringLiteral("give which part of how many, such as 3/16."));
+    const double count = number(option, numbers[1], 1, most);
+    const double which = number(option, numbers[0], 1, count);
+    if (which != std::floor(which) || count != std::floor(count))
+        misuse(option, QStringLiteral("give whole numbers."));
+    return {std::int64_t(which), std::int64_t(count)};
+}
+
+void addPlanHandlers(std::unordered_map<QByteArray, Handler>& handlers)
+{
+    handlers["--plan-to"] = [](Arguments& arguments, const QByteArray&, const QByteArray& value) {
+        arguments.planFile = FileUrl::fromPath(value);
+    };
+    handlers["--shard"] = [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
+        arguments.shard = shard(option, value);
+    };
+}
+
 void addOutputHandlers(std::unordered_map<QByteArray, Handler>& handlers)
 {
     handlers["--format"] = choice<ExportFormat>({{"jpeg", ExportFormat::jpeg},
@@ -458,6 +481,7 @@ const std::unordered_map<QByteArray, Handler>& valueHandlers()
     static const auto handlers = [] {
         std::unordered_map<QByteArray, Handler> all;
         addDestinationHandlers(all);
+        addPlanHandlers(all);
         addOutputHandlers(all);
         addFrameHandlers(all);
         addLogoHandlers(all);
@@ -477,6 +501,8 @@ bool applyFlag(Arguments& arguments, const QByteArray& option)
         arguments.mode = Arguments::Mode::filter;
     else if (option == "--dry-run")
         arguments.dryRun = true;
+    else if (option == "--resume")
+        arguments.resumes = true;
     else if (option == "--json")
         arguments.json = true;
     else if (option == "--quiet")
@@ -559,11 +585,65 @@ void applyOption(Arguments& arguments, Reader& reader, const QByteArray& word)
     handler->second(arguments, option, attached ? *attached : reader.take());
 }
 
+/// What is done in place of framing, when the first word says so.
+struct OtherCommand {
+    const char* name;
+    Arguments::Mode mode;
+    QList<QByteArray> options;
+};
+
+const std::vector<OtherCommand>& otherCommands()
+{
+    static const std::vector<OtherCommand> commands{
+        {"inspect", Arguments::Mode::inspect, {"--json"}},
+        {"run", Arguments::Mode::plan, {"--shard", "--resume", "--jobs", "--json", "--quiet"}},
+        {"report", Arguments::Mode::report, {"--json"}},
+    };
+    return commands;
+}
+
+/// The option of `word`, "--jobs" of "--jobs=2".
+QByteArray optionOf(const QByteArray& word)
+{
+    return word.split('=').first();
+}
+
+/// Refuses options that the command has no use for.
+void checkOption(const OtherCommand* command, const QByteArray& word)
+{
+    const QByteArray option = optionOf(word);
+    if (command && option != "--help" && option != "-h" && !command->options.contains(option))
+        misuse(option, QStringLiteral("%1 has no such option.").arg(QString::fromLatin1(command->name)));
+    if (!command && (option == "--shard" || option == "--resume"))
+        misuse(option, QStringLiteral("it is for “run”, which frames what a plan says."));
+}
+
 /// Options that a run of one photo to standard output has no use for.
 bool isAboutBatches(const QByteArray& word)
 {
-    return QList<QByteArray>{"--output", "--beside", "--template", "--on-collision", "--jobs", "--dry-run", "--json"}
-        .contains(word.split('=').first());
+    return QList<QByteArray>{"--output", "--beside",  "--template", "--on-collision",
+                             "--jobs",   "--dry-run", "--plan-to",  "--json"}
+        .contains(optionOf(word));
+}
+
+void checkFilter(const Arguments& arguments, const std::optional<QByteArray>& batchOption)
+{
+    if (batchOption)
+        misuse(
+            "--filter",
+            QStringLiteral("it has one photo and standard output: leave out %1.").arg(QString::fromUtf8(*batchOption)));
+    if (!arguments.roots.empty())
+        misuse("--filter", QStringLiteral("it reads standard input: name no photo."));
+}
+
+void checkPaths(const Arguments& arguments)
+{
+    if (arguments.mode == Arguments::Mode::plan && arguments.roots.size() != 1)
+        throw UsageError{QStringLiteral("PLAN: name one plan.")};
+    if (arguments.mode == Arguments::Mode::report && arguments.roots.empty())
+        throw UsageError{QStringLiteral("FILE: name what runs have printed with --json.")};
+    if (arguments.roots.empty())
+        throw UsageError{QStringLiteral("PATH: name at least one photo or folder.")};
 }
 
 } // namespace
@@ -572,24 +652,28 @@ Arguments parseArguments(const std::vector<QByteArray>& words)
 {
     Arguments arguments;
     Reader reader(words);
-    if (!reader.atEnd() && reader.peek() == "inspect") {
+    const OtherCommand* command = nullptr;
+    for (const OtherCommand& other : otherCommands())
+        if (!reader.atEnd() && reader.peek() == other.name)
+            command = &other;
+    if (command) {
         reader.take();
-        arguments.mode = Arguments::Mode::inspect;
+        arguments.mode = command->mode;
     }
-    const bool inspecting = arguments.mode == Arguments::Mode::inspect;
     bool onlyPaths = false;
     std::optional<QByteArray> batchOption;
     std::optional<QByteArray> besideFolder;
     while (!reader.atEnd()) {
         const QByteArray word = reader.take();
-        if (!onlyPaths && isAboutBatches(word))
+        const bool isPath = onlyPaths || !word.startsWith('-') || word == "-";
+        if (!isPath && word != "--")
+            checkOption(command, word);
+        if (!isPath && isAboutBatches(word))
             batchOption = word;
         if (!onlyPaths && word == "--")
             onlyPaths = true;
-        else if (onlyPaths || !word.startsWith('-') || word == "-")
+        else if (isPath)
             arguments.roots.push_back(FileUrl::fromPath(word));
-        else if (inspecting && word != "--json" && word != "--help" && word != "-h")
-            misuse(word, QStringLiteral("inspect has no such option."));
         else if (word == "--beside" || word.startsWith("--beside="))
             besideFolder = applyBeside(arguments, reader,
                                        word == "--beside" ? std::nullopt : std::optional(word.mid(sizeof "--beside")));
@@ -600,16 +684,10 @@ Arguments parseArguments(const std::vector<QByteArray>& words)
         settleBeside(arguments, *besideFolder);
     if (arguments.mode == Arguments::Mode::help || arguments.mode == Arguments::Mode::version)
         return arguments;
-    if (arguments.mode == Arguments::Mode::filter) {
-        if (batchOption)
-            misuse("--filter", QStringLiteral("it has one photo and standard output: leave out %1.")
-                                   .arg(QString::fromUtf8(*batchOption)));
-        if (!arguments.roots.empty())
-            misuse("--filter", QStringLiteral("it reads standard input: name no photo."));
-        return arguments;
-    }
-    if (arguments.roots.empty())
-        throw UsageError{QStringLiteral("PATH: name at least one photo or folder.")};
+    if (arguments.mode == Arguments::Mode::filter)
+        checkFilter(arguments, batchOption);
+    else
+        checkPaths(arguments);
     return arguments;
 }
 
@@ -617,6 +695,9 @@ QString helpText()
 {
     return QStringLiteral(R"(Usage: ferrow-batch [options] PATH...
        ferrow-batch --filter [options] < photo.jpg > framed.jpg
+       ferrow-batch --plan-to PLAN [options] PATH...
+       ferrow-batch run [--shard K/N] [--resume] PLAN
+       ferrow-batch report [--json] FILE...
        ferrow-batch inspect [--json] PATH...
 
 Frames photos: files, and folders recursively. Originals are never changed.
@@ -690,6 +771,14 @@ Running
   --quiet                  no progress on the terminal
   -h, --help               these lines
   -V, --version            the version, and what confines the readers of photos
+
+On several machines
+  --plan-to PLAN           settle names for all photos, write them to PLAN, and
+                           frame none
+  run PLAN                 frame what a plan says
+  --shard K/N              the Kth of N parts of it
+  --resume                 leave what an earlier run of it has framed
+  report FILE...           add up what runs have printed with --json
 
 inspect prints what is read of each photo.
 

@@ -28,8 +28,14 @@ struct Settings {
     std::size_t caption = 0; ///< Which of the recipe's the options are about.
 };
 
+/// One of `count` parts of a plan, counted from 1.
+struct Shard {
+    std::int64_t number = 1;
+    std::int64_t count = 1;
+};
+
 struct Arguments {
-    enum class Mode { frame, filter, inspect, help, version };
+    enum class Mode { frame, filter, plan, report, inspect, help, version };
 
     Mode mode = Mode::frame;
     std::vector<FileUrl> roots;
@@ -44,6 +50,9 @@ struct Arguments {
     std::optional<FileUrl> logoFile;
     /// Applied to the logo once it has been imported.
     std::vector<std::function<void(LogoConfiguration&)>> logoChanges;
+    std::optional<FileUrl> planFile; ///< To be written, in place of framed copies.
+    Shard shard;
+    bool resumes = false; ///< What an earlier run of the plan has framed stays.
     bool dryRun = false;
     bool json = false;
     bool quiet = false;

@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Command/Commands.h"
 
-#include "Batch/BatchExportCoordinator.h"
-#include "Batch/BatchImporter.h"
-#include "Command/Output.h"
-#include "Command/Reporter.h"
+#include "Command/BatchRun.h"
+#include "Command/PlanFile.h"
 #include "Command/RunSettings.h"
 #include "Export/ExportPlanner.h"
 #include "Export/ImageExporter.h"
@@ -31,16 +29,6 @@ void prepareOutputFolder(const Settings& settings, bool dryRun)
     checkFolderWritable(folder);
 }
 
-BatchImportResult importBatch(const BatchImportScan& scan, ProgressLine& progress, const std::stop_token& stop)
-{
-    return BatchImporter::importScanned(
-        scan, [](const FileUrl& url, const std::stop_token& stopped) { return ImageLoader::load(url, 0, stopped); },
-        [&](std::size_t done) {
-            progress.show(QStringLiteral("Reading"), std::int64_t(done), std::int64_t(scan.candidates.size()), {});
-        },
-        stop);
-}
-
 BatchExportPlan makePlan(const BatchImportResult& batch, const Settings& settings, bool dryRun,
                          const std::stop_token& stop)
 {
@@ -57,36 +45,23 @@ BatchExportPlan makePlan(const BatchImportResult& batch, const Settings& setting
     return planner.plan(request, stop);
 }
 
-std::vector<BatchExportOutcome> exportJobs(const BatchExportPlan& plan, const Settings& settings,
-                                           const std::optional<FileUrl>& managedLogoFolder, std::int64_t settled,
-                                           std::int64_t total, Reporter& reporter, ProgressLine& progress,
-                                           const std::stop_token& stop)
+/// What a run of the plan would do, for others to do.
+void writePlan(const FileUrl& file, const Arguments& arguments, const Settings& settings, const BatchExportPlan& plan)
 {
-    std::int64_t completed = settled;
-    if (!plan.jobs.empty())
-        progress.show(QStringLiteral("Framing"), completed, total, plan.jobs.front().photo.filename());
-    auto outcomes = BatchExportCoordinator::run(
-        plan.jobs, settings.configuration.maximumConcurrentExports,
-        [&](const BatchExportJob& job, const std::stop_token& token) {
-            ImageExporter::exportPhoto(job, token, managedLogoFolder);
-        },
-        [&](const BatchExportOutcome& outcome) {
-            reporter.ended(plan.jobs[outcome.jobIndex], outcome);
-            progress.show(QStringLiteral("Framing"), ++completed, total, outcome.filename());
-        },
-        stop);
-    for (const BatchExportOutcome& outcome : BatchExportCoordinator::neverStarted(plan.jobs, outcomes)) {
-        reporter.ended(plan.jobs[outcome.jobIndex], outcome);
-        outcomes.push_back(outcome);
-    }
-    return outcomes;
-}
-
-int exitStatus(const BatchExportReport& report, const std::stop_token& stop)
-{
-    if (stop.stop_requested())
-        return interrupted;
-    return report.failures.empty() ? allDone : somePhotoFailed;
+    PlanFile written{.payload = PresetPayload::make(settings.recipe, settings.exportSettings, settings.configuration),
+                     .logo = arguments.logoFile ? std::optional(arguments.logoFile->standardized()) : std::nullopt};
+    written.photos.reserve(plan.jobs.size() + plan.skippedPhotos.size() + plan.failures.size());
+    for (const BatchExportJob& job : plan.jobs)
+        written.photos.push_back({.source = job.photo.url,
+                                  .destination = job.destination,
+                                  .size = writtenSize(job).value_or(PixelSize()),
+                                  .replaceExisting = job.replaceExisting,
+                                  .replaced = job.replaceExisting ? ReplacedFile::at(job.destination) : std::nullopt});
+    for (const FileUrl& photo : plan.skippedPhotos)
+        written.photos.push_back({.source = photo});
+    for (const BatchExportFailure& failure : plan.failures)
+        written.photos.push_back({.source = failure.source, .failure = onOneLine(failure.message)});
+    written.write(file);
 }
 
 int reportAllCanceled(const BatchImportResult& batch, Reporter& reporter)
@@ -109,17 +84,20 @@ int runBatch(const Arguments& arguments, const std::stop_token& stop)
 {
     Settings settings = resolvedSettings(arguments);
     const BatchExportConfiguration& configuration = settings.configuration;
+    const bool writesNone = arguments.dryRun || arguments.planFile;
     if (configuration.destinationMode == ExportDestinationMode::chosenFolder && !configuration.chosenFolder)
         throw UsageError{QStringLiteral("--output: name a folder for the framed copies, or use --beside.")};
     const RunLogo logo(arguments, settings);
     const BatchImportScan scan = BatchImporter::scan(arguments.roots);
     if (!scan.candidates.empty())
-        prepareOutputFolder(settings, arguments.dryRun);
+        prepareOutputFolder(settings, writesNone);
 
     warnOfMissingFonts(settings.recipe);
     ProgressLine progress(!arguments.quiet);
     Reporter reporter(arguments.json, progress);
-    const BatchImportResult batch = importBatch(scan, progress, stop);
+    const BatchImportResult batch = BatchImporter::importScanned(
+        scan, [](const FileUrl& url, const std::stop_token& stopped) { return ImageLoader::load(url, 0, stopped); },
+        readingProgress(progress, scan.candidates.size()), stop);
     for (const BatchExportFailure& failure : batch.failures)
         reporter.failed(failure);
     if (stop.stop_requested())
@@ -127,7 +105,7 @@ int runBatch(const Arguments& arguments, const std::stop_token& stop)
 
     BatchExportPlan plan;
     try {
-        plan = makePlan(batch, settings, arguments.dryRun, stop);
+        plan = makePlan(batch, settings, writesNone, stop);
     } catch (const Canceled&) {
         return reportAllCanceled(batch, reporter);
     }
@@ -138,16 +116,25 @@ int runBatch(const Arguments& arguments, const std::stop_token& stop)
     const auto total = std::int64_t(batch.photos.size() + batch.failures.size());
     const auto settled = std::int64_t(batch.failures.size() + plan.failures.size()) + plan.skipped;
     std::vector<BatchExportOutcome> outcomes;
-    if (arguments.dryRun)
+    if (arguments.dryRun || (arguments.planFile && arguments.json))
         for (const BatchExportJob& job : plan.jobs)
             reporter.planned(job);
-    else
-        outcomes = exportJobs(plan, settings, logo.managedFolder(), settled, total, reporter, progress, stop);
+    if (!writesNone)
+        outcomes = runJobs(
+            plan.jobs, configuration.maximumConcurrentExports, settled, total,
+            [&](const BatchExportJob& job, const std::stop_token& token) {
+                ImageExporter::exportPhoto(job, token, logo.managedFolder());
+            },
+            reporter, progress, stop);
 
     plan.failures.insert(plan.failures.begin(), batch.failures.begin(), batch.failures.end());
+    if (arguments.planFile)
+        writePlan(*arguments.planFile, arguments, settings, plan);
     const BatchExportReport report = BatchExportCoordinator::report(plan, total, outcomes);
-    if (!arguments.dryRun || arguments.json)
+    if (!writesNone || arguments.json)
         reporter.report(report);
+    else if (arguments.planFile)
+        printLine(QStringLiteral("Planned %1 of %2 photos.").arg(plan.jobs.size()).arg(total));
     return exitStatus(report, stop);
 }
 

@@ -16,6 +16,12 @@ enum ExitStatus { allDone = 0, somePhotoFailed = 1, wrongUsage = 2, interrupted 
 /// Frames standard input to standard output and answers the exit status. Throws UsageError, and what framing throws.
 [[nodiscard]] int runFilter(const Arguments& arguments, const std::stop_token& stop);
 
+/// Frames a part of a plan and answers the exit status. Throws UsageError.
+[[nodiscard]] int runPlan(const Arguments& arguments, const std::stop_token& stop);
+
+/// Adds up what several runs printed, and answers the exit status that one run would have had. Throws UsageError.
+[[nodiscard]] int runReport(const Arguments& arguments);
+
 /// Prints what is read of each photo and answers the exit status.
 [[nodiscard]] int runInspect(const Arguments& arguments, const std::stop_token& stop);
 

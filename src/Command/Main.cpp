@@ -79,14 +79,19 @@ int run(const std::vector<QByteArray>& words, const std::stop_token& stop)
             Command::printText(Command::helpText());
             return Command::allDone;
         }
+        if (arguments.mode == Command::Arguments::Mode::report)
+            return Command::runReport(arguments);
         const WorkerPool::Installation workers = WorkerPool::installWorkers();
         switch (arguments.mode) {
         case Command::Arguments::Mode::help:
+        case Command::Arguments::Mode::report:
             break;
         case Command::Arguments::Mode::version:
             Command::printLine(QStringLiteral("ferrow-batch " FERROW_VERSION));
             Command::printLine(workers.confinementInForce());
             return Command::allDone;
+        case Command::Arguments::Mode::plan:
+            return Command::runPlan(arguments, stop);
         case Command::Arguments::Mode::inspect:
             return Command::runInspect(arguments, stop);
         case Command::Arguments::Mode::filter:

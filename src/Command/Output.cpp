@@ -51,6 +51,14 @@ void insertPath(QJsonObject& object, const QString& key, const FileUrl& url)
         object.insert(key + QStringLiteral("Bytes"), QString::fromLatin1(url.path().toBase64()));
 }
 
+std::optional<FileUrl> pathIn(const QJsonObject& object, const QString& key)
+{
+    const QJsonValue bytes = object.value(key + QStringLiteral("Bytes"));
+    const QByteArray path =
+        bytes.isString() ? QByteArray::fromBase64(bytes.toString().toLatin1()) : object.value(key).toString().toUtf8();
+    return path.startsWith('/') ? std::optional(FileUrl::fromPath(path)) : std::nullopt;
+}
+
 QJsonObject pathObject(const FileUrl& url)
 {
     QJsonObject object;

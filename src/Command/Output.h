@@ -8,12 +8,15 @@
 #include <QString>
 
 #include <chrono>
+#include <optional>
 #include <span>
 
 namespace ferrow::Command {
 
 /// Puts `url` into `object` as text under `key`, with its bytes in base64 under `key`Bytes where they are not UTF-8.
 void insertPath(QJsonObject& object, const QString& key, const FileUrl& url);
+/// What insertPath() put there; absent where that is no path.
+[[nodiscard]] std::optional<FileUrl> pathIn(const QJsonObject& object, const QString& key);
 /// An object with the "path" of `url`.
 [[nodiscard]] QJsonObject pathObject(const FileUrl& url);
 /// One object a line on standard output, flushed.

@@ -9,15 +9,14 @@
 
 namespace ferrow::Command {
 
-namespace {
-
-/// Absent where the photo can't be framed, which is told when it is tried.
 std::optional<PixelSize> writtenSize(const BatchExportJob& job)
 try {
     return exportLayout(job.photo.pixelSize, job.recipe, job.settings.size).layout.canvasSize;
 } catch (const ImagePipelineError&) {
     return std::nullopt;
 }
+
+namespace {
 
 /// What the plan says of an output that may be smaller than photo and frame.
 QString sizeNote(const BatchExportJob& job)

@@ -8,6 +8,9 @@
 
 namespace ferrow::Command {
 
+/// Of the framed copy. Absent where the photo can't be framed, which is told when it is tried.
+[[nodiscard]] std::optional<PixelSize> writtenSize(const BatchExportJob& job);
+
 /// On standard error, a line for each caption of `photo` that is not all there or lies over another.
 void printCaptionFaults(const BatchExportJob& job, const QString& photo);
 

@@ -45,6 +45,13 @@ TEST(Arguments, namesTheOptionThatWasUsedWrongly)
                              "--Format|png",
                              "--json=yes",
                              "--quality=",
+                             "run|--shard|0/3|plan",
+                             "run|--shard|4/3|plan",
+                             "run|--shard|1.5/3|plan",
+                             "run|--shard|1/3/5|plan",
+                             "run|--shard|3|plan",
+                             "--shard|1/2|a.jpg",
+                             "--resume|a.jpg",
                              "--quality|0,9",
                              "--quality|1.01",
                              "--quality|-0.1",
@@ -118,7 +125,8 @@ TEST(Arguments, namesTheOptionThatWasUsedWrongly)
                              "--beside=..",
                              "--beside="}) {
         const Words words = wordsOf(line);
-        const QString option = QString::fromUtf8(words.front().split('=').front());
+        const QByteArray& first = words[words.front() == "run" ? 1 : 0];
+        const QString option = QString::fromUtf8(first.split('=').front());
         EXPECT_TRUE(messageFor(words).startsWith(option + QLatin1Char(':'))) << line;
     }
     EXPECT_TRUE(messageFor({"x.jpg", "--quality"}).startsWith(QLatin1StringView("--quality:")));

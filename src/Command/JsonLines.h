@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Platform/Base/FileUrl.h"
+
+#include <QByteArray>
+#include <QJsonObject>
+#include <QString>
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+
+namespace ferrow::Command {
+
+/// One line of a file of JSON Lines.
+struct JsonLine {
+    std::int64_t number = 1;
+    QByteArray text;                   ///< Without its end; borrowed from the file.
+    std::optional<QJsonObject> object; ///< Absent where the line is none.
+    bool isCutOff = false;             ///< The last one, without an end: whoever wrote it was stopped.
+};
+
+/// Tells of each line of `file` but empty ones. Throws UsageError where it can't be read or has more than `mostBytes`,
+/// and what `take` throws.
+void readJsonLines(const FileUrl& file, std::int64_t mostBytes, const std::function<void(const JsonLine&)>& take);
+
+/// "line 3 of plan.jsonl: " and the reason.
+[[noreturn]] void refuseLine(const FileUrl& file, std::int64_t number, const QString& reason);
+
+} // namespace ferrow::Command

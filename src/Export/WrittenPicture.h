@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Platform/Base/FileUrl.h"
+#include "Platform/Base/PixelSize.h"
+
+#include <stop_token>
+
+namespace ferrow {
+
+/// Whether `file` holds a whole picture of that size: all its rows are decoded, and nothing is forgiven. Throws
+/// Canceled.
+[[nodiscard]] bool isWholePicture(const FileUrl& file, PixelSize size, const std::stop_token& stop);
+
+} // namespace ferrow
