@@ -107,7 +107,8 @@ Request requestFor(const OpenedFile& source, const ImportedPhoto& photo, const R
     Request request;
     request.source = {source.descriptor(), source.size()};
     request.expectedSize = photo.pixelSize;
-    request.composition = ImageRenderer::exportComposition(photo.pixelSize, recipe, photo.metadata, logo, size, stop);
+    request.composition =
+        ImageRenderer::exportComposition(photo.pixelSize, recipe, photo.captionMetadata(), logo, size, stop);
     return request;
 }
 

@@ -126,7 +126,16 @@ QString formatExposureBias(double stops)
     return (stops > 0 ? QStringLiteral("+") : QString()) + format(stops, QLatin1StringView(" EV"));
 }
 
-/// The three forms that are understood: Exif's, and ISO 8601 with and without an offset. The whole text must be one.
+std::optional<QDateTime> captureDate(const PropertyMap& exif, const PropertyMap& tiff, const PropertyMap& xmp)
+{
+    const auto text =
+        firstString({exif.find(PropertyKey::exifDateTimeOriginal), exif.find(PropertyKey::exifDateTimeDigitized),
+                     tiff.find(PropertyKey::tiffDateTime), xmp.find(u"photoshop:DateCreated")});
+    return text ? parsedDate(*text) : std::nullopt;
+}
+
+} // namespace
+
 std::optional<QDateTime> parsedDate(const QString& text)
 {
     static const QRegularExpression exifForm(
@@ -149,16 +158,6 @@ std::optional<QDateTime> parsedDate(const QString& text)
     const int offset = (part(9) * 60 + part(10)) * 60 * (match.capturedView(8) == u"-" ? -1 : 1);
     return QDateTime(date, time, QTimeZone::utc()).addSecs(-offset).toLocalTime();
 }
-
-std::optional<QDateTime> captureDate(const PropertyMap& exif, const PropertyMap& tiff, const PropertyMap& xmp)
-{
-    const auto text =
-        firstString({exif.find(PropertyKey::exifDateTimeOriginal), exif.find(PropertyKey::exifDateTimeDigitized),
-                     tiff.find(PropertyKey::tiffDateTime), xmp.find(u"photoshop:DateCreated")});
-    return text ? parsedDate(*text) : std::nullopt;
-}
-
-} // namespace
 
 PhotoMetadata extract(const PropertyMap& properties, const PropertyMap& xmp, const QString& filename)
 {

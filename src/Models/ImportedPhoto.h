@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Models/PhotoMetadata.h"
+#include "Models/MetadataCorrections.h"
 #include "Platform/Base/FileUrl.h"
 #include "Platform/Base/PixelSize.h"
 #include "Platform/Files/ImageTypes.h"
@@ -14,12 +14,15 @@ struct ImportedPhoto {
     FileUrl url;
     FileType type = FileType::jpeg; ///< One of photos.
     PixelSize pixelSize;            ///< Upright.
-    PhotoMetadata metadata;
+    PhotoMetadata metadata;         ///< As read: what is written into framed copies.
+    MetadataCorrections corrections;
     Bitmap previewSource; ///< Upright, reduced; null where the load asked for no pixels.
     QString colorProfileName;
 
     [[nodiscard]] const FileUrl& id() const { return url; }
     [[nodiscard]] QString filename() const { return url.lastPathComponent(); }
+    /// What captions say of it.
+    [[nodiscard]] PhotoMetadata captionMetadata() const { return corrected(metadata, corrections); }
 };
 
 } // namespace ferrow

@@ -22,7 +22,7 @@ CaptionEditing::CaptionEditing(PhotoSession& session, EditHistory& history, QObj
 {
     for (const auto signal :
          {&PhotoSession::photosChanged, &PhotoSession::selectedPhotoIDChanged, &PhotoSession::batchRecipeChanged,
-          &PhotoSession::photoRecipesChanged, &PhotoSession::recipeScopeChanged})
+          &PhotoSession::photoRecipesChanged, &PhotoSession::recipeScopeChanged, &PhotoSession::correctionsChanged})
         connect(&session, signal, this, &CaptionEditing::follow);
     follow();
 }
@@ -31,9 +31,9 @@ CaptionEditing::CaptionEditing(PhotoSession& session, EditHistory& history, QObj
 void CaptionEditing::follow()
 {
     const ImportedPhoto* photo = session_.selectedPhoto();
-    const bool isOtherPhoto = photo ? metadata_ != photo->metadata : metadata_.has_value();
-    if (isOtherPhoto)
-        metadata_ = photo ? std::optional(photo->metadata) : std::nullopt;
+    const auto metadata = photo ? std::optional(photo->captionMetadata()) : std::nullopt;
+    const bool isOtherPhoto = metadata != metadata_;
+    metadata_ = metadata;
     const Framing framing = Framing::active(session_);
     const int chosenBefore = chosen_;
     if (framing == framing_)

@@ -78,6 +78,22 @@ void EditHistory::useBatch(const FileUrl& photoID)
     push(std::make_unique<OwnFramingStep>(session_, QStringLiteral("Use Batch"), std::vector{photoID}, std::nullopt));
 }
 
+void EditHistory::correct(const QString& name, const std::vector<FileUrl>& photoIDs, const CorrectionsEdit& edit)
+{
+    std::vector<PhotoCorrections> changed;
+    for (const FileUrl& id : photoIDs) {
+        const ImportedPhoto* photo = session_.photo(id);
+        if (!photo)
+            continue;
+        MetadataCorrections corrections = photo->corrections;
+        edit(corrections);
+        corrections = differing(std::move(corrections), photo->metadata);
+        if (corrections != photo->corrections)
+            changed.push_back({id, std::move(corrections)});
+    }
+    push(std::make_unique<CorrectionStep>(session_, name, std::move(changed)));
+}
+
 void EditHistory::setIncluded(const std::vector<FileUrl>& photoIDs, bool included)
 {
     std::vector<FileUrl> changing;

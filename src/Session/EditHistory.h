@@ -27,6 +27,7 @@ class EditHistory : public QObject {
 
 public:
     using RecipeEdit = std::function<void(RenderRecipe&)>;
+    using CorrectionsEdit = std::function<void(MetadataCorrections&)>;
 
     EditHistory(PhotoSession& session, ExportSession& exportSession, QObject* parent = nullptr);
     ~EditHistory() override;
@@ -50,6 +51,10 @@ public:
 
     /// Takes the photo's own framing away.
     void useBatch(const FileUrl& photoID);
+
+    /// Changes what captions say of these photos in place of what their files say. Values that a file says already are
+    /// no corrections afterwards. Undo and redo select one of the photos unless one is selected.
+    void correct(const QString& name, const std::vector<FileUrl>& photoIDs, const CorrectionsEdit& edit);
 
     void setIncluded(const std::vector<FileUrl>& photoIDs, bool included);
     void toggleIncluded(const FileUrl& photoID);

@@ -2,9 +2,25 @@
 #include "Session/EditSteps.h"
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 
 namespace ferrow {
+
+namespace {
+
+/// Undo and redo show where they happen: the first of what they change, unless one of them is selected.
+template <typename Photos, typename IdOf>
+void selectOneOf(PhotoSession& session, const Photos& photos, const IdOf& idOf)
+{
+    const FileUrl& first = std::invoke(idOf, photos.front());
+    const auto& selected = session.selectedPhotoID();
+    const bool isShown = selected && std::ranges::find(photos, *selected, idOf) != photos.end();
+    if (!isShown && session.indexOf(first))
+        session.setSelectedPhotoID(first);
+}
+
+} // namespace
 
 Framing Framing::active(const PhotoSession& session)
 {
@@ -93,9 +109,21 @@ void OwnFramingStep::redo()
 void OwnFramingStep::show(RecipeScope scope)
 {
     session_.setRecipeScope(scope);
-    const auto isSelected = [this](const FileUrl& id) { return session_.selectedPhotoID() == id; };
-    if (std::ranges::none_of(photoIDs_, isSelected) && session_.indexOf(photoIDs_.front()))
-        session_.setSelectedPhotoID(photoIDs_.front());
+    selectOneOf(session_, photoIDs_, std::identity());
+}
+
+CorrectionStep::CorrectionStep(PhotoSession& session, const QString& name, std::vector<PhotoCorrections> after)
+    : QUndoCommand(name), session_(session), after_(std::move(after))
+{
+    for (const PhotoCorrections& photo : after_)
+        before_.push_back({photo.photoID, session.photo(photo.photoID)->corrections});
+    setObsolete(after_.empty());
+}
+
+void CorrectionStep::store(const std::vector<PhotoCorrections>& corrections)
+{
+    session_.setCorrections(corrections);
+    selectOneOf(session_, corrections, &PhotoCorrections::photoID);
 }
 
 InclusionStep::InclusionStep(PhotoSession& session, std::vector<FileUrl> photoIDs, bool included)

@@ -81,6 +81,22 @@ private:
     RecipeScope scopeAfter_;
 };
 
+class CorrectionStep : public QUndoCommand {
+public:
+    /// `after` has those photos alone whose corrections change; all are in the list.
+    CorrectionStep(PhotoSession& session, const QString& name, std::vector<PhotoCorrections> after);
+
+    void undo() override { store(before_); }
+    void redo() override { store(after_); }
+
+private:
+    void store(const std::vector<PhotoCorrections>& corrections);
+
+    PhotoSession& session_;
+    std::vector<PhotoCorrections> before_;
+    std::vector<PhotoCorrections> after_;
+};
+
 class InclusionStep : public QUndoCommand {
 public:
     /// `photoIDs` are those whose state changes.

@@ -272,15 +272,17 @@ public:
 
     void check(const ImportedPhoto& photo, const RenderRecipe& recipe)
     {
+        const PhotoMetadata metadata = photo.captionMetadata();
         for (const Caption& caption : recipe.captions)
             if (caption.isEnabled)
-                check(photo, recipe, caption);
-        if (!CaptionDrawing::overlaps(photo.pixelSize, recipe, photo.metadata).empty())
+                check(photo, metadata, recipe, caption);
+        if (!CaptionDrawing::overlaps(photo.pixelSize, recipe, metadata).empty())
             overlapping.push_back(photo.id());
     }
 
 private:
-    void check(const ImportedPhoto& photo, const RenderRecipe& recipe, const Caption& caption)
+    void check(const ImportedPhoto& photo, const PhotoMetadata& metadata, const RenderRecipe& recipe,
+               const Caption& caption)
     {
         const auto [entry, isNew] = texts_.try_emplace(&caption);
         Text& text = entry->second;
@@ -289,7 +291,7 @@ private:
             text.tokens = tokensOf(text.captionTemplate);
             text.missingFont = CaptionDrawing::missingFont(caption);
         }
-        if (MetadataTemplateExpander::expand(text.captionTemplate, photo.metadata).isEmpty()) {
+        if (MetadataTemplateExpander::expand(text.captionTemplate, metadata).isEmpty()) {
             addOnce(empty, photo);
             return;
         }
@@ -298,10 +300,10 @@ private:
             problem.font = *text.missingFont;
             addOnce(problem.photos, photo);
         }
-        if (CaptionDrawing::cut(photo.pixelSize, recipe, caption, photo.metadata).isCut())
+        if (CaptionDrawing::cut(photo.pixelSize, recipe, caption, metadata).isCut())
             addOnce(cut, photo);
         for (const MetadataToken token : text.tokens)
-            if (MetadataTemplateExpander::tokenValue(token, photo.metadata).value_or(QString()).trimmed().isEmpty())
+            if (MetadataTemplateExpander::tokenValue(token, metadata).value_or(QString()).trimmed().isEmpty())
                 addOnce(missing[token], photo);
     }
 

@@ -34,6 +34,8 @@ public:
             emit session_.photoRecipesChanged();
         if (batchRecipe)
             emit session_.batchRecipeChanged();
+        if (corrections)
+            emit session_.correctionsChanged();
         if (recipeScope_ != session_.recipeScope())
             emit session_.recipeScopeChanged();
         if (selectedPhotoID_ != session_.selectedPhotoID_)
@@ -45,6 +47,7 @@ public:
     bool excludedPhotoIDs = false;
     bool photoRecipes = false;
     bool batchRecipe = false;
+    bool corrections = false;
 
 private:
     PhotoSession& session_;
@@ -283,6 +286,16 @@ void PhotoSession::setPhotoRecipe(const FileUrl& photoID, const std::optional<Re
     framing_.own.insert_or_assign(photoID, *recipe);
 }
 
+void PhotoSession::setCorrections(const std::vector<PhotoCorrections>& corrections)
+{
+    Change change(*this);
+    for (const auto& [photoID, values] : corrections)
+        if (const auto index = indexOf(photoID); index && photos_[*index].corrections != values) {
+            photos_[*index].corrections = values;
+            change.corrections = true;
+        }
+}
+
 void PhotoSession::setIncluded(const std::vector<FileUrl>& photoIDs, bool included)
 {
     Change change(*this);
@@ -423,6 +436,10 @@ void PhotoSession::restore(const RemovedPhotos& removed)
         if (entry.recipe) {
             framing_.own.insert_or_assign(entry.photo.id(), *entry.recipe);
             change.photoRecipes = true;
+        }
+        if (ImportedPhoto& photo = photos_[*indexOf(entry.photo.id())]; photo.corrections != entry.photo.corrections) {
+            photo.corrections = entry.photo.corrections;
+            change.corrections = true;
         }
     }
     if (selectedPhotoID_ == removed.selectedAfter)

@@ -52,6 +52,12 @@ struct RemovedPhotos {
     std::vector<FileUrl> accessedRoots;     ///< Given back with them: where they were opened from.
 };
 
+/// What the captions of one photo say in place of what its file says; nothing takes all of it back.
+struct PhotoCorrections {
+    FileUrl photoID;
+    MetadataCorrections values;
+};
+
 /// The working set: the photos in the file browser's order of their names, the selected one, those left out of export,
 /// and the recipes. Lives on the main thread. Every signal comes after all fields of a change have their new values,
 /// and only where the value differs. The photos carry no previewSource: their thumbnails are kept compressed and come
@@ -119,6 +125,8 @@ public:
     void setRecipeScope(RecipeScope scope);
     /// Stores the photo's own recipe, or takes it away.
     void setPhotoRecipe(const FileUrl& photoID, const std::optional<RenderRecipe>& recipe);
+    /// Photos that are not in the list are passed over: corrections come and go with their photos.
+    void setCorrections(const std::vector<PhotoCorrections>& corrections);
     void setIncluded(const std::vector<FileUrl>& photoIDs, bool included);
     void toggleIncluded(const FileUrl& photoID);
 
@@ -145,6 +153,7 @@ signals:
     void batchRecipeChanged();
     void photoRecipesChanged();
     void recipeScopeChanged();
+    void correctionsChanged();
     void isImportingChanged();
     /// While an import runs: files read so far, and of how many.
     void importProgressed(std::size_t read, std::size_t total);

@@ -13,7 +13,8 @@ namespace {
 
 bool isSameSubject(const RegionSubject& left, const RegionSubject& right)
 {
-    return left.photo.id() == right.photo.id() && left.outputSize == right.outputSize && left.recipe == right.recipe;
+    return left.photo.id() == right.photo.id() && left.outputSize == right.outputSize && left.recipe == right.recipe &&
+           left.photo.corrections == right.photo.corrections;
 }
 
 std::int64_t pixelCount(const QRect& rect)

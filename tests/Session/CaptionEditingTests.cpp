@@ -98,8 +98,11 @@ TEST_F(CaptionEditingTest, makesAStepOfEachVerbAndGoesAlong)
     editing.move(1, 2);
     editing.change(QUuid::createUuid(), MetadataToken::iso);
     EXPECT_EQ(stack.count(), 4) << "nothing has changed";
+    history.correct(QStringLiteral("ISO"), {test::photoUrl("a")},
+                    [](auto& values) { values[MetadataField::iso] = QStringLiteral("400"); });
+    EXPECT_EQ(editing.metadata()->iso, QStringLiteral("400")) << "what it reads as";
     editing.setCurrent(0);
-    for (int i = 0; i < 4; ++i)
+    for (int i = 0; i < 5; ++i)
         stack.undo();
     EXPECT_EQ(text(), "abc");
     EXPECT_EQ(editing.current(), 1) << "it is with its chip";

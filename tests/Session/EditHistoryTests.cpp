@@ -3,6 +3,8 @@
 
 #include "SessionTestSupport.h"
 
+#include <QSignalSpy>
+
 namespace ferrow {
 
 using testing::ElementsAre;
@@ -104,6 +106,38 @@ TEST_F(EditHistoryTest, undoesWhereTheEditWasMade)
     stack.undo();
     EXPECT_EQ(shown(a), 120);
     EXPECT_EQ(session.recipeScope(), RecipeScope::batch);
+}
+
+TEST_F(EditHistoryTest, correctsValuesInOneStepAsLongAsTheListHasThePhoto)
+{
+    const auto set = [](const char* lens) {
+        return [lens](MetadataCorrections& values) { values[MetadataField::lens] = QString::fromLatin1(lens); };
+    };
+    const auto lens = [this](const FileUrl& photo) {
+        return session.photo(photo)->captionMetadata().lens.value_or(QStringLiteral("none")).toStdString();
+    };
+    const QSignalSpy changes(&session, &PhotoSession::correctionsChanged);
+    history.correct(QStringLiteral("Lens"), {a}, set("old"));
+    history.correct(QStringLiteral("Lens"), {a}, set("old"));
+    history.correct(QStringLiteral("Lens"), {b}, [](auto& values) { values[MetadataField::lens] = MetadataValue(); });
+    EXPECT_EQ(stack.count(), 1) << "twice the same, and empty as in the file";
+    history.correct(QStringLiteral("Lens"), {a, b, test::photoUrl("gone")}, set("new"));
+    EXPECT_EQ(changes.size(), 2);
+    EXPECT_EQ(lens(a) + lens(b), "newnew");
+    EXPECT_EQ(session.photo(a)->metadata.lens, std::nullopt) << "what was read stays";
+
+    session.setSelectedPhotoID(test::photoUrl("c"));
+    stack.undo();
+    EXPECT_EQ(lens(a) + lens(b), "oldnone");
+    EXPECT_EQ(test::selectedName(session), "a");
+    // Removed and added again it is as the file says, until the removal is undone.
+    history.remove({a});
+    test::importInto(session, {a});
+    EXPECT_EQ(lens(a), "none");
+    stack.undo();
+    EXPECT_EQ(lens(a), "old");
+    stack.undo();
+    EXPECT_TRUE(session.photo(a)->corrections.empty());
 }
 
 TEST_F(EditHistoryTest, bringsRemovedPhotosBackAsTheyWere)

@@ -117,10 +117,12 @@ TEST(ExportFindings, namesEachCauseOnce)
          [&](auto& s) { colliding(s, CollisionRule::replace, "/photos", "{filename}"); }},
         {"1 photo has no Camera", Severity::warning, 1, "leaves it out",
          [](auto& s) { s.request.photos[1].metadata.cameraModel.reset(); }},
+        {"1 photo has no Camera", Severity::warning, 1, "leaves it out",
+         [](auto& s) { s.request.photos[1].corrections[MetadataField::cameraModel] = {}; }},
         {"2 photos have an empty caption", Severity::warning, 2, "",
          [](auto& s) {
              s.request.framing.batch.captions.front().setCaptionTemplate(QStringLiteral("{artist}"));
-             s.request.photos[1].metadata.artist = QStringLiteral("x");
+             s.request.photos[1].corrections[MetadataField::artist] = QStringLiteral("x");
          }},
         {"3 photos have an empty caption", Severity::warning, 3, "",
          [](auto& s) {

@@ -284,6 +284,11 @@ TEST(RegionLoader, dropsWhatBelongsToAnotherFramingAndAsksNoMoreThanItMust)
     EXPECT_EQ(asked, 2) << "it is there already";
     loader.want(visible.translated(200, 0), 2);
     EXPECT_TRUE(test::waitUntil([&] { return loaded.size() == 2; }));
+
+    RegionSubject otherCaption = subject(2);
+    otherCaption.photo.corrections[MetadataField::lens] = QStringLiteral("x");
+    loader.setSubject(otherCaption);
+    EXPECT_FALSE(loader.region().has_value());
 }
 
 TEST(CompressedPicture, keepsTheLookInAFractionOfTheBytes)

@@ -93,7 +93,7 @@ TEST_F(Pane, tellsOfAMissingLogoOverThePhotosThatHaveIt)
 TEST(PreviewPicture, standsInWithTheCaption)
 {
     RenderRecipe recipe = bordered(100);
-    recipe.captions.front().setCaptionTemplate(QStringLiteral("Summer"));
+    recipe.captions.front().setCaptionTemplate(QStringLiteral("{title}"));
     PreviewViewport view;
     view.setView({400, 300}, 0);
     view.setPicture({800, 600});
@@ -103,8 +103,9 @@ TEST(PreviewPicture, standsInWithTheCaption)
         const QSignalSpy changed(&picture, &PreviewPicture::changed);
         picture.showStandIn(test::photoAt(test::photoUrl("a")), recipe, {});
         picture.setComparing(compares);
-        const auto before = changed.size();
         picture.setView(view);
+        const auto before = changed.size();
+        picture.setCorrections({{MetadataField::title, QStringLiteral("Summer")}});
         EXPECT_TRUE(!hasCaption || test::waitUntil([&] { return changed.size() > before; }));
         QImage canvas(400, 300, QImage::Format_RGB32);
         canvas.fill(Qt::white);
@@ -229,6 +230,9 @@ TEST(PreviewRequester, asksWhenThePictureIsThereAndForEachNewFramingOnce)
     EXPECT_EQ(rendersAfter([&] { session.setRecipeScope(RecipeScope::selected); }), 2) << "the same framing";
     EXPECT_EQ(rendersAfter([&] { session.setSelectedPhotoID(b); }), 2) << "its picture is still on the way";
     EXPECT_EQ(rendersAfter([&] { load(b); }), 3);
+    const MetadataCorrections corrections{{MetadataField::lens, QStringLiteral("x")}};
+    EXPECT_EQ(rendersAfter([&] { session.setCorrections({{b, corrections}}); }), 4);
+    EXPECT_EQ(rendersAfter([&] { session.setCorrections({{a, corrections}, {b, corrections}}); }), 4);
 }
 
 TEST(PreviewViewport, zoomsAboutThePointerAndKeepsThePhotoInPlace)

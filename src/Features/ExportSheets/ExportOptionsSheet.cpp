@@ -325,6 +325,7 @@ void ExportOptionsSheet::connectModels()
     connect(&session_, &PhotoSession::excludedPhotoIDsChanged, this, photosChanged);
     connect(&session_, &PhotoSession::batchRecipeChanged, this, photosChanged);
     connect(&session_, &PhotoSession::photoRecipesChanged, this, photosChanged);
+    connect(&session_, &PhotoSession::correctionsChanged, this, photosChanged);
     connect(&session_, &PhotoSession::recipeScopeChanged, this, photosChanged);
     connect(&session_, &PhotoSession::selectedPhotoIDChanged, this, &ExportOptionsSheet::showExample);
     const auto showSwitch = [this] { opensFolders_->setChecked(preferences_.opensExportFolders()); };

@@ -318,7 +318,8 @@ void CaptionSection::refresh()
     const Caption& caption = editing_.captionOf(recipe);
     const ImportedPhoto* photo = context_.session.selectedPhoto();
     const bool isAlone = recipe.captions.size() == 1;
-    setSummary(WindowTexts::captionsSummary(recipe.captions, photo ? &photo->metadata : nullptr));
+    const PhotoMetadata metadata = photo ? photo->captionMetadata() : PhotoMetadata();
+    setSummary(WindowTexts::captionsSummary(recipe.captions, photo ? &metadata : nullptr));
     headerSwitch()->setChecked(recipe.showsCaption());
     group_->setEnabled(caption.isEnabled);
     tabs_->setVisible(!isAlone);
@@ -327,7 +328,7 @@ void CaptionSection::refresh()
                                   : QStringLiteral("Remove Caption %1").arg(editing_.chosen() + 1));
 
     builder_->setCutNote(
-        photo ? WindowTexts::captionCutNote(CaptionDrawing::cut(photo->pixelSize, recipe, caption, photo->metadata))
+        photo ? WindowTexts::captionCutNote(CaptionDrawing::cut(photo->pixelSize, recipe, caption, metadata))
               : QString());
     refreshFont(caption);
     refreshLengths(recipe, caption);
@@ -376,7 +377,7 @@ void CaptionSection::refreshLengths(const RenderRecipe& recipe, const Caption& c
     const ImportedPhoto* photo = context_.session.selectedPhoto();
     QString note;
     if (photo && caption.shrinksToFit) {
-        const double size = CaptionDrawing::fontSize(photo->pixelSize, recipe, caption, photo->metadata);
+        const double size = CaptionDrawing::fontSize(photo->pixelSize, recipe, caption, photo->captionMetadata());
         if (size < caption.fontSize.pixels(photo->pixelSize))
             note = QStringLiteral("Shrunk to %1 px on this photo.").arg(Localization::number(size, 0));
     }

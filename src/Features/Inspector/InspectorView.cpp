@@ -62,6 +62,7 @@ void InspectorView::observe(PhotoSession& session, ExportSession& exportSession)
     connect(&session, &PhotoSession::selectedPhotoIDChanged, this, &InspectorView::refresh);
     connect(&session, &PhotoSession::batchRecipeChanged, this, &InspectorView::refresh);
     connect(&session, &PhotoSession::photoRecipesChanged, this, &InspectorView::refresh);
+    connect(&session, &PhotoSession::correctionsChanged, this, &InspectorView::refresh);
     connect(&session, &PhotoSession::recipeScopeChanged, this, &InspectorView::refresh);
     connect(&exportSession, &ExportSession::settingsChanged, output_, &OutputSection::refresh);
 }

@@ -39,7 +39,7 @@ QString captionWarning(const RenderRecipe& recipe, const Caption& caption, const
     const auto thickness = borderThickness(recipe, caption.position, photo);
     if (!thickness || !isInBorder(caption.position))
         return {};
-    const bool fits = photo ? !CaptionDrawing::cut(photo->pixelSize, recipe, caption, photo->metadata).isCut()
+    const bool fits = photo ? !CaptionDrawing::cut(photo->pixelSize, recipe, caption, photo->captionMetadata()).isCut()
                             : mayFit(caption, *thickness);
     return fits ? QString() : QStringLiteral("The border is too thin for the caption.");
 }
@@ -48,7 +48,7 @@ QString captionWarning(const RenderRecipe& recipe, const Caption& caption, const
 QString overlapWarning(const RenderRecipe& recipe, std::size_t caption, const ImportedPhoto& photo)
 {
     QStringList numbers;
-    for (const auto& [first, second] : CaptionDrawing::overlaps(photo.pixelSize, recipe, photo.metadata))
+    for (const auto& [first, second] : CaptionDrawing::overlaps(photo.pixelSize, recipe, photo.captionMetadata()))
         if (first == caption || second == caption)
             numbers.append(QString::number((first == caption ? second : first) + 1));
     if (numbers.size() < 2)

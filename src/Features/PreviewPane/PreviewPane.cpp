@@ -117,6 +117,10 @@ void PreviewPane::connectModels()
     for (const auto signal :
          {&PhotoSession::batchRecipeChanged, &PhotoSession::photoRecipesChanged, &PhotoSession::recipeScopeChanged})
         connect(&session_, signal, this, &PreviewPane::followRecipe);
+    connect(&session_, &PhotoSession::correctionsChanged, this, [this] {
+        if (const ImportedPhoto* photo = session_.selectedPhoto())
+            canvas_->picture().setCorrections(photo->corrections);
+    });
     connect(&loader_, &PreviewLoader::photoChanged, this, &PreviewPane::followLoader);
     for (const auto signal : {&ExportSession::progressChanged, &ExportSession::isPlanningChanged})
         connect(&exportSession_, signal, this, &PreviewPane::followExport);

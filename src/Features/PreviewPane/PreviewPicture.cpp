@@ -125,6 +125,15 @@ void PreviewPicture::showRendered(const PreviewResult& result)
     scaleNewest();
 }
 
+void PreviewPicture::setCorrections(const MetadataCorrections& corrections)
+{
+    if (!photo_ || photo_->corrections == corrections)
+        return;
+    photo_->corrections = corrections;
+    captionSize_ = {};
+    prepareCaption();
+}
+
 void PreviewPicture::setBare(const Bitmap& picture)
 {
     bareScaling_.stop();
@@ -247,7 +256,7 @@ try {
     const RenderLayout layout = RenderLayout::calculate(photo.pixelSize, recipe, scale);
     std::vector<Lettering> parts;
     for (const Engine::Overlay& overlay :
-         ImageRenderer::composition(layout, recipe, photo.metadata, {}, scale, stop).overlays)
+         ImageRenderer::composition(layout, recipe, photo.captionMetadata(), {}, scale, stop).overlays)
         parts.push_back({paintableImage(overlay.picture), QPoint(int(overlay.x), int(overlay.y))});
     return parts;
 } catch (const Canceled&) {

@@ -38,6 +38,8 @@ public:
     void showStandIn(const ImportedPhoto& photo, const RenderRecipe& recipe, const QImage& thumbnail);
     /// A render of that photo. What was shown stays until the new one has been brought to its size.
     void showRendered(const PreviewResult& result);
+    /// What the captions say of the photo shown from now on; a render with them follows.
+    void setCorrections(const MetadataCorrections& corrections);
     /// What comparing shows, in the photo's own colors.
     void setBare(const Bitmap& picture);
     void setComparing(bool isComparing);

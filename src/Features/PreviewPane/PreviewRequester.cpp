@@ -18,7 +18,7 @@ PreviewRequester::PreviewRequester(PhotoSession& session, PreviewLoader& loader,
 {
     for (const auto signal :
          {&PhotoSession::selectedPhotoIDChanged, &PhotoSession::photosChanged, &PhotoSession::batchRecipeChanged,
-          &PhotoSession::photoRecipesChanged, &PhotoSession::recipeScopeChanged})
+          &PhotoSession::photoRecipesChanged, &PhotoSession::recipeScopeChanged, &PhotoSession::correctionsChanged})
         connect(&session_, signal, this, &PreviewRequester::update);
     connect(&loader_, &PreviewLoader::photoChanged, this, &PreviewRequester::update);
     update();
@@ -35,15 +35,16 @@ void PreviewRequester::update()
     }
 
     const RenderRecipe& recipe = session_.resolvedRecipe(selected->id());
+    const PhotoMetadata metadata = selected->captionMetadata();
     if (asked_ && asked_->photoID == selected->id() && isSamePicture(asked_->source, loaded->previewSource) &&
-        asked_->recipe == recipe)
+        asked_->recipe == recipe && asked_->metadata == metadata)
         return;
-    asked_ = Asked{selected->id(), loaded->previewSource, recipe};
+    asked_ = Asked{selected->id(), loaded->previewSource, recipe, metadata};
     queue_.request({.photoID = loaded->id(),
                     .source = loaded->previewSource,
                     .pixelSize = loaded->pixelSize,
                     .recipe = recipe,
-                    .metadata = loaded->metadata});
+                    .metadata = metadata});
 }
 
 void PreviewRequester::giveUp()

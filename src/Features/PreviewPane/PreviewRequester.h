@@ -26,6 +26,7 @@ private:
         FileUrl photoID;
         Bitmap source; ///< Held, so that its address stays its own.
         RenderRecipe recipe;
+        PhotoMetadata metadata;
     };
 
     void update();
