@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Command/Arguments.h"
 
+#include "Command/Corrections.h"
 #include "Platform/Files/FileStatus.h"
 
 #include <charconv>
@@ -476,6 +477,20 @@ void addLogoHandlers(std::unordered_map<QByteArray, Handler>& handlers)
     handlers["--logo-opacity"] = logoNumber(&LogoConfiguration::opacity, 0, 1);
 }
 
+void addCorrectionHandlers(std::unordered_map<QByteArray, Handler>& handlers)
+{
+    handlers["--set"] = [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
+        const qsizetype equals = value.indexOf('=');
+        if (equals < 0)
+            misuse(option, QStringLiteral("give a name and a value, such as lens=\"Helios 44-2\"."));
+        addCorrection(arguments.corrections, QString::fromUtf8(value.left(equals)),
+                      QString::fromUtf8(value.mid(equals + 1)), QString::fromUtf8(option));
+    };
+    handlers["--corrections"] = [](Arguments& arguments, const QByteArray&, const QByteArray& value) {
+        arguments.correctionsFile = FileUrl::fromPath(value);
+    };
+}
+
 const std::unordered_map<QByteArray, Handler>& valueHandlers()
 {
     static const auto handlers = [] {
@@ -485,6 +500,7 @@ const std::unordered_map<QByteArray, Handler>& valueHandlers()
         addOutputHandlers(all);
         addFrameHandlers(all);
         addLogoHandlers(all);
+        addCorrectionHandlers(all);
         return all;
     }();
     return handlers;
@@ -621,8 +637,8 @@ void checkOption(const OtherCommand* command, const QByteArray& word)
 /// Options that a run of one photo to standard output has no use for.
 bool isAboutBatches(const QByteArray& word)
 {
-    return QList<QByteArray>{"--output", "--beside",  "--template", "--on-collision",
-                             "--jobs",   "--dry-run", "--plan-to",  "--json"}
+    return QList<QByteArray>{"--output",  "--beside",  "--template", "--on-collision", "--jobs",
+                             "--dry-run", "--plan-to", "--json",     "--corrections"}
         .contains(optionOf(word));
 }
 
@@ -754,6 +770,12 @@ Caption
   --caption-align SIDE     left, center or right     --caption-spacing LENGTH
   --caption-padding LENGTH --caption-vertical-padding LENGTH
 
+Values in captions (files keep theirs, also framed copies)
+  --set FIELD=VALUE        what captions say of every photo, such as
+                           lens="Helios 44-2"; nothing behind = for missing
+  --corrections FILE       the same for single photos: an object a line, such as
+                           {"path": "a.jpg", "captureDate": "1987-06-21"}
+
 Logo
   --logo FILE              PNG, TIFF, PDF or SVG
   --logo-position POSITION --logo-width PERCENT      --logo-opacity 0..1
@@ -763,6 +785,9 @@ Positions: image-top-left, image-top-center, image-top-right, image-center-left,
   image-center, image-center-right, image-bottom-left, image-bottom-center,
   image-bottom-right, border-top-left, border-top-center, border-top-right,
   border-bottom-left, border-bottom-center, border-bottom-right
+
+Fields: cameraMake, cameraModel, lens, focalLength, aperture, shutterSpeed, iso,
+  exposureCompensation, captureDate, artist, copyright, title, caption
 
 Running
   --filter                 frame standard input to standard output

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Models/BatchExportModels.h"
+#include "Models/MetadataCorrections.h"
 #include "Models/RenderRecipe.h"
 #include "Platform/Base/FileUrl.h"
 
@@ -52,7 +53,9 @@ struct Arguments {
     std::vector<std::function<void(LogoConfiguration&)>> logoChanges;
     std::optional<FileUrl> planFile; ///< To be written, in place of framed copies.
     Shard shard;
-    bool resumes = false; ///< What an earlier run of the plan has framed stays.
+    bool resumes = false;            ///< What an earlier run of the plan has framed stays.
+    MetadataCorrections corrections; ///< For every photo.
+    std::optional<FileUrl> correctionsFile;
     bool dryRun = false;
     bool json = false;
     bool quiet = false;

@@ -2,6 +2,7 @@
 #include "Command/Commands.h"
 
 #include "Command/BatchRun.h"
+#include "Command/Corrections.h"
 #include "Command/PlanFile.h"
 #include "Command/RunSettings.h"
 #include "Export/ExportPlanner.h"
@@ -27,6 +28,15 @@ void prepareOutputFolder(const Settings& settings, bool dryRun)
     if (!dryRun)
         createFolder(folder);
     checkFolderWritable(folder);
+}
+
+/// What is said of a single photo wins over what is said of all.
+void correct(std::vector<ImportedPhoto>& photos, const MetadataCorrections& all, const CorrectionFile& single)
+{
+    for (ImportedPhoto& photo : photos) {
+        photo.corrections = single.of(photo.url);
+        photo.corrections.insert(all.begin(), all.end());
+    }
 }
 
 BatchExportPlan makePlan(const BatchImportResult& batch, const Settings& settings, bool dryRun,
@@ -88,16 +98,20 @@ int runBatch(const Arguments& arguments, const std::stop_token& stop)
     if (configuration.destinationMode == ExportDestinationMode::chosenFolder && !configuration.chosenFolder)
         throw UsageError{QStringLiteral("--output: name a folder for the framed copies, or use --beside.")};
     const RunLogo logo(arguments, settings);
+    const CorrectionFile corrections =
+        arguments.correctionsFile ? CorrectionFile(*arguments.correctionsFile) : CorrectionFile();
     const BatchImportScan scan = BatchImporter::scan(arguments.roots);
     if (!scan.candidates.empty())
         prepareOutputFolder(settings, writesNone);
 
     warnOfMissingFonts(settings.recipe);
+    corrections.tellUnused(scan.candidates);
     ProgressLine progress(!arguments.quiet);
     Reporter reporter(arguments.json, progress);
-    const BatchImportResult batch = BatchImporter::importScanned(
+    BatchImportResult batch = BatchImporter::importScanned(
         scan, [](const FileUrl& url, const std::stop_token& stopped) { return ImageLoader::load(url, 0, stopped); },
         readingProgress(progress, scan.candidates.size()), stop);
+    correct(batch.photos, arguments.corrections, corrections);
     for (const BatchExportFailure& failure : batch.failures)
         reporter.failed(failure);
     if (stop.stop_requested())

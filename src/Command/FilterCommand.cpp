@@ -109,7 +109,8 @@ try {
     warnOfMissingFonts(settings.recipe);
 
     const OpenedFile source = standardInput(stop);
-    const ImportedPhoto photo = ImageLoader::load(source, 0, stop);
+    ImportedPhoto photo = ImageLoader::load(source, 0, stop);
+    photo.corrections = arguments.corrections;
     const Descriptor framed = memoryFile("ferrow-framed");
     ImageExporter::writePhoto(source, photo, settings.recipe, settings.exportSettings, framed.get(), stop,
                               logo.managedFolder());

@@ -23,22 +23,11 @@ std::vector<Field> fields(const PhotoMetadata& metadata)
         present.emplace_back(QStringLiteral("captureDate"),
                              local.toOffsetFromUtc(local.offsetFromUtc()).toString(Qt::ISODate));
     }
-    const auto add = [&present](const char* name, const std::optional<QString>& value) {
-        if (value)
-            present.emplace_back(QString::fromLatin1(name), *value);
-    };
-    add("cameraMake", metadata.cameraMake);
-    add("cameraModel", metadata.cameraModel);
-    add("lens", metadata.lens);
-    add("focalLength", metadata.focalLength);
-    add("aperture", metadata.aperture);
-    add("shutterSpeed", metadata.shutterSpeed);
-    add("iso", metadata.iso);
-    add("exposureCompensation", metadata.exposureCompensation);
-    add("artist", metadata.artist);
-    add("copyright", metadata.copyright);
-    add("title", metadata.title);
-    add("caption", metadata.caption);
+    for (const MetadataField field : allCases<MetadataField>()) {
+        const MetadataValue value = metadata.value(field);
+        if (const auto* text = std::get_if<QString>(&value))
+            present.emplace_back(rawValue(field), *text);
+    }
     return present;
 }
 

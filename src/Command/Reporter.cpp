@@ -32,10 +32,10 @@ struct CaptionFault {
 
 std::vector<CaptionFault> captionFaults(const BatchExportJob& job)
 {
+    const PhotoMetadata metadata = job.photo.captionMetadata();
     std::vector<CaptionFault> faults;
     for (std::size_t i = 0; i < job.recipe.captions.size(); ++i)
-        if (const TextCut cut =
-                CaptionDrawing::cut(job.photo.pixelSize, job.recipe, job.recipe.captions[i], job.photo.metadata);
+        if (const TextCut cut = CaptionDrawing::cut(job.photo.pixelSize, job.recipe, job.recipe.captions[i], metadata);
             cut.isCut())
             faults.push_back({i + 1, cut});
     return faults;
@@ -84,7 +84,8 @@ void printCaptionFaults(const BatchExportJob& job, const QString& photo)
                                                    : QStringLiteral("this is left out: ") + cut.leftOut;
         say(caption + QStringLiteral(" does not fit, ") + what);
     }
-    for (const auto& [first, second] : CaptionDrawing::overlaps(job.photo.pixelSize, job.recipe, job.photo.metadata))
+    for (const auto& [first, second] :
+         CaptionDrawing::overlaps(job.photo.pixelSize, job.recipe, job.photo.captionMetadata()))
         say(QStringLiteral("Captions %1 and %2 overlap.").arg(first + 1).arg(second + 1));
 }
 
@@ -171,7 +172,7 @@ void Reporter::framed(const BatchExportJob& job, const char* name)
             object.insert(QStringLiteral("height"), qint64(size->height));
         }
         insertFaults(object, captionFaults(job),
-                     CaptionDrawing::overlaps(job.photo.pixelSize, job.recipe, job.photo.metadata),
+                     CaptionDrawing::overlaps(job.photo.pixelSize, job.recipe, job.photo.captionMetadata()),
                      job.recipe.captions.size());
         printJson(object);
         return;

@@ -111,6 +111,11 @@ TEST(Arguments, namesTheOptionThatWasUsedWrongly)
                              "--logo-padding|,2",
                              "--logo-width|101",
                              "--logo-position|middle",
+                             "--set|lens",
+                             "--set|camera=x",
+                             "--set|Lens=x",
+                             "--set|captureDate=yesterday",
+                             "--set|captureDate=1987-02-30",
                              "--long-side|0",
                              "--long-side|50001",
                              "--long-side|2048.5",
@@ -200,6 +205,17 @@ TEST(Arguments, framesAsItsOptionsSay)
     for (const auto& change : parseArguments(wordsOf("--balance|-20|--shape-turns")).shapeChanges)
         change(shape);
     EXPECT_EQ(shape, (FrameShape{4, 5, true, -20}));
+}
+
+TEST(Arguments, correctValuesByTheirNames)
+{
+    const MetadataCorrections corrections =
+        parseArguments(wordsOf("--set|lens=f=50|--set|iso=1|--set=iso=|--set|captureDate=1987-06-21")).corrections;
+    const QDateTime date(QDate(1987, 6, 21), QTime(0, 0));
+    EXPECT_EQ(corrections, (MetadataCorrections{{MetadataField::lens, QStringLiteral("f=50")},
+                                                {MetadataField::iso, {}},
+                                                {MetadataField::captureDate, date}}));
+    EXPECT_TRUE(messageFor(wordsOf("--set|lenz=x")).contains(QStringLiteral("cameraMake, cameraModel, lens,")));
 }
 
 TEST(Arguments, giveEachCaptionTheOptionsBehindIt)

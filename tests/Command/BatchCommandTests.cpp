@@ -248,6 +248,57 @@ TEST_F(BatchCommandTest, saysWhatIsWrongWithEachCaption)
         EXPECT_EQ(errors.count(said), 1) << said << " in: " << errors.constData();
 }
 
+TEST_F(BatchCommandTest, writesCorrectedCaptionsIntoPicturesAndNothingElse)
+{
+    const FileUrl a = folder.write("in/a.jpg", photo);
+    const FileUrl b = folder.write("in/b.jpg", photo);
+    // The first of these is of no photo, and of b there are two, the second of which as reports have odd paths.
+    const FileUrl file =
+        folder.write("values.jsonl", "{\"path\": \"/none.jpg\", \"lens\": \"L\"}\r\n\n{\"path\": \"" + b.path() +
+                                         "\", \"lens\": \"x\", \"cameraMake\": null}\n{\"pathBytes\": \"" +
+                                         b.path().toBase64() + "\", \"path\": \"?\", \"lens\": \"Q\"}");
+    const auto framed = [&](const FileUrl& source, Words words) {
+        words.insert(words.end(), {"--border=60px", "--caption-size=12", "--on-collision=replace", "--output",
+                                   out.path(), source.path()});
+        const test::Ended ended = run(words);
+        EXPECT_EQ(ended.status, 0) << ended.errors.constData();
+        return std::pair(test::readFile(out.appending(source.stem() + "_framed.jpg")), ended.errors);
+    };
+    const Words corrected{"--caption={cameraMake}-{lens}-", "--set=lens=L", "--corrections", file.path()};
+    const auto [ofA, errors] = framed(a, corrected);
+    EXPECT_EQ(ofA, framed(a, {"--caption=Zoë-L"}).first) << "the metadata of both are as they were read";
+    EXPECT_TRUE(errors.contains("values.jsonl, line 1: ") && errors.contains("values.jsonl, line 3: "))
+        << errors.constData();
+    EXPECT_EQ(framed(b, corrected).first, framed(b, {"--caption=Q"}).first) << "what is said of one photo wins";
+    EXPECT_EQ(test::readFile(a), photo);
+}
+
+TEST_F(BatchCommandTest, saysInWhichLineACorrectionIsWrong)
+{
+    folder.write("in/a.jpg", photo);
+    for (const QByteArray& line :
+         {QByteArray("lens: x"), QByteArray("[]"), QByteArray("{\"lens\": \"x\"}"), QByteArray("{\"path\": \"\"}"),
+          QByteArray("{\"path\": \"a\", \"lenz\": \"%1\"}"), QByteArray("{\"path\": \"a\", \"iso\": 400}"),
+          QByteArray("{\"path\": \"a\", \"lens\": \"\xff\"}"),
+          QByteArray("{\"path\": \"a\", \"captureDate\": \"1987\"}"),
+          "{\"path\": \"a\", \"lens\": \"" + QByteArray(5'000, 'x') + "\"}", QByteArray(100'000, '['),
+          QByteArray("{\"path\": \"a\"")}) {
+        const FileUrl file = folder.write("values.jsonl", "{\"path\": \"a\", \"lens\": \"x\"}\n\n" + line);
+        const test::Ended ended = frame({"--corrections", file.path()});
+        EXPECT_EQ(ended.status, 2);
+        EXPECT_TRUE(ended.errors.contains("values.jsonl, line 3: "))
+            << line.left(60).constData() << ended.errors.constData();
+    }
+    EXPECT_EQ(::truncate(folder.file("values.jsonl").path().constData(), 16'000'001), 0);
+    for (const FileUrl& file :
+         {folder.file("values.jsonl"), folder.file("none"), in, FileUrl::fromPath(QByteArray("/dev/zero"))}) {
+        const test::Ended ended = frame({"--corrections", file.path()});
+        EXPECT_EQ(ended.status, 2);
+        EXPECT_TRUE(ended.errors.startsWith("ferrow-batch: --corrections: ")) << ended.errors.constData();
+    }
+    EXPECT_FALSE(everythingBelow(folder.url()).contains("new/"));
+}
+
 TEST_F(BatchCommandTest, makesNoFolderForNothing)
 {
     folder.write("in/notes.txt", "no photo");

@@ -40,7 +40,8 @@ protected:
 
 TEST_F(FilterCommandTest, givesTheBytesThatABatchWrites)
 {
-    const Words frame{"--format=tiff", "--border=30px", "--caption=Two  words", "--caption-size=12"};
+    const Words frame{"--format=tiff", "--border=30px", "--caption={lens}", "--set=lens=Two  words",
+                      "--caption-size=12"};
     Words batch{"--output", folder.file("out").path(), source.path()};
     batch.insert(batch.end(), frame.begin(), frame.end());
     ASSERT_EQ(start(batch).wait().status, 0);
@@ -83,7 +84,7 @@ TEST_F(FilterCommandTest, refusesWhatBatchesAloneHave)
 {
     for (const Words& words :
          {Words{"--output", "/none"}, Words{"--beside"}, Words{"--template=x"}, Words{"--on-collision", "skip"},
-          Words{"--jobs=2"}, Words{"--dry-run"}, Words{"--json"}, Words{source.path()}}) {
+          Words{"--jobs=2"}, Words{"--dry-run"}, Words{"--json"}, Words{"--corrections=x"}, Words{source.path()}}) {
         Words all{"--filter"};
         all.insert(all.end(), words.begin(), words.end());
         const test::Ended ended = start(all).wait(photo);
