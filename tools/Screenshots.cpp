@@ -56,6 +56,12 @@ public:
         QTest::qWait(settling);
     }
 
+    void key(Qt::Key key, Qt::KeyboardModifiers modifiers)
+    {
+        QTest::keyClick(window_.windowHandle(), key, modifiers);
+        QTest::qWait(settling);
+    }
+
     void shoot(const char* name, QWidget* what = nullptr)
     {
         const QPixmap picture = (what ? what : &window_)->grab();
@@ -170,6 +176,23 @@ void photographCaptions(ContentView& window, Photographer& photographer)
     photographer.press("captionPositionButton");
     photographer.shoot("positions-popover");
     photographer.closeOverlay();
+    window.history().stack().undo();
+}
+
+/// As the file says, and with values corrected, one of them left out.
+void photographDetails(ContentView& window, Photographer& photographer)
+{
+    photographer.key(Qt::Key_I, Qt::ControlModifier);
+    photographer.shoot("photo-details");
+    const auto photoID = *window.session().selectedPhotoID();
+    window.history().correct(QStringLiteral("Values"), {photoID}, [](MetadataCorrections& corrections) {
+        corrections[MetadataField::lens] = QStringLiteral("Helios 44-2 58 mm F2, adapted");
+        corrections[MetadataField::cameraMake] = {};
+        corrections[MetadataField::title] = QStringLiteral("Blue hour at the lake");
+    });
+    QTest::qWait(700);
+    photographer.shoot("photo-details-corrected");
+    photographer.key(Qt::Key_I, Qt::ControlModifier);
     window.history().stack().undo();
 }
 
@@ -294,6 +317,7 @@ int main(int argc, char** argv)
     photographPopovers(photographer);
     photographBorder(window, photographer);
     photographCaptions(window, photographer);
+    photographDetails(window, photographer);
     photographPresets(window, photographer);
     photographWindows(window, photographer);
     photographFailures(window, photographer, root.appending("Broken"));

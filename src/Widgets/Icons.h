@@ -33,6 +33,7 @@ enum class IconName {
     presets,
     redo,
     remove,
+    reset,
     separatorChip,
     settings,
     showInFolder,

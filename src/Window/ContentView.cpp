@@ -2,6 +2,7 @@
 #include "Window/ContentView.h"
 
 #include "Features/Inspector/InspectorView.h"
+#include "Features/PhotoDetails/PhotoDetails.h"
 #include "Features/PhotoSidebar/PhotoListView.h"
 #include "Features/PhotoSidebar/PhotoSidebar.h"
 #include "Features/PreviewPane/PreviewPane.h"
@@ -97,6 +98,7 @@ void ContentView::buildViews()
     column->addWidget(toolBar_);
     column->addWidget(new HairLine);
     column->addWidget(columns_, 1);
+    details_ = new PhotoDetails(session_, history_, inspector_);
 
     connect(toolBar_, &MainToolBar::zoomChosen, preview_, &PreviewPane::setZoom);
     connect(toolBar_, &MainToolBar::compareHeld, this, &ContentView::setComparing);
@@ -116,6 +118,11 @@ void ContentView::buildViews()
     connect(sidebar_, &PhotoSidebar::clearAllRequested, this, &ContentView::clearAll);
     connect(sidebar_, &PhotoSidebar::showInFolderRequested, this,
             [this](const FileUrl& photoID) { services_.showItems({photoID}); });
+    connect(sidebar_, &PhotoSidebar::detailsRequested, this, [this](const FileUrl& photoID) {
+        columns_->closeDrawer();
+        session_.setSelectedPhotoID(photoID);
+        details_->open();
+    });
     connect(sidebar_, &PhotoSidebar::photoChosen, columns_, &WindowColumns::closeDrawer);
     connect(columns_, &WindowColumns::narrowChanged, preview_, &PreviewPane::setNarrow);
     connect(columns_, &WindowColumns::sidebarShownChanged, this, [this] {
@@ -133,6 +140,7 @@ void ContentView::connectActions()
     on(actions_->clearAll, &ContentView::clearAll);
     on(actions_->exportBatch, [this] { exportFlow_.showExportOptions(); });
     on(actions_->quit, &QWidget::close);
+    on(actions_->photoDetails, [this] { details_->toggle(); });
     on(actions_->showInFolder, [this] {
         if (const auto& photoID = session_.selectedPhotoID())
             services_.showItems({*photoID});
@@ -214,12 +222,14 @@ void ContentView::updateActions()
     actions_->redo->setEnabled(!busy && history_.stack().canRedo());
     actions_->copyFraming->setEnabled(hasSelection);
     actions_->pasteFraming->setEnabled(!busy && hasSelection && history_.canPasteFraming());
+    actions_->photoDetails->setEnabled(hasSelection);
     actions_->showInFolder->setEnabled(hasSelection);
     // The one before stays published while the next is on its way, and where that can't be read.
     const std::optional<ImportedPhoto>& loaded = previewLoader_.photo();
     toolBar_->setComparable(hasSelection &&
                             (previewLoader_.isLoading() || (loaded && loaded->id() == session_.selectedPhotoID())));
     inspector_->setLocked(busy);
+    details_->setLocked(busy);
 }
 
 void ContentView::choosePhotos()
@@ -345,7 +355,9 @@ void ContentView::setComparing(bool comparing)
 
 void ContentView::moveToArea(int direction)
 {
-    const std::array<QWidget*, 4> areas{toolBar_, sidebar_, preview_, inspector_};
+    // The details lie over the inspector.
+    const std::array<QWidget*, 4> areas{toolBar_, sidebar_, preview_,
+                                        details_->isVisible() ? static_cast<QWidget*>(details_) : inspector_};
     const QWidget* focused = QApplication::focusWidget();
     const auto present =
         std::ranges::find_if(areas, [&](const QWidget* area) { return focused && area->isAncestorOf(focused); });

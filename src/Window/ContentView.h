@@ -27,6 +27,7 @@ class ConfirmSheet;
 struct Framing;
 class InspectorView;
 class MainToolBar;
+class PhotoDetails;
 class PhotoSidebar;
 class PreviewPane;
 class SettingsView;
@@ -108,6 +109,7 @@ private:
     PhotoSidebar* sidebar_ = nullptr;
     PreviewPane* preview_ = nullptr;
     InspectorView* inspector_ = nullptr;
+    PhotoDetails* details_ = nullptr;
     WindowColumns* columns_ = nullptr;
     QPointer<SettingsView> settings_;
 

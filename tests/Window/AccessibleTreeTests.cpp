@@ -220,6 +220,9 @@ TEST_F(AccessibleTree, TellsEveryControlOfEveryView)
         Overlay::topmost(window_.get())->dismiss();
         ASSERT_TRUE(waitFor([&] { return !Overlay::topmost(window_.get()); }));
     }
+    press(Qt::Key_I, Qt::ControlModifier);
+    EXPECT_TRUE(widget("photoDetails")->isAncestorOf(QApplication::focusWidget()));
+    expectControls("photo details", 45);
     EXPECT_GE(groups_.size(), 9U);
 }
 

@@ -223,6 +223,7 @@ void PhotoSidebar::showContextMenu(int row, const QPoint& place)
     add(QStringLiteral("Use Batch Framing"), !locked && session_.hasOwnRecipe(photoID),
         [this, photoID] { history_.useBatch(photoID); });
     menu->addSeparator();
+    add(QStringLiteral("Photo Details…"), true, [this, photoID] { emit detailsRequested(photoID); });
     add(QStringLiteral("Show in Folder"), true, [this, photoID] { emit showInFolderRequested(photoID); });
     add(QStringLiteral("Remove from List"), !locked, [this, photoID] { history_.remove({photoID}); });
     menu->popup(place);

@@ -32,6 +32,7 @@ public:
 
 signals:
     void clearAllRequested();
+    void detailsRequested(const ferrow::FileUrl& photoID);
     void showInFolderRequested(const ferrow::FileUrl& photoID);
     /// By a click or Enter, also where it was selected already.
     void photoChosen();

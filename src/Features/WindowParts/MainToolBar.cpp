@@ -196,16 +196,27 @@ QMenu* MainToolBar::mainMenu()
 {
     auto* menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    for (QAction* action : {actions_.addPhotos,     actions_.addFolder,
-                            actions_.showInFolder,  actions_.clearAll,
-                            actions_.exportBatch,   static_cast<QAction*>(nullptr),
-                            actions_.undo,          actions_.redo,
-                            actions_.copyFraming,   actions_.pasteFraming,
-                            actions_.presets,       static_cast<QAction*>(nullptr),
-                            actions_.zoomIn,        actions_.zoomOut,
-                            actions_.zoomToFit,     actions_.zoomToActualPixels,
-                            actions_.toggleSidebar, static_cast<QAction*>(nullptr),
-                            actions_.settings,      actions_.shortcuts,
+    for (QAction* action : {actions_.addPhotos,
+                            actions_.addFolder,
+                            actions_.photoDetails,
+                            actions_.showInFolder,
+                            actions_.clearAll,
+                            actions_.exportBatch,
+                            static_cast<QAction*>(nullptr),
+                            actions_.undo,
+                            actions_.redo,
+                            actions_.copyFraming,
+                            actions_.pasteFraming,
+                            actions_.presets,
+                            static_cast<QAction*>(nullptr),
+                            actions_.zoomIn,
+                            actions_.zoomOut,
+                            actions_.zoomToFit,
+                            actions_.zoomToActualPixels,
+                            actions_.toggleSidebar,
+                            static_cast<QAction*>(nullptr),
+                            actions_.settings,
+                            actions_.shortcuts,
                             actions_.quit})
         if (action)
             menu->addAction(action);

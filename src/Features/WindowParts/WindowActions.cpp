@@ -12,6 +12,7 @@ WindowActions::WindowActions(QWidget& window, QUndoStack& stack) : QObject(&wind
     const QString photos = QStringLiteral("Photos");
     addPhotos = add(window, photos, QStringLiteral("Add Photos…"), {QKeySequence::Open});
     addFolder = add(window, photos, QStringLiteral("Add Folder…"), {Qt::CTRL | Qt::SHIFT | Qt::Key_O});
+    photoDetails = add(window, photos, QStringLiteral("Photo Details…"), {Qt::CTRL | Qt::Key_I});
     showInFolder = add(window, photos, QStringLiteral("Show in Folder"), {Qt::CTRL | Qt::ALT | Qt::Key_O});
     clearAll = add(window, photos, QStringLiteral("Clear All Photos"), {});
     exportBatch = add(window, photos, QStringLiteral("Export Batch…"), {Qt::CTRL | Qt::Key_E});

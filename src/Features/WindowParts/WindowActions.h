@@ -38,6 +38,7 @@ public:
     QAction* redo = nullptr;
     QAction* copyFraming = nullptr;
     QAction* pasteFraming = nullptr;
+    QAction* photoDetails = nullptr;
     QAction* showInFolder = nullptr;
     QAction* presets = nullptr;
     QAction* settings = nullptr;
