@@ -66,6 +66,7 @@ void writePlan(const FileUrl& file, const Arguments& arguments, const Settings& 
                                   .destination = job.destination,
                                   .size = writtenSize(job).value_or(PixelSize()),
                                   .replaceExisting = job.replaceExisting,
+                                  .corrections = job.photo.corrections,
                                   .replaced = job.replaceExisting ? ReplacedFile::at(job.destination) : std::nullopt});
     for (const FileUrl& photo : plan.skippedPhotos)
         written.photos.push_back({.source = photo});

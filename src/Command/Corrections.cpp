@@ -4,11 +4,7 @@
 #include "Command/Arguments.h"
 #include "Command/Output.h"
 #include "Metadata/MetadataTexts.h"
-#include "Platform/Files/FileAccess.h"
 #include "Shared/UserFacingError.h"
-
-#include <QJsonDocument>
-#include <QJsonObject>
 
 #include <algorithm>
 #include <unordered_set>
@@ -32,34 +28,6 @@ QString shortened(const QString& name)
     return name.size() <= most ? name : name.left(most) + QStringLiteral("…");
 }
 
-QByteArray contents(const FileUrl& file, const QString& place)
-{
-    std::vector<std::byte> bytes;
-    try {
-        const OpenedFile opened = OpenedFile::open(file);
-        const ByteSource source = opened.source();
-        if (source.size() > CorrectionFile::maximumSize)
-            misuse(place, QStringLiteral("this is larger than 16 MB."));
-        bytes = source.bytesAt(0, std::size_t(source.size()));
-    } catch (const SystemError&) {
-        misuse(place, onOneLine(UserFacingError::message(std::current_exception())));
-    } catch (const InputOutputError&) {
-        misuse(place, onOneLine(UserFacingError::message(std::current_exception())));
-    }
-    return {reinterpret_cast<const char*>(bytes.data()), qsizetype(bytes.size())};
-}
-
-/// As insertPath() writes it.
-FileUrl pathOf(const QJsonObject& object, const QString& place)
-{
-    const QJsonValue bytes = object.value(QStringLiteral("pathBytes"));
-    const QByteArray path = bytes.isString() ? QByteArray::fromBase64(bytes.toString().toLatin1())
-                                             : object.value(QStringLiteral("path")).toString().toUtf8();
-    if (path.isEmpty())
-        misuse(place, QStringLiteral("a path is missing."));
-    return FileUrl::fromPath(path).standardized();
-}
-
 } // namespace
 
 void addCorrection(MetadataCorrections& corrections, const QString& name, const QString& text, const QString& place)
@@ -78,36 +46,43 @@ void addCorrection(MetadataCorrections& corrections, const QString& name, const 
     }
 }
 
-CorrectionFile::CorrectionFile(const FileUrl& file) : name_(QStringLiteral("--corrections: ") + file.displayPath())
+void addCorrections(MetadataCorrections& corrections, const QJsonObject& object, const QString& place)
 {
-    const QByteArray all = contents(file, name_);
-    std::int64_t number = 0;
-    for (qsizetype start = 0; start < all.size();) {
-        const qsizetype end = all.indexOf('\n', start);
-        const QByteArray line = all.mid(start, end < 0 ? -1 : end - start).trimmed();
-        start = end < 0 ? all.size() : end + 1;
-        ++number;
-        if (!line.isEmpty())
-            read(line, number);
+    for (auto member = object.begin(); member != object.end(); ++member) {
+        if (!member->isString() && !member->isNull())
+            misuse(place, shortened(member.key()) + QStringLiteral(": give a text, or null for missing."));
+        addCorrection(corrections, member.key(), member->toString(), place);
     }
 }
 
-void CorrectionFile::read(const QByteArray& line, std::int64_t number)
+QJsonObject encodedCorrections(const MetadataCorrections& corrections)
 {
-    const QString place = name_ + QStringLiteral(", line %1").arg(number);
-    const QJsonDocument document = QJsonDocument::fromJson(line);
-    if (!document.isObject())
-        misuse(place, QStringLiteral("this is no JSON object, such as {\"path\": \"a.jpg\", \"lens\": \"…\"}."));
-    const QJsonObject object = document.object();
-    Entry& entry = entries_.try_emplace(pathOf(object, place), Entry{number, {}}).first->second;
-    for (auto member = object.begin(); member != object.end(); ++member) {
-        if (member.key() == QLatin1StringView("path") || member.key() == QLatin1StringView("pathBytes"))
-            continue;
-        const QJsonValue value = member.value();
-        if (!value.isString() && !value.isNull())
-            misuse(place, shortened(member.key()) + QStringLiteral(": give a text, or null for missing."));
-        addCorrection(entry.values, member.key(), value.toString(), place);
+    QJsonObject object;
+    for (const auto& [field, value] : corrections) {
+        const QString text = MetadataTexts::text(value);
+        object.insert(rawValue(field), text.isEmpty() ? QJsonValue() : QJsonValue(text));
     }
+    return object;
+}
+
+CorrectionFile::CorrectionFile(const FileUrl& file) : name_(QStringLiteral("--corrections: ") + file.displayPath())
+{
+    readJsonLines(file, maximumSize, name_, [this](const JsonLine& line) { read(line); });
+}
+
+void CorrectionFile::read(const JsonLine& line)
+{
+    const QString place = name_ + QStringLiteral(", line %1").arg(line.number);
+    if (!line.object)
+        misuse(place, QStringLiteral("this is no JSON object, such as {\"path\": \"a.jpg\", \"lens\": \"…\"}."));
+    QJsonObject values = *line.object;
+    const QByteArray path = pathBytes(values, QStringLiteral("path"));
+    if (path.isEmpty())
+        misuse(place, QStringLiteral("a path is missing."));
+    values.remove(QStringLiteral("path"));
+    values.remove(QStringLiteral("pathBytes"));
+    const FileUrl photo = FileUrl::fromPath(path).standardized();
+    addCorrections(entries_.try_emplace(photo, Entry{line.number, {}}).first->second.values, values, place);
 }
 
 const MetadataCorrections& CorrectionFile::of(const FileUrl& photo) const

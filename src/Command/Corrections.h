@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Command/JsonLines.h"
 #include "Models/ImportedPhoto.h"
 #include "Models/MetadataCorrections.h"
 #include "Platform/Base/FileUrl.h"
@@ -15,6 +16,11 @@ namespace ferrow::Command {
 /// Adds what `text` says of the field called `name`; nothing but blanks stands for missing. `place` is where that was
 /// asked for, as errors begin: an option, or a line of a file. Throws UsageError.
 void addCorrection(MetadataCorrections& corrections, const QString& name, const QString& text, const QString& place);
+
+/// The same for an object of names and texts, or null for missing.
+void addCorrections(MetadataCorrections& corrections, const QJsonObject& object, const QString& place);
+/// What addCorrections() reads.
+[[nodiscard]] QJsonObject encodedCorrections(const MetadataCorrections& corrections);
 
 /// Corrections of single photos: JSON Lines, each with a path, as on the command line, and fields with a text or null.
 class CorrectionFile {
@@ -37,7 +43,7 @@ private:
         MetadataCorrections values;
     };
 
-    void read(const QByteArray& line, std::int64_t number);
+    void read(const JsonLine& line);
 
     QString name_;
     std::unordered_map<FileUrl, Entry> entries_;

@@ -14,13 +14,7 @@ namespace ferrow::Command {
 
 namespace {
 
-[[noreturn]] void refuseFile(const FileUrl& file, const QString& reason)
-{
-    // The name comes last: it may hold what looks like a placeholder.
-    throw UsageError{onOneLine(reason) + QStringLiteral(" — ") + file.displayPath()};
-}
-
-QByteArray contents(const FileUrl& url, std::int64_t mostBytes)
+QByteArray contents(const FileUrl& url, std::int64_t mostBytes, const QString& place)
 try {
     const OpenedFile file = OpenedFile::open(url);
     if (file.size() > mostBytes)
@@ -30,16 +24,17 @@ try {
     bytes.resize(qsizetype(file.source().readAt(0, std::as_writable_bytes(room))));
     return bytes;
 } catch (const SystemError& error) {
-    refuseFile(url, UserFacingError::message(error));
+    throw UsageError{place + QStringLiteral(": ") + onOneLine(UserFacingError::message(error))};
 } catch (const InputOutputError& error) {
-    refuseFile(url, UserFacingError::message(error));
+    throw UsageError{place + QStringLiteral(": ") + onOneLine(UserFacingError::message(error))};
 }
 
 } // namespace
 
-void readJsonLines(const FileUrl& file, std::int64_t mostBytes, const std::function<void(const JsonLine&)>& take)
+void readJsonLines(const FileUrl& file, std::int64_t mostBytes, const QString& place,
+                   const std::function<void(const JsonLine&)>& take)
 {
-    const QByteArray bytes = contents(file, mostBytes);
+    const QByteArray bytes = contents(file, mostBytes, place);
     JsonLine line;
     for (qsizetype start = 0; start < bytes.size(); ++line.number) {
         const qsizetype end = bytes.indexOf('\n', start);
@@ -54,9 +49,9 @@ void readJsonLines(const FileUrl& file, std::int64_t mostBytes, const std::funct
     }
 }
 
-void refuseLine(const FileUrl& file, std::int64_t number, const QString& reason)
+void refuseLine(const QString& place, std::int64_t number, const QString& reason)
 {
-    throw UsageError{QStringLiteral("line %1 of ").arg(number) + file.displayPath() + QStringLiteral(": ") + reason};
+    throw UsageError{place + QStringLiteral(", line %1: ").arg(number) + reason};
 }
 
 } // namespace ferrow::Command

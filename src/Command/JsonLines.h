@@ -21,11 +21,12 @@ struct JsonLine {
     bool isCutOff = false;             ///< The last one, without an end: whoever wrote it was stopped.
 };
 
-/// Tells of each line of `file` but empty ones. Throws UsageError where it can't be read or has more than `mostBytes`,
-/// and what `take` throws.
-void readJsonLines(const FileUrl& file, std::int64_t mostBytes, const std::function<void(const JsonLine&)>& take);
+/// Tells of each line of `file` but blank ones. Throws UsageError, which begins with `place`, where the file can't be
+/// read or has more than `mostBytes`, and what `take` throws.
+void readJsonLines(const FileUrl& file, std::int64_t mostBytes, const QString& place,
+                   const std::function<void(const JsonLine&)>& take);
 
-/// "line 3 of plan.jsonl: " and the reason.
-[[noreturn]] void refuseLine(const FileUrl& file, std::int64_t number, const QString& reason);
+/// Throws UsageError: "`place`, line 3: " and the reason.
+[[noreturn]] void refuseLine(const QString& place, std::int64_t number, const QString& reason);
 
 } // namespace ferrow::Command

@@ -51,11 +51,16 @@ void insertPath(QJsonObject& object, const QString& key, const FileUrl& url)
         object.insert(key + QStringLiteral("Bytes"), QString::fromLatin1(url.path().toBase64()));
 }
 
-std::optional<FileUrl> pathIn(const QJsonObject& object, const QString& key)
+QByteArray pathBytes(const QJsonObject& object, const QString& key)
 {
     const QJsonValue bytes = object.value(key + QStringLiteral("Bytes"));
-    const QByteArray path =
-        bytes.isString() ? QByteArray::fromBase64(bytes.toString().toLatin1()) : object.value(key).toString().toUtf8();
+    return bytes.isString() ? QByteArray::fromBase64(bytes.toString().toLatin1())
+                            : object.value(key).toString().toUtf8();
+}
+
+std::optional<FileUrl> pathIn(const QJsonObject& object, const QString& key)
+{
+    const QByteArray path = pathBytes(object, key);
     return path.startsWith('/') ? std::optional(FileUrl::fromPath(path)) : std::nullopt;
 }
 

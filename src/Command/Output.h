@@ -15,7 +15,9 @@ namespace ferrow::Command {
 
 /// Puts `url` into `object` as text under `key`, with its bytes in base64 under `key`Bytes where they are not UTF-8.
 void insertPath(QJsonObject& object, const QString& key, const FileUrl& url);
-/// What insertPath() put there; absent where that is no path.
+/// The bytes that insertPath() put there; empty where there are none.
+[[nodiscard]] QByteArray pathBytes(const QJsonObject& object, const QString& key);
+/// As a place; absent where that is no whole path.
 [[nodiscard]] std::optional<FileUrl> pathIn(const QJsonObject& object, const QString& key);
 /// An object with the "path" of `url`.
 [[nodiscard]] QJsonObject pathObject(const FileUrl& url);

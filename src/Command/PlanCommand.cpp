@@ -70,8 +70,9 @@ void addJobs(Part& part, const BatchImportResult& read, const Settings& settings
 {
     Folders folders;
     part.plan.failures.insert(part.plan.failures.end(), read.failures.begin(), read.failures.end());
-    for (const ImportedPhoto& photo : read.photos) {
+    for (ImportedPhoto photo : read.photos) {
         const PlannedPhoto& planned = *part.planned.at(photo.url);
+        photo.corrections = planned.corrections;
         const QString reason = folders.make(planned.destination->deletingLastPathComponent());
         if (reason.isEmpty())
             part.plan.jobs.push_back(

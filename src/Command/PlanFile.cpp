@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Command/PlanFile.h"
 
+#include "Command/Arguments.h"
+#include "Command/Corrections.h"
 #include "Command/JsonLines.h"
 #include "Command/Output.h"
 #include "Platform/Files/FileAccess.h"
@@ -30,6 +32,7 @@ constexpr QLatin1StringView heightKey{"height"};
 constexpr QLatin1StringView replaceKey{"replace"};
 constexpr QLatin1StringView replacedSizeKey{"replacedSize"};
 constexpr QLatin1StringView replacedModifiedKey{"replacedModified"};
+constexpr QLatin1StringView correctionsKey{"corrections"};
 constexpr QLatin1StringView failureKey{"failure"};
 
 /// In a line of a plan. Caught by whoever knows its number.
@@ -78,6 +81,8 @@ QJsonObject encoded(const PlannedPhoto& photo)
     object.insert(heightKey, qint64(photo.size.height));
     if (photo.replaceExisting)
         object.insert(replaceKey, true);
+    if (!photo.corrections.empty())
+        object.insert(correctionsKey, encodedCorrections(photo.corrections));
     if (photo.replaced) {
         object.insert(replacedSizeKey, number(photo.replaced->size));
         object.insert(replacedModifiedKey, number(photo.replaced->modifiedNanoseconds));
@@ -95,6 +100,11 @@ PlannedPhoto decodedPhoto(const QJsonObject& object)
     photo.destination = placeOf(object, destinationKey);
     photo.size = {number(object, widthKey), number(object, heightKey)};
     photo.replaceExisting = object.value(replaceKey).toBool();
+    try {
+        addCorrections(photo.corrections, object.value(correctionsKey).toObject(), correctionsKey);
+    } catch (const UsageError& error) {
+        refuse(error.message);
+    }
     if (object.contains(replacedSizeKey))
         photo.replaced = {number(object, replacedSizeKey), number(object, replacedModifiedKey)};
     return photo;
@@ -143,9 +153,10 @@ try {
 
 PlanFile PlanFile::read(const FileUrl& file)
 {
+    const QString place = file.displayPath();
     PlanFile plan;
     bool hasHead = false;
-    readJsonLines(file, maximumSize, [&](const JsonLine& line) {
+    readJsonLines(file, maximumSize, place, [&](const JsonLine& line) {
         try {
             if (!line.object)
                 refuse(QStringLiteral("this is no plan."));
@@ -155,11 +166,11 @@ PlanFile PlanFile::read(const FileUrl& file)
                 readHead(*line.object, plan);
             hasHead = true;
         } catch (const Unreadable& error) {
-            refuseLine(file, line.number, error.reason);
+            refuseLine(place, line.number, error.reason);
         }
     });
     if (!hasHead)
-        refuseLine(file, 1, QStringLiteral("this is no plan."));
+        refuseLine(place, 1, QStringLiteral("this is no plan."));
     return plan;
 }
 

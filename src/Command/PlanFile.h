@@ -30,6 +30,7 @@ struct PlannedPhoto {
     std::optional<FileUrl> destination;
     PixelSize size; ///< Of the framed copy.
     bool replaceExisting = false;
+    MetadataCorrections corrections;
     /// What is to be replaced: while that stands there, the photo has not been framed.
     std::optional<ReplacedFile> replaced;
     QString failure; ///< The sentence; empty where `destination` is set, and for photos that are skipped.

@@ -17,13 +17,14 @@ class MergedOutcomes {
 public:
     void read(const FileUrl& file)
     {
-        readJsonLines(file, mostBytes, [&](const JsonLine& line) {
+        const QString place = file.displayPath();
+        readJsonLines(file, mostBytes, place, [&](const JsonLine& line) {
             const auto photo = line.object ? pathIn(*line.object, QStringLiteral("path")) : std::nullopt;
             const QString outcome = line.object ? line.object->value(QStringLiteral("outcome")).toString() : QString();
             if (photo && !outcome.isEmpty())
                 add(*photo, outcome, *line.object);
             else if (!line.isCutOff && (!line.object || !line.object->contains(QStringLiteral("report"))))
-                refuseLine(file, line.number, QStringLiteral("this is no line of a run’s --json."));
+                refuseLine(place, line.number, QStringLiteral("this is no line of a run’s --json."));
         });
     }
 

@@ -48,7 +48,8 @@ protected:
 
     test::TemporaryFolder folder;
     Words environment{"PATH=/usr/bin:/bin", "HOME=" + folder.file("home").path()};
-    Words frame{"--border=9px", "--caption={filename} {index}", "--caption-size=8", "--template={index} {filename}"};
+    Words frame{"--border=9px", "--caption={filename} {lens}", "--set=lens=Äther 2,8", "--caption-size=8",
+                "--template={index} {filename}"};
     FileUrl plan = folder.file("plan.jsonl");
     FileUrl out = folder.file("out");
 };
@@ -134,14 +135,14 @@ TEST_F(PlanCommandTest, refusesWhatIsNoPlan)
     const QByteArray good = test::readFile(plan);
     const QByteArray head = good.left(good.indexOf('\n') + 1);
     const std::pair<const char*, QByteArray> rows[] = {
-        {"line 1 of", ""},
-        {"line 1 of", good.mid(head.size())},
+        {", line 1: ", ""},
+        {", line 1: ", good.mid(head.size())},
         {"newer version", QByteArray(good).replace("\"ferrowPlan\":1", "\"ferrowPlan\":2")},
         {"borderWidth", QByteArray(good).replace("\"borderWidth\":9", "\"borderWidth\":\"9\"")},
-        {"line 3 of", head + "{\"photo\":\"/a.jpg\"}\n[]\n"},
-        {"line 2 of", head + "{\"photo\":\"a.jpg\"}\n"},
+        {", line 3: ", head + "{\"photo\":\"/a.jpg\"}\n[]\n"},
+        {", line 2: ", head + "{\"photo\":\"a.jpg\"}\n"},
         {"“width”", head + "{\"photo\":\"/a.jpg\",\"destination\":\"/b.jpg\",\"width\":1e30,\"height\":1}\n"},
-        {"line 2 of", head + good.mid(head.size(), 20)},
+        {", line 2: ", head + good.mid(head.size(), 20)},
     };
     for (const auto& [said, bytes] : rows) {
         folder.write("plan.jsonl", bytes);

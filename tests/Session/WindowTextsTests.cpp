@@ -59,14 +59,14 @@ TEST(WindowTexts, sumUpABorder)
     const struct {
         Border border;
         const char* text;
-    } rows[] = {
-        {{}, "120 px · As Photo"},
-        {{.width = 1'200.5}, "1,201 px · As Photo"},
-        {{.unit = BorderUnit::percent, .sides = even}, "2.0 % · As Photo"},
-        {{.sides = {{100, 0, 360.4, 0}}, .shape = {{4, 5}}}, "100, 0, 360, 0 px · 4:5"},
-        {{.blurredBackground = {{}}, .shape = {{2.35, 1}}, .line = {{}}}, "120 px · 2.35:1 · blurred photo · line"},
-        {{.shape = {{1.008, 0.999}}, .photoEdge = {{2.5, BorderUnit::percent}, true}},
-         "120 px · 1.01:1 · 2.5 % corners · shadow"}};
+    } rows[] = {{{}, "120 px · As Photo"},
+                {{.width = 1'200.5}, "1,201 px · As Photo"},
+                {{.unit = BorderUnit::percent, .sides = even}, "2.0 % · As Photo"},
+                {{.sides = {{100, 0, 360.4, 0}}, .shape = {{4, 5}}}, "100, 0, 360, 0 px · 4:5"},
+                {{.blurredBackground = BlurredBackground(), .shape = {{2.35, 1}}, .line = FrameLine()},
+                 "120 px · 2.35:1 · blurred photo · line"},
+                {{.shape = {{1.008, 0.999}}, .photoEdge = {{2.5, BorderUnit::percent}, true}},
+                 "120 px · 1.01:1 · 2.5 % corners · shadow"}};
     for (const auto& row : rows)
         EXPECT_EQ(WindowTexts::borderSummary(row.border), QString::fromUtf8(row.text));
     EXPECT_EQ(WindowTexts::photoEdgeSummary({}), QStringLiteral("Square, no shadow"));

@@ -272,7 +272,7 @@ TEST(PresetSummary, saysWhatAPresetHolds)
                         .logo = LogoConfiguration::placeholder()};
     recipe.logo->isEnabled = false;
     EXPECT_EQ(summary(recipe), QStringLiteral("2.5 % · no caption · logo · JPEG"));
-    EXPECT_EQ(summary({.border = {.width = 40, .shape = {{1, 1}}, .line = {{}}}}),
+    EXPECT_EQ(summary({.border = {.width = 40, .shape = {{1, 1}}, .line = FrameLine()}}),
               QStringLiteral("40 px · 1:1 · line · caption · no logo · JPEG"));
 }
 
