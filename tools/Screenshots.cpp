@@ -155,6 +155,7 @@ void photographBorder(ContentView& window, Photographer& photographer)
     photographer.closeOverlay();
     window.session().setBatchRecipe(before);
     photographer.press("photoEdgeLine");
+    photographer.press("frameLineLine");
 }
 
 void photographCaptions(ContentView& window, Photographer& photographer)

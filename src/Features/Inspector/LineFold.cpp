@@ -15,6 +15,7 @@ LineFold::LineFold(const InspectorContext& context, QWidget* parent)
     : Disclosure(QStringLiteral("Line"), QStringLiteral("Line settings"), parent), context_(context),
       switch_(addSwitch(QStringLiteral("Show line")))
 {
+    Disclosure::line()->setObjectName(QStringLiteral("frameLineLine"));
     switch_->setObjectName(QStringLiteral("frameLineSwitch"));
     connect(switch_, &ToggleSwitch::clicked, this, &LineFold::toggle);
 
