@@ -23,7 +23,7 @@ OutputSection::OutputSection(const InspectorContext& context, QWidget* parent)
     });
     addRow(body(), QStringLiteral("Profile"), profile_);
 
-    QLabel* note = makeLabel(QStringLiteral("Format and quality are chosen when you export."), TextRole::small,
+    QLabel* note = makeLabel(QStringLiteral("Format, size and quality are chosen when you export."), TextRole::small,
                              &ThemeColors::text2);
     note->setWordWrap(true);
     body()->addWidget(note);
