@@ -21,6 +21,7 @@ namespace {
 
 constexpr int notch = 120;
 constexpr int unitGap = 6;
+constexpr QChar minusSign(0x2212);
 
 QLocale fieldLocale()
 {
@@ -37,11 +38,17 @@ QString withPlainDigits(const QString& text)
     for (const char32_t letter : text.toUcs4())
         if (QChar::category(letter) == QChar::Number_DecimalDigit)
             plain += QLatin1Char(char('0' + QChar::digitValue(letter)));
-        else if (letter == 0x2212)
+        else if (letter == minusSign.unicode())
             plain += QLatin1Char('-');
         else if (QChar::category(letter) != QChar::Other_Format)
             plain += QString::fromUcs4(&letter, 1);
     return plain;
+}
+
+/// Most locales write a hyphen.
+QString withMinusSign(QString text)
+{
+    return text.replace(QLatin1Char('-'), minusSign);
 }
 
 /// One decimal separator, whichever of the usual ones it is, becomes a point.
@@ -61,10 +68,10 @@ QString NumberFormat::text(double value) const
 {
     const QLocale locale = fieldLocale();
     if (dropsZeros)
-        return locale.toString(shown(value), 'f', QLocale::FloatingPointShortest);
+        return withMinusSign(locale.toString(shown(value), 'f', QLocale::FloatingPointShortest));
     const QString text = locale.toString(value * factor, 'f', decimals);
     const QString negativeZero = locale.negativeSign() + locale.toString(0.0, 'f', decimals);
-    return text == negativeZero ? locale.toString(0.0, 'f', decimals) : text;
+    return text == negativeZero ? locale.toString(0.0, 'f', decimals) : withMinusSign(text);
 }
 
 double NumberFormat::shown(double value) const

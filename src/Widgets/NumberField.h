@@ -17,7 +17,7 @@ struct NumberFormat {
     double greatest = std::numeric_limits<double>::max();
     bool dropsZeros = false; ///< Decimals only as far as there are some: "2.35", and "7" for 7.00.
 
-    /// In the user's digits, without grouping and without the unit.
+    /// In the user's digits, without grouping and without the unit. Negative numbers have a minus sign, not a hyphen.
     [[nodiscard]] QString text(double value) const;
     /// The display value, rounded as `text` shows it.
     [[nodiscard]] double shown(double value) const;

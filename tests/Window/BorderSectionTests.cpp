@@ -154,6 +154,7 @@ TEST_F(BorderControls, offerOfAShapeWhatItHas)
     find<ToggleSwitch>("shapeTurnsSwitch").click();
     type(find<QLineEdit>("frameBalanceField"), "-20");
     key(Qt::Key_Return);
+    EXPECT_EQ(find<QLineEdit>("frameBalanceField").text(), QString(QChar(0x2212)) + QStringLiteral("20"));
     chooseShape("2:3");
     EXPECT_EQ(border().shape, (FrameShape{2, 3, true, -20})) << "another ratio keeps the rest";
 }
