@@ -108,7 +108,7 @@ int runBatch(const Arguments& arguments, const std::stop_token& stop)
     warnOfMissingFonts(settings.recipe);
     corrections.tellUnused(scan.candidates);
     ProgressLine progress(!arguments.quiet);
-    Reporter reporter(arguments.json, progress);
+    Reporter reporter(arguments.json, progress, logo.size(settings));
     BatchImportResult batch = BatchImporter::importScanned(
         scan, [](const FileUrl& url, const std::stop_token& stopped) { return ImageLoader::load(url, 0, stopped); },
         readingProgress(progress, scan.candidates.size()), stop);

@@ -116,7 +116,7 @@ try {
                               logo.managedFolder());
     passOn(framed.get(), stop);
     printCaptionFaults({.photo = photo, .recipe = settings.recipe, .settings = settings.exportSettings},
-                       QStringLiteral("ferrow-batch"));
+                       QStringLiteral("ferrow-batch"), logo.size(settings));
     return allDone;
 } catch (const Canceled&) {
     return interrupted;

@@ -108,7 +108,7 @@ int runPlan(const Arguments& arguments, const std::stop_token& stop)
     warnOfMissingFonts(settings.recipe);
 
     ProgressLine progress(!arguments.quiet);
-    Reporter reporter(arguments.json, progress);
+    Reporter reporter(arguments.json, progress, logo.size(settings));
     Part part = partOf(file, arguments.shard);
     const BatchImportResult read = BatchImporter::load(
         part.sources, BatchImporter::usualConcurrency,

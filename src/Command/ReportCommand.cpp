@@ -66,7 +66,7 @@ int runReport(const Arguments& arguments)
         merged.read(file);
 
     ProgressLine none(false);
-    Reporter reporter(arguments.json, none);
+    Reporter reporter(arguments.json, none, {});
     BatchExportReport report;
     report.total = std::int64_t(merged.all().size());
     for (const QJsonObject& object : merged.all()) {

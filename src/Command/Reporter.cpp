@@ -41,6 +41,11 @@ std::vector<CaptionFault> captionFaults(const BatchExportJob& job)
     return faults;
 }
 
+std::vector<std::size_t> overLogo(const BatchExportJob& job, PixelSize logo)
+{
+    return CaptionDrawing::overLogo(job.photo.pixelSize, job.recipe, job.photo.captionMetadata(), logo);
+}
+
 /// A photo's only caption needs no number; of several, all that are cut come in a list.
 void insertFaults(QJsonObject& object, const std::vector<CaptionFault>& faults,
                   const std::vector<CaptionDrawing::Overlap>& overlaps, std::size_t captions)
@@ -73,20 +78,24 @@ QJsonObject outcome(const FileUrl& source, const char* name, const std::optional
 
 } // namespace
 
-void printCaptionFaults(const BatchExportJob& job, const QString& photo)
+void printCaptionFaults(const BatchExportJob& job, const QString& photo, PixelSize logo)
 {
     const auto say = [&](const QString& what) { printError(photo + QStringLiteral(": ") + what); };
+    const auto named = [&](std::size_t number) {
+        return job.recipe.captions.size() == 1 ? QStringLiteral("The caption")
+                                               : QStringLiteral("Caption %1").arg(number);
+    };
     for (const auto& [number, cut] : captionFaults(job)) {
-        const QString caption =
-            job.recipe.captions.size() == 1 ? QStringLiteral("The caption") : QStringLiteral("Caption %1").arg(number);
         // What was left out comes last: it may hold what looks like a placeholder.
         const QString what = cut.leftOut.isEmpty() ? QStringLiteral("letters are cut off.")
                                                    : QStringLiteral("this is left out: ") + cut.leftOut;
-        say(caption + QStringLiteral(" does not fit, ") + what);
+        say(named(number) + QStringLiteral(" does not fit, ") + what);
     }
     for (const auto& [first, second] :
          CaptionDrawing::overlaps(job.photo.pixelSize, job.recipe, job.photo.captionMetadata()))
         say(QStringLiteral("Captions %1 and %2 overlap.").arg(first + 1).arg(second + 1));
+    for (const std::size_t caption : overLogo(job, logo))
+        say(named(caption + 1) + QStringLiteral(" overlaps the logo."));
 }
 
 void Reporter::failed(const BatchExportFailure& failure, const std::optional<FileUrl>& destination)
@@ -174,11 +183,16 @@ void Reporter::framed(const BatchExportJob& job, const char* name)
         insertFaults(object, captionFaults(job),
                      CaptionDrawing::overlaps(job.photo.pixelSize, job.recipe, job.photo.captionMetadata()),
                      job.recipe.captions.size());
+        QJsonArray covering;
+        for (const std::size_t caption : overLogo(job, logo_))
+            covering.append(qint64(caption + 1));
+        if (!covering.isEmpty())
+            object.insert(QStringLiteral("captionsOverLogo"), covering);
         printJson(object);
         return;
     }
     progress_.clear();
-    printCaptionFaults(job, job.photo.url.displayPath());
+    printCaptionFaults(job, job.photo.url.displayPath(), logo_);
 }
 
 void Reporter::tell(const FileUrl& source, const char* name, const std::optional<FileUrl>& destination)

@@ -73,6 +73,17 @@ Settings resolvedSettings(const Arguments& arguments)
     return settings;
 }
 
+PixelSize RunLogo::size(const Settings& settings) const
+{
+    try {
+        return ManagedLogoStore::loadIfEnabled(settings.recipe.logo, managedFolder()).value_or(Bitmap()).size();
+    } catch (const LogoAssetError&) {
+        return {};
+    } catch (const SystemError&) {
+        return {};
+    }
+}
+
 RunLogo::RunLogo(const Arguments& arguments, Settings& settings)
 {
     if (arguments.logoFile) {

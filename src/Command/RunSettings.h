@@ -23,6 +23,10 @@ public:
         return folder_ ? std::optional(folder_->url()) : std::nullopt;
     }
 
+    /// Of the picture that `settings` have for a logo; 0 × 0 where they show none. So it is too for one that can't be
+    /// drawn: every photo says that.
+    [[nodiscard]] PixelSize size(const Settings& settings) const;
+
 private:
     std::optional<TemporaryLogoFolder> folder_;
 };

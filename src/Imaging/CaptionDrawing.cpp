@@ -232,6 +232,14 @@ std::vector<QRectF> linesOf(const PlacedCaption& placed)
     return lines;
 }
 
+std::vector<QRectF> linesInExport(const Caption& caption, const PhotoMetadata& metadata, PixelSize size,
+                                  const RenderLayout& fullSize)
+{
+    const QString shown = text(caption, metadata);
+    const auto placed = shown.isEmpty() ? std::nullopt : placedInExport(shown, caption, size, fullSize);
+    return placed ? linesOf(*placed) : std::vector<QRectF>();
+}
+
 bool overlap(const std::vector<QRectF>& some, const std::vector<QRectF>& others)
 {
     return std::ranges::any_of(some, [&](const QRectF& one) {
@@ -297,16 +305,32 @@ try {
     validateRenderBounds(pixelSize, recipe, 1.0);
     const RenderLayout fullSize = RenderLayout::calculate(pixelSize, recipe, 1.0);
     std::vector<std::vector<QRectF>> lines;
-    for (const Caption& caption : recipe.captions) {
-        const QString shown = text(caption, metadata);
-        const auto placed = shown.isEmpty() ? std::nullopt : placedInExport(shown, caption, pixelSize, fullSize);
-        lines.push_back(placed ? linesOf(*placed) : std::vector<QRectF>());
-    }
+    for (const Caption& caption : recipe.captions)
+        lines.push_back(linesInExport(caption, metadata, pixelSize, fullSize));
     std::vector<Overlap> found;
     for (std::size_t first = 0; first < lines.size(); ++first)
         for (std::size_t second = first + 1; second < lines.size(); ++second)
             if (overlap(lines[first], lines[second]))
                 found.push_back({first, second});
+    return found;
+} catch (const ImagePipelineError&) {
+    return {}; // As in cut().
+}
+
+std::vector<std::size_t> overLogo(PixelSize pixelSize, const RenderRecipe& recipe, const PhotoMetadata& metadata,
+                                  PixelSize logo)
+try {
+    if (!recipe.logo || !recipe.logo->isEnabled || !(recipe.logo->opacity > 0))
+        return {};
+    validateRenderBounds(pixelSize, recipe, 1.0);
+    const RenderLayout fullSize = RenderLayout::calculate(pixelSize, recipe, 1.0);
+    const std::optional<QRectF> place = logoRect(logo, fullSize, *recipe.logo, 1.0);
+    if (!place)
+        return {};
+    std::vector<std::size_t> found;
+    for (std::size_t i = 0; i < recipe.captions.size(); ++i)
+        if (overlap(linesInExport(recipe.captions[i], metadata, pixelSize, fullSize), {fullSize.fromTop(*place)}))
+            found.push_back(i);
     return found;
 } catch (const ImagePipelineError&) {
     return {}; // As in cut().

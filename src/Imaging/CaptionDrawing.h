@@ -51,6 +51,11 @@ struct Overlap {
 [[nodiscard]] std::vector<Overlap> overlaps(PixelSize pixelSize, const RenderRecipe& recipe,
                                             const PhotoMetadata& metadata);
 
+/// Which captions have lines over the logo, a picture of `logo` pixels of which only the proportion counts, by their
+/// places in the list. None where there is no logo or nothing can be drawn at all.
+[[nodiscard]] std::vector<std::size_t> overLogo(PixelSize pixelSize, const RenderRecipe& recipe,
+                                                const PhotoMetadata& metadata, PixelSize logo);
+
 /// A family that a caption asks for and that is not installed.
 struct MissingFont {
     QString family;

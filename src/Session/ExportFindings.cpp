@@ -364,26 +364,39 @@ void checkCaptions(const ExportRequest& request, const std::stop_token& stop, Fi
 void checkLogos(const ExportRequest& request, const ExportCheckOperations& operations, const std::stop_token& stop,
                 Findings& findings)
 {
-    std::unordered_map<QString, QString> messages; // By file name; empty for a logo that is well.
+    struct Loaded {
+        PixelSize size;
+        QString message; ///< Why it can't be drawn; empty for a logo that is well.
+    };
+    std::unordered_map<QString, Loaded> logos; // By file name.
     std::map<QString, std::vector<FileUrl>> failing;
+    std::vector<FileUrl> covered;
     for (const ImportedPhoto& photo : request.photos) {
         throwIfCanceled(stop);
-        const auto& logo = request.framing.recipeFor(photo.id()).logo;
+        const RenderRecipe& recipe = request.framing.recipeFor(photo.id());
+        const auto& logo = recipe.logo;
         if (!logo || !logo->isEnabled)
             continue;
-        const auto [entry, isNew] = messages.try_emplace(logo->asset.managedFilename);
+        const auto [entry, isNew] = logos.try_emplace(logo->asset.managedFilename);
         if (isNew) {
             try {
-                static_cast<void>(operations.loadLogo(logo->asset, stop));
+                entry->second.size = operations.loadLogo(logo->asset, stop).size();
             } catch (const Canceled&) {
                 throw;
             } catch (...) {
-                entry->second = inOneLine(UserFacingError::message(std::current_exception()));
+                entry->second.message = inOneLine(UserFacingError::message(std::current_exception()));
             }
         }
-        if (!entry->second.isEmpty())
-            failing[entry->second].push_back(photo.id());
+        if (!entry->second.message.isEmpty())
+            failing[entry->second.message].push_back(photo.id());
+        else if (!CaptionDrawing::overLogo(photo.pixelSize, recipe, photo.metadata, entry->second.size).empty())
+            covered.push_back(photo.id());
     }
+    if (!covered.empty())
+        findings.push_back({Severity::warning,
+                            photosThat(covered.size(), QStringLiteral("has a caption that overlaps the logo"),
+                                       QStringLiteral("have captions that overlap the logo")),
+                            QStringLiteral("The caption is drawn over the logo."), covered});
     for (const auto& [message, photos] : failing)
         findings.push_back({severityFor(photos, request), QStringLiteral("The logo can’t be drawn"), message, photos});
 }

@@ -216,6 +216,8 @@ TEST_F(BatchCommandTest, saysWhatIsLostOfACaption)
 TEST_F(BatchCommandTest, saysWhatIsWrongWithEachCaption)
 {
     folder.write("in/a.jpg", photo);
+    const FileUrl logo =
+        folder.write("logo.png", test::encoded(OutputType::png, test::flat({30, 20}, rgb8, {0, 0, 0})));
     const std::vector<QByteArray> words{"--dry-run",
                                         "--border=60px",
                                         "--caption",
@@ -232,6 +234,9 @@ TEST_F(BatchCommandTest, saysWhatIsWrongWithEachCaption)
                                         "iii",
                                         "--caption-size=12",
                                         "--caption-position=border-bottom-left",
+                                        "--logo",
+                                        logo.path(),
+                                        "--logo-position=border-bottom-left",
                                         "--output",
                                         out.path(),
                                         in.path()};
@@ -243,8 +248,10 @@ TEST_F(BatchCommandTest, saysWhatIsWrongWithEachCaption)
     EXPECT_EQ(cuts[0].toObject().value(QLatin1StringView("caption")).toInt(), 1);
     const QJsonArray overlaps{QJsonArray{2, 3}};
     EXPECT_EQ(ended.lines().front().value(QLatin1StringView("captionOverlaps")).toArray(), overlaps);
+    EXPECT_EQ(ended.lines().front().value(QLatin1StringView("captionsOverLogo")).toArray(), (QJsonArray{2, 3}));
     const QByteArray errors = run(words).errors;
-    for (const char* said : {"Caption 1 does not fit, letters", "Captions 2 and 3 overlap.", "“No Such Family” is not"})
+    for (const char* said : {"Caption 1 does not fit, letters", "Captions 2 and 3 overlap.",
+                             "Caption 3 overlaps the logo.", "“No Such Family” is not"})
         EXPECT_EQ(errors.count(said), 1) << said << " in: " << errors.constData();
 }
 

@@ -181,6 +181,27 @@ TEST(CaptionDrawing, tellsWhichCaptionsLieOverEachOther)
     EXPECT_TRUE(overlaps({two, beside}).empty());
 }
 
+TEST(CaptionDrawing, tellsWhichCaptionsLieOverTheLogo)
+{
+    RenderRecipe recipe{.captions = {captionOf("Hamburg"), captionOf("B", CaptionPosition::imageTopLeft),
+                                     captionOf("C", CaptionPosition::imageBottomRight)}};
+    recipe.logo.emplace();
+    const auto over = [&](PixelSize logo) { return CaptionDrawing::overLogo(photoSize, recipe, {}, logo); };
+    const std::vector<std::size_t> none;
+    EXPECT_EQ(over({300, 100}), std::vector<std::size_t>{2});
+    recipe.logo->position = CaptionPosition::imageTopLeft;
+    EXPECT_EQ(over({300, 100}), std::vector<std::size_t>{1});
+    EXPECT_EQ(over({}), none);
+    recipe.logo->isEnabled = false;
+    EXPECT_EQ(over({300, 100}), none);
+    recipe.logo->isEnabled = true;
+    recipe.logo->position = CaptionPosition::imageCenter;
+    EXPECT_EQ(over({300, 100}), none);
+    recipe.logo->widthPercent = 100;
+    recipe.logo->verticalPadding = recipe.logo->horizontalPadding = 0;
+    EXPECT_EQ(over({photoSize.width, photoSize.height}), (std::vector<std::size_t>{1, 2})) << "not those in the border";
+}
+
 TEST(CaptionDrawing, namesFamiliesThatAreMissing)
 {
     Caption caption = captionOf("x");

@@ -2,6 +2,7 @@
 #include "Session/ExportCheck.h"
 
 #include "SessionTestSupport.h"
+#include "Support/Pictures.h"
 
 #include <algorithm>
 #include <atomic>
@@ -139,6 +140,13 @@ TEST(ExportFindings, namesEachCauseOnce)
          [](auto& s) {
              std::vector<Caption>& captions = s.request.framing.batch.captions;
              captions.push_back(captions.front());
+         }},
+        {"3 photos have captions that overlap the logo", Severity::warning, 3, "drawn over",
+         [](auto& s) {
+             s.operations.loadLogo = [](const LogoAssetReference&, const std::stop_token&) {
+                 return test::flat({30, 20}, rgba8, {0, 0, 0});
+             };
+             s.request.framing.batch.logo.emplace().position = CaptionPosition::borderBottomRight;
          }},
         {"The font “No Such Family” is not installed", Severity::warning, 3, "stands in",
          [](auto& s) {

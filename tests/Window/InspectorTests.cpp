@@ -76,14 +76,15 @@ TEST(PositionScene, warnsOfBordersThatHoldNoCaption)
     RenderRecipe recipe;
     recipe.captions.front().setCaptionTemplate(
         QStringLiteral("So many words that they need a third line in a border that has two"));
-    EXPECT_FALSE(placeWarning(PlacedElement::caption, recipe, &photo).isEmpty());
+    EXPECT_FALSE(placeWarning(PlacedElement::caption, recipe, &photo, {}).isEmpty());
     recipe.captions.front().setCaptionTemplate(QStringLiteral("Hamburg"));
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         recipe.border.unit = row.unit;
         recipe.border.width = row.width;
         recipe.captions.front().position = row.position;
-        EXPECT_EQ(!placeWarning(PlacedElement::caption, recipe, row.hasPhoto ? &photo : nullptr).isEmpty(), row.warns);
+        EXPECT_EQ(!placeWarning(PlacedElement::caption, recipe, row.hasPhoto ? &photo : nullptr, {}).isEmpty(),
+                  row.warns);
     }
 }
 
@@ -100,7 +101,7 @@ TEST(PositionScene, putsCaptionsInEachOthersPlacesAndSaysWhoseLinesMeet)
     recipe.captions[1].position = center;
     ImportedPhoto photo;
     photo.pixelSize = {3000, 2000};
-    const PositionScene scene = PositionScene::make(PlacedElement::caption, recipe, &photo, 2);
+    const PositionScene scene = PositionScene::make(PlacedElement::caption, recipe, &photo, {}, 2);
     EXPECT_EQ(scene.number, 3);
     EXPECT_EQ(scene.otherAt(center)->number, 2);
     EXPECT_EQ(scene.otherAt(right), nullptr);
@@ -118,7 +119,14 @@ TEST(PositionScene, putsCaptionsInEachOthersPlacesAndSaysWhoseLinesMeet)
     EXPECT_EQ(places(), (std::array{left, center, CaptionPosition::imageCenter}));
     for (Caption& caption : recipe.captions)
         caption.position = left;
-    EXPECT_EQ(placeWarning(PlacedElement::caption, recipe, &photo, 1), QStringLiteral("Overlaps captions 1 and 3."));
+    const PixelSize logo{300, 200};
+    const auto warning = [&] { return placeWarning(PlacedElement::caption, recipe, &photo, logo, 1); };
+    EXPECT_EQ(warning(), QStringLiteral("Overlaps captions 1 and 3."));
+    recipe.logo.emplace().position = left;
+    EXPECT_EQ(warning(), QStringLiteral("Overlaps captions 1 and 3, and the logo."));
+    EXPECT_EQ(placeWarning(PlacedElement::logo, recipe, &photo, logo), QStringLiteral("Overlaps captions 1, 2 and 3."));
+    recipe.captions.resize(1);
+    EXPECT_EQ(placeWarning(PlacedElement::logo, recipe, &photo, logo), QStringLiteral("Overlaps the caption."));
 }
 
 TEST_F(Inspector, takesWhatIsTypedOnEnterAndNothingFromOutsideMeanwhile)

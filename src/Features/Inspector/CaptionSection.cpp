@@ -293,8 +293,9 @@ void CaptionSection::openColor()
 
 void CaptionSection::openPosition()
 {
-    const PositionScene scene = PositionScene::make(PlacedElement::caption, context_.recipe(),
-                                                    context_.session.selectedPhoto(), std::size_t(editing_.chosen()));
+    const PositionScene scene =
+        PositionScene::make(PlacedElement::caption, context_.recipe(), context_.session.selectedPhoto(), logoSize_,
+                            std::size_t(editing_.chosen()));
     const QString title = scene.number > 0 ? QStringLiteral("Position of Caption %1").arg(scene.number)
                                            : QStringLiteral("Caption Position");
     positionPopover_ = new PositionPopover(
@@ -384,10 +385,16 @@ void CaptionSection::refreshLengths(const RenderRecipe& recipe, const Caption& c
     sizeRow_->setMessage(Severity::info, note);
 }
 
+void CaptionSection::setLogoSize(PixelSize size)
+{
+    logoSize_ = size;
+    refreshPosition(context_.recipe());
+}
+
 void CaptionSection::refreshPosition(const RenderRecipe& recipe)
 {
     const PositionScene scene = PositionScene::make(PlacedElement::caption, recipe, context_.session.selectedPhoto(),
-                                                    std::size_t(editing_.chosen()));
+                                                    logoSize_, std::size_t(editing_.chosen()));
     position_->setPosition(scene.position);
     positionRow_->setMessage(Severity::warning, editing_.captionOf(recipe).isEnabled ? scene.warning : QString());
     if (positionPopover_)

@@ -36,6 +36,8 @@ public:
     void refresh();
     void stepCaption(int by);
     void moveCaption(int by);
+    /// How large the logo's picture is, so that captions over it can be told.
+    void setLogoSize(PixelSize size);
 
 private:
     void buildTabs(QVBoxLayout* rows);
@@ -61,6 +63,7 @@ private:
     void refreshPosition(const RenderRecipe& recipe);
 
     InspectorContext context_;
+    PixelSize logoSize_;
     CaptionEditing editing_;
     QWidget* group_ = nullptr; ///< All rows: they rest while the caption is off.
     CaptionTabs* tabs_ = nullptr;

@@ -26,6 +26,7 @@ InspectorView::InspectorView(PhotoSession& session, EditHistory& history, Export
     caption_ = new CaptionSection(context);
     logo_ = new LogoSection(context);
     output_ = new OutputSection(context);
+    connect(logo_, &LogoSection::logoSizeChanged, caption_, &CaptionSection::setLogoSize);
     connect(logo_, &LogoSection::importRequested, this, &InspectorView::importLogoRequested);
     logo_->setExpanded(false);
     output_->setExpanded(false);

@@ -106,6 +106,9 @@ void LogoSection::buildFile()
         // What happened, and in further paragraphs what to do about it.
         error_->setMessage(Severity::error, error.section(u'\n', 0, 0), error.section(u'\n', 1).trimmed());
         error_->setVisible(!error.isEmpty());
+        if (context_.recipe().logo)
+            refreshPosition(context_.recipe());
+        emit logoSizeChanged(thumbnail_->loadedSize());
     });
 }
 
@@ -157,8 +160,8 @@ void LogoSection::toggle(bool on)
 
 void LogoSection::openPosition()
 {
-    const PositionScene scene =
-        PositionScene::make(PlacedElement::logo, context_.recipe(), context_.session.selectedPhoto());
+    const PositionScene scene = PositionScene::make(PlacedElement::logo, context_.recipe(),
+                                                    context_.session.selectedPhoto(), thumbnail_->loadedSize());
     popover_ = new PositionPopover(position_, QStringLiteral("Logo Position"), scene,
                                    [this](const FileUrl& photoID) { return context_.session.thumbnail(photoID); });
     popover_->setPane(context_.pane);
@@ -226,7 +229,8 @@ void LogoSection::refreshFile(const RenderRecipe& recipe)
 
 void LogoSection::refreshPosition(const RenderRecipe& recipe)
 {
-    const PositionScene scene = PositionScene::make(PlacedElement::logo, recipe, context_.session.selectedPhoto());
+    const PositionScene scene =
+        PositionScene::make(PlacedElement::logo, recipe, context_.session.selectedPhoto(), thumbnail_->loadedSize());
     position_->setPosition(scene.position);
     positionRow_->setMessage(Severity::warning, recipe.logo->isEnabled ? scene.warning : QString());
     if (popover_)

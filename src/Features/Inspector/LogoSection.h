@@ -36,6 +36,8 @@ public:
 signals:
     /// Import or Replace was pressed, or the switch turned on without a logo.
     void importRequested();
+    /// Of the logo's picture, by which its proportion is known; empty without one.
+    void logoSizeChanged(ferrow::PixelSize size);
 
 private:
     void buildSwitch();

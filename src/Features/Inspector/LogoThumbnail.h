@@ -29,6 +29,8 @@ public:
 
     /// Absent: an empty frame.
     void setLogo(const std::optional<LogoAssetReference>& asset);
+    /// Of the picture as it was loaded, which has the logo's proportion; empty without one.
+    [[nodiscard]] PixelSize loadedSize() const { return {picture_.width(), picture_.height()}; }
     /// A file that would become the logo is over it.
     void setDropTarget(bool isDropTarget);
 

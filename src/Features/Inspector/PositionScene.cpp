@@ -44,36 +44,57 @@ QString captionWarning(const RenderRecipe& recipe, const Caption& caption, const
     return fits ? QString() : QStringLiteral("The border is too thin for the caption.");
 }
 
-/// "Overlaps captions 1 and 3."
-QString overlapWarning(const RenderRecipe& recipe, std::size_t caption, const ImportedPhoto& photo)
+/// "Overlaps captions 1 and 3, and the logo."
+QString overlapText(QStringList numbers, bool withLogo)
+{
+    QStringList parts;
+    if (numbers.size() == 1)
+        parts << QStringLiteral("caption %1").arg(numbers.first());
+    else if (!numbers.isEmpty()) {
+        const QString last = numbers.takeLast();
+        parts << QStringLiteral("captions %1 and %2").arg(numbers.join(QStringLiteral(", ")), last);
+    }
+    if (withLogo)
+        parts << QStringLiteral("the logo");
+    return parts.isEmpty() ? QString() : QStringLiteral("Overlaps %1.").arg(parts.join(QStringLiteral(", and ")));
+}
+
+QString overlapWarning(const RenderRecipe& recipe, std::size_t caption, const ImportedPhoto& photo, PixelSize logo)
 {
     QStringList numbers;
     for (const auto& [first, second] : CaptionDrawing::overlaps(photo.pixelSize, recipe, photo.captionMetadata()))
         if (first == caption || second == caption)
             numbers.append(QString::number((first == caption ? second : first) + 1));
-    if (numbers.size() < 2)
-        return numbers.isEmpty() ? QString() : QStringLiteral("Overlaps caption %1.").arg(numbers.first());
-    const QString last = numbers.takeLast();
-    return QStringLiteral("Overlaps captions %1 and %2.").arg(numbers.join(QStringLiteral(", ")), last);
+    const auto covering = CaptionDrawing::overLogo(photo.pixelSize, recipe, photo.metadata, logo);
+    return overlapText(numbers, std::ranges::find(covering, caption) != covering.end());
 }
 
-QString logoWarning(const RenderRecipe& recipe, const ImportedPhoto* photo)
+QString logoWarning(const RenderRecipe& recipe, const ImportedPhoto* photo, PixelSize logo)
 {
-    if (!recipe.logo || !isInBorder(recipe.logo->position))
+    if (!recipe.logo)
         return {};
     const auto thickness = borderThickness(recipe, recipe.logo->position, photo);
-    const bool fits = !thickness || *thickness - std::max(recipe.logo->verticalPadding, 0.0) >= 1;
-    return fits ? QString() : QStringLiteral("The border is too thin for the logo.");
+    if (isInBorder(recipe.logo->position) && thickness && *thickness - std::max(recipe.logo->verticalPadding, 0.0) < 1)
+        return QStringLiteral("The border is too thin for the logo.");
+    if (!photo)
+        return {};
+    QStringList numbers;
+    for (const std::size_t caption : CaptionDrawing::overLogo(photo->pixelSize, recipe, photo->metadata, logo))
+        numbers.append(QString::number(caption + 1));
+    if (recipe.captions.size() == 1 && !numbers.isEmpty())
+        return QStringLiteral("Overlaps the caption.");
+    return overlapText(numbers, false);
 }
 
 } // namespace
 
-QString placeWarning(PlacedElement element, const RenderRecipe& recipe, const ImportedPhoto* photo, std::size_t caption)
+QString placeWarning(PlacedElement element, const RenderRecipe& recipe, const ImportedPhoto* photo, PixelSize logo,
+                     std::size_t caption)
 {
     if (element == PlacedElement::logo)
-        return logoWarning(recipe, photo);
+        return logoWarning(recipe, photo, logo);
     const QString border = captionWarning(recipe, recipe.captions[caption], photo);
-    return border.isEmpty() && photo ? overlapWarning(recipe, caption, *photo) : border;
+    return border.isEmpty() && photo ? overlapWarning(recipe, caption, *photo, logo) : border;
 }
 
 const PositionScene::Other* PositionScene::otherAt(CaptionPosition place) const
@@ -97,7 +118,7 @@ void putCaption(RenderRecipe& recipe, std::size_t caption, CaptionPosition place
 }
 
 PositionScene PositionScene::make(PlacedElement element, const RenderRecipe& recipe, const ImportedPhoto* photo,
-                                  std::size_t caption)
+                                  PixelSize logo, std::size_t caption)
 {
     const std::vector<Caption>& captions = recipe.captions;
     const bool isCaption = element == PlacedElement::caption;
@@ -120,7 +141,7 @@ PositionScene PositionScene::make(PlacedElement element, const RenderRecipe& rec
     scene.frame = FrameProportions::of(recipe, size).value_or(FrameProportions{size, {}});
     if (photo)
         scene.photoID = photo->id();
-    scene.warning = placeWarning(element, recipe, photo, caption);
+    scene.warning = placeWarning(element, recipe, photo, logo, caption);
     return scene;
 }
 

@@ -36,15 +36,16 @@ struct PositionScene {
     /// What else lies there; null for nothing.
     [[nodiscard]] const Other* otherAt(CaptionPosition place) const;
 
-    /// `photo` may be null: then the warning is left out where only a photo could tell. `caption` is the place in the
-    /// recipe's list of the one that it is about.
+    /// `photo` may be null: then the warning is left out where only a photo could tell. `logo` is the size of the
+    /// logo's picture, empty while nobody knows it. `caption` is the place in the recipe's list of the one that it is
+    /// about.
     [[nodiscard]] static PositionScene make(PlacedElement element, const RenderRecipe& recipe,
-                                            const ImportedPhoto* photo, std::size_t caption = 0);
+                                            const ImportedPhoto* photo, PixelSize logo, std::size_t caption = 0);
 };
 
-/// Why this element can't be seen whole where it lies, or an empty text: too thin a border, or other captions.
+/// Why this element can't be seen whole where it lies, or an empty text: too thin a border, other captions, the logo.
 [[nodiscard]] QString placeWarning(PlacedElement element, const RenderRecipe& recipe, const ImportedPhoto* photo,
-                                   std::size_t caption = 0);
+                                   PixelSize logo, std::size_t caption = 0);
 
 /// Puts one of the captions at `place`. One that stands there changes places with it; `before` are the places of all
 /// before the gesture that this is part of, so that passing over others leaves them where they were.
