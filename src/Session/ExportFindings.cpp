@@ -389,7 +389,7 @@ void checkLogos(const ExportRequest& request, const ExportCheckOperations& opera
         }
         if (!entry->second.message.isEmpty())
             failing[entry->second.message].push_back(photo.id());
-        else if (!CaptionDrawing::overLogo(photo.pixelSize, recipe, photo.metadata, entry->second.size).empty())
+        else if (!CaptionDrawing::overLogo(photo.pixelSize, recipe, photo.captionMetadata(), entry->second.size).empty())
             covered.push_back(photo.id());
     }
     if (!covered.empty())

@@ -65,7 +65,7 @@ QString overlapWarning(const RenderRecipe& recipe, std::size_t caption, const Im
     for (const auto& [first, second] : CaptionDrawing::overlaps(photo.pixelSize, recipe, photo.captionMetadata()))
         if (first == caption || second == caption)
             numbers.append(QString::number((first == caption ? second : first) + 1));
-    const auto covering = CaptionDrawing::overLogo(photo.pixelSize, recipe, photo.metadata, logo);
+    const auto covering = CaptionDrawing::overLogo(photo.pixelSize, recipe, photo.captionMetadata(), logo);
     return overlapText(numbers, std::ranges::find(covering, caption) != covering.end());
 }
 
@@ -79,7 +79,7 @@ QString logoWarning(const RenderRecipe& recipe, const ImportedPhoto* photo, Pixe
     if (!photo)
         return {};
     QStringList numbers;
-    for (const std::size_t caption : CaptionDrawing::overLogo(photo->pixelSize, recipe, photo->metadata, logo))
+    for (const std::size_t caption : CaptionDrawing::overLogo(photo->pixelSize, recipe, photo->captionMetadata(), logo))
         numbers.append(QString::number(caption + 1));
     if (recipe.captions.size() == 1 && !numbers.isEmpty())
         return QStringLiteral("Overlaps the caption.");
