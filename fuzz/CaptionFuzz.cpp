@@ -6,6 +6,29 @@
 
 using namespace ferrow;
 
+namespace {
+
+/// Options that are written out are read again as they are, by whatever text they hold, and as one text by whoever does
+/// not know options.
+void checkOptions(const QString& pattern, const QString& text)
+{
+    CaptionToken token(MetadataToken::captureDate, {DateStyle::iso}, text);
+    if (DateFormat::patternFault(pattern).isEmpty())
+        token.date = {DateStyle::custom, pattern};
+    const QString written = token.templateValue();
+    const std::vector<CaptionSegment> chips = CaptionSegment::parse(written);
+    fuzz::require(chips.size() == 1 && chips.front().content == CaptionSegment::Content(token), "options round-trip");
+    fuzz::require(written.count(u'{') == 1 && written.indexOf(u'}') == written.size() - 1, "one pair of braces");
+    fuzz::require(CaptionSegment::faultOf(written).isEmpty(), "what is written has no fault");
+
+    PhotoMetadata metadata;
+    metadata.captureDate = QDateTime::fromSecsSinceEpoch(1'792'000'000);
+    const auto date = MetadataTemplateExpander::tokenValue(token, metadata);
+    fuzz::require(date && date->size() <= 2'000, "a date of a bounded length");
+}
+
+} // namespace
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const QString input = QString::fromUtf8(fuzz::bytesOf(data, size));
@@ -14,7 +37,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz::require(CaptionSegment::templateOf(CaptionSegment::parse(parsed)) == parsed,
                   "chips written out and read again stay");
 
+    checkOptions(captionTemplate, input.section(u'\x1e', 1));
+
     PhotoMetadata metadata;
+    metadata.captureDate = QDateTime::fromSecsSinceEpoch(1'792'000'000);
     metadata.filename = input;
     metadata.title = metadata.caption = metadata.lens = input.section(u'\x1e', 1);
     const QString caption = MetadataTemplateExpander::expand(captionTemplate, metadata);

@@ -145,6 +145,8 @@ int main(int count, char** words)
     seeds.add("XmpFuzz", iptc.mid(12));
     seeds.add("PresetFuzz", presets());
     seeds.add("CaptionFuzz", "{camera} \xc2\xb7 {lens}\n{title} | {year}{caption}\x1eSand — dune");
+    seeds.add("CaptionFuzz", "{captureDate:iso|no \\(date\\)}{lens|by\\nhand\\|}\x1e{x}");
+    seeds.add("CaptionFuzz", "EEEE, d. MMMM yyyy 'at' HH:mm\x1e|\\{}\n");
     seeds.add("FilenameFuzz", "{filename}_{index}\nIMG \xff 1.jpg");
     addAnswers(seeds);
     return 0;

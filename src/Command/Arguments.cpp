@@ -431,6 +431,8 @@ void addFrameHandlers(std::unordered_map<QByteArray, Handler>& handlers)
         if (arguments.captions == RenderRecipe::mostCaptions)
             misuse(option, QStringLiteral("a photo has at most %1 captions.").arg(RenderRecipe::mostCaptions));
         const QString text = QString::fromUtf8(value);
+        if (const QString fault = CaptionSegment::faultOf(text); !fault.isEmpty())
+            misuse(option, fault);
         arguments.changes.emplace_back([text, index = arguments.captions++](Settings& s) {
             beginCaption(s, index);
             captionOf(s).setCaptionTemplate(text);
@@ -758,7 +760,9 @@ Frame
 Caption
   --caption TEMPLATE       text with tokens such as {camera}, {lens}, {iso};
                            another one begins another caption (up to 6), and the
-                           options after it are its own
+                           options after it are its own; {lens|TEXT} has a TEXT
+                           for photos without one, {captureDate:STYLE} is
+                           short, medium, long, iso, or a pattern: d MMMM y
   --no-caption
   --caption-position POSITION
   --caption-font FONT      system, rounded, serif, monospaced, geometric, or a

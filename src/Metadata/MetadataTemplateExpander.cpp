@@ -13,29 +13,52 @@ namespace {
 /// In UTF-16 units, far more than any picture shows. A stored template can repeat a long description by the thousand.
 constexpr qsizetype longestCaption = 100'000;
 
+QString dateText(const QDateTime& date, const DateFormat& format)
+{
+    switch (format.style) {
+    case DateStyle::shortDate:
+        return Localization::shortDate(date);
+    case DateStyle::medium:
+        return Localization::abbreviatedDate(date);
+    case DateStyle::longDate:
+        return Localization::longDate(date);
+    case DateStyle::iso:
+        return date.toLocalTime().date().toString(Qt::ISODate);
+    case DateStyle::custom:
+        return Localization::date(date, format.pattern);
+    }
+    return {};
+}
+
+/// A token's value, or what stands in for it.
+QString shownText(const CaptionToken& token, const PhotoMetadata& metadata)
+{
+    const QString value = tokenValue(token, metadata).value_or(QString());
+    return token.ifMissing.isEmpty() || !value.trimmed().isEmpty() ? value : token.ifMissing;
+}
+
 /// Every token replaced by its value. Values are not looked through again: a title may hold braces.
 QString replacedTokens(const QString& captionTemplate, const PhotoMetadata& metadata)
 {
     QString text;
     qsizetype position = 0;
+    qsizetype close = 0; // Looked for once: a template may have nothing but opening braces.
     while (position < captionTemplate.size() && text.size() < longestCaption) {
         const qsizetype brace = captionTemplate.indexOf(u'{', position);
-        if (brace < 0)
+        if (close <= brace)
+            close = captionTemplate.indexOf(u'}', brace);
+        if (brace < 0 || close < 0)
             break;
         text += QStringView(captionTemplate).mid(position, brace - position);
         position = brace + 1;
 
-        const QStringView rest = QStringView(captionTemplate).mid(brace);
-        const auto& cases = CodedCases<MetadataToken>::table;
-        const auto token = std::find_if(cases.begin(), cases.end(), [&](const auto& candidate) {
-            return rest.startsWith(templateValue(candidate.value));
-        });
-        if (token == cases.end()) {
+        const auto read = CaptionToken::read(QStringView(captionTemplate).mid(position, close - position));
+        if (!read.token) {
             text += u'{';
             continue;
         }
-        text += tokenValue(token->value, metadata).value_or(QString());
-        position = brace + templateValue(token->value).size();
+        text += shownText(*read.token, metadata);
+        position = close + 1;
     }
     text += QStringView(captionTemplate).mid(position);
     return text.left(longestCaption);
@@ -75,14 +98,13 @@ QString expand(const QString& captionTemplate, const PhotoMetadata& metadata)
     return lines.join(u'\n');
 }
 
-std::optional<QString> tokenValue(MetadataToken token, const PhotoMetadata& metadata)
+std::optional<QString> tokenValue(const CaptionToken& token, const PhotoMetadata& metadata)
 {
-    switch (token) {
+    switch (token.token) {
     case MetadataToken::filename:
         return metadata.filename;
     case MetadataToken::captureDate:
-        return metadata.captureDate ? std::optional(Localization::abbreviatedDate(*metadata.captureDate))
-                                    : std::nullopt;
+        return metadata.captureDate ? std::optional(dateText(*metadata.captureDate, token.date)) : std::nullopt;
     case MetadataToken::camera:
         return metadata.camera();
     case MetadataToken::cameraMake:
@@ -113,6 +135,16 @@ std::optional<QString> tokenValue(MetadataToken token, const PhotoMetadata& meta
         return metadata.captureYear();
     }
     return std::nullopt;
+}
+
+bool isMissing(MetadataToken token, const PhotoMetadata& metadata)
+{
+    return tokenValue(token, metadata).value_or(QString()).trimmed().isEmpty();
+}
+
+bool isLeftOut(const CaptionToken& token, const PhotoMetadata& metadata)
+{
+    return token.ifMissing.isEmpty() && isMissing(token.token, metadata);
 }
 
 } // namespace ferrow::MetadataTemplateExpander

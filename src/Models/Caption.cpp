@@ -17,50 +17,6 @@ CaptionSegment::Content literal(const QString& text)
 
 } // namespace
 
-QString displayName(MetadataToken token)
-{
-    switch (token) {
-    case MetadataToken::filename:
-        return QStringLiteral("Filename");
-    case MetadataToken::captureDate:
-        return QStringLiteral("Capture Date");
-    case MetadataToken::camera:
-        return QStringLiteral("Camera");
-    case MetadataToken::cameraMake:
-        return QStringLiteral("Camera Make");
-    case MetadataToken::cameraModel:
-        return QStringLiteral("Camera Model");
-    case MetadataToken::lens:
-        return QStringLiteral("Lens");
-    case MetadataToken::focalLength:
-        return QStringLiteral("Focal Length");
-    case MetadataToken::aperture:
-        return QStringLiteral("Aperture");
-    case MetadataToken::shutterSpeed:
-        return QStringLiteral("Shutter Speed");
-    case MetadataToken::iso:
-        return QStringLiteral("ISO");
-    case MetadataToken::exposureCompensation:
-        return QStringLiteral("Exposure Compensation");
-    case MetadataToken::artist:
-        return QStringLiteral("Artist");
-    case MetadataToken::copyright:
-        return QStringLiteral("Copyright");
-    case MetadataToken::title:
-        return QStringLiteral("Title");
-    case MetadataToken::caption:
-        return QStringLiteral("Caption");
-    case MetadataToken::year:
-        return QStringLiteral("Year");
-    }
-    return {};
-}
-
-QString templateValue(MetadataToken token)
-{
-    return u'{' + rawValue(token) + u'}';
-}
-
 QString displayName(CaptionSeparator separator)
 {
     switch (separator) {
@@ -107,9 +63,9 @@ std::vector<CaptionSegment> CaptionSegment::parse(const QString& captionTemplate
             append(captionTemplate.mid(open));
             break;
         }
-        if (const auto token =
-                fromRawValue<MetadataToken>(QStringView(captionTemplate).mid(open + 1, close - open - 1)))
-            append(*token);
+        if (const auto read = CaptionToken::read(QStringView(captionTemplate).mid(open + 1, close - open - 1));
+            read.token)
+            append(*read.token);
         else
             append(captionTemplate.mid(open, close - open + 1));
         position = close + 1;
@@ -121,8 +77,8 @@ QString CaptionSegment::templateValue() const
 {
     if (const auto* text = std::get_if<QString>(&content))
         return *text;
-    if (const auto* token = std::get_if<MetadataToken>(&content))
-        return ferrow::templateValue(*token);
+    if (const auto* token = std::get_if<CaptionToken>(&content))
+        return token->templateValue();
     return rawValue(std::get<CaptionSeparator>(content));
 }
 
@@ -132,6 +88,21 @@ QString CaptionSegment::templateOf(const std::vector<CaptionSegment>& segments)
     for (const CaptionSegment& segment : segments)
         text += segment.templateValue();
     return text;
+}
+
+QString CaptionSegment::faultOf(const QString& captionTemplate)
+{
+    const QStringView text = captionTemplate;
+    for (qsizetype open = text.indexOf(u'{'); open >= 0; open = text.indexOf(u'{', open + 1)) {
+        const qsizetype close = text.indexOf(u'}', open);
+        const CaptionToken::Reading read =
+            CaptionToken::read(text.sliced(open + 1).first((close < 0 ? text.size() : close) - open - 1));
+        if (close < 0 && (!read.fault.isEmpty() || (read.token && read.token->hasOptions())))
+            return QStringLiteral("A token with options needs a closing brace.");
+        if (!read.fault.isEmpty())
+            return read.fault;
+    }
+    return {};
 }
 
 bool isInBorder(CaptionPosition position)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Models/Border.h"
+#include "Models/CaptionToken.h"
 #include "Models/CodedEnum.h"
 #include "Models/RGBAColor.h"
 #include "Models/ValueHash.h"
@@ -15,29 +16,6 @@
 
 namespace ferrow {
 
-enum class MetadataToken {
-    filename,
-    captureDate,
-    camera,
-    cameraMake,
-    cameraModel,
-    lens,
-    focalLength,
-    aperture,
-    shutterSpeed,
-    iso,
-    exposureCompensation,
-    artist,
-    copyright,
-    title,
-    caption,
-    year
-};
-/// Label in menus and on chips: "Capture Date".
-[[nodiscard]] QString displayName(MetadataToken token);
-/// "{captureDate}".
-[[nodiscard]] QString templateValue(MetadataToken token);
-
 enum class CaptionSeparator { middleDot, verticalBar, emDash, lineBreak };
 /// Label in menus, with two spaces before the symbol.
 [[nodiscard]] QString displayName(CaptionSeparator separator);
@@ -46,7 +24,7 @@ enum class CaptionSeparator { middleDot, verticalBar, emDash, lineBreak };
 
 /// One chip of a caption: text kept exactly, a metadata token, or a separator.
 struct CaptionSegment {
-    using Content = std::variant<QString, MetadataToken, CaptionSeparator>;
+    using Content = std::variant<QString, CaptionToken, CaptionSeparator>;
 
     QUuid id = QUuid::createUuid();
     Content content;
@@ -58,6 +36,8 @@ struct CaptionSegment {
     [[nodiscard]] QString templateValue() const;
     /// The template string that parse() reads as these.
     [[nodiscard]] static QString templateOf(const std::vector<CaptionSegment>& segments);
+    /// What is wrong with a token's options, a sentence; empty where all is well. parse() takes such a token for text.
+    [[nodiscard]] static QString faultOf(const QString& captionTemplate);
 
     bool operator==(const CaptionSegment&) const = default;
 };
@@ -124,27 +104,6 @@ struct Caption {
     void convert(BorderUnit to, PixelSize size);
 
     bool operator==(const Caption&) const = default;
-};
-
-template <>
-struct CodedCases<MetadataToken> {
-    static constexpr std::array<CodedCase<MetadataToken>, 16> table{
-        {{MetadataToken::filename, u"filename"},
-         {MetadataToken::captureDate, u"captureDate"},
-         {MetadataToken::camera, u"camera"},
-         {MetadataToken::cameraMake, u"cameraMake"},
-         {MetadataToken::cameraModel, u"cameraModel"},
-         {MetadataToken::lens, u"lens"},
-         {MetadataToken::focalLength, u"focalLength"},
-         {MetadataToken::aperture, u"aperture"},
-         {MetadataToken::shutterSpeed, u"shutterSpeed"},
-         {MetadataToken::iso, u"iso"},
-         {MetadataToken::exposureCompensation, u"exposureCompensation"},
-         {MetadataToken::artist, u"artist"},
-         {MetadataToken::copyright, u"copyright"},
-         {MetadataToken::title, u"title"},
-         {MetadataToken::caption, u"caption"},
-         {MetadataToken::year, u"year"}}};
 };
 
 template <>

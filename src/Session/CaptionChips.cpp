@@ -26,7 +26,7 @@ QString spokenTitle(const CaptionSegment& segment)
     case Kind::text:
         return std::get<QString>(segment.content);
     case Kind::token:
-        return displayName(std::get<MetadataToken>(segment.content));
+        return displayName(std::get<CaptionToken>(segment.content).token);
     case Kind::separator: {
         const QString name = displayName(std::get<CaptionSeparator>(segment.content));
         return name.section(QStringLiteral("  "), 0, 0);
@@ -98,7 +98,7 @@ QString label(const CaptionSegment& segment)
     case Kind::text:
         return shownText(std::get<QString>(segment.content));
     case Kind::token:
-        return displayName(std::get<MetadataToken>(segment.content));
+        return displayName(std::get<CaptionToken>(segment.content).token);
     case Kind::separator:
         return chipLabel(std::get<CaptionSeparator>(segment.content));
     }
@@ -111,7 +111,7 @@ QString title(const CaptionSegment& segment)
     case Kind::text:
         return QStringLiteral("Text");
     case Kind::token:
-        return displayName(std::get<MetadataToken>(segment.content));
+        return displayName(std::get<CaptionToken>(segment.content).token);
     case Kind::separator:
         return QStringLiteral("Separator");
     }
@@ -122,14 +122,16 @@ QString tip(const CaptionSegment& segment, const std::optional<PhotoMetadata>& m
 {
     if (const auto* text = std::get_if<QString>(&segment.content))
         return *text;
-    const auto* token = std::get_if<MetadataToken>(&segment.content);
+    const auto* token = std::get_if<CaptionToken>(&segment.content);
     if (!token)
         return label(segment);
     if (!metadata)
         return title(segment);
-    const QString value = MetadataTemplateExpander::tokenValue(*token, *metadata).value_or(QString());
-    return QStringLiteral("%1: %2").arg(title(segment),
-                                        value.trimmed().isEmpty() ? QStringLiteral("missing in this photo") : value);
+    if (!MetadataTemplateExpander::isMissing(token->token, *metadata))
+        return QStringLiteral("%1: %2").arg(title(segment), *MetadataTemplateExpander::tokenValue(*token, *metadata));
+    return token->ifMissing.isEmpty()
+               ? QStringLiteral("%1: missing in this photo").arg(title(segment))
+               : QStringLiteral("%1: missing in this photo, which reads “%2”").arg(title(segment), token->ifMissing);
 }
 
 QString spokenName(const Segments& segments, int index)
@@ -148,11 +150,10 @@ std::vector<MetadataToken> missingTokens(const Segments& segments, const PhotoMe
 {
     std::vector<MetadataToken> missing;
     for (const CaptionSegment& segment : segments) {
-        const auto* token = std::get_if<MetadataToken>(&segment.content);
-        if (!token || std::find(missing.begin(), missing.end(), *token) != missing.end())
-            continue;
-        if (MetadataTemplateExpander::tokenValue(*token, metadata).value_or(QString()).trimmed().isEmpty())
-            missing.push_back(*token);
+        const auto* token = std::get_if<CaptionToken>(&segment.content);
+        if (token && MetadataTemplateExpander::isLeftOut(*token, metadata) &&
+            std::ranges::find(missing, token->token) == missing.end())
+            missing.push_back(token->token);
     }
     return missing;
 }

@@ -39,7 +39,7 @@ enum class Kind { text, token, separator };
 /// After a move: "Aperture, 2 of 5".
 [[nodiscard]] QString spokenPlace(const Segments& segments, int index);
 
-/// The tokens without a value in this photo, each once, in the order of the chips.
+/// The tokens that this photo has no value for and that leave it out, each once, in the order of the chips.
 [[nodiscard]] std::vector<MetadataToken> missingTokens(const Segments& segments, const PhotoMetadata& metadata);
 /// "Lens is missing here and is left out."; empty when nothing is missing.
 [[nodiscard]] QString missingNote(const std::vector<MetadataToken>& missing);

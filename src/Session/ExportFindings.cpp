@@ -246,14 +246,14 @@ void checkNames(const ExportRequest& request, const BatchExportPlan& plan, Findi
              overItself});
 }
 
-/// The tokens that a caption's template really holds, each once.
+/// The tokens that a caption's template really holds and that leave out what is missing, each once.
 std::vector<MetadataToken> tokensOf(const QString& captionTemplate)
 {
     std::vector<MetadataToken> tokens;
     for (const CaptionSegment& segment : CaptionSegment::parse(captionTemplate))
-        if (const auto* token = std::get_if<MetadataToken>(&segment.content);
-            token && std::ranges::find(tokens, *token) == tokens.end())
-            tokens.push_back(*token);
+        if (const auto* token = std::get_if<CaptionToken>(&segment.content);
+            token && token->ifMissing.isEmpty() && std::ranges::find(tokens, token->token) == tokens.end())
+            tokens.push_back(token->token);
     return tokens;
 }
 
@@ -303,7 +303,7 @@ private:
         if (CaptionDrawing::cut(photo.pixelSize, recipe, caption, metadata).isCut())
             addOnce(cut, photo);
         for (const MetadataToken token : text.tokens)
-            if (MetadataTemplateExpander::tokenValue(token, metadata).value_or(QString()).trimmed().isEmpty())
+            if (MetadataTemplateExpander::isMissing(token, metadata))
                 addOnce(missing[token], photo);
     }
 

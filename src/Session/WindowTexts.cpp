@@ -50,8 +50,8 @@ QString ratioNumber(double value)
 
 QString nameOf(const CaptionSegment& segment)
 {
-    if (const auto* token = std::get_if<MetadataToken>(&segment.content))
-        return displayName(*token);
+    if (const auto* token = std::get_if<CaptionToken>(&segment.content))
+        return displayName(token->token);
     if (const auto* separator = std::get_if<CaptionSeparator>(&segment.content))
         return rawValue(*separator);
     return std::get<QString>(segment.content);

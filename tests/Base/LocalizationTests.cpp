@@ -72,6 +72,22 @@ TEST(Localization, followsTheEnvironmentAndTakesTheCLocaleForEnglish)
     EXPECT_EQ(abbreviatedDate(QDateTime()), QString());
 }
 
+TEST(Localization, writesDatesInEveryLength)
+{
+    const QDateTime day(QDate(2024, 12, 31), QTime(5, 6, 7), QTimeZone::utc());
+    const auto all = [&] {
+        return shortDate(day) + u'|' + longDate(day) + u'|' + date(day, u"d MMMM y"_s) + u'|' +
+               date(QDateTime(), u"y"_s);
+    };
+    EXPECT_EQ(inLocale("C", all), u"12/31/24|December 31, 2024|31 December 2024|"_s);
+    EXPECT_EQ(inLocale("de_DE.UTF-8", all), u"31.12.24|31. Dezember 2024|31 Dezember 2024|"_s);
+    // Its own calendar counts otherwise; a pattern's years are those of the year token.
+    const QString thai = inLocale("th_TH.UTF-8", all);
+    EXPECT_TRUE(thai.contains(u"2567|31 "_s) && thai.contains(u" 2024|"_s)) << thai.toStdString();
+    const QString often = u"EEEEMMMM"_s.repeated(12);
+    EXPECT_EQ(date(day, often), u"TuesdayDecember"_s.repeated(12)) << "longer than most";
+}
+
 TEST(Localization, ordersAsFileBrowsersDo)
 {
     // Case decides only between names that are otherwise equal, small letters first; Å is a kind of A in English.

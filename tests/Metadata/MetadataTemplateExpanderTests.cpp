@@ -41,6 +41,9 @@ TEST(MetadataTemplateExpander, replacesAndTidies)
         {u"{iso}{iso}{Iso} {none} {iso"_s, u"400400{Iso} {none} {iso"_s},
         {u"{{iso}}{}{"_s, u"{400}{}{"_s},
         {u"{caption}"_s, u"{iso} on {lens}\nline two"_s},
+        {u"{lens|{iso}}"_s, u"{lens|400}"_s},
+        {u"{lens|by \\(hand\\)}, {iso|no} {lens|a\\nb}"_s, u"by {hand}, 400 a\nb"_s},
+        {u"{aperture| \u00B7 }{captureDate:qq}{captureDate:iso"_s, u"{captureDate:qq}{captureDate:iso"_s},
     };
     for (const auto& [captionTemplate, expected] : rows)
         EXPECT_EQ(MetadataTemplateExpander::expand(captionTemplate, sparse()), expected);
@@ -67,11 +70,30 @@ TEST(MetadataTemplateExpander, knowsEveryToken)
             << int(token);
 }
 
+TEST(MetadataTemplateExpander, writesDatesAsTheirStyleSays)
+{
+    const std::pair<const char*, const char*> rows[] = {
+        {"{captureDate:short}", "1/1/25"},
+        {"{captureDate:medium}", "Jan 1, 2025"},
+        {"{captureDate:long}", "January 1, 2025"},
+        {"{captureDate:iso|none}", "2025-01-01"},
+        {"{captureDate:EEEE, d. MMM yy 'at' mm}", "Wednesday, 1. Jan 25 at 30"},
+    };
+    PhotoMetadata metadata = sparse();
+    for (const auto& [captionTemplate, expected] : rows)
+        EXPECT_EQ(MetadataTemplateExpander::expand(QString::fromLatin1(captionTemplate), metadata),
+                  QLatin1StringView(expected));
+    metadata.captureDate.reset();
+    EXPECT_EQ(MetadataTemplateExpander::expand(u"{captureDate:y|none}, {captureDate:y}{lens| }x"_s, metadata),
+              u"none, x"_s);
+}
+
 TEST(MetadataTemplateExpander, boundsWhatARepeatedTokenGrowsTo)
 {
     PhotoMetadata metadata = sparse();
     metadata.title = QString(30'000, u'x');
     EXPECT_EQ(MetadataTemplateExpander::expand(u"{title}"_s.repeated(100'000), metadata).size(), 100'000);
+    EXPECT_EQ(MetadataTemplateExpander::expand(u"{"_s.repeated(1'000'000) + u'}', metadata).size(), 100'000);
 }
 
 } // namespace ferrow

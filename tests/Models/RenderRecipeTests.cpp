@@ -17,8 +17,8 @@ QString shown(const std::vector<CaptionSegment>& segments)
 {
     QStringList list;
     for (const CaptionSegment& segment : segments)
-        if (const auto* token = std::get_if<MetadataToken>(&segment.content))
-            list += u'<' + templateValue(*token).sliced(1).chopped(1) + u'>';
+        if (const auto* token = std::get_if<CaptionToken>(&segment.content))
+            list += u'<' + token->templateValue().sliced(1).chopped(1) + u'>';
         else if (const auto* separator = std::get_if<CaptionSeparator>(&segment.content))
             list += u'[' + chipLabel(*separator) + u']';
         else
@@ -43,6 +43,11 @@ TEST(Caption, readsTemplatesAsSegments)
         {u"{iso}{ \u2014 "_s, u"<iso>~{ \u2014 "_s},
         {u"{{year}"_s, u"{{year}"_s},
         {u"a}{year}}"_s, u"a}~<year>~}"_s},
+        {u"{lens|by hand}{captureDate:iso|\\(\\)}"_s, u"<lens|by hand>~<captureDate:iso|\\(\\)>"_s},
+        {u"{title: x}{lens :iso}{captureDate:}{captureDate:ISO}"_s,
+         u"{title: x}~{lens :iso}~{captureDate:}~{captureDate:ISO}"_s},
+        {u"{lens|{iso}|}"_s, u"{lens|{iso}~|}"_s},
+        {u"{lens|a\\x}{lens|a\\}{captureDate:d"_s, u"{lens|a\\x}~{lens|a\\}~{captureDate:d"_s},
     };
     for (const auto& [captionTemplate, expected] : rows) {
         Caption caption;
@@ -51,7 +56,8 @@ TEST(Caption, readsTemplatesAsSegments)
         EXPECT_EQ(caption.captionTemplate(), captionTemplate);
     }
     for (const MetadataToken token : allCases<MetadataToken>())
-        EXPECT_EQ(CaptionSegment::parse(templateValue(token)).at(0).content, CaptionSegment::Content(token));
+        EXPECT_EQ(CaptionSegment::parse(CaptionToken(token).templateValue()).at(0).content,
+                  CaptionSegment::Content(token));
     for (const CaptionSeparator separator : allCases<CaptionSeparator>())
         EXPECT_EQ(CaptionSegment::parse(rawValue(separator)).at(0).content, CaptionSegment::Content(separator));
 }
@@ -77,13 +83,17 @@ TEST(RenderRecipe, hashesLikeItCompares)
     EXPECT_EQ(hash(zero), hash(negativeZero));
     EXPECT_NE(hash(zero), hash(RenderRecipe{}));
     const RenderRecipe two{.captions = {{}, {.fontSize = {9}}}};
-    for (const Caption& other :
-         std::initializer_list<Caption>{{.fontSize = {8}},
-                                        {.fontSize = {9, BorderUnit::percent}},
-                                        {.face = FontFace{u"Inter"_s, u"Medium"_s}, .fontSize = {9}},
-                                        {.fontSize = {9}, .letterSpacing = 1},
-                                        {.fontSize = {9}, .isUppercase = true},
-                                        {.fontSize = {9}, .shrinksToFit = true}}) {
+    for (const Caption& other : std::initializer_list<Caption>{
+             {.fontSize = {8}},
+             {.fontSize = {9, BorderUnit::percent}},
+             {.face = FontFace{u"Inter"_s, u"Medium"_s}, .fontSize = {9}},
+             {.fontSize = {9}, .letterSpacing = 1},
+             {.segments = {{two.captions[1].segments[0].id, CaptionToken(MetadataToken::camera, {}, u"x"_s)},
+                           two.captions[1].segments[1],
+                           two.captions[1].segments[2]},
+             .fontSize = {9}},
+             {.fontSize = {9}, .isUppercase = true},
+             {.fontSize = {9}, .shrinksToFit = true}}) {
         EXPECT_NE(hash(two), hash(RenderRecipe{.captions = {{}, other}}));
         EXPECT_NE(two, (RenderRecipe{.captions = {{}, other}}));
     }

@@ -117,7 +117,10 @@ TEST(ExportFindings, namesEachCauseOnce)
         {"3 photos would replace themselves", Severity::error, 3, "",
          [&](auto& s) { colliding(s, CollisionRule::replace, "/photos", "{filename}"); }},
         {"1 photo has no Camera", Severity::warning, 1, "leaves it out",
-         [](auto& s) { s.request.photos[1].metadata.cameraModel.reset(); }},
+         [](auto& s) {
+             s.request.framing.batch.captions.front().setCaptionTemplate(QStringLiteral("{camera} {artist|nobody}"));
+             s.request.photos[1].metadata.cameraModel.reset();
+         }},
         {"1 photo has no Camera", Severity::warning, 1, "leaves it out",
          [](auto& s) { s.request.photos[1].corrections[MetadataField::cameraModel] = {}; }},
         {"2 photos have an empty caption", Severity::warning, 2, "",

@@ -54,6 +54,8 @@ TEST(CaptionChips, tellsWhatIsMissingAndWhatIsRead)
         {"{iso}", "", "400"},
         {"{lens} | {iso}", "Lens is missing here and is left out.", "400"},
         {"{lens}{iso}{aperture}{lens}", "Lens and Aperture are missing here and are left out.", "400"},
+        {"{lens|by hand}{lens} {iso}", "Lens is missing here and is left out.", "by hand 400"},
+        {"{lens|by hand} {iso|none}", "", "by hand 400"},
         {"{lens}", "Lens is missing here and is left out.", "Nothing for this photo."},
         {"{iso}\n{filename}", "", "400\na.jpg"},
         {"", "", "Nothing yet."}};

@@ -56,7 +56,7 @@ void addTokens(QMenu& menu, const std::optional<CaptionSegment::Content>& curren
     for (const auto& entry : CodedCases<MetadataToken>::table) {
         const QString name = displayName(entry.value);
         const QString text = metadata ? name + u'\t' + hint(entry.value, *metadata) : name;
-        addChoice(menu, text, entry.value, current, chosen)->setObjectName(rawValue(entry.value));
+        addChoice(menu, text, CaptionToken(entry.value), current, chosen)->setObjectName(rawValue(entry.value));
     }
 }
 

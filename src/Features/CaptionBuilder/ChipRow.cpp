@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Features/CaptionBuilder/ChipRow.h"
 
+#include "Metadata/MetadataTemplateExpander.h"
+
 #include <algorithm>
 
 namespace ferrow {
@@ -18,14 +20,13 @@ ChipLayout::Measures measures(int width)
 std::vector<ChipLook> looksOf(const CaptionEditing& editing)
 {
     const CaptionChips::Segments& chips = editing.shown();
-    const auto missing =
-        editing.metadata() ? CaptionChips::missingTokens(chips, *editing.metadata()) : std::vector<MetadataToken>();
     std::vector<ChipLook> looks;
     for (const CaptionSegment& segment : chips) {
-        const auto* token = std::get_if<MetadataToken>(&segment.content);
+        const auto* token = std::get_if<CaptionToken>(&segment.content);
         looks.push_back({.kind = CaptionChips::kindOf(segment.content),
                          .label = CaptionChips::label(segment),
-                         .isMissing = token && std::ranges::find(missing, *token) != missing.end()});
+                         .isMissing = token && editing.metadata() &&
+                                      MetadataTemplateExpander::isLeftOut(*token, *editing.metadata())});
     }
     return looks;
 }

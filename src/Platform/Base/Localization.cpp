@@ -100,14 +100,37 @@ Collator makeCollator()
 
 using DateFormat = std::unique_ptr<UDateFormat, Releaser<udat_close>>;
 
-/// Formats days of UTC, so that only one zone, Qt's, ever decides which day it was.
-DateFormat makeDateFormat()
+/// Formats times of UTC, so that only one zone, Qt's, ever decides which day it was. `pattern` goes with UDAT_PATTERN.
+DateFormat makeDateFormat(UDateFormatStyle style, const QByteArray& locale, const QString& pattern = {})
 {
     static constexpr char16_t utc[] = u"Etc/UTC";
+    const UDateFormatStyle time = style == UDAT_PATTERN ? UDAT_PATTERN : UDAT_NONE;
     UErrorCode status = U_ZERO_ERROR;
-    DateFormat format(
-        udat_open(UDAT_NONE, UDAT_MEDIUM, environmentLocale("LC_TIME").constData(), utc, -1, nullptr, 0, &status));
+    DateFormat format(udat_open(time, style, locale.constData(), utc, -1,
+                                reinterpret_cast<const UChar*>(pattern.utf16()), int(pattern.size()), &status));
     return U_FAILURE(status) ? nullptr : std::move(format);
+}
+
+/// Without a format, or where it fails, the day stands in ISO's form.
+QString formatted(const UDateFormat* format, const QDateTime& date)
+{
+    if (!date.isValid())
+        return {};
+    const QDateTime here = date.toLocalTime();
+    if (!format)
+        return here.date().toString(Qt::ISODate);
+    const auto milliseconds =
+        static_cast<UDate>(QDateTime(here.date(), here.time(), QTimeZone::utc()).toMSecsSinceEpoch());
+    QString text(128, Qt::Uninitialized);
+    for (;;) {
+        UErrorCode status = U_ZERO_ERROR;
+        const int length = udat_format(format, milliseconds, reinterpret_cast<UChar*>(text.data()), int(text.size()),
+                                       nullptr, &status);
+        const bool fits = length <= text.size();
+        text.resize(length);
+        if (fits)
+            return U_FAILURE(status) ? here.date().toString(Qt::ISODate) : text;
+    }
 }
 
 } // namespace
@@ -145,19 +168,31 @@ QString fileSize(std::int64_t bytes)
     return text + QLatin1Char(' ') + units[unit].name;
 }
 
+QString shortDate(const QDateTime& date)
+{
+    static thread_local const DateFormat format = makeDateFormat(UDAT_SHORT, environmentLocale("LC_TIME"));
+    return formatted(format.get(), date);
+}
+
 QString abbreviatedDate(const QDateTime& date)
 {
-    if (!date.isValid())
-        return {};
-    static thread_local const DateFormat format = makeDateFormat();
-    const QDate day = date.toLocalTime().date();
-    if (!format)
-        return day.toString(Qt::ISODate);
-    const auto milliseconds = static_cast<UDate>(QDateTime(day, QTime(12, 0), QTimeZone::utc()).toMSecsSinceEpoch());
-    std::array<char16_t, 128> text{};
-    UErrorCode status = U_ZERO_ERROR;
-    const int length = udat_format(format.get(), milliseconds, text.data(), int(text.size()), nullptr, &status);
-    return U_FAILURE(status) ? day.toString(Qt::ISODate) : QString::fromUtf16(text.data(), length);
+    static thread_local const DateFormat format = makeDateFormat(UDAT_MEDIUM, environmentLocale("LC_TIME"));
+    return formatted(format.get(), date);
+}
+
+QString longDate(const QDateTime& date)
+{
+    static thread_local const DateFormat format = makeDateFormat(UDAT_LONG, environmentLocale("LC_TIME"));
+    return formatted(format.get(), date);
+}
+
+QString date(const QDateTime& date, const QString& pattern)
+{
+    // A batch has one pattern, for all its photos.
+    static thread_local std::pair<QString, DateFormat> last;
+    if (!last.second || last.first != pattern)
+        last = {pattern, makeDateFormat(UDAT_PATTERN, environmentLocale("LC_TIME") + "@calendar=gregorian", pattern)};
+    return formatted(last.second.get(), date);
 }
 
 int standardCompare(const QString& left, const QString& right)

@@ -27,8 +27,14 @@ namespace ferrow::Localization {
 /// Size of a file: factor 1,000, units bytes, KB, MB, GB, TB, at most one decimal from KB on ("512.3 MB").
 [[nodiscard]] QString fileSize(std::int64_t bytes);
 
-/// ICU's medium date without time: "Mar 5, 2024" in US English.
+/// ICU's dates without time, each empty for no date. "3/5/24" in US English.
+[[nodiscard]] QString shortDate(const QDateTime& date);
+/// "Mar 5, 2024".
 [[nodiscard]] QString abbreviatedDate(const QDateTime& date);
+/// "March 5, 2024".
+[[nodiscard]] QString longDate(const QDateTime& date);
+/// By a pattern as Unicode's UTS #35 has them: names and digits are the locale's, the calendar is the Gregorian.
+[[nodiscard]] QString date(const QDateTime& date, const QString& pattern);
 
 /// The file browser's order: digit runs by value, letter case secondary. Negative, 0 or positive. A total order over
 /// different texts except where ICU itself finds them equal; sort stably.
