@@ -17,6 +17,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QLineEdit>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -197,6 +198,41 @@ void photographDetails(ContentView& window, Photographer& photographer)
     window.history().stack().undo();
 }
 
+/// The options of a date, of one with a pattern that is none, and of a token whose value is missing.
+void photographTokens(ContentView& window, Photographer& photographer)
+{
+    window.history().editRecipe(QStringLiteral("Tokens"), [](RenderRecipe& recipe) {
+        recipe.captions.front().setCaptionTemplate(
+            QStringLiteral("{camera} · {lens|Manual lens} · {captureDate:iso} · {artist}"));
+    });
+    auto* well = window.findChild<QWidget*>(QStringLiteral("captionChips"));
+    const auto open = [&](int chip) {
+        well->setFocus(Qt::TabFocusReason);
+        QTest::keyClick(well, Qt::Key_Home);
+        for (int i = 0; i < chip; ++i)
+            QTest::keyClick(well, Qt::Key_Right);
+        QTest::keyClick(well, Qt::Key_Return);
+        QTest::qWait(700);
+    };
+    open(4);
+    photographer.shoot("token-date");
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_End);
+    auto* pattern = window.findChild<QLineEdit*>(QStringLiteral("datePatternField"));
+    pattern->setFocus();
+    pattern->selectAll();
+    QTest::keyClicks(pattern, QStringLiteral("d 'of"));
+    QTest::keyClick(pattern, Qt::Key_Return);
+    photographer.shoot("token-pattern");
+    photographer.closeOverlay();
+    open(2);
+    photographer.shoot("token-missing");
+    photographer.closeOverlay();
+    photographer.shoot("token-chips");
+    while (window.history().stack().undoText() != QStringLiteral("Tokens"))
+        window.history().stack().undo();
+    window.history().stack().undo();
+}
+
 void photographPresets(ContentView& window, Photographer& photographer)
 {
     const auto save = [&](const QString& name) {
@@ -319,6 +355,7 @@ int main(int argc, char** argv)
     photographBorder(window, photographer);
     photographCaptions(window, photographer);
     photographDetails(window, photographer);
+    photographTokens(window, photographer);
     photographPresets(window, photographer);
     photographWindows(window, photographer);
     photographFailures(window, photographer, root.appending("Broken"));

@@ -31,6 +31,23 @@ QString partFault(QChar letter, qsizetype times)
 
 } // namespace
 
+QString displayName(DateStyle style)
+{
+    switch (style) {
+    case DateStyle::shortDate:
+        return QStringLiteral("Short");
+    case DateStyle::medium:
+        return QStringLiteral("Medium");
+    case DateStyle::longDate:
+        return QStringLiteral("Long");
+    case DateStyle::iso:
+        return QStringLiteral("ISO");
+    case DateStyle::custom:
+        return QStringLiteral("Custom");
+    }
+    return {};
+}
+
 QString DateFormat::patternFault(QStringView pattern)
 {
     if (pattern.size() > longestPattern)

@@ -11,6 +11,9 @@ namespace ferrow {
 /// The first three are the user's locale's, `iso` and `custom` are in the same order everywhere.
 enum class DateStyle { shortDate, medium, longDate, iso, custom };
 
+/// Label in lists and on chips: "Long".
+[[nodiscard]] QString displayName(DateStyle style);
+
 /// How a point in time is written.
 struct DateFormat {
     DateStyle style = DateStyle::medium;

@@ -105,6 +105,18 @@ QString label(const CaptionSegment& segment)
     return {};
 }
 
+QString optionsLabel(const CaptionSegment& segment)
+{
+    QStringList options;
+    if (const auto* token = std::get_if<CaptionToken>(&segment.content)) {
+        if (token->date.style != DateStyle::medium)
+            options.append(displayName(token->date.style));
+        if (!token->ifMissing.isEmpty())
+            options.append(QStringLiteral("or ") + shownText(token->ifMissing));
+    }
+    return options.join(u' ');
+}
+
 QString title(const CaptionSegment& segment)
 {
     switch (kindOf(segment.content)) {
@@ -139,6 +151,18 @@ QString spokenName(const Segments& segments, int index)
     const CaptionSegment& segment = segments.at(std::size_t(index));
     return QStringLiteral("%1, %2, %3")
         .arg(spokenTitle(segment), kindName(kindOf(segment.content)), place(segments, index));
+}
+
+QString spokenOptions(const CaptionSegment& segment)
+{
+    QStringList options;
+    if (const auto* token = std::get_if<CaptionToken>(&segment.content)) {
+        if (token->date.style != DateStyle::medium)
+            options.append(QStringLiteral("Style: %1.").arg(displayName(token->date.style)));
+        if (!token->ifMissing.isEmpty())
+            options.append(QStringLiteral("If missing: %1.").arg(token->ifMissing));
+    }
+    return options.join(u' ');
 }
 
 QString spokenPlace(const Segments& segments, int index)

@@ -30,12 +30,16 @@ enum class Kind { text, token, separator };
 
 /// What stands on a chip. Blanks that would not be seen, and line breaks inside a text, are shown by signs.
 [[nodiscard]] QString label(const CaptionSegment& segment);
+/// What stands behind the label of a token with options: "ISO", "or Manual lens".
+[[nodiscard]] QString optionsLabel(const CaptionSegment& segment);
 /// For menus and steps to take back: "Aperture", "Text", "Separator".
 [[nodiscard]] QString title(const CaptionSegment& segment);
 /// What stands beside the pointer: the whole text, or "Aperture: f/2.8".
 [[nodiscard]] QString tip(const CaptionSegment& segment, const std::optional<PhotoMetadata>& metadata);
 /// For assistive technology: "Aperture, token, 2 of 5".
 [[nodiscard]] QString spokenName(const Segments& segments, int index);
+/// The same of its options: "Style: ISO. If missing: Manual lens."
+[[nodiscard]] QString spokenOptions(const CaptionSegment& segment);
 /// After a move: "Aperture, 2 of 5".
 [[nodiscard]] QString spokenPlace(const Segments& segments, int index);
 

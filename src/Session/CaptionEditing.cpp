@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Session/CaptionEditing.h"
 
+#include "Metadata/MetadataTemplateExpander.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -41,6 +43,7 @@ void CaptionEditing::follow()
     const bool isLeftBehind = (text_ || carried_) && (framing != framing_ || chosen_ != chosenBefore);
     framing_ = framing;
     captions_ = session_.activeRecipe().captions;
+    const bool wasUppercase = std::exchange(isUppercase_, captionOf(session_.activeRecipe()).isUppercase);
     chosen_ = std::clamp(chosen_, 0, int(captions_.size()) - 1);
     if (chosen_ != chosenBefore)
         emit chosenChanged();
@@ -53,7 +56,7 @@ void CaptionEditing::follow()
         carried_.reset();
         history_.dropPreview();
         emit replaced();
-    } else if (!isOtherPhoto) {
+    } else if (!isOtherPhoto && isUppercase_ == wasUppercase) {
         return;
     }
     update();
@@ -134,11 +137,10 @@ void CaptionEditing::moveCaption(int by)
     const int to = std::clamp(from + by, 0, int(captions_.size()) - 1);
     if (to != from)
         editCaptions(QStringLiteral("Move Caption"), to, [&](RenderRecipe& recipe) {
-            // Copies: GCC 12 warns of a swap that it would read a face which is not there.
+            // A copy: GCC 12 warns of a rotation that it would read a face which is not there.
             const Caption moved = recipe.captions[std::size_t(from)];
-            const Caption other = recipe.captions[std::size_t(to)];
-            recipe.captions[std::size_t(from)] = other;
-            recipe.captions[std::size_t(to)] = moved;
+            recipe.captions.erase(recipe.captions.begin() + from);
+            recipe.captions.insert(recipe.captions.begin() + to, moved);
         });
 }
 
@@ -179,6 +181,28 @@ void CaptionEditing::apply(const QString& name, const Segments& segments, int cu
     // A list of its own goes along: whoever hears of the change may have this follow other chips.
     history_.preview(name, [this, &segments](RenderRecipe& recipe) { captionOf(recipe).segments = segments; });
     history_.keepPreview();
+}
+
+CaptionChips::Reading CaptionEditing::reading(const std::optional<PhotoMetadata>& metadata) const
+{
+    CaptionChips::Reading reading = CaptionChips::reading(drafted_, metadata);
+    if (isUppercase_ && !reading.isHint)
+        reading.text = reading.text.toUpper();
+    return reading;
+}
+
+CaptionEditing::Survey CaptionEditing::survey(MetadataToken token) const
+{
+    Survey survey{.photos = session_.photos().size()};
+    for (const ImportedPhoto& photo : session_.photos()) {
+        const PhotoMetadata metadata = photo.captionMetadata();
+        const bool isMissing = MetadataTemplateExpander::isMissing(token, metadata);
+        survey.lacking += isMissing ? 1 : 0;
+        auto& first = isMissing ? survey.firstWithout : survey.firstWith;
+        if (!first)
+            first = metadata;
+    }
+    return survey;
 }
 
 void CaptionEditing::setCurrent(int index)

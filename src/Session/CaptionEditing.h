@@ -52,7 +52,7 @@ public:
     void addCaption();
     /// Never the last one.
     void removeCaption();
-    /// Changes places with the caption before it (-1) or behind it (1), if there is one.
+    /// To the place so many before (below 0) or behind its own, at most to either end.
     void moveCaption(int by);
 
     /// Without what is in hand.
@@ -63,6 +63,17 @@ public:
     [[nodiscard]] const Segments& drafted() const { return drafted_; }
     /// Of the selected photo; absent where none is selected.
     [[nodiscard]] const std::optional<PhotoMetadata>& metadata() const { return metadata_; }
+
+    /// What the caption says for a photo if all in hand were finished now, in capitals where it is drawn in them.
+    [[nodiscard]] CaptionChips::Reading reading(const std::optional<PhotoMetadata>& metadata) const;
+    /// What the photos of the batch have of a token.
+    struct Survey {
+        std::size_t photos = 0;
+        std::size_t lacking = 0;
+        std::optional<PhotoMetadata> firstWith; ///< With a value.
+        std::optional<PhotoMetadata> firstWithout;
+    };
+    [[nodiscard]] Survey survey(MetadataToken token) const;
 
     /// The chip that keys act on; 0 where there is none.
     [[nodiscard]] int current() const { return current_; }
@@ -126,6 +137,7 @@ private:
     std::vector<Caption> captions_; ///< As they were last.
     int chosen_ = 0;
     std::optional<PhotoMetadata> metadata_;
+    bool isUppercase_ = false; ///< The chosen one.
     Segments segments_;
     Segments shown_;
     Segments drafted_;

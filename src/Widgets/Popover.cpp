@@ -6,7 +6,9 @@
 #include "Widgets/StyleDrawing.h"
 #include "Widgets/Theme.h"
 
+#include <QHBoxLayout>
 #include <QLabel>
+#include <QPushButton>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -43,7 +45,14 @@ Popover::Popover(QWidget* opener, const QString& title) : Overlay(opener, title)
     body_ = new QVBoxLayout(card());
     body_->setContentsMargins(Space::inspector, Space::inspector, Space::inspector, Space::inspector);
     body_->setSpacing(Space::row);
-    body_->addWidget(makeLabel(title, TextRole::section));
+    title_ = new QHBoxLayout;
+    title_->addWidget(makeLabel(title, TextRole::section), 1);
+    body_->addLayout(title_);
+}
+
+void Popover::setTitleButton(QPushButton* button)
+{
+    title_->addWidget(button);
 }
 
 void Popover::setPane(QWidget* pane)

@@ -3,7 +3,8 @@
 
 #include "Widgets/Overlay.h"
 
-class QLabel;
+class QHBoxLayout;
+class QPushButton;
 class QVBoxLayout;
 
 namespace ferrow {
@@ -23,6 +24,8 @@ public:
 
     /// The content, 20 from the edges, under the title.
     [[nodiscard]] QVBoxLayout* body() const { return body_; }
+    /// At the end of the title's line.
+    void setTitleButton(QPushButton* button);
     /// A popover over the inspector: as wide as `pane` less 24, at most 320, and centered in it. Without: 320.
     void setPane(QWidget* pane);
 
@@ -38,6 +41,7 @@ private:
     QPointer<QWidget> opener_;
     QPointer<QWidget> pane_;
     QVBoxLayout* body_ = nullptr;
+    QHBoxLayout* title_ = nullptr;
 };
 
 } // namespace ferrow

@@ -59,7 +59,7 @@ TEST_F(CaptionEditingTest, goesFromCaptionToCaptionAndFollowsUndoThere)
     editing.choose(0);
     EXPECT_EQ(texts(), "abc|new|0") << "a text in hand is kept";
     EXPECT_EQ(editing.segments().size(), 3u);
-    editing.moveCaption(1);
+    editing.moveCaption(9);
     EXPECT_EQ(texts() + lastStep(), "new|abc|1Move Caption");
     editing.remove(0);
     EXPECT_EQ(texts(), "new|bc|1");
@@ -106,6 +106,32 @@ TEST_F(CaptionEditingTest, makesAStepOfEachVerbAndGoesAlong)
         stack.undo();
     EXPECT_EQ(text(), "abc");
     EXPECT_EQ(editing.current(), 1) << "it is with its chip";
+}
+
+TEST_F(CaptionEditingTest, readsAsItIsDrawn)
+{
+    QSignalSpy changes(&editing, &CaptionEditing::changed);
+    history.editRecipe(QStringLiteral("Uppercase"),
+                       [](RenderRecipe& recipe) { recipe.captions.front().isUppercase = true; });
+    EXPECT_EQ(changes.count(), 1);
+    EXPECT_EQ(editing.reading(editing.metadata()).text, QStringLiteral("ABC"));
+    EXPECT_FALSE(editing.reading(std::nullopt).text.isUpper()) << "a hint is no caption";
+    EXPECT_EQ(text(), "abc");
+    stack.undo();
+    EXPECT_EQ(editing.reading(editing.metadata()).text, QStringLiteral("abc"));
+}
+
+TEST_F(CaptionEditingTest, findsPhotosThatLackAValue)
+{
+    const auto survey = [this](MetadataToken token) {
+        const CaptionEditing::Survey found = editing.survey(token);
+        const auto name = [](const auto& photo) { return photo ? photo->filename.toStdString() : "none"; };
+        return std::to_string(found.lacking) + " of " + std::to_string(found.photos) + ", " + name(found.firstWith) +
+               ", " + name(found.firstWithout);
+    };
+    const std::string first = editing.metadata()->filename.toStdString();
+    EXPECT_EQ(survey(MetadataToken::filename), "0 of 2, " + first + ", none");
+    EXPECT_EQ(survey(MetadataToken::lens), "2 of 2, none, " + first);
 }
 
 TEST_F(CaptionEditingTest, showsATextInHandAndMakesOneStepOfIt)

@@ -5,6 +5,9 @@
 #include "Session/CaptionChips.h"
 #include "Session/CaptionEditing.h"
 #include "Support/TestSupport.h"
+#include "Widgets/CommitField.h"
+#include "Widgets/Popover.h"
+#include "Widgets/SegmentedControl.h"
 #include "Widgets/Theme.h"
 
 #include <QAccessible>
@@ -13,6 +16,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QPointer>
+#include <QPushButton>
 #include <QTest>
 
 #include <gmock/gmock.h>
@@ -178,6 +182,98 @@ TEST_F(CaptionBuilderTest, reordersByMouseAndPutsBack)
     dragFirstTo(center(1) + QPoint(10, 0));
     QTest::mouseRelease(well, Qt::LeftButton, {}, center(1) + QPoint(10, 0));
     EXPECT_EQ(steps, QStringList{QStringLiteral("Move Text:bac")});
+}
+
+/// The builder with one date chip, whose options are open.
+class TokenOptionsTest : public CaptionBuilderTest {
+protected:
+    TokenOptionsTest()
+    {
+        builder.resize(320, 700);
+        session.setBatchRecipe({.captions = {{.segments = {{.content = MetadataToken::captureDate}}}}});
+        press({Qt::Key_Return});
+        popover = builder.findChild<Popover*>(QStringLiteral("tokenPopover"));
+    }
+
+    template <typename Widget>
+    [[nodiscard]] Widget* part(const char* name) const
+    {
+        return popover->findChild<Widget*>(QLatin1StringView(name));
+    }
+    void enter(CommitField* field, const QString& text) const
+    {
+        field->setFocus(Qt::TabFocusReason);
+        field->selectAll();
+        QTest::keyClicks(field, text);
+        QTest::keyClick(field, Qt::Key_Return);
+    }
+
+    QPointer<Popover> popover;
+};
+
+TEST_F(TokenOptionsTest, writeADateByStyleOrByAPatternThatIsOne)
+{
+    auto* pattern = part<CommitField>("datePatternField");
+    EXPECT_FALSE(pattern->isEnabled());
+    press({Qt::Key_Down, Qt::Key_Down});
+    EXPECT_EQ(steps.last(), QStringLiteral("Change Capture Date:{captureDate:iso}"));
+    EXPECT_EQ(chip(0)->text(QAccessible::Description), QStringLiteral("Style: ISO."));
+    press({Qt::Key_End});
+    EXPECT_EQ(caption(), QStringLiteral("{captureDate:d MMMM, HH:mm}"));
+    EXPECT_TRUE(pattern->isEnabled());
+    enter(pattern, QStringLiteral("d 'of"));
+    EXPECT_TRUE(pattern->hasError());
+    EXPECT_EQ(caption(), QStringLiteral("{captureDate:d MMMM, HH:mm}"));
+    QTest::keyClick(pattern, Qt::Key_Escape);
+    EXPECT_EQ(pattern->text(), QStringLiteral("d MMMM, HH:mm"));
+    enter(pattern, QStringLiteral("yy|{M}"));
+    EXPECT_EQ(steps.last(), QStringLiteral("Change Capture Date:{captureDate:yy\\|\\(M\\)}"));
+    history.stack().undo();
+    EXPECT_EQ(pattern->text(), QStringLiteral("d MMMM, HH:mm"));
+    EXPECT_TRUE(popover->isOpen());
+}
+
+TEST_F(TokenOptionsTest, haveATextForWhatIsMissing)
+{
+    auto* missing = part<SegmentedControl>("ifMissingControl");
+    auto* field = part<CommitField>("ifMissingField");
+    EXPECT_FALSE(field->isVisible());
+    QTest::keyClick(missing, Qt::Key_Right);
+    EXPECT_TRUE(field->isVisible());
+    EXPECT_TRUE(steps.isEmpty()) << "there is no text yet";
+    enter(field, QStringLiteral("no date"));
+    EXPECT_EQ(caption(), QStringLiteral("{captureDate|no date}"));
+    EXPECT_EQ(chip(0)->text(QAccessible::Description), QStringLiteral("If missing: no date."));
+    QTest::keyClick(missing, Qt::Key_Left);
+    EXPECT_EQ(caption(), QStringLiteral("{captureDate}"));
+    QTest::keyClick(missing, Qt::Key_Right);
+    EXPECT_EQ(caption(), QStringLiteral("{captureDate|no date}")) << "what was typed is still there";
+    EXPECT_EQ(steps.size(), 3);
+}
+
+TEST_F(TokenOptionsTest, goWithTheirChip)
+{
+    auto* field = part<CommitField>("ifMissingField");
+    QTest::keyClick(part<SegmentedControl>("ifMissingControl"), Qt::Key_Right);
+    field->setFocus(Qt::TabFocusReason);
+    QTest::keyClicks(field, QStringLiteral("typed"));
+    session.setBatchRecipe({.captions = {{.segments = letters(QStringLiteral("x"))}}});
+    EXPECT_FALSE(popover->isOpen());
+    EXPECT_EQ(caption(), QStringLiteral("x"));
+    EXPECT_TRUE(well->hasFocus());
+}
+
+TEST_F(TokenOptionsTest, changeToAnotherToken)
+{
+    QTest::keyClick(part<QWidget>("dateStyles"), Qt::Key_Home);
+    auto* menu = part<QPushButton>("changeTokenButton")->menu();
+    emit menu->aboutToShow();
+    menu->findChild<QAction*>(QStringLiteral("captureDate"))->trigger();
+    EXPECT_EQ(caption(), QStringLiteral("{captureDate:short}"));
+    EXPECT_TRUE(popover->isOpen());
+    menu->findChild<QAction*>(QStringLiteral("lens"))->trigger();
+    EXPECT_EQ(caption(), QStringLiteral("{lens}"));
+    EXPECT_FALSE(popover->isOpen());
 }
 
 TEST_F(CaptionBuilderTest, doesWhatIsChosenForAChipAsLongAsItIsThere)

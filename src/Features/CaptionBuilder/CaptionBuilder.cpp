@@ -38,6 +38,11 @@ CaptionBuilder::CaptionBuilder(CaptionEditing& editing, QWidget* parent)
     read();
 }
 
+void CaptionBuilder::setPane(QWidget* pane)
+{
+    well_->setPane(pane);
+}
+
 void CaptionBuilder::buildPalette()
 {
     auto* row = new QHBoxLayout(palette_);
@@ -128,7 +133,7 @@ void CaptionBuilder::read()
 {
     const CaptionChips::Segments& chips = editing_.drafted();
     const auto& metadata = editing_.metadata();
-    const CaptionChips::Reading reading = CaptionChips::reading(chips, metadata);
+    const CaptionChips::Reading reading = editing_.reading(metadata);
     reading_->setText(reading.text);
     setTextRole(reading_, reading.isHint ? TextRole::body : TextRole::strong,
                 reading.isHint ? &ThemeColors::text2 : &ThemeColors::text);

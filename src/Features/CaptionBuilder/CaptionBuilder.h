@@ -22,6 +22,8 @@ public:
     /// `editing` must outlive it.
     explicit CaptionBuilder(CaptionEditing& editing, QWidget* parent = nullptr);
 
+    /// What popovers lie over, so that the photo stays in sight.
+    void setPane(QWidget* pane);
     /// What is lost of the caption on the shown photo; empty for nothing.
     void setCutNote(const QString& text);
 

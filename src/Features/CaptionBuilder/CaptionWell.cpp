@@ -4,6 +4,7 @@
 #include "Features/CaptionBuilder/ChipKeys.h"
 #include "Features/CaptionBuilder/ChipMenus.h"
 #include "Features/CaptionBuilder/ChipTextField.h"
+#include "Features/CaptionBuilder/TokenPopover.h"
 #include "Widgets/AccessibleEvents.h"
 #include "Widgets/FocusRing.h"
 #include "Widgets/Theme.h"
@@ -202,7 +203,8 @@ void CaptionWell::paintChips(QPainter& painter) const
         ChipLook look = row_.look(i);
         look.state = i == hovered_ && !drag_.isActive() ? ChipLook::State::hovered : ChipLook::State::rest;
         paintChip(painter, place, look);
-        if (i == editing_.current() && hasFocus() && showsFocus_)
+        const bool isOpen = editing_.shown()[std::size_t(i)].id == openChip_;
+        if (isOpen || (i == editing_.current() && hasFocus() && showsFocus_))
             paintChipFocus(painter, place);
     }
     if (const ChipRow::Gap gap = drag_.gap()) {
@@ -307,13 +309,31 @@ void CaptionWell::startChip(Kind kind, int gap, const QPoint& globalPlace)
 void CaptionWell::activate(int index)
 {
     const CaptionSegment& chip = editing_.segments()[std::size_t(index)];
-    const Kind kind = CaptionChips::kindOf(chip.content);
-    if (kind == Kind::text)
+    switch (CaptionChips::kindOf(chip.content)) {
+    case Kind::text:
         editing_.editText(index);
-    else
+        return;
+    case Kind::token:
+        openOptions(index);
+        return;
+    case Kind::separator:
         ChipMenus::openChoice(
-            *this, kind, chip.content, editing_.metadata(), below(index),
+            *this, Kind::separator, chip.content, editing_.metadata(), below(index),
             [this, id = chip.id](const CaptionSegment::Content& content) { editing_.change(id, content); });
+    }
+}
+
+void CaptionWell::openOptions(int index)
+{
+    openChip_ = editing_.segments()[std::size_t(index)].id;
+    auto* popover = new TokenPopover(this, editing_, openChip_);
+    popover->setPane(pane_);
+    connect(popover, &Overlay::closed, this, [this] {
+        openChip_ = {};
+        update();
+    });
+    popover->present();
+    update();
 }
 
 void CaptionWell::startDrag(Kind kind, const QString& label, const QPoint& globalPointer)
@@ -450,7 +470,8 @@ void CaptionWell::contextMenuEvent(QContextMenuEvent* event)
     if (index < 0)
         return;
     editing_.setCurrent(index);
-    ChipMenus::openCommands(*this, editing_, index, byMouse ? event->globalPos() : below(index));
+    ChipMenus::openCommands(*this, editing_, index, byMouse ? event->globalPos() : below(index),
+                            [this](int at) { openOptions(at); });
 }
 
 int CaptionWell::itemCount() const
@@ -460,8 +481,10 @@ int CaptionWell::itemCount() const
 
 AccessibleItem CaptionWell::item(int index) const
 {
+    const QString missing = row_.look(index).isMissing ? QStringLiteral("Missing in the shown photo") : QString();
+    const QString options = CaptionChips::spokenOptions(editing_.shown()[std::size_t(index)]);
     return {.name = CaptionChips::spokenName(editing_.shown(), index),
-            .description = row_.look(index).isMissing ? QStringLiteral("Missing in the shown photo") : QString(),
+            .description = QStringList{missing, options}.join(u' ').trimmed(),
             .rect = toView(row_.rects()[std::size_t(index)]),
             .role = QAccessible::ListItem,
             .isChosen = index == editing_.current()};

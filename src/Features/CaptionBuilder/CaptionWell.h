@@ -27,6 +27,8 @@ public:
     /// `editing` must outlive it.
     explicit CaptionWell(CaptionEditing& editing, QWidget* parent = nullptr);
 
+    /// What the popovers of chips lie over.
+    void setPane(QWidget* pane) { pane_ = pane; }
     /// A new chip: a text begins in editing, others are chosen from a list.
     void startChip(Kind kind, int gap, const QPoint& globalPlace);
     /// A new chip is dragged in; `label` stands on it meanwhile.
@@ -87,12 +89,15 @@ private:
     void putAway(ChipTextField* field);
     void placeField();
     void activate(int index);
+    void openOptions(int index);
 
     CaptionEditing& editing_;
     QScrollBar* bar_ = nullptr;
     ChipRow row_;
     ChipDrag drag_;
     QPointer<ChipTextField> field_;
+    QPointer<QWidget> pane_;
+    QUuid openChip_; ///< Whose options are open.
     int hovered_ = -1;
     bool showsFocus_ = false;
     std::optional<Press> press_;

@@ -49,17 +49,6 @@ QAction* addCommand(QMenu& menu, const QString& text, const std::function<void()
     return action;
 }
 
-/// All tokens, each beside its value in the shown photo.
-void addTokens(QMenu& menu, const std::optional<CaptionSegment::Content>& current,
-               const std::optional<PhotoMetadata>& metadata, const Chosen& chosen)
-{
-    for (const auto& entry : CodedCases<MetadataToken>::table) {
-        const QString name = displayName(entry.value);
-        const QString text = metadata ? name + u'\t' + hint(entry.value, *metadata) : name;
-        addChoice(menu, text, CaptionToken(entry.value), current, chosen)->setObjectName(rawValue(entry.value));
-    }
-}
-
 void addSeparators(QMenu& menu, const std::optional<CaptionSegment::Content>& current, const Chosen& chosen)
 {
     for (const auto& entry : CodedCases<CaptionSeparator>::table)
@@ -104,6 +93,18 @@ private:
 
 } // namespace
 
+void addTokens(QMenu& menu, const std::optional<CaptionSegment::Content>& current,
+               const std::optional<PhotoMetadata>& metadata, const Chosen& chosen)
+{
+    const auto* present = current ? std::get_if<CaptionToken>(&*current) : nullptr;
+    for (const auto& entry : CodedCases<MetadataToken>::table) {
+        const QString name = displayName(entry.value);
+        const QString text = metadata ? name + u'\t' + hint(entry.value, *metadata) : name;
+        const CaptionToken token = present && present->token == entry.value ? *present : CaptionToken(entry.value);
+        addChoice(menu, text, token, current, chosen)->setObjectName(rawValue(entry.value));
+    }
+}
+
 void openChoice(QWidget& well, CaptionChips::Kind kind, const std::optional<CaptionSegment::Content>& current,
                 const std::optional<PhotoMetadata>& metadata, const QPoint& globalPlace, const Chosen& chosen)
 {
@@ -116,7 +117,8 @@ void openChoice(QWidget& well, CaptionChips::Kind kind, const std::optional<Capt
             menu->setActiveAction(action);
 }
 
-void openCommands(QWidget& well, CaptionEditing& editing, int index, const QPoint& globalPlace)
+void openCommands(QWidget& well, CaptionEditing& editing, int index, const QPoint& globalPlace,
+                  const std::function<void(int index)>& openOptions)
 {
     const CaptionSegment& segment = editing.segments()[std::size_t(index)];
     const CaptionChips::Kind kind = CaptionChips::kindOf(segment.content);
@@ -127,7 +129,9 @@ void openCommands(QWidget& well, CaptionEditing& editing, int index, const QPoin
     if (kind == CaptionChips::Kind::text)
         addCommand(menu, withKey(QStringLiteral("Edit Text"), Qt::Key_F2),
                    command([&editing](int at) { editing.editText(at); }));
-    else
+    if (kind == CaptionChips::Kind::token)
+        addCommand(menu, withKey(QStringLiteral("Options"), Qt::Key_Return), command(openOptions));
+    if (kind != CaptionChips::Kind::text)
         addChoices(*menu.addMenu(QStringLiteral("Change To")), kind, segment.content, editing.metadata(),
                    [&editing, chip = segment.id](const auto& content) { editing.change(chip, content); });
     menu.addSeparator();

@@ -8,6 +8,7 @@
 #include <QPainter>
 #include <QPainterPath>
 
+#include <algorithm>
 #include <cmath>
 
 namespace ferrow {
@@ -17,6 +18,9 @@ namespace {
 constexpr int handleInset = 4;
 constexpr int handleGap = 5;
 constexpr int endInset = 10;
+constexpr int optionsGap = 6;
+/// Room for options: a long text is known by its first words.
+constexpr int widestOptions = 110;
 constexpr int warningGap = 5;
 constexpr int warningInset = 8;
 
@@ -31,6 +35,15 @@ QFont chipFont(const ChipLook& look)
 int endWidth(bool isMissing)
 {
     return isMissing ? warningGap + Measure::chipIcon + warningInset : endInset;
+}
+
+/// With the gap before them.
+int optionsWidth(const ChipLook& look)
+{
+    if (look.options.isEmpty())
+        return 0;
+    const double text = QFontMetricsF(Theme::current().font(TextRole::body)).horizontalAdvance(look.options);
+    return optionsGap + std::min(int(std::ceil(text)) + 1, Theme::current().scaled(widestOptions));
 }
 
 QColor groundOf(const ChipLook& look)
@@ -64,7 +77,7 @@ void strokeInside(QPainter& painter, const QRectF& rect, double width, const QPe
 int chipWidth(const ChipLook& look)
 {
     const double text = QFontMetricsF(chipFont(look)).horizontalAdvance(look.label);
-    return chipHandleWidth() + int(std::ceil(text)) + endWidth(look.isMissing);
+    return chipHandleWidth() + int(std::ceil(text)) + optionsWidth(look) + endWidth(look.isMissing);
 }
 
 int chipHeight()
@@ -94,11 +107,19 @@ void paintChip(QPainter& painter, const QRectF& rect, const ChipLook& look)
     const QColor ink = themeColor(look.isMissing ? &ThemeColors::warning : &ThemeColors::text);
     // A hair wider than measured, so that rounding never elides a label that fits.
     const QRectF text = rect.adjusted(chipHandleWidth(), 0, 1 - endWidth(look.isMissing), 0);
+    const auto draw = [&](const QRectF& place, const QFont& font, const QColor& color, const QString& words) {
+        painter.setFont(font);
+        painter.setPen(color);
+        painter.drawText(place, Qt::AlignVCenter | Qt::TextSingleLine | Qt::AlignLeft,
+                         QFontMetricsF(font).elidedText(words, Qt::ElideRight, place.width()));
+    };
     const QFont font = chipFont(look);
-    painter.setFont(font);
-    painter.setPen(ink);
-    painter.drawText(text, Qt::AlignVCenter | Qt::TextSingleLine | Qt::AlignLeft,
-                     QFontMetricsF(font).elidedText(look.label, Qt::ElideRight, text.width()));
+    draw(text, font, ink, look.label);
+    if (!look.options.isEmpty()) {
+        const double label = QFontMetricsF(font).horizontalAdvance(look.label) + optionsGap;
+        draw(text.adjusted(label, 0, 0, 0), Theme::current().font(TextRole::body),
+             look.isMissing ? ink : themeColor(&ThemeColors::text2), look.options);
+    }
     if (look.isMissing) {
         const QRectF triangle(rect.right() - warningInset - Measure::chipIcon, rect.top(), Measure::chipIcon,
                               rect.height());

@@ -16,6 +16,7 @@ struct ChipLook {
 
     CaptionChips::Kind kind = CaptionChips::Kind::text;
     QString label;
+    QString options;        ///< Behind the label, in a paler ink.
     bool isMissing = false; ///< Its token has no value in the shown photo.
     State state = State::rest;
 };

@@ -25,6 +25,7 @@ std::vector<ChipLook> looksOf(const CaptionEditing& editing)
         const auto* token = std::get_if<CaptionToken>(&segment.content);
         looks.push_back({.kind = CaptionChips::kindOf(segment.content),
                          .label = CaptionChips::label(segment),
+                         .options = CaptionChips::optionsLabel(segment),
                          .isMissing = token && editing.metadata() &&
                                       MetadataTemplateExpander::isLeftOut(*token, *editing.metadata())});
     }

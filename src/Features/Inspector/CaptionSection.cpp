@@ -89,6 +89,7 @@ void CaptionSection::buildTabs(QVBoxLayout* rows)
 void CaptionSection::buildText()
 {
     builder_ = new CaptionBuilder(editing_);
+    builder_->setPane(context_.pane);
     // Its buttons give up their icons where it is narrow, rather than make the pane wider.
     builder_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
 }
