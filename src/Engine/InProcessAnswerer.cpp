@@ -80,12 +80,16 @@ struct FramedPhoto {
     }
 
     /// Reads the photo once more, reduced, where it is its own background.
-    void addBackground(const SourceFile& source, const Composition& composition)
+    void addBackground(const SourceFile& source, const Composition& composition, const std::stop_token& stop,
+                       JobObserver& observer)
     {
         if (!composition.blurredPhoto)
             return;
         OpenedPhoto again = openPhoto(source, {.enoughDimension = blurredDimension, .tolerance = Tolerance::strict});
-        const Bitmap reduced = reducedPicture(again, blurredDimension, canvas);
+        const Bitmap reduced = reducedPicture(again, blurredDimension, canvas, [&] {
+            throwIfCanceled(stop);
+            observer.beforeBand();
+        });
         compositor.setBackground(BlurredPicture(reduced, photo.uprightSize(), compositor.size(),
                                                 composition.blurredPhoto->sigma, composition.blurredPhoto->light));
     }
@@ -195,7 +199,7 @@ Bitmap composedRegion(const RegionRequest& request, const std::stop_token& stop,
 {
     FramedPhoto framed(request.source, request.expectedSize, request.composition);
     observer.headerRead(jobSize(framed.photo, framed.memoryNeed()));
-    framed.addBackground(request.source, request.composition);
+    framed.addBackground(request.source, request.composition, stop, observer);
     const PixelSize canvas = framed.compositor.size();
     const std::int64_t left = std::clamp<std::int64_t>(request.x, 0, canvas.width);
     const std::int64_t top = std::clamp<std::int64_t>(request.y, 0, canvas.height);
@@ -256,7 +260,7 @@ void InProcessAnswerer::frame(const FrameRequest& request, const std::stop_token
         FramedPhoto framed(request.source, request.expectedSize, request.composition);
         observer_->headerRead(jobSize(
             framed.photo, framed.memoryNeed() + MemoryNeed::ofEncoder(request.format, request.composition.canvasSize)));
-        framed.addBackground(request.source, request.composition);
+        framed.addBackground(request.source, request.composition, stop, *observer_);
         const bool keepsAlpha = framed.compositor.format().hasAlpha() && request.format != ExportFormat::jpeg;
         ByteSink sink(request.outputDescriptor);
         EncodeOptions options;

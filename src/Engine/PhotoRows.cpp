@@ -312,7 +312,8 @@ void PhotoRows::finish()
     translated(Stage::pixels, [&] { photo_.decoder->finish(); });
 }
 
-Bitmap reducedPicture(OpenedPhoto& photo, std::int64_t maximumDimension, const ColorProfile& target)
+Bitmap reducedPicture(OpenedPhoto& photo, std::int64_t maximumDimension, const ColorProfile& target,
+                      const std::function<void()>& beforeBand)
 {
     return translated(Stage::pixels, [&] {
         const PixelFormat format = rowFormat(*photo.decoder);
@@ -332,6 +333,7 @@ Bitmap reducedPicture(OpenedPhoto& photo, std::int64_t maximumDimension, const C
         std::vector<std::byte> decoded(decodedBytes * std::size_t(band));
         std::vector<std::byte> row(rowBytes);
         for (std::int64_t y = 0; y < size.height; y += band) {
+            beforeBand();
             const std::int64_t count = std::min(band, size.height - y);
             photo.decoder->readRows(count, decoded.data(), decodedBytes);
             for (std::int64_t i = 0; i < count; ++i) {

@@ -9,6 +9,7 @@
 #include "Platform/Pixels/RowReducer.h"
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -83,7 +84,10 @@ private:
     std::int64_t nextRow_ = 0;
 };
 
-/// The picture upright and at most `maximumDimension` long, in `target`'s space. Throws ImagePipelineError.
-[[nodiscard]] Bitmap reducedPicture(OpenedPhoto& photo, std::int64_t maximumDimension, const ColorProfile& target);
+/// The picture upright and at most `maximumDimension` long, in `target`'s space. Throws ImagePipelineError, and what
+/// `beforeBand` throws, which is called before each band of rows is read.
+[[nodiscard]] Bitmap reducedPicture(
+    OpenedPhoto& photo, std::int64_t maximumDimension, const ColorProfile& target,
+    const std::function<void()>& beforeBand = [] {});
 
 } // namespace ferrow::Engine

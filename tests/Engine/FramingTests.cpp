@@ -166,6 +166,22 @@ TEST(Framing, refusesWhatIsNotTheWholePhoto)
               QStringLiteral("GIF image"));
 }
 
+TEST(Framing, heedsAStopWhileItsBackgroundIsRead)
+{
+    struct StopsAfterHeader : JobObserver {
+        std::stop_source stop;
+        void headerRead(const JobSize&) override { stop.request_stop(); }
+    } observer;
+    const PixelSize size{80, 60};
+    const QByteArray whole = test::encoded(OutputType::png, test::noise(size, rgb8));
+    // Whoever reads on gets no further than to its damage.
+    const MemoryFile cut(whole.left(whole.size() / 2));
+    const MemoryFile output;
+    FrameRequest request = requestFor(cut, output, size, 5);
+    request.composition.blurredPhoto = BlurredPhoto{2, 1};
+    EXPECT_THROW(InProcessAnswerer(observer).frame(request, observer.stop.get_token()), Canceled);
+}
+
 TEST(Framing, heedsAStopAndReportsAFullDisk)
 {
     const MemoryFile source(test::encoded(OutputType::png, test::noise({50, 50}, rgb8)));
