@@ -35,7 +35,8 @@ std::vector<CaptionFault> captionFaults(const BatchExportJob& job)
     const PhotoMetadata metadata = job.photo.captionMetadata();
     std::vector<CaptionFault> faults;
     for (std::size_t i = 0; i < job.recipe.captions.size(); ++i)
-        if (const TextCut cut = CaptionDrawing::cut(job.photo.pixelSize, job.recipe, job.recipe.captions[i], metadata);
+        if (const TextCut cut = CaptionDrawing::cut(job.photo.pixelSize, job.recipe, job.recipe.captions[i], metadata,
+                                                    job.settings.size);
             cut.isCut())
             faults.push_back({i + 1, cut});
     return faults;
@@ -43,7 +44,8 @@ std::vector<CaptionFault> captionFaults(const BatchExportJob& job)
 
 std::vector<std::size_t> overLogo(const BatchExportJob& job, PixelSize logo)
 {
-    return CaptionDrawing::overLogo(job.photo.pixelSize, job.recipe, job.photo.captionMetadata(), logo);
+    return CaptionDrawing::overLogo(job.photo.pixelSize, job.recipe, job.photo.captionMetadata(), logo,
+                                    job.settings.size);
 }
 
 /// A photo's only caption needs no number; of several, all that are cut come in a list.
@@ -92,7 +94,7 @@ void printCaptionFaults(const BatchExportJob& job, const QString& photo, PixelSi
         say(named(number) + QStringLiteral(" does not fit, ") + what);
     }
     for (const auto& [first, second] :
-         CaptionDrawing::overlaps(job.photo.pixelSize, job.recipe, job.photo.captionMetadata()))
+         CaptionDrawing::overlaps(job.photo.pixelSize, job.recipe, job.photo.captionMetadata(), job.settings.size))
         say(QStringLiteral("Captions %1 and %2 overlap.").arg(first + 1).arg(second + 1));
     for (const std::size_t caption : overLogo(job, logo))
         say(named(caption + 1) + QStringLiteral(" overlaps the logo."));
@@ -180,9 +182,10 @@ void Reporter::framed(const BatchExportJob& job, const char* name)
             object.insert(QStringLiteral("width"), qint64(size->width));
             object.insert(QStringLiteral("height"), qint64(size->height));
         }
-        insertFaults(object, captionFaults(job),
-                     CaptionDrawing::overlaps(job.photo.pixelSize, job.recipe, job.photo.captionMetadata()),
-                     job.recipe.captions.size());
+        insertFaults(
+            object, captionFaults(job),
+            CaptionDrawing::overlaps(job.photo.pixelSize, job.recipe, job.photo.captionMetadata(), job.settings.size),
+            job.recipe.captions.size());
         QJsonArray covering;
         for (const std::size_t caption : overLogo(job, logo_))
             covering.append(qint64(caption + 1));

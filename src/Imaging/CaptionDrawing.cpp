@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Imaging/CaptionDrawing.h"
 
+#include "Imaging/ExportLayout.h"
 #include "Metadata/MetadataTemplateExpander.h"
 #include "Models/ErrorTexts.h"
 #include "Platform/Base/Cancellation.h"
@@ -218,9 +219,10 @@ void drawOne(const QString& text, const RenderLayout& layout, const Caption& cap
 
 /// A caption as an export of a photo of `size` has it; absent where nothing of it is drawn for want of room.
 std::optional<PlacedCaption> placedInExport(const QString& text, const Caption& caption, PixelSize size,
-                                            const RenderLayout& fullSize)
+                                            const RenderRecipe& recipe, const ExportLayout& drawn)
 {
-    return place(text, fullSize, fitted(text, caption, size, fullSize), 1);
+    const Caption fit = fitted(text, caption, size, RenderLayout::framedLayout(size, recipe));
+    return place(text, drawn.layout, fit, drawn.scale);
 }
 
 /// The lines that are seen, in rows counted from the top.
@@ -233,10 +235,10 @@ std::vector<QRectF> linesOf(const PlacedCaption& placed)
 }
 
 std::vector<QRectF> linesInExport(const Caption& caption, const PhotoMetadata& metadata, PixelSize size,
-                                  const RenderLayout& fullSize)
+                                  const RenderRecipe& recipe, const ExportLayout& drawn)
 {
     const QString shown = text(caption, metadata);
-    const auto placed = shown.isEmpty() ? std::nullopt : placedInExport(shown, caption, size, fullSize);
+    const auto placed = shown.isEmpty() ? std::nullopt : placedInExport(shown, caption, size, recipe, drawn);
     return placed ? linesOf(*placed) : std::vector<QRectF>();
 }
 
@@ -275,13 +277,13 @@ std::vector<Engine::Overlay> draw(const RenderLayout& layout, const RenderRecipe
     return overlays;
 }
 
-TextCut cut(PixelSize pixelSize, const RenderRecipe& recipe, const Caption& caption, const PhotoMetadata& metadata)
+TextCut cut(PixelSize pixelSize, const RenderRecipe& recipe, const Caption& caption, const PhotoMetadata& metadata,
+            const OutputSize& size)
 try {
     const QString shown = text(caption, metadata);
     if (shown.isEmpty())
         return {};
-    validateRenderBounds(pixelSize, recipe, 1.0);
-    const auto placed = placedInExport(shown, caption, pixelSize, RenderLayout::calculate(pixelSize, recipe, 1.0));
+    const auto placed = placedInExport(shown, caption, pixelSize, recipe, largestLayout(pixelSize, recipe, size));
     return placed ? cutOf(*placed) : TextCut{shown.simplified(), false};
 } catch (const ImagePipelineError&) {
     return {}; // It is not framed at all, which is said elsewhere.
@@ -298,15 +300,15 @@ try {
     return caption.fontSize.pixels(pixelSize); // As in cut().
 }
 
-std::vector<Overlap> overlaps(PixelSize pixelSize, const RenderRecipe& recipe, const PhotoMetadata& metadata)
+std::vector<Overlap> overlaps(PixelSize pixelSize, const RenderRecipe& recipe, const PhotoMetadata& metadata,
+                              const OutputSize& size)
 try {
     if (recipe.captions.size() < 2)
         return {};
-    validateRenderBounds(pixelSize, recipe, 1.0);
-    const RenderLayout fullSize = RenderLayout::calculate(pixelSize, recipe, 1.0);
+    const ExportLayout drawn = largestLayout(pixelSize, recipe, size);
     std::vector<std::vector<QRectF>> lines;
     for (const Caption& caption : recipe.captions)
-        lines.push_back(linesInExport(caption, metadata, pixelSize, fullSize));
+        lines.push_back(linesInExport(caption, metadata, pixelSize, recipe, drawn));
     std::vector<Overlap> found;
     for (std::size_t first = 0; first < lines.size(); ++first)
         for (std::size_t second = first + 1; second < lines.size(); ++second)
@@ -318,18 +320,18 @@ try {
 }
 
 std::vector<std::size_t> overLogo(PixelSize pixelSize, const RenderRecipe& recipe, const PhotoMetadata& metadata,
-                                  PixelSize logo)
+                                  PixelSize logo, const OutputSize& size)
 try {
     if (!recipe.logo || !recipe.logo->isEnabled || !(recipe.logo->opacity > 0))
         return {};
-    validateRenderBounds(pixelSize, recipe, 1.0);
-    const RenderLayout fullSize = RenderLayout::calculate(pixelSize, recipe, 1.0);
-    const std::optional<QRectF> place = logoRect(logo, fullSize, *recipe.logo, 1.0);
+    const ExportLayout drawn = largestLayout(pixelSize, recipe, size);
+    const std::optional<QRectF> place = logoRect(logo, drawn.layout, *recipe.logo, drawn.scale);
     if (!place)
         return {};
     std::vector<std::size_t> found;
     for (std::size_t i = 0; i < recipe.captions.size(); ++i)
-        if (overlap(linesInExport(recipe.captions[i], metadata, pixelSize, fullSize), {fullSize.fromTop(*place)}))
+        if (overlap(linesInExport(recipe.captions[i], metadata, pixelSize, recipe, drawn),
+                    {drawn.layout.fromTop(*place)}))
             found.push_back(i);
     return found;
 } catch (const ImagePipelineError&) {

@@ -30,9 +30,10 @@ namespace ferrow::CaptionDrawing {
                                                 const std::stop_token& stop);
 
 /// What an export of a photo of `pixelSize` cuts off `caption`, one of the recipe's; nothing where it draws none, or
-/// can't be drawn at all. Some milliseconds at most.
+/// can't be drawn at all. Some milliseconds at most. It is judged at full size, and by `size`, what is written, where
+/// the frame is too large for that; so it is by those below.
 [[nodiscard]] TextCut cut(PixelSize pixelSize, const RenderRecipe& recipe, const Caption& caption,
-                          const PhotoMetadata& metadata);
+                          const PhotoMetadata& metadata, const OutputSize& size = {});
 
 /// The size that an export of a photo of `pixelSize` draws it in, in pixels: less than the set one where it shrinks to
 /// fit.
@@ -49,12 +50,13 @@ struct Overlap {
 /// Which captions have lines over another's in an export of a photo of `pixelSize`, in order; none where it can't be
 /// drawn at all.
 [[nodiscard]] std::vector<Overlap> overlaps(PixelSize pixelSize, const RenderRecipe& recipe,
-                                            const PhotoMetadata& metadata);
+                                            const PhotoMetadata& metadata, const OutputSize& size = {});
 
 /// Which captions have lines over the logo, a picture of `logo` pixels of which only the proportion counts, by their
 /// places in the list. None where there is no logo or nothing can be drawn at all.
 [[nodiscard]] std::vector<std::size_t> overLogo(PixelSize pixelSize, const RenderRecipe& recipe,
-                                                const PhotoMetadata& metadata, PixelSize logo);
+                                                const PhotoMetadata& metadata, PixelSize logo,
+                                                const OutputSize& size = {});
 
 /// A family that a caption asks for and that is not installed.
 struct MissingFont {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Imaging/ExportLayout.h"
 
+#include "Models/ErrorTexts.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -40,6 +42,13 @@ ExportLayout exportLayout(PixelSize photo, const RenderRecipe& recipe, const Out
     reduced.layout.imageRect = onWholePixels(reduced.layout.imageRect, reduced.layout.canvasSize);
     reduced.layout.drawRect = onWholePixels(reduced.layout.drawRect, reduced.layout.canvasSize);
     return reduced;
+}
+
+ExportLayout largestLayout(PixelSize photo, const RenderRecipe& recipe, const OutputSize& size)
+try {
+    return exportLayout(photo, recipe, {});
+} catch (const ImagePipelineError&) {
+    return exportLayout(photo, recipe, size);
 }
 
 } // namespace ferrow

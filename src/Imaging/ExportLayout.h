@@ -16,4 +16,8 @@ struct ExportLayout {
 /// Throws ImagePipelineError as validateRenderBounds() does, with the limits on what is written.
 [[nodiscard]] ExportLayout exportLayout(PixelSize photo, const RenderRecipe& recipe, const OutputSize& size);
 
+/// At full size, by which frames are judged; for a frame that is too large for that, at the size it is written at.
+/// Throws as exportLayout() does.
+[[nodiscard]] ExportLayout largestLayout(PixelSize photo, const RenderRecipe& recipe, const OutputSize& size);
+
 } // namespace ferrow

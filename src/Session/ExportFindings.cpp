@@ -270,19 +270,19 @@ public:
     };
     std::map<QString, FontProblem> fonts; ///< By the family that is missing.
 
-    void check(const ImportedPhoto& photo, const RenderRecipe& recipe)
+    void check(const ImportedPhoto& photo, const RenderRecipe& recipe, const OutputSize& size)
     {
         const PhotoMetadata metadata = photo.captionMetadata();
         for (const Caption& caption : recipe.captions)
             if (caption.isEnabled)
-                check(photo, metadata, recipe, caption);
-        if (!CaptionDrawing::overlaps(photo.pixelSize, recipe, metadata).empty())
+                check(photo, metadata, recipe, caption, size);
+        if (!CaptionDrawing::overlaps(photo.pixelSize, recipe, metadata, size).empty())
             overlapping.push_back(photo.id());
     }
 
 private:
     void check(const ImportedPhoto& photo, const PhotoMetadata& metadata, const RenderRecipe& recipe,
-               const Caption& caption)
+               const Caption& caption, const OutputSize& size)
     {
         const auto [entry, isNew] = texts_.try_emplace(&caption);
         Text& text = entry->second;
@@ -300,7 +300,7 @@ private:
             problem.font = *text.missingFont;
             addOnce(problem.photos, photo);
         }
-        if (CaptionDrawing::cut(photo.pixelSize, recipe, caption, metadata).isCut())
+        if (CaptionDrawing::cut(photo.pixelSize, recipe, caption, metadata, size).isCut())
             addOnce(cut, photo);
         for (const MetadataToken token : text.tokens)
             if (MetadataTemplateExpander::isMissing(token, metadata))
@@ -328,7 +328,7 @@ void checkCaptions(const ExportRequest& request, const std::stop_token& stop, Fi
     CaptionProblems problems;
     for (const ImportedPhoto& photo : request.photos) {
         throwIfCanceled(stop);
-        problems.check(photo, request.framing.recipeFor(photo.id()));
+        problems.check(photo, request.framing.recipeFor(photo.id()), request.settings.size);
     }
     if (!problems.empty.empty())
         findings.push_back({Severity::warning,
@@ -389,7 +389,9 @@ void checkLogos(const ExportRequest& request, const ExportCheckOperations& opera
         }
         if (!entry->second.message.isEmpty())
             failing[entry->second.message].push_back(photo.id());
-        else if (!CaptionDrawing::overLogo(photo.pixelSize, recipe, photo.captionMetadata(), entry->second.size).empty())
+        else if (!CaptionDrawing::overLogo(photo.pixelSize, recipe, photo.captionMetadata(), entry->second.size,
+                                           request.settings.size)
+                      .empty())
             covered.push_back(photo.id());
     }
     if (!covered.empty())

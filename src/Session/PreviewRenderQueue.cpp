@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Session/PreviewRenderQueue.h"
 
+#include "Imaging/ExportLayout.h"
 #include "Imaging/ImageRenderer.h"
 #include "Imaging/RenderLayout.h"
 #include "Persistence/ManagedLogoStore.h"
@@ -44,17 +45,16 @@ QRectF fromTop(const RenderLayout& layout)
 PreviewResult framed(PreviewRequest request, const Bitmap& logo, const PreviewRenderQueue::Operations& operations,
                      const std::stop_token& stop)
 {
+    PreviewResult result;
     if (!request.source.isNull() && request.pixelSize.width > 0 && request.pixelSize.height > 0) {
-        validateRenderBounds(request.pixelSize, request.recipe, 1);
+        result.outputSize = largestLayout(request.pixelSize, request.recipe, request.outputSize).layout.canvasSize;
         const double scale = scaleOf(request.source.size(), request.pixelSize);
         request.source =
             boundedSource(request.source, RenderLayout::calculate(request.pixelSize, request.recipe, scale).canvasSize);
     }
-    PreviewResult result;
     result.picture = inColorSpace(operations.render(request, logo, stop), ColorProfile::sRGB());
     const double scale = scaleOf(request.source.size(), request.pixelSize);
     result.photoRect = fromTop(RenderLayout::calculate(request.pixelSize, request.recipe, scale));
-    result.outputSize = RenderLayout::framedLayout(request.pixelSize, request.recipe).canvasSize;
     result.photoID = std::move(request.photoID);
     result.recipe = std::move(request.recipe);
     return result;

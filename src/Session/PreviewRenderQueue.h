@@ -22,6 +22,7 @@ struct PreviewRequest {
     PixelSize pixelSize; ///< Of the photo itself.
     RenderRecipe recipe;
     PhotoMetadata metadata;
+    OutputSize outputSize = {}; ///< By which a frame that is too large at full size may be shown all the same.
 };
 
 /// A framed preview.
@@ -30,7 +31,7 @@ struct PreviewResult {
     RenderRecipe recipe;  ///< What it was framed with.
     Bitmap picture;       ///< sRGB, rgb8 or straight rgba8.
     QRectF photoRect;     ///< Where the bare photo lies in `picture`: pixels, origin at the top left.
-    PixelSize outputSize; ///< Of the exported picture.
+    PixelSize outputSize; ///< Of the exported picture, as largestLayout() has it.
 };
 
 /// Renders the selected photo again as its recipe changes: at most one render in flight, a pending request replaced by

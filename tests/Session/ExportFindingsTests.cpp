@@ -207,6 +207,15 @@ TEST(ExportFindings, judgesTheSizeThatIsWritten)
     EXPECT_TRUE(isWell(OutputSize::withLongSide(50'000), ExportFormat::jpeg));
     EXPECT_FALSE(isWell(OutputSize::withLongSide(32'769), ExportFormat::heic));
     EXPECT_TRUE(isWell(OutputSize::withLongSide(32'768), ExportFormat::heic));
+
+    Situation situation;
+    situation.request.settings.size = OutputSize::withLongSide(2'000);
+    situation.request.photos[0].pixelSize = {49'900, 100};
+    situation.request.framing.batch.captions.front().fontSize.value = 300;
+    const auto findings = findingsFor(situation.request, situation.operations, {});
+    EXPECT_TRUE(std::ranges::any_of(findings, [](const ExportFinding& finding) {
+        return finding.title == QStringLiteral("3 photos have captions that don’t fit");
+    })) << "the one too, that is too large at full size";
 }
 
 TEST(ExportCheck, answersTheLastQuestion)

@@ -200,6 +200,13 @@ TEST_F(PreviewRenderQueueTest, tellsOfEachLogoOnceAndOfFramesThatCannotBe)
     EXPECT_TRUE(show(60'000, "y.png"));
     EXPECT_EQ(failed.size(), 1);
     EXPECT_TRUE(rendered.isEmpty());
+    now += std::chrono::seconds(1);
+    PreviewRequest reduced = request("a", 60'000);
+    reduced.outputSize = OutputSize::withLongSide(1'000);
+    queue.request(reduced);
+    EXPECT_TRUE(test::waitUntil([&] { return !queue.isBusy(); }));
+    ASSERT_EQ(rendered.size(), 1) << "it is exported at that size";
+    EXPECT_EQ(rendered[0][0].value<PreviewResult>().outputSize.longestSide(), 1'000);
 }
 
 TEST(PreviewRender, framesAsAnExportDoesWithinTheScreensMeasure)

@@ -101,7 +101,7 @@ TEST(PreviewPicture, standsInWithTheCaption)
         recipe.captions.front().isEnabled = hasCaption;
         PreviewPicture picture;
         const QSignalSpy changed(&picture, &PreviewPicture::changed);
-        picture.showStandIn(test::photoAt(test::photoUrl("a")), recipe, {});
+        picture.showStandIn(test::photoAt(test::photoUrl("a")), recipe, {}, {});
         picture.setComparing(compares);
         picture.setView(view);
         const auto before = changed.size();
@@ -205,7 +205,8 @@ TEST(PreviewRequester, asksWhenThePictureIsThereAndForEachNewFramingOnce)
                               .loadLogo = [](const auto&, const auto&) { return std::nullopt; },
                               .now = &PreviewRenderQueue::Clock::now,
                               .callLater = {}});
-    const PreviewRequester requester(session, loader, queue);
+    const ExportSession exportSession;
+    const PreviewRequester requester(session, exportSession, loader, queue);
     const auto rendersAfter = [&](const std::function<void()>& change) {
         change();
         EXPECT_TRUE(test::waitUntil([&] { return !queue.isBusy() && !loader.isLoading(); }));

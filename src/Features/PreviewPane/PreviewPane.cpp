@@ -78,7 +78,7 @@ PreviewPane::PreviewPane(PhotoSession& session, PreviewLoader& loader, PreviewRe
 
     loadingDelay_.setSingleShot(true);
     loadingDelay_.setInterval(loadingPatience);
-    requester_ = new PreviewRequester(session_, loader_, queue_, this);
+    requester_ = new PreviewRequester(session_, exportSession_, loader_, queue_, this);
     new ExportFollower(session_, exportSession_, this);
     connectModels();
     connectParts();
@@ -121,6 +121,7 @@ void PreviewPane::connectModels()
         if (const ImportedPhoto* photo = session_.selectedPhoto())
             canvas_->picture().setCorrections(photo->corrections);
     });
+    connect(&exportSession_, &ExportSession::settingsChanged, this, &PreviewPane::followRecipe);
     connect(&loader_, &PreviewLoader::photoChanged, this, &PreviewPane::followLoader);
     for (const auto signal : {&ExportSession::progressChanged, &ExportSession::isPlanningChanged})
         connect(&exportSession_, signal, this, &PreviewPane::followExport);
@@ -328,7 +329,8 @@ void PreviewPane::showStandIn()
 {
     const ImportedPhoto* photo = session_.selectedPhoto();
     if (photo)
-        canvas_->picture().showStandIn(*photo, session_.resolvedRecipe(photo->id()), session_.thumbnail(photo->id()));
+        canvas_->picture().showStandIn(*photo, session_.resolvedRecipe(photo->id()), exportSession_.settings().size,
+                                       session_.thumbnail(photo->id()));
     else
         canvas_->picture().clear();
     giveBare();
@@ -429,7 +431,8 @@ void PreviewPane::renewTexts()
         canvas_->setAccessibleName(QStringLiteral("Preview of %1, not readable").arg(name));
         return;
     }
-    const std::optional<PixelSize> output = framedSize(*photo, session_.resolvedRecipe(photo->id()));
+    const std::optional<PixelSize> output =
+        framedSize(*photo, session_.resolvedRecipe(photo->id()), exportSession_.settings().size);
     if (loadingLine_->isHidden())
         footer_->setPhoto(name, sizeDetails(*photo, output));
     else

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Features/PreviewPane/PreviewPicture.h"
 
+#include "Imaging/ExportLayout.h"
 #include "Imaging/ImageRenderer.h"
 #include "Imaging/RenderLayout.h"
 #include "Models/ErrorTexts.h"
@@ -36,11 +37,10 @@ double luminance(double red, double green, double blue)
     return 0.2126 * linear(red) + 0.7152 * linear(green) + 0.0722 * linear(blue);
 }
 
-std::optional<RenderLayout> layoutOf(const ImportedPhoto& photo, const RenderRecipe& recipe)
+std::optional<RenderLayout> layoutOf(const ImportedPhoto& photo, const RenderRecipe& recipe, const OutputSize& size)
 {
     try {
-        validateRenderBounds(photo.pixelSize, recipe, 1.0);
-        return RenderLayout::framedLayout(photo.pixelSize, recipe);
+        return largestLayout(photo.pixelSize, recipe, size).layout;
     } catch (const ImagePipelineError&) {
         return {};
     }
@@ -69,9 +69,9 @@ bool needsHairline(const RGBAColor& border, const QColor& backdrop)
     return (std::max(frame, ground) + 0.05) / (std::min(frame, ground) + 0.05) < visibleContrast;
 }
 
-std::optional<PixelSize> framedSize(const ImportedPhoto& photo, const RenderRecipe& recipe)
+std::optional<PixelSize> framedSize(const ImportedPhoto& photo, const RenderRecipe& recipe, const OutputSize& size)
 {
-    const std::optional<RenderLayout> layout = layoutOf(photo, recipe);
+    const std::optional<RenderLayout> layout = layoutOf(photo, recipe, size);
     return layout ? std::optional(layout->canvasSize) : std::nullopt;
 }
 
@@ -101,9 +101,10 @@ void PreviewPicture::clear()
     emit changed();
 }
 
-void PreviewPicture::showStandIn(const ImportedPhoto& photo, const RenderRecipe& recipe, const QImage& thumbnail)
+void PreviewPicture::showStandIn(const ImportedPhoto& photo, const RenderRecipe& recipe, const OutputSize& size,
+                                 const QImage& thumbnail)
 {
-    const std::optional<RenderLayout> layout = layoutOf(photo, recipe);
+    const std::optional<RenderLayout> layout = layoutOf(photo, recipe, size);
     clear();
     if (!layout)
         return;

@@ -21,8 +21,9 @@ namespace ferrow {
 /// Whether a frame of that color needs a line round it to be told from the backdrop.
 [[nodiscard]] bool needsHairline(const RGBAColor& border, const QColor& backdrop);
 
-/// What the exported picture of this photo measures; absent where the recipe can't be rendered.
-[[nodiscard]] std::optional<PixelSize> framedSize(const ImportedPhoto& photo, const RenderRecipe& recipe);
+/// What the exported picture of this photo measures, as largestLayout() has it; absent where it can't be rendered.
+[[nodiscard]] std::optional<PixelSize> framedSize(const ImportedPhoto& photo, const RenderRecipe& recipe,
+                                                  const OutputSize& size);
 
 /// The photo in its frame as the pane shows it: the thumbnail with the caption as a stand-in, then each render, true
 /// pixels over it where a render has too few, the bare photo while comparing. Keeps the pixels at the size they are
@@ -34,8 +35,9 @@ public:
     explicit PreviewPicture(QObject* parent = nullptr);
 
     void clear();
-    /// Another photo, of which only a thumbnail is there; it may be null.
-    void showStandIn(const ImportedPhoto& photo, const RenderRecipe& recipe, const QImage& thumbnail);
+    /// Another photo, of which only a thumbnail is there; it may be null. `size` is what it is written at.
+    void showStandIn(const ImportedPhoto& photo, const RenderRecipe& recipe, const OutputSize& size,
+                     const QImage& thumbnail);
     /// A render of that photo. What was shown stays until the new one has been brought to its size.
     void showRendered(const PreviewResult& result);
     /// What the captions say of the photo shown from now on; a render with them follows.

@@ -12,14 +12,15 @@ bool isSamePicture(const Bitmap& left, const Bitmap& right)
 
 } // namespace
 
-PreviewRequester::PreviewRequester(PhotoSession& session, PreviewLoader& loader, PreviewRenderQueue& queue,
-                                   QObject* parent)
-    : QObject(parent), session_(session), loader_(loader), queue_(queue)
+PreviewRequester::PreviewRequester(PhotoSession& session, const ExportSession& exportSession, PreviewLoader& loader,
+                                   PreviewRenderQueue& queue, QObject* parent)
+    : QObject(parent), session_(session), exportSession_(exportSession), loader_(loader), queue_(queue)
 {
     for (const auto signal :
          {&PhotoSession::selectedPhotoIDChanged, &PhotoSession::photosChanged, &PhotoSession::batchRecipeChanged,
           &PhotoSession::photoRecipesChanged, &PhotoSession::recipeScopeChanged, &PhotoSession::correctionsChanged})
         connect(&session_, signal, this, &PreviewRequester::update);
+    connect(&exportSession_, &ExportSession::settingsChanged, this, &PreviewRequester::update);
     connect(&loader_, &PreviewLoader::photoChanged, this, &PreviewRequester::update);
     update();
 }
@@ -36,15 +37,17 @@ void PreviewRequester::update()
 
     const RenderRecipe& recipe = session_.resolvedRecipe(selected->id());
     const PhotoMetadata metadata = selected->captionMetadata();
+    const OutputSize& size = exportSession_.settings().size;
     if (asked_ && asked_->photoID == selected->id() && isSamePicture(asked_->source, loaded->previewSource) &&
-        asked_->recipe == recipe && asked_->metadata == metadata)
+        asked_->recipe == recipe && asked_->metadata == metadata && asked_->outputSize == size)
         return;
-    asked_ = Asked{selected->id(), loaded->previewSource, recipe, metadata};
+    asked_ = Asked{selected->id(), loaded->previewSource, recipe, metadata, size};
     queue_.request({.photoID = loaded->id(),
                     .source = loaded->previewSource,
                     .pixelSize = loaded->pixelSize,
                     .recipe = recipe,
-                    .metadata = metadata});
+                    .metadata = metadata,
+                    .outputSize = size});
 }
 
 void PreviewRequester::giveUp()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Session/ExportSession.h"
 #include "Session/PhotoSession.h"
 #include "Session/PreviewLoader.h"
 #include "Session/PreviewRenderQueue.h"
@@ -17,9 +18,9 @@ class PreviewRequester : public QObject {
     Q_OBJECT
 
 public:
-    /// The three must outlive it.
-    PreviewRequester(PhotoSession& session, PreviewLoader& loader, PreviewRenderQueue& queue,
-                     QObject* parent = nullptr);
+    /// The four must outlive it.
+    PreviewRequester(PhotoSession& session, const ExportSession& exportSession, PreviewLoader& loader,
+                     PreviewRenderQueue& queue, QObject* parent = nullptr);
 
 private:
     struct Asked {
@@ -27,12 +28,14 @@ private:
         Bitmap source; ///< Held, so that its address stays its own.
         RenderRecipe recipe;
         PhotoMetadata metadata;
+        OutputSize outputSize;
     };
 
     void update();
     void giveUp();
 
     PhotoSession& session_;
+    const ExportSession& exportSession_;
     PreviewLoader& loader_;
     PreviewRenderQueue& queue_;
     std::optional<Asked> asked_;
