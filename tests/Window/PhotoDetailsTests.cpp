@@ -95,6 +95,8 @@ TEST_F(Details, correctGiveBackAndLeaveOut)
     EXPECT_EQ(lens(a), QStringLiteral("Lens of a"));
     EXPECT_EQ(window.focusWidget(), &field("lens"));
 
+    type("lens", "A name that is far too long to be seen as a whole", Qt::Key_Tab);
+    EXPECT_EQ(field("lens").cursorPosition(), 0) << "its beginning is seen";
     type("lens", "", Qt::Key_Tab);
     EXPECT_EQ(lens(a), QStringLiteral("none"));
     EXPECT_TRUE(field("lens").isCorrected());

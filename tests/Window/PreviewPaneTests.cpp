@@ -106,7 +106,8 @@ TEST(PreviewPicture, standsInWithTheCaption)
         picture.setView(view);
         const auto before = changed.size();
         picture.setCorrections({{MetadataField::title, QStringLiteral("Summer")}});
-        EXPECT_TRUE(!hasCaption || test::waitUntil([&] { return changed.size() > before; }));
+        // Once without a title, which was on its way, and once with it.
+        EXPECT_TRUE(!hasCaption || test::waitUntil([&] { return changed.size() == before + 2; }));
         QImage canvas(400, 300, QImage::Format_RGB32);
         canvas.fill(Qt::white);
         QPainter painter(&canvas);

@@ -215,7 +215,7 @@ QWidget* PhotoDetails::buildFoot()
 {
     foot_ = new QWidget;
     auto* column = new QVBoxLayout(foot_);
-    column->setContentsMargins(0, 0, 0, 0);
+    column->setContentsMargins(1, 0, 1, 0); // The line ends at the card's edge.
     column->setSpacing(0);
     column->addWidget(new HairLine);
     auto* content = new QWidget;
@@ -325,6 +325,7 @@ void PhotoDetails::refresh()
             picture = picture.scaled(thumbnailRoom * ratio, Qt::KeepAspectRatio, Qt::SmoothTransformation);
         picture.setDevicePixelRatio(ratio);
         thumbnail_->setPixmap(picture);
+        thumbnail_->setAccessibleName(QStringLiteral("Thumbnail of %1").arg(photo->filename()));
         name_->setText(photo->filename());
         size_->setText(QStringLiteral("%1 · %2").arg(photo->pixelSize.formatted(), inputType(photo->type).code));
     }
@@ -341,6 +342,9 @@ void PhotoDetails::refreshRow(const Row& row, const ImportedPhoto& photo)
     const MetadataValue read = photo.metadata.value(row.field);
     const QString says = fileSays(read);
     row.value->showText(MetadataTexts::text(isCorrected ? correction->second : read));
+    // Of what is too long for the field, its beginning.
+    if (!row.value->hasFocus())
+        row.value->setCursorPosition(0);
     row.value->setPlaceholderText(isCorrected ? QStringLiteral("Left out") : QStringLiteral("Not in the file"));
     row.value->setCorrected(isCorrected, says);
     if (!row.value->hasError())
