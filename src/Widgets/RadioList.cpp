@@ -20,7 +20,7 @@ constexpr int inset = Space::group;
 
 int headingHeight()
 {
-    return Theme::current().lineHeight(TextRole::small) + Space::iconEdge;
+    return Theme::current().lineHeight(TextRole::small) + 2 * Space::iconEdge;
 }
 
 } // namespace
@@ -96,8 +96,8 @@ void RadioList::paintEvent(QPaintEvent*)
     painter.setFont(Theme::current().font(TextRole::small));
     painter.setPen(themeColor(&ThemeColors::text2));
     for (const auto& [index, text] : headings_)
-        painter.drawText(itemRect(index).adjusted(inset, -headingHeight(), -inset, 0), Qt::AlignLeft | Qt::AlignTop,
-                         text);
+        painter.drawText(itemRect(index).adjusted(inset, Space::iconEdge - headingHeight(), -inset, 0),
+                         Qt::AlignLeft | Qt::AlignTop, text);
 }
 
 void RadioList::paintItem(QPainter& painter, int index) const

@@ -123,7 +123,7 @@ void TokenPopover::buildStyles()
     connect(patternField_, &CommitField::errorChanged, this, &TokenPopover::relayout);
 
     auto* rows = new QVBoxLayout;
-    rows->setSpacing(Space::iconEdge);
+    rows->setSpacing(Space::group);
     rows->addWidget(styles_);
     rows->addWidget(row);
     body()->addLayout(rows);
