@@ -77,10 +77,10 @@ def sheet(program, photo, logo, target):
             folder = pathlib.Path(scratch, str(number))
             folder.mkdir()
             picture, said = framed(program, photo, options, str(folder))
-            label = name if not said else f"{name}: {said[:70]}"
+            label = name if not said else f"{name}: {said[:34]}"
             cells += ["-label", label.replace("%", "%%").replace("\\", ""), picture or "xc:red"]
         subprocess.run(["montage", "-background", "#909090", "-pointsize", "13", *cells, "-geometry",
-                        "330x330>+10+10", "-tile", "6x", target], check=True)
+                        "330x330+10+10", "-tile", "6x", target], check=True)
 
 
 def main():
