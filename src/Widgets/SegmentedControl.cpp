@@ -3,12 +3,14 @@
 
 #include "Widgets/StyleDrawing.h"
 
+#include <QApplication>
 #include <QEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 
 #include <algorithm>
+#include <cstdlib>
 #include <numeric>
 #include <utility>
 
@@ -52,7 +54,8 @@ void SegmentedControl::setSegments(const QStringList& texts, const QStringList& 
     if (segments == segments_)
         return;
     segments_ = std::move(segments);
-    hovered_ = pressed_ = -1;
+    hovered_ = -1;
+    endDrag();
     updateGeometry();
     update();
     notifyItemsReplaced(this);
@@ -152,10 +155,22 @@ void SegmentedControl::paintEvent(QPaintEvent*)
         const int room = box.width() - textPadding;
         painter.drawText(box, Qt::AlignCenter, painter.fontMetrics().elidedText(segment.text, Qt::ElideRight, room));
     }
+    if (dragX_) {
+        const int to = dropIndex();
+        const QRect box = all[std::size_t(to)];
+        if (to != pressed_)
+            paintBox(painter, QRectF(to < pressed_ ? box.left() : box.right() - 1, 0, Measure::focusWidth, height()), 1,
+                     colors.accent);
+    }
 }
 
 void SegmentedControl::keyPressEvent(QKeyEvent* event)
 {
+    if (dragX_) {
+        if (event->key() == Qt::Key_Escape)
+            endDrag();
+        return;
+    }
     const auto nextEnabled = [this](int from, int step) {
         int index = from;
         while (index >= 0 && index < count() && !segments_[std::size_t(index)].enabled)
@@ -184,13 +199,53 @@ void SegmentedControl::mousePressEvent(QMouseEvent* event)
         event->ignore();
         return;
     }
-    pressed_ = indexAt(event->position().toPoint());
+    pressPoint_ = event->position().toPoint();
+    pressed_ = indexAt(pressPoint_);
     hovered_ = pressed_;
     update();
 }
 
+int SegmentedControl::dropIndex() const
+{
+    const std::vector<QRect> all = rects();
+    int index = pressed_;
+    // Past the middle of a neighbor it takes that one's place.
+    while (index > 0 && *dragX_ < all[std::size_t(index - 1)].center().x())
+        --index;
+    while (index + 1 < count() && *dragX_ > all[std::size_t(index + 1)].center().x())
+        ++index;
+    return index;
+}
+
+void SegmentedControl::endDrag()
+{
+    dragX_.reset();
+    pressed_ = -1;
+    unsetCursor();
+    update();
+}
+
+bool SegmentedControl::event(QEvent* event)
+{
+    // Esc gives up a drag, and must not close what the control lies in.
+    if (dragX_ && event->type() == QEvent::ShortcutOverride &&
+        static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
+        event->accept();
+        return true;
+    }
+    return QWidget::event(event);
+}
+
 void SegmentedControl::mouseReleaseEvent(QMouseEvent* event)
 {
+    if (dragX_) {
+        const int from = pressed_;
+        const int to = dropIndex();
+        endDrag();
+        if (to != from)
+            emit moveRequested(from, to);
+        return;
+    }
     const int pressed = std::exchange(pressed_, -1);
     update();
     if (pressed >= 0 && indexAt(event->position().toPoint()) == pressed)
@@ -199,7 +254,22 @@ void SegmentedControl::mouseReleaseEvent(QMouseEvent* event)
 
 void SegmentedControl::mouseMoveEvent(QMouseEvent* event)
 {
-    const int index = indexAt(event->position().toPoint());
+    const QPoint point = event->position().toPoint();
+    if (isMovable_ && pressed_ >= 0 && !dragX_ &&
+        std::abs(point.x() - pressPoint_.x()) >= QApplication::startDragDistance()) {
+        // Whoever hears of it may give it other texts, which would end a drag.
+        const int dragged = pressed_;
+        choose(dragged);
+        pressed_ = dragged;
+        setCursor(Qt::ClosedHandCursor);
+        dragX_ = point.x();
+    }
+    if (dragX_) {
+        dragX_ = point.x();
+        update();
+        return;
+    }
+    const int index = indexAt(point);
     if (std::exchange(hovered_, index) != index)
         update();
 }

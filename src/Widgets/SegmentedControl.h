@@ -6,6 +6,7 @@
 #include <QString>
 #include <QWidget>
 
+#include <optional>
 #include <vector>
 
 namespace ferrow {
@@ -23,6 +24,8 @@ public:
     /// Other segments, as many as there are texts. `names` is what assistive technology calls them.
     void setSegments(const QStringList& texts, const QStringList& names);
     void setSegmentEnabled(int index, bool enabled);
+    /// By the mouse; the keys for it are the caller's.
+    void setMovable(bool movable) { isMovable_ = movable; }
     [[nodiscard]] int count() const { return int(segments_.size()); }
 
     [[nodiscard]] int currentIndex() const { return current_; }
@@ -40,8 +43,11 @@ public:
 signals:
     /// By the user's hand only, and only when another segment was chosen.
     void chosen(int index);
+    /// A segment was dragged to the place of another, and has been chosen before. Nothing has moved yet.
+    void moveRequested(int from, int to);
 
 protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -63,11 +69,17 @@ private:
     [[nodiscard]] int indexAt(QPoint point) const;
     [[nodiscard]] int naturalWidth(int index) const;
     void choose(int index);
+    /// Where the dragged segment would come to stand.
+    [[nodiscard]] int dropIndex() const;
+    void endDrag();
 
     std::vector<Segment> segments_;
     int current_ = 0;
     int hovered_ = -1;
     int pressed_ = -1;
+    bool isMovable_ = false;
+    QPoint pressPoint_;
+    std::optional<int> dragX_; ///< Where the pointer is with the pressed segment.
 };
 
 } // namespace ferrow

@@ -239,6 +239,38 @@ TEST_F(Inspector, hasTabsFromTheSecondCaptionOn)
     EXPECT_EQ(recipe(), usual);
 }
 
+TEST_F(Inspector, movesACaptionWhereItsTabIsDragged)
+{
+    session.setBatchRecipe({.captions = {{.segments = CaptionSegment::parse(QStringLiteral("a"))},
+                                         {.segments = CaptionSegment::parse(QStringLiteral("b"))},
+                                         {.segments = CaptionSegment::parse(QStringLiteral("c"))}}});
+    auto& tabs = find<SegmentedControl>("captionTabs");
+    const auto order = [&] {
+        QString all;
+        for (const Caption& caption : recipe().captions)
+            all += caption.captionTemplate();
+        return all + QString::number(tabs.currentIndex());
+    };
+    const auto drag = [&](int from, int to) {
+        QTest::mousePress(&tabs, Qt::LeftButton, {}, tabs.item(from).rect.center());
+        // What is taken is chosen, which makes it wider.
+        QTest::mouseMove(&tabs, tabs.item(from).rect.center() + QPoint(from < to ? 12 : -12, 0));
+        QTest::mouseMove(&tabs, tabs.item(to).rect.center() + QPoint(from < to ? 1 : -1, 0));
+    };
+    drag(0, 2);
+    EXPECT_EQ(order(), QStringLiteral("abc0")) << "nothing has moved yet";
+    QTest::mouseRelease(&tabs, Qt::LeftButton);
+    EXPECT_EQ(order(), QStringLiteral("bca2"));
+    drag(1, 0);
+    QTest::keyClick(&tabs, Qt::Key_Escape);
+    QTest::mouseRelease(&tabs, Qt::LeftButton);
+    EXPECT_EQ(order(), QStringLiteral("bca1")) << "taken, and given up";
+    drag(1, 0);
+    QTest::mouseRelease(&tabs, Qt::LeftButton);
+    EXPECT_EQ(order(), QStringLiteral("cba0"));
+    EXPECT_EQ(history.stack().count(), 2);
+}
+
 TEST_F(Inspector, triesFontsUntilOneIsKept)
 {
     auto& font = find<QPushButton>("captionFontButton");

@@ -22,7 +22,9 @@ CaptionTabs::CaptionTabs(QWidget* parent) : QWidget(parent)
     // Its texts give way, rather than make the pane wider.
     tabs_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     tabs_->setContextMenuPolicy(Qt::CustomContextMenu);
+    tabs_->setMovable(true);
     connect(tabs_, &SegmentedControl::chosen, this, &CaptionTabs::chosen);
+    connect(tabs_, &SegmentedControl::moveRequested, this, [this](int from, int to) { emit moveRequested(to - from); });
     connect(tabs_, &QWidget::customContextMenuRequested, this,
             [this](const QPoint& point) { openMenu(tabs_->mapToGlobal(point)); });
     row->addWidget(tabs_, 1);

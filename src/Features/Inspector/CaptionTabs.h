@@ -25,7 +25,7 @@ signals:
     void chosen(int index);
     void addRequested();
     void removeRequested();
-    /// The chosen one is to change places with the one before it (-1) or behind it (1).
+    /// The chosen one is to go so many places to the front (below 0) or back.
     void moveRequested(int by);
 
 private:
