@@ -246,7 +246,8 @@ TEST(Arguments, giveEachCaptionTheOptionsBehindIt)
 TEST(Arguments, takeOptionsOfTokensAndRefuseThoseThatAreNone)
 {
     const QByteArray good = "{captureDate:d MMMM 'at' HH:mm|no date} {lens|by hand} {title: x}";
-    EXPECT_EQ(settingsOf({"--caption", good}).recipe.captions.front().captionTemplate(), QString::fromUtf8(good));
+    EXPECT_EQ(settingsOf({"--caption", good, "x.jpg"}).recipe.captions.front().captionTemplate(),
+              QString::fromUtf8(good));
     EXPECT_EQ(messageFor({"--caption", "{iso} {captureDate:d 'at}"}),
               QStringLiteral("--caption: The words behind an apostrophe need another one at their end."));
 }
