@@ -219,7 +219,7 @@ void photographTokens(ContentView& window, Photographer& photographer)
     };
     open(4);
     photographer.shoot("token-date");
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_End);
+    QTest::keyClick(window.findChild<QWidget*>(QStringLiteral("dateStyles")), Qt::Key_End);
     auto* pattern = window.findChild<QLineEdit*>(QStringLiteral("datePatternField"));
     pattern->setFocus();
     pattern->selectAll();
