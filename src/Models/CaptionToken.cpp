@@ -24,11 +24,12 @@ QString escaped(const QString& text)
     return written;
 }
 
-/// Goes through an option's text and leaves `rest` at `end`, or empty. Absent where the text isn't well formed.
-std::optional<QString> takeOption(QStringView& rest, QChar end = {})
+/// Goes through an option's text and leaves `rest` at `end`, where there is one, or empty. Absent where the text isn't
+/// well formed.
+std::optional<QString> takeOption(QStringView& rest, std::optional<QChar> end = {})
 {
     QString text;
-    for (; !rest.isEmpty() && rest.front() != end; rest = rest.sliced(1)) {
+    for (; !rest.isEmpty() && !(end && rest.front() == *end); rest = rest.sliced(1)) {
         QChar character = rest.front();
         if (character == u'{' || character == u'}')
             return std::nullopt;

@@ -18,6 +18,7 @@ TEST(CaptionToken, writesOptionsThatAreReadAsTheyWere)
         {{date, {DateStyle::custom, u"'iso'd"_s}}, u"{captureDate:'iso'd}"_s},
         {{MetadataToken::lens, {}, u"}{iso}|\\n\n"_s}, u"{lens|\\)\\(iso\\)\\|\\\\n\\n}"_s},
         {{MetadataToken::iso, {}, u" \u00B7 "_s}, u"{iso| \u00B7 }"_s},
+        {{MetadataToken::iso, {}, u"a\0b"_s}, u"{iso|a\0b}"_s},
     };
     for (const auto& [token, written] : rows) {
         SCOPED_TRACE(written.toStdString());

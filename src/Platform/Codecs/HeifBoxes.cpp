@@ -159,7 +159,7 @@ void PictureCheck::checkDerivation(std::uint32_t id, int depth)
     if (++visits_ > mostVisits)
         refuseKind(QStringLiteral("HEIF image of too many parts"));
     const Item& item = items_.at(id);
-    // Newer libraries decode what there is of a picture that was cut off, and say nothing.
+    // A picture that was cut off: newer libraries notice while they decode it, and not before.
     if (!items_.isWhole(source_, item) || (isDerived(item.type) && item.sources.empty()))
         refuse();
     if (item.type == fourCharacters("grid"))
