@@ -78,13 +78,10 @@ void collectLinkedFonts(std::set<std::string>& places)
 
 } // namespace
 
-void warmUpCodecs()
-{
-    loadCodecPlugins();
-    ::tzset(); // Color profiles that are made get the date.
-}
+namespace {
 
-void warmUpHeicEncoder()
+/// Color profiles, tables and whatever else an encoder makes at its first use: else each photo's process would, anew.
+void writeTinyPicture(OutputType type)
 {
     const Descriptor file = openMemoryFile("ferrow-warm-up");
     if (!file.isOpen())
@@ -95,12 +92,26 @@ void warmUpHeicEncoder()
     options.size = {side, side};
     options.profile = ColorProfile::sRGB();
     try {
-        const auto encoder = openEncoder(OutputType::heif, sink, options);
+        const auto encoder = openEncoder(type, sink, options);
         encoder->writeRows(side, rows.data(), side * 3);
         encoder->finish();
     } catch (const EncoderError&) {
         // Then photos will be refused, each with its reason.
     }
+}
+
+} // namespace
+
+void warmUpCodecs()
+{
+    loadCodecPlugins();
+    ::tzset(); // Color profiles that are made get the date.
+    writeTinyPicture(OutputType::jpeg);
+}
+
+void warmUpHeicEncoder()
+{
+    writeTinyPicture(OutputType::heif);
 }
 
 std::vector<std::string> warmUpText()
