@@ -76,10 +76,6 @@ void collectLinkedFonts(std::set<std::string>& places)
     places.merge(linked);
 }
 
-} // namespace
-
-namespace {
-
 /// Color profiles, tables and whatever else an encoder makes at its first use: else each photo's process would, anew.
 void writeTinyPicture(OutputType type)
 {
