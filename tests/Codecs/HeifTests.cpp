@@ -227,6 +227,21 @@ TEST_F(Heif, readsColorSpacesFromCodePoints)
     EXPECT_EQ(profileOf(12), ColorProfile::displayP3());
     EXPECT_EQ(profileOf(9), ColorProfile::rec2020());
     EXPECT_EQ(profileOf(2), ColorProfile());
+
+    // Light by two bytes of 4,000, and of the display in ten-thousandths: 1,500, behind its colors.
+    const QByteArray content = box("clli", QByteArray("\x0f\xa0\x02\x58", 4));
+    const QByteArray display = box("mdcv", QByteArray(16, '\1') + QByteArray("\0\xe4\xe1\xc0\0\0\0\1", 8));
+    const auto hdrOf = [&](char curve, const QByteArray& light, const QByteArray& theirs) {
+        const QByteArray codes = QByteArray("nclx\0\x09\0", 7) + curve + QByteArray("\0\x09\x80", 3);
+        return decode(makeHeif({{"hvc1", tile.data, "\2\3\4" + theirs}}, properties + box("colr", codes) + light))
+            .profile;
+    };
+    EXPECT_EQ(hdrOf(16, {}, {}), ColorProfile::hdr(WellKnown::bt2100Pq, ColorModel::rgb));
+    EXPECT_EQ(hdrOf(18, {}, {}), ColorProfile::hdr(WellKnown::bt2100Hlg, ColorModel::rgb));
+    EXPECT_EQ(hdrOf(16, {}, {}).peak(), 1'000);
+    EXPECT_EQ(hdrOf(16, content, "\5").peak(), 4'000);
+    EXPECT_EQ(hdrOf(16, display, "\5").peak(), 1'500);
+    EXPECT_EQ(hdrOf(16, display + content, "\5\6").peak(), 4'000);
 }
 
 TEST_F(Heif, dividesPremultipliedColorsByTheirAlpha)

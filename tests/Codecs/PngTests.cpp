@@ -218,6 +218,20 @@ TEST(PngDecoder, takesTheProfileThatCounts)
     EXPECT_EQ(profileOf(icc(deflated("nothing of the kind"))), ColorProfile());
     EXPECT_EQ(profileOf(icc(deflated(ColorProfile::sGray().icc()))), ColorProfile());
     EXPECT_EQ(profileOf(srgb + icc("nothing")), ColorProfile::sRGB());
+
+    const auto codes = [](const char* four) { return chunk("cICP", QByteArray(four, 4)); };
+    const QByteArray pq = codes("\x09\x10\0\1");
+    const QByteArray content = chunk("cLLI", bigEndian(40'000'000) + bigEndian(1));
+    const QByteArray display = chunk("mDCV", QByteArray(16, '\1') + bigEndian(15'000'000) + bigEndian(1));
+    EXPECT_EQ(profileOf(p3 + srgb + pq), ColorProfile::hdr(WellKnown::bt2100Pq, ColorModel::rgb));
+    EXPECT_EQ(profileOf(codes("\x09\x12\0\1")), ColorProfile::hdr(WellKnown::bt2100Hlg, ColorModel::rgb));
+    EXPECT_EQ(profileOf(codes("\x09\x10\1\1") + p3), ColorProfile::displayP3()) << "not RGB";
+    EXPECT_EQ(profileOf(codes("\x09\x10\0\0") + p3), ColorProfile::displayP3()) << "not in full range";
+    EXPECT_EQ(profileOf(pq).peak(), 1'000);
+    EXPECT_EQ(profileOf(pq + content).peak(), 4'000);
+    EXPECT_EQ(profileOf(display + pq).peak(), 1'500);
+    EXPECT_EQ(profileOf(display + content + pq).peak(), 4'000);
+    EXPECT_EQ(profileOf(chunk("cLLI", "short") + pq).peak(), 1'000);
 }
 
 } // namespace ferrow

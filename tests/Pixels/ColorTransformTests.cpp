@@ -52,6 +52,45 @@ void expectNear(const Levels& found, const Levels& wanted, int tolerance = 1)
 
 } // namespace
 
+// Grays that libplacebo's functions for PQ, HLG and BT.2390 (knee offset 0.5) give, and colors by hand, from the factor
+// that a gray as bright as the brightest component has.
+TEST(ColorTransform, drawsHighDynamicRangeTogether)
+{
+    struct Row {
+        double level;
+        double shown;
+    };
+    const auto gray = [](double level) { return Levels(3, int(std::lround(level * 65535))); };
+    const ColorProfile pq = ColorProfile::hdr(WellKnown::bt2100Pq, ColorModel::rgb);
+    const ColorProfile hlg = ColorProfile::hdr(WellKnown::bt2100Hlg, ColorModel::rgb);
+    for (const auto& [level, shown] :
+         {Row{0, 0}, Row{.10, 5.3}, Row{.20, 28.5}, Row{.30, 62.8}, Row{.40, 111.3}, Row{.50, 179.6}, Row{.5807, 229.0},
+          Row{.65, 249.3}, Row{.7518, 255}, Row{.85, 255}, Row{1, 255}})
+        for (const ColorProfile& to : {sRGB, p3})
+            for (const int found : converted(pq, rgb16, gray(level), to))
+                EXPECT_NEAR(found, shown, 0.7) << "PQ " << level;
+    for (const auto& [level, shown] :
+         {Row{0, 0}, Row{.05, 3.3}, Row{.10, 16.2}, Row{.25, 61.4}, Row{.38, 100.7}, Row{.50, 136.9}, Row{.60, 173.0},
+          Row{.75, 229.0}, Row{.85, 248.8}, Row{.90, 253.1}, Row{1, 255}})
+        for (const int found : converted(hlg, rgb16, gray(level)))
+            EXPECT_NEAR(found, shown, 0.7) << "HLG " << level;
+    const auto color = [](double red, double green, double blue) {
+        return Levels{int(std::lround(red * 65535)), int(std::lround(green * 65535)), int(std::lround(blue * 65535))};
+    };
+    expectNear(converted(pq, rgb16, color(.58, .40, .30)), {255, 59, 35});
+    expectNear(converted(hlg, rgb16, color(.58, .40, .30)), {181, 102, 78});
+
+    // As bright as a page: nothing is drawn together, and what would be brighter is cut off.
+    const ColorProfile dim = ColorProfile::hdr(WellKnown::bt2100Pq, ColorModel::rgb, 203);
+    expectNear(converted(dim, rgb16, gray(.5)), Levels(3, 181));
+    expectNear(converted(dim, rgb8, {148, 148, 148}), Levels(3, 255));
+    expectNear(converted(pq, PixelFormat{ColorModel::rgb, 8, Alpha::straight}, {128, 128, 128, 77}, sRGB, rgba8),
+               {181, 181, 181, 77});
+    expectNear(converted(ColorProfile::hdr(WellKnown::bt2100Pq, ColorModel::gray), gray8, {128}), Levels(3, 181));
+    EXPECT_FALSE(pq.isEquivalentTo(ColorProfile::rec2020()));
+    EXPECT_FALSE(pq.canBeTarget());
+}
+
 // Display P3 values as CSS Color 4's examples have them (0.9175 0.2003 0.1386 for red); Adobe RGB's worked out from its
 // published matrix (its curve turns a last digit of the matrix into two levels of black, hence the ones); the gray of
 // ProPhoto from the curves alone.

@@ -242,8 +242,11 @@ HeifPicture PictureCheck::run()
         picture_.item = original->second;
     const Item& item = items_.at(picture_.item);
     picture_.declaredSize = declaredSizeOf(item);
-    for (const Property* property : items_.propertiesOf(item))
+    for (const Property* property : items_.propertiesOf(item)) {
         picture_.isTurned = picture_.isTurned || property->isTurn;
+        if (property->peak > 0 && (picture_.peak == 0 || property->type == fourCharacters("clli")))
+            picture_.peak = property->peak;
+    }
     // An assembly is decoded at the size in its own data, whatever its size property says; they differ in forged files
     // only.
     if (const auto assembly = assemblyOf(item)) {

@@ -14,6 +14,7 @@ struct HeifPicture {
     PixelSize declaredSize; ///< Before rotation and crop. Each side with its full 32 bits.
     std::int64_t tiles = 1;
     bool isTurned = false; ///< Turned or cropped, for which the library makes a copy.
+    int peak = 0; ///< Of its light, in cd/m², or else of the display that it was made for; 0 where neither is said.
     /// A part is coded, or put together, in another size than it declares, or is far larger than the whole: decoding
     /// would cost far more than the header says.
     bool contradictsItself = false;

@@ -47,7 +47,8 @@ void check(const heif_error& error, const heif::Reader& reader, CodecError::Reas
                                                                        : QString()};
 }
 
-ColorProfile profileOfCodePoints(const heif_color_profile_nclx& codePoints)
+/// `peak` is 0 where nobody says how bright the picture gets.
+ColorProfile profileOfCodePoints(const heif_color_profile_nclx& codePoints, int peak)
 {
     switch (codePoints.color_primaries) {
     case heif_color_primaries_ITU_R_BT_709_5:
@@ -55,13 +56,17 @@ ColorProfile profileOfCodePoints(const heif_color_profile_nclx& codePoints)
     case heif_color_primaries_SMPTE_EG_432_1:
         return ColorProfile::displayP3();
     case heif_color_primaries_ITU_R_BT_2020_2_and_2100_0:
+        if (codePoints.transfer_characteristics == heif_transfer_characteristic_ITU_R_BT_2100_0_PQ)
+            return ColorProfile::hdr(WellKnown::bt2100Pq, ColorModel::rgb, peak > 0 ? peak : ColorProfile::usualPeak);
+        if (codePoints.transfer_characteristics == heif_transfer_characteristic_ITU_R_BT_2100_0_HLG)
+            return ColorProfile::hdr(WellKnown::bt2100Hlg, ColorModel::rgb);
         return ColorProfile::rec2020();
     default:
         return {};
     }
 }
 
-ColorProfile profileOf(const heif_image_handle* handle)
+ColorProfile profileOf(const heif_image_handle* handle, int peak)
 {
     constexpr std::size_t largestProfile = 16'000'000;
     const std::size_t size = heif_image_handle_get_raw_color_profile_size(handle);
@@ -75,7 +80,7 @@ ColorProfile profileOf(const heif_image_handle* handle)
     heif_color_profile_nclx* codePoints = nullptr;
     if (heif_image_handle_get_nclx_color_profile(handle, &codePoints).code != heif_error_Ok)
         return {};
-    return profileOfCodePoints(*heif::CodePoints(codePoints));
+    return profileOfCodePoints(*heif::CodePoints(codePoints), peak);
 }
 
 /// A picture that the library is never asked for. Its size is for the caller, who has limits to hold it against.
@@ -146,7 +151,7 @@ HeifDecoder::HeifDecoder(const ByteSource& source, const HeifPicture& picture, c
         fail(CodecError::Reason::malformed);
     format_.bitsPerComponent = bits > 8 ? 16 : 8;
     format_.alpha = heif_image_handle_has_alpha_channel(handle) != 0 ? Alpha::straight : Alpha::none;
-    profile_ = profileOf(handle);
+    profile_ = profileOf(handle, picture.peak);
 }
 
 PixelSize HeifDecoder::codedSize() const

@@ -233,6 +233,11 @@ Property propertyFrom(std::uint32_t type, Cursor content)
         property.isTurn = true;
     } else if (type == fourCharacters("hvcC")) {
         property.sequences = sequencesOf(content);
+    } else if (type == fourCharacters("clli")) {
+        property.peak = int(content.number(2));
+    } else if (type == fourCharacters("mdcv")) {
+        content.take(16); // Primaries and white.
+        property.peak = int(std::min<std::uint64_t>(content.number(4) / 10'000, 10'000));
     }
     return property;
 }

@@ -26,6 +26,7 @@ struct Property {
     PixelSize size;                      ///< Of a size property.
     bool isTurn = false;                 ///< A rotation other than by nothing, or a crop.
     std::vector<HevcSequence> sequences; ///< Of a decoder configuration.
+    int peak = 0;                        ///< Of the picture's light, or of the display it was made for, in cd/m².
 };
 
 struct Item {

@@ -2,9 +2,12 @@
 #include "Platform/Codecs/CodecSupport.h"
 #include "Platform/Codecs/ImageDecoder.h"
 
+#include <QtEndian>
+
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <optional>
 #include <string_view>
 
 #include <png.h>
@@ -106,7 +109,10 @@ private:
         png_set_keep_unknown_chunks(handle_.png, PNG_HANDLE_CHUNK_AS_DEFAULT, asBytes("iCCP"), 1);
         // The library would drop a profile that comes beside an sRGB chunk, where the profile shall win.
         png_set_keep_unknown_chunks(handle_.png, PNG_HANDLE_CHUNK_ALWAYS, asBytes("sRGB"), 1);
-        png_set_chunk_cache_max(handle_.png, 4);
+        // Not every version of the library reads code points, or says how bright a picture gets.
+        for (const char* const name : {"cICP", "cLLI", "mDCV"})
+            png_set_keep_unknown_chunks(handle_.png, PNG_HANDLE_CHUNK_ALWAYS, asBytes(name), 1);
+        png_set_chunk_cache_max(handle_.png, 8);
         png_read_info(handle_.png, handle_.info);
         describe();
         if (tolerance_ == Tolerance::tolerant)
@@ -125,18 +131,56 @@ private:
         format_.alpha = hasAlpha ? Alpha::straight : Alpha::none;
     }
 
-    /// Gamma and primaries without a profile are left aside: readers of untagged files take them for sRGB.
+    /// Of a chunk that was kept as it is; empty where there is none.
+    [[nodiscard]] QByteArray keptChunk(const char* name) const
+    {
+        png_unknown_chunkp kept = nullptr;
+        const int count = png_get_unknown_chunks(handle_.png, handle_.info, &kept);
+        for (int i = 0; i < count; ++i)
+            if (std::strcmp(reinterpret_cast<const char*>(kept[i].name), name) == 0)
+                return {reinterpret_cast<const char*>(kept[i].data), qsizetype(kept[i].size)};
+        return {};
+    }
+
+    /// Of the whole picture, in cd/m²: as measured, or else of the display that it was made for; 0 where neither is
+    /// said. Both are kept in units of a ten-thousandth.
+    [[nodiscard]] int peak() const
+    {
+        const QByteArray measured = keptChunk("cLLI");
+        const QByteArray display = keptChunk("mDCV");
+        constexpr qsizetype displayPeak = 16; // Behind three primaries and white, of four bytes each.
+        const quint32 units = measured.size() == 8   ? qFromBigEndian<quint32>(measured.constData())
+                              : display.size() == 24 ? qFromBigEndian<quint32>(display.constData() + displayPeak)
+                                                     : 0;
+        return int(std::min(units / 10'000, quint32{10'000}));
+    }
+
+    /// By code points of BT.2020 with PQ or HLG, RGB in its full range; absent for all others.
+    [[nodiscard]] std::optional<ColorProfile> hdrProfile() const
+    {
+        const QByteArray codePoints = keptChunk("cICP");
+        if (codePoints == QByteArray("\x09\x10\x00\x01", 4))
+            return ColorProfile::hdr(WellKnown::bt2100Pq, format_.model, peak() > 0 ? peak() : ColorProfile::usualPeak);
+        if (codePoints == QByteArray("\x09\x12\x00\x01", 4))
+            return ColorProfile::hdr(WellKnown::bt2100Hlg, format_.model);
+        return std::nullopt;
+    }
+
+    /// Code points come first, then the profile. Gamma and primaries without either are left aside: readers of untagged
+    /// files take them for sRGB.
     void takeProfile()
     {
         png_charp name = nullptr;
         int method = 0;
         png_bytep icc = nullptr;
         png_uint_32 length = 0;
-        if (png_get_iCCP(handle_.png, handle_.info, &name, &method, &icc, &length) != 0)
+        if (auto hdr = hdrProfile())
+            profile_ = *std::move(hdr);
+        else if (png_get_iCCP(handle_.png, handle_.info, &name, &method, &icc, &length) != 0)
             profile_ =
                 ColorProfile::fromIcc(QByteArray(reinterpret_cast<const char*>(icc), qsizetype(length)), format_.model)
                     .value_or(ColorProfile());
-        else if (png_unknown_chunkp kept = nullptr; png_get_unknown_chunks(handle_.png, handle_.info, &kept) > 0)
+        else if (!keptChunk("sRGB").isEmpty())
             profile_ = format_.model == ColorModel::gray ? ColorProfile::sGray() : ColorProfile::sRGB();
     }
 

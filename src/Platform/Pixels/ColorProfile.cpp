@@ -142,9 +142,18 @@ ColorProfile ColorProfile::of(WellKnown space)
     case WellKnown::grayGamma22:
     case WellKnown::sGray:
     case WellKnown::dotGain20:
+    case WellKnown::bt2100Pq:
+    case WellKnown::bt2100Hlg:
         break;
     }
     return {};
+}
+
+ColorProfile ColorProfile::hdr(WellKnown curve, ColorModel model, int peak)
+{
+    ColorProfile profile(rec2020().icc(), model, curve, false); // For the primaries.
+    profile.peak_ = peak;
+    return profile;
 }
 
 const ColorProfile& ColorProfile::sGray()
@@ -187,6 +196,8 @@ bool ColorProfile::isEquivalentTo(const ColorProfile& other) const
         return profile.isEmpty() ? WellKnown::sRGB : profile.known_;
     };
     const WellKnown space = spaceOf(*this);
+    if (isHdr() || other.isHdr())
+        return *this == other;
     return icc_ == other.icc_ || (space != WellKnown::none && space == spaceOf(other));
 }
 

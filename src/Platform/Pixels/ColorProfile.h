@@ -21,7 +21,9 @@ enum class WellKnown : std::uint8_t {
     rec2020,
     grayGamma22,
     sGray,
-    dotGain20
+    dotGain20,
+    bt2100Pq,
+    bt2100Hlg
 };
 
 /// A color space as a value: ICC bytes with a name. Copies share the bytes.
@@ -40,6 +42,11 @@ public:
     /// Gray with the sRGB curve.
     [[nodiscard]] static const ColorProfile& sGray();
 
+    /// BT.2020 primaries with one of the curves of BT.2100, WellKnown::bt2100Pq or bt2100Hlg, for pictures that say so
+    /// by code points. `peak` is how bright the brightest of a PQ picture is, in cd/m². Nothing is ever converted to it.
+    [[nodiscard]] static ColorProfile hdr(WellKnown curve, ColorModel model, int peak = usualPeak);
+    static constexpr int usualPeak = 1'000; ///< What pictures are made for that do not say it.
+
     /// A profile read from a file. Absent when the bytes are not a usable profile of at most 16 MB, or when it is for
     /// another model than `model` (a gray profile in an RGB picture is no use). What strict readers would refuse of it
     /// is mended.
@@ -51,6 +58,10 @@ public:
 
     /// The space that it was recognized as.
     [[nodiscard]] WellKnown wellKnown() const { return known_; }
+
+    [[nodiscard]] bool isHdr() const { return known_ == WellKnown::bt2100Pq || known_ == WellKnown::bt2100Hlg; }
+    /// Of a picture that isHdr(), in cd/m².
+    [[nodiscard]] int peak() const { return peak_; }
 
     /// Whether colors can be converted to it: RGB, with a way back from the connection space. Profiles of cameras and
     /// scanners may have none.
@@ -64,7 +75,10 @@ public:
     /// well-known space. The empty profile counts as sRGB.
     [[nodiscard]] bool isEquivalentTo(const ColorProfile& other) const;
 
-    bool operator==(const ColorProfile& other) const { return icc_ == other.icc_; }
+    bool operator==(const ColorProfile& other) const
+    {
+        return icc_ == other.icc_ && isHdr() == other.isHdr() && (!isHdr() || known_ == other.known_);
+    }
 
 private:
     ColorProfile(QByteArray icc, ColorModel model, WellKnown known, bool canBeTarget);
@@ -73,6 +87,7 @@ private:
     ColorModel model_ = ColorModel::rgb;
     WellKnown known_ = WellKnown::none;
     bool canBeTarget_ = true;
+    int peak_ = 0;
 };
 
 } // namespace ferrow

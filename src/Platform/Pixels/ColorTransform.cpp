@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Pixels/ColorTransform.h"
 
+#include "Platform/Pixels/HighDynamicRange.h"
 #include "Platform/Pixels/LabRows.h"
 #include "Platform/Pixels/LightEncoding.h"
 #include "Platform/Pixels/LittleCms.h"
@@ -200,6 +201,8 @@ std::unique_ptr<RowConverter> convertedRows(const ColorProfile& from, PixelForma
         to.isEmpty() ? assumedProfile(context, ColorModel::rgb) : LittleCms::openProfile(context, to.icc());
     if (!fromProfile || !toProfile)
         return nullptr;
+    if (from.isHdr())
+        return hdrRows(from, source, toProfile.get(), target);
     if (auto shaped = shapedRows(fromProfile.get(), source, toProfile.get(), target))
         return shaped;
     if (source.model == ColorModel::gray)

@@ -178,6 +178,10 @@ const char* nameOf(WellKnown space)
         return "sGray";
     case WellKnown::dotGain20:
         return "Dot Gain 20%";
+    case WellKnown::bt2100Pq:
+        return "Rec. ITU-R BT.2100 PQ (HDR)";
+    case WellKnown::bt2100Hlg:
+        return "Rec. ITU-R BT.2100 HLG (HDR)";
     case WellKnown::none:
         break;
     }
