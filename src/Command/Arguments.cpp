@@ -521,6 +521,8 @@ bool applyFlag(Arguments& arguments, const QByteArray& option)
         arguments.dryRun = true;
     else if (option == "--resume")
         arguments.resumes = true;
+    else if (option == "--check-written")
+        arguments.changes.emplace_back([](Settings& s) { s.exportSettings.checksWritten = true; });
     else if (option == "--json")
         arguments.json = true;
     else if (option == "--quiet")
@@ -614,7 +616,7 @@ const std::vector<OtherCommand>& otherCommands()
 {
     static const std::vector<OtherCommand> commands{
         {"inspect", Arguments::Mode::inspect, {"--json"}},
-        {"run", Arguments::Mode::plan, {"--shard", "--resume", "--jobs", "--json", "--quiet"}},
+        {"run", Arguments::Mode::plan, {"--shard", "--resume", "--check-written", "--jobs", "--json", "--quiet"}},
         {"report", Arguments::Mode::report, {"--json"}},
     };
     return commands;
@@ -727,6 +729,7 @@ Where the framed copies go
   --template TEXT          file names, with {filename} and {index}
   --on-collision RULE      number, skip or replace
   --jobs N                 photos worked on at once (default 2)
+  --check-written          read each file back before it gets its name
 
 What they are
   --format FORMAT          jpeg, png, tiff or heic

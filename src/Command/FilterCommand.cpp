@@ -79,6 +79,16 @@ try {
     throw ImagePipelineError(ImagePipelineError::renderingFailed);
 }
 
+/// Whoever reads it back must not be able to write to it.
+void checkFramed(int file, const Engine::PictureSummary& composed, const ExportSettings& settings,
+                 const std::stop_token& stop)
+try {
+    const FileUrl place = FileUrl::fromPath("/proc/self/fd/" + QByteArray::number(file));
+    ImageExporter::checkWritten(OpenedFile::open(place), composed, settings, stop);
+} catch (const SystemError&) {
+    throw ImagePipelineError(ImagePipelineError::writtenFileDiffers);
+}
+
 void passOn(int file, const std::stop_token& stop)
 {
     const ByteSource source(file, ::lseek(file, 0, SEEK_END));
@@ -112,8 +122,10 @@ try {
     ImportedPhoto photo = ImageLoader::load(source, 0, stop);
     photo.corrections = arguments.corrections;
     const Descriptor framed = memoryFile("ferrow-framed");
-    ImageExporter::writePhoto(source, photo, settings.recipe, settings.exportSettings, framed.get(), stop,
-                              logo.managedFolder());
+    const auto composed = ImageExporter::writePhoto(source, photo, settings.recipe, settings.exportSettings,
+                                                    framed.get(), stop, logo.managedFolder());
+    if (composed)
+        checkFramed(framed.get(), *composed, settings.exportSettings, stop);
     passOn(framed.get(), stop);
     printCaptionFaults({.photo = photo, .recipe = settings.recipe, .settings = settings.exportSettings},
                        QStringLiteral("ferrow-batch"), logo.size(settings));

@@ -83,13 +83,13 @@ void addJobs(Part& part, const BatchImportResult& read, const Settings& settings
 }
 
 /// Whether an earlier run of the plan has framed the photo.
-bool isFramed(const PlannedPhoto& planned, const std::stop_token& stop)
+bool isFramed(const PlannedPhoto& planned, ExportFormat format, const std::stop_token& stop)
 {
     if (lookUp(*planned.destination) != 0)
         return false;
     if (planned.replaced && ReplacedFile::at(*planned.destination) == planned.replaced)
         return false;
-    return isWholePicture(*planned.destination, planned.size, stop);
+    return isWholePicture(*planned.destination, format, planned.size, stop);
 }
 
 } // namespace
@@ -126,7 +126,7 @@ int runPlan(const Arguments& arguments, const std::stop_token& stop)
     const auto outcomes = runJobs(
         part.plan.jobs, settings.configuration.maximumConcurrentExports, settled, part.total,
         [&](const BatchExportJob& job, const std::stop_token& token) {
-            if (!arguments.resumes || !isFramed(*part.planned.at(job.photo.url), token))
+            if (!arguments.resumes || !isFramed(*part.planned.at(job.photo.url), job.settings.format, token))
                 ImageExporter::exportPhoto(job, token, logo.managedFolder());
         },
         reporter, progress, stop);

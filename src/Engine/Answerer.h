@@ -4,6 +4,7 @@
 #include "Engine/Requests.h"
 
 #include <memory>
+#include <optional>
 #include <stop_token>
 
 namespace ferrow::Engine {
@@ -17,8 +18,10 @@ public:
 
     [[nodiscard]] virtual InspectAnswer inspect(const InspectRequest& request, const std::stop_token& stop) = 0;
     /// On return the output file is complete, but not yet flushed to disk. A stop is honored until the last row is
-    /// composed.
-    virtual void frame(const FrameRequest& request, const std::stop_token& stop) = 0;
+    /// composed. The summary is there where the request asks for one.
+    virtual std::optional<PictureSummary> frame(const FrameRequest& request, const std::stop_token& stop) = 0;
+    /// By somebody who has seen neither the photo nor any other.
+    [[nodiscard]] virtual PictureSummary readBack(const ReadBackRequest& request, const std::stop_token& stop) = 0;
     /// 8-bit RGB or straight RGBA in the output's color space.
     [[nodiscard]] virtual Bitmap composeRegion(const RegionRequest& request, const std::stop_token& stop) = 0;
     [[nodiscard]] virtual LogoAnswer rasterizeLogo(const LogoRequest& request, const std::stop_token& stop) = 0;

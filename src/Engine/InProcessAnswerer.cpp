@@ -4,6 +4,7 @@
 #include "Engine/Compositor.h"
 #include "Engine/MemoryNeed.h"
 #include "Engine/PhotoRows.h"
+#include "Engine/PictureSummary.h"
 #include "Models/ErrorTexts.h"
 #include "Platform/Base/Cancellation.h"
 #include "Platform/Codecs/PdfPage.h"
@@ -97,8 +98,9 @@ struct FramedPhoto {
     std::int64_t blurredDimension = 0; ///< Of the reduced photo that is blurred.
 };
 
-void writeBands(FramedPhoto& framed, ImageEncoder& encoder, PixelFormat outputFormat, const std::stop_token& stop,
-                JobObserver& observer)
+/// `summer`, where there is one, adds up what the encoder gets.
+void writeBands(FramedPhoto& framed, ImageEncoder& encoder, PixelFormat outputFormat, PictureSummer* summer,
+                const std::stop_token& stop, JobObserver& observer)
 {
     const PixelSize size = framed.compositor.size();
     const bool flatten = framed.compositor.format().hasAlpha() && !outputFormat.hasAlpha();
@@ -116,6 +118,8 @@ void writeBands(FramedPhoto& framed, ImageEncoder& encoder, PixelFormat outputFo
             for (std::int64_t i = 0; i < count; ++i)
                 flattenOverWhite(rows.data() + std::size_t(i) * stride, rows.data() + std::size_t(i) * stride,
                                  std::size_t(size.width));
+        if (summer)
+            summer->add(count, rows.data(), stride);
         encoder.writeRows(count, rows.data(), stride);
     }
 }
@@ -252,7 +256,7 @@ InspectAnswer InProcessAnswerer::inspect(const InspectRequest& request, const st
     return answer;
 }
 
-void InProcessAnswerer::frame(const FrameRequest& request, const std::stop_token& stop)
+std::optional<PictureSummary> InProcessAnswerer::frame(const FrameRequest& request, const std::stop_token& stop)
 {
     throwIfCanceled(stop);
     const QString formatName = rawValue(request.format);
@@ -270,9 +274,17 @@ void InProcessAnswerer::frame(const FrameRequest& request, const std::stop_token
         options.quality = request.quality;
         options.metadata = request.metadata;
         const std::unique_ptr<ImageEncoder> encoder = openEncoder(outputType(request.format), sink, options);
-        writeBands(framed, *encoder, options.format, stop, *observer_);
+        std::optional<PictureSummer> summer;
+        if (request.summarizes)
+            summer = summerFor(options.size, options.format, request.format);
+        writeBands(framed, *encoder, options.format, summer ? &*summer : nullptr, stop, *observer_);
         framed.rows.finish();
         encoder->finish();
+        if (!summer)
+            return std::nullopt;
+        PictureSummary summary = summaryToBeWritten(options.size, options.format, options.profile);
+        summary.pixels = summer->take();
+        return summary;
     } catch (const EncoderError& error) {
         if (error.isEncoderMissing)
             throw ImagePipelineError(ImagePipelineError::encoderMissing);
@@ -281,6 +293,16 @@ void InProcessAnswerer::frame(const FrameRequest& request, const std::stop_token
         throw writingFailed(formatName, error.errorNumber);
     } catch (const InputOutputError& error) {
         throw writingFailed(formatName, error.errorNumber);
+    } catch (const std::bad_alloc&) {
+        throw ImagePipelineError(ImagePipelineError::renderingFailed);
+    }
+}
+
+PictureSummary InProcessAnswerer::readBack(const ReadBackRequest& request, const std::stop_token& stop)
+{
+    throwIfCanceled(stop);
+    try {
+        return readSummary(request, stop, *observer_);
     } catch (const std::bad_alloc&) {
         throw ImagePipelineError(ImagePipelineError::renderingFailed);
     }

@@ -17,7 +17,8 @@ public:
     InProcessAnswerer& operator=(const InProcessAnswerer&) = delete;
 
     [[nodiscard]] InspectAnswer inspect(const InspectRequest& request, const std::stop_token& stop) override;
-    void frame(const FrameRequest& request, const std::stop_token& stop) override;
+    std::optional<PictureSummary> frame(const FrameRequest& request, const std::stop_token& stop) override;
+    [[nodiscard]] PictureSummary readBack(const ReadBackRequest& request, const std::stop_token& stop) override;
     [[nodiscard]] Bitmap composeRegion(const RegionRequest& request, const std::stop_token& stop) override;
     [[nodiscard]] LogoAnswer rasterizeLogo(const LogoRequest& request, const std::stop_token& stop) override;
 

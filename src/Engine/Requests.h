@@ -6,6 +6,7 @@
 #include "Models/RenderRecipe.h"
 #include "Platform/Codecs/ImageEncoder.h"
 #include "Platform/Pixels/Bitmap.h"
+#include "Platform/Pixels/PictureSums.h"
 #include "Platform/Properties/PropertyMap.h"
 
 #include <QByteArray>
@@ -115,6 +116,25 @@ struct FrameRequest {
     ExportFormat format = ExportFormat::jpeg;
     double quality = 0.9;
     OutputMetadata metadata;
+    bool summarizes = false; ///< Whether a summary of what is written is wanted, to compare its file with.
+};
+
+/// A picture in few enough words to compare one that was written with what its file holds.
+struct PictureSummary {
+    PixelSize size; ///< As stored.
+    int orientation = 1;
+    bool hasAlpha = false;
+    std::uint64_t profile = 0;    ///< Digest of its ICC bytes.
+    bool mayHoldPosition = false; ///< See mayHoldPosition().
+    PictureSums pixels;
+
+    bool operator==(const PictureSummary&) const = default;
+};
+
+/// What does that file, written in `format`, hold? Every pixel is decoded, and nothing is forgiven.
+struct ReadBackRequest {
+    SourceFile source;
+    ExportFormat format = ExportFormat::jpeg;
 };
 
 /// The pixels of one part of the framed picture, as an export would write them.

@@ -2,6 +2,7 @@
 #include "Export/ImageExporter.h"
 
 #include "Engine/Answerer.h"
+#include "Engine/PictureSummary.h"
 #include "Imaging/ImageLoader.h"
 #include "Imaging/ImageRenderer.h"
 #include "Models/ErrorTexts.h"
@@ -86,6 +87,13 @@ try {
     throw writeFailed(error.errorNumber, destination, settings);
 }
 
+OpenedFile reopened(const StagedFile& staged, const FileUrl& destination, const ExportSettings& settings)
+try {
+    return staged.reopened();
+} catch (const SystemError& error) {
+    throw writeFailed(error.errorNumber, destination, settings);
+}
+
 void placeOutput(StagedFile& staged, const FileUrl& destination, bool replaceExisting, const ExportSettings& settings)
 {
     int errorNumber = 0;
@@ -135,9 +143,10 @@ Bitmap reduced(const Bitmap& picture, double scale)
 
 } // namespace
 
-void writePhoto(const OpenedFile& source, const ImportedPhoto& photo, const RenderRecipe& recipe,
-                const ExportSettings& settings, int outputDescriptor, const std::stop_token& stop,
-                const std::optional<FileUrl>& managedLogoDirectory)
+std::optional<Engine::PictureSummary> writePhoto(const OpenedFile& source, const ImportedPhoto& photo,
+                                                 const RenderRecipe& recipe, const ExportSettings& settings,
+                                                 int outputDescriptor, const std::stop_token& stop,
+                                                 const std::optional<FileUrl>& managedLogoDirectory)
 {
     const Bitmap logo = ManagedLogoStore::loadIfEnabled(recipe.logo, managedLogoDirectory, stop).value_or(Bitmap());
     auto request = requestFor<Engine::FrameRequest>(source, photo, recipe, logo, settings.size, stop);
@@ -145,10 +154,28 @@ void writePhoto(const OpenedFile& source, const ImportedPhoto& photo, const Rend
     request.quality = usableQuality(settings.quality);
     request.metadata = outputMetadata(photo.metadata);
     request.outputDescriptor = outputDescriptor;
-    Engine::answerer().frame(request, stop);
+    request.summarizes = settings.checksWritten;
+    auto summary = Engine::answerer().frame(request, stop);
     // If somebody wrote to the file meanwhile, its pixels may be those of two pictures.
     if (source.currentIdentity() != source.identity())
         throw ImagePipelineError(ImagePipelineError::decodingFailed);
+    return summary;
+}
+
+void checkWritten(const OpenedFile& written, const Engine::PictureSummary& composed, const ExportSettings& settings,
+                  const std::stop_token& stop)
+{
+    bool isSame = false;
+    try {
+        const Engine::PictureSummary read =
+            Engine::answerer().readBack({{written.descriptor(), written.size()}, settings.format}, stop);
+        isSame = Engine::isSamePicture(composed, read, settings.format, usableQuality(settings.quality));
+    } catch (const ImagePipelineError& error) {
+        if (error == ImagePipelineError(ImagePipelineError::workerUnavailable))
+            throw;
+    }
+    if (!isSame)
+        throw ImagePipelineError(ImagePipelineError::writtenFileDiffers);
 }
 
 void exportPhoto(const BatchExportJob& job, const std::stop_token& stop,
@@ -159,8 +186,9 @@ void exportPhoto(const BatchExportJob& job, const std::stop_token& stop,
     guardDestination(photo.url, job.destination, job.replaceExisting);
     const OpenedFile source = ImageLoader::openSource(photo.url);
     StagedFile staged = stage(job.destination, job.replaceExisting, job.settings);
+    std::optional<Engine::PictureSummary> composed;
     try {
-        writePhoto(source, photo, job.recipe, job.settings, staged.descriptor(), stop, managedLogoDirectory);
+        composed = writePhoto(source, photo, job.recipe, job.settings, staged.descriptor(), stop, managedLogoDirectory);
     } catch (ImagePipelineError& error) {
         // Who writes to a descriptor does not know the file that the user does.
         if (auto* failed = std::get_if<ImagePipelineError::OutputWriteFailed>(&error.value); failed && failed->reason)
@@ -168,6 +196,8 @@ void exportPhoto(const BatchExportJob& job, const std::stop_token& stop,
         throw;
     }
     flush(staged, job.destination, job.settings);
+    if (composed)
+        checkWritten(reopened(staged, job.destination, job.settings), *composed, job.settings, stop);
     placeOutput(staged, job.destination, job.replaceExisting, job.settings);
 }
 

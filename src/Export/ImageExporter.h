@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Engine/Requests.h"
 #include "Models/BatchExportModels.h"
 #include "Platform/Base/FileUrl.h"
 #include "Platform/Files/FileAccess.h"
@@ -18,16 +19,23 @@ namespace ferrow::ImageExporter {
 /// Decodes the job's source, frames it at full size and moves the encoded result to the destination, which is never
 /// replaced unless the job says so, and never when it is the source itself. Whatever happens, the destination holds the
 /// whole output or what it held before, and no staging file is left. Logos come from `managedLogoDirectory`, or from
-/// the program's own. Throws ImagePipelineError, LogoAssetError, SystemError and Canceled; a stop that comes after the
-/// last row is ignored.
+/// the program's own. Where the settings ask for it, the file is read back before it gets its name. Throws
+/// ImagePipelineError, LogoAssetError, SystemError and Canceled; a stop that comes after the last row is ignored unless
+/// the file is to be read back.
 void exportPhoto(const BatchExportJob& job, const std::stop_token& stop,
                  const std::optional<FileUrl>& managedLogoDirectory = {});
 
-/// The same into an empty file that is open for reading and writing, for whoever gives it its place: a failure or a
-/// stop leaves rubbish in it.
-void writePhoto(const OpenedFile& source, const ImportedPhoto& photo, const RenderRecipe& recipe,
-                const ExportSettings& settings, int outputDescriptor, const std::stop_token& stop,
-                const std::optional<FileUrl>& managedLogoDirectory = {});
+/// The same into an empty file that is open for reading and writing, for whoever checks it and gives it its place: a
+/// failure or a stop leaves rubbish in it. The summary is there where the settings ask for a check.
+std::optional<Engine::PictureSummary> writePhoto(const OpenedFile& source, const ImportedPhoto& photo,
+                                                 const RenderRecipe& recipe, const ExportSettings& settings,
+                                                 int outputDescriptor, const std::stop_token& stop,
+                                                 const std::optional<FileUrl>& managedLogoDirectory = {});
+
+/// Reads a file back that holds what `composed` sums up. Throws ImagePipelineError, with writtenFileDiffers where it
+/// holds anything else, and Canceled.
+void checkWritten(const OpenedFile& written, const Engine::PictureSummary& composed, const ExportSettings& settings,
+                  const std::stop_token& stop);
 
 /// The pixels that an export of `photo` has in `region` (output pixels, origin at the top left; what reaches beyond the
 /// picture is cut off), at `scale` where that is below 1: 8-bit RGB or straight RGBA in the output's color space. As in

@@ -67,6 +67,9 @@ QString description(ImagePipelineError::Plain error)
         return QStringLiteral("The image could not be decoded.");
     case Plain::renderingFailed:
         return QStringLiteral("Ferrow could not render the framed image.");
+    case Plain::writtenFileDiffers:
+        return QStringLiteral(
+            "The written file was read back, and does not hold the framed photo. No output file was kept.");
     case Plain::encoderMissing:
         return QStringLiteral("This system has no HEVC encoder, which HEIC images need. No output file was written.");
     case Plain::invalidRenderRecipe:
@@ -92,6 +95,8 @@ QString advice(ImagePipelineError::Plain error)
         return viewerAdvice();
     case Plain::renderingFailed:
         return QStringLiteral("Reduce the frame or logo size and try again.");
+    case Plain::writtenFileDiffers:
+        return QStringLiteral("Export it again. If that fails too, check the disk, or choose another folder.");
     case Plain::encoderMissing:
         return QStringLiteral("Install libheif’s encoder (on Debian: libheif-plugin-x265), or choose another format.");
     case Plain::invalidRenderRecipe:

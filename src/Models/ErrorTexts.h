@@ -68,7 +68,8 @@ public:
         malformedImage,
         decodingFailed,
         renderingFailed,
-        encoderMissing, ///< HEVC's, which HEIC needs: not every system has one.
+        writtenFileDiffers, ///< Found when it was read back.
+        encoderMissing,     ///< HEVC's, which HEIC needs: not every system has one.
         invalidRenderRecipe,
         destinationIsSource,
         destinationExists,
@@ -81,6 +82,7 @@ public:
     static constexpr Plain malformedImage = Plain::malformedImage;
     static constexpr Plain decodingFailed = Plain::decodingFailed;
     static constexpr Plain renderingFailed = Plain::renderingFailed;
+    static constexpr Plain writtenFileDiffers = Plain::writtenFileDiffers;
     static constexpr Plain encoderMissing = Plain::encoderMissing;
     static constexpr Plain invalidRenderRecipe = Plain::invalidRenderRecipe;
     static constexpr Plain destinationIsSource = Plain::destinationIsSource;

@@ -89,6 +89,7 @@ void feed(ValueHash& hash, const ExportSettings& settings)
     feed(hash, settings.format);
     feed(hash, settings.quality);
     feed(hash, settings.size);
+    feed(hash, settings.checksWritten);
 }
 
 } // namespace ferrow

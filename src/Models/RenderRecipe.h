@@ -69,6 +69,7 @@ struct ExportSettings {
     ExportFormat format = ExportFormat::jpeg;
     double quality = 0.9; ///< 0…1, where the format supports it.
     OutputSize size = {};
+    bool checksWritten = false; ///< Whether each file is read back before it gets its name.
 
     bool operator==(const ExportSettings&) const = default;
 };

@@ -189,6 +189,55 @@ Inspected readInspected(ByteReader& reader)
     return inspected;
 }
 
+void write(ByteWriter& writer, const Engine::PictureSummary& summary)
+{
+    write(writer, summary.size);
+    writer.number(std::uint8_t(summary.orientation));
+    writer.flag(summary.hasAlpha);
+    writer.number(summary.profile);
+    writer.flag(summary.mayHoldPosition);
+    writer.number(summary.pixels.digest);
+    writer.number(std::uint32_t(summary.pixels.cells.size()));
+    for (const PictureSums::Cell& cell : summary.pixels.cells) {
+        for (const std::uint16_t mean : cell.means)
+            writer.number(mean);
+        writer.number(cell.activity);
+    }
+}
+
+Engine::PictureSummary readSummary(ByteReader& reader)
+{
+    constexpr std::uint32_t mostCells = PictureSummer::gridSide * PictureSummer::gridSide;
+    Engine::PictureSummary summary;
+    summary.size = readSize(reader, 1, Engine::maximumSourceSide);
+    summary.orientation = reader.number<std::uint8_t>(1, 8);
+    summary.hasAlpha = reader.flag();
+    summary.profile = reader.number<std::uint64_t>();
+    summary.mayHoldPosition = reader.flag();
+    summary.pixels.digest = reader.number<std::uint64_t>();
+    const auto count = reader.number<std::uint32_t>(0, mostCells);
+    for (std::uint32_t i = 0; i < count && reader.isSound(); ++i) {
+        PictureSums::Cell cell;
+        for (std::uint16_t& mean : cell.means)
+            mean = reader.number<std::uint16_t>();
+        cell.activity = reader.number<std::uint16_t>();
+        summary.pixels.cells.push_back(cell);
+    }
+    return summary;
+}
+
+void write(ByteWriter& writer, const Framed& framed)
+{
+    writer.flag(framed.summary.has_value());
+    if (framed.summary)
+        write(writer, *framed.summary);
+}
+
+Framed readFramed(ByteReader& reader)
+{
+    return {reader.flag() ? std::optional(readSummary(reader)) : std::nullopt};
+}
+
 /// Only these are what an answer can be refused with; the rest is for the caller to find out.
 constexpr std::array plainRefusals{ImagePipelineError::unreadableFile, ImagePipelineError::malformedImage,
                                    ImagePipelineError::decodingFailed, ImagePipelineError::renderingFailed,
@@ -349,6 +398,8 @@ Message encode(const Answer& answer)
         [&]<typename Content>(const Content& content) {
             if constexpr (std::is_same_v<Content, RegionComposed>)
                 write(writer, content.picture);
+            else if constexpr (std::is_same_v<Content, SummaryRead>)
+                write(writer, content.summary);
             else if constexpr (std::is_same_v<Content, LogoRefused>)
                 writer.enumerator(content.error);
             else if constexpr (!std::is_empty_v<Content>)
@@ -364,6 +415,8 @@ Message encode(const Answer& answer)
                 return MessageKind::inspected;
             else if constexpr (std::is_same_v<Content, Framed>)
                 return MessageKind::framed;
+            else if constexpr (std::is_same_v<Content, SummaryRead>)
+                return MessageKind::summaryRead;
             else if constexpr (std::is_same_v<Content, RegionComposed>)
                 return MessageKind::regionComposed;
             else if constexpr (std::is_same_v<Content, LogoRasterized>)
@@ -403,7 +456,10 @@ std::optional<Answer> parseAnswer(std::span<const std::byte> message)
         answer.content = readInspected(reader);
         break;
     case MessageKind::framed:
-        answer.content = Framed{};
+        answer.content = readFramed(reader);
+        break;
+    case MessageKind::summaryRead:
+        answer.content = SummaryRead{readSummary(reader)};
         break;
     case MessageKind::regionComposed:
         answer.content = RegionComposed{readPicture(reader)};

@@ -25,6 +25,7 @@ enum class MessageKind : std::uint32_t {
     frame,
     composeRegion,
     rasterizeLogo,
+    readBack,
     proceed, ///< The memory asked for in `headerRead` is granted.
     stop,
     // From a worker:
@@ -34,6 +35,7 @@ enum class MessageKind : std::uint32_t {
     inspected,
     framed,
     regionComposed,
+    summaryRead,
     logoRasterized,
     photoRefused,
     logoRefused,
@@ -100,7 +102,6 @@ struct HeaderRead {
 };
 
 struct LastRowComposed {};
-struct Framed {};
 struct WasCanceled {};
 
 /// A picture as it comes back: its pixels, or where they are.
@@ -111,6 +112,12 @@ struct AnsweredPicture {
     Bitmap pixels; ///< Null when they lie in the memory that went with the request, row behind row.
 };
 
+struct Framed {
+    std::optional<Engine::PictureSummary> summary;
+};
+struct SummaryRead {
+    Engine::PictureSummary summary;
+};
 struct Inspected {
     Engine::InspectAnswer answer; ///< Its picture is the one below.
     AnsweredPicture picture;
@@ -131,8 +138,8 @@ struct LogoRefused {
 
 struct Answer {
     std::uint32_t job = 0;
-    std::variant<Hello, HeaderRead, LastRowComposed, Inspected, Framed, RegionComposed, LogoRasterized, PhotoRefused,
-                 LogoRefused, WasCanceled>
+    std::variant<Hello, HeaderRead, LastRowComposed, Inspected, Framed, SummaryRead, RegionComposed, LogoRasterized,
+                 PhotoRefused, LogoRefused, WasCanceled>
         content;
 };
 
@@ -148,8 +155,8 @@ struct Stop {};
 
 struct Request {
     std::uint32_t job = 0;
-    std::variant<Setup, Fork, Engine::InspectRequest, Engine::FrameRequest, Engine::RegionRequest, Engine::LogoRequest,
-                 Proceed, Stop>
+    std::variant<Setup, Fork, Engine::InspectRequest, Engine::FrameRequest, Engine::ReadBackRequest,
+                 Engine::RegionRequest, Engine::LogoRequest, Proceed, Stop>
         content;
     /// Where a picture goes that is too large for a message; -1 for nowhere.
     int pictureMemory = -1;

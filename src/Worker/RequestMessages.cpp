@@ -273,9 +273,15 @@ void writeRest(ByteWriter& writer, const Engine::FrameRequest& request, bool isI
     write(writer, request.expectedSize);
     writer.enumerator(request.format);
     writer.number(request.quality);
+    writer.flag(request.summarizes);
     for (const auto* field : fieldsOf(request.metadata))
         write(writer, *field);
     write(writer, request.composition, isInline);
+}
+
+void writeRest(ByteWriter& writer, const Engine::ReadBackRequest& request, bool)
+{
+    writer.enumerator(request.format);
 }
 
 void writeRest(ByteWriter& writer, const Engine::RegionRequest& request, bool isInline)
@@ -302,9 +308,15 @@ void readRest(ByteReader& reader, Engine::FrameRequest& request, int overlayMemo
     request.expectedSize = readSize(reader, 1, largestSide);
     request.format = reader.enumerator<ExportFormat>();
     request.quality = reader.number<double>(0, 1);
+    request.summarizes = reader.flag();
     for (auto* field : fieldsOf(request.metadata))
         *field = readOptionalText(reader);
     request.composition = readComposition(reader, overlayMemory);
+}
+
+void readRest(ByteReader& reader, Engine::ReadBackRequest& request, int)
+{
+    request.format = reader.enumerator<ExportFormat>();
 }
 
 void readRest(ByteReader& reader, Engine::RegionRequest& request, int overlayMemory)
@@ -332,6 +344,8 @@ constexpr MessageKind kindOf()
         return MessageKind::inspect;
     else if constexpr (std::is_same_v<Wanted, Engine::FrameRequest>)
         return MessageKind::frame;
+    else if constexpr (std::is_same_v<Wanted, Engine::ReadBackRequest>)
+        return MessageKind::readBack;
     else if constexpr (std::is_same_v<Wanted, Engine::RegionRequest>)
         return MessageKind::composeRegion;
     else if constexpr (std::is_same_v<Wanted, Engine::LogoRequest>)
@@ -432,6 +446,9 @@ std::optional<Request> parseRequest(std::span<const std::byte> message, std::spa
         break;
     case MessageKind::frame:
         request.content = readJob<Engine::FrameRequest>(reader, descriptors, request);
+        break;
+    case MessageKind::readBack:
+        request.content = readJob<Engine::ReadBackRequest>(reader, descriptors, request);
         break;
     case MessageKind::composeRegion:
         request.content = readJob<Engine::RegionRequest>(reader, descriptors, request);

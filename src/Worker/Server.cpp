@@ -56,6 +56,7 @@ private:
 
     [[nodiscard]] decltype(Answer::content) work(const Engine::InspectRequest& request, int memory);
     [[nodiscard]] decltype(Answer::content) work(const Engine::FrameRequest& request, int memory);
+    [[nodiscard]] decltype(Answer::content) work(const Engine::ReadBackRequest& request, int memory);
     [[nodiscard]] decltype(Answer::content) work(const Engine::RegionRequest& request, int memory);
     [[nodiscard]] decltype(Answer::content) work(const Engine::LogoRequest& request, int memory);
 
@@ -134,8 +135,12 @@ decltype(Answer::content) Server::work(const Engine::InspectRequest& request, in
 
 decltype(Answer::content) Server::work(const Engine::FrameRequest& request, int)
 {
-    engine_.frame(request, {});
-    return Framed{};
+    return Framed{engine_.frame(request, {})};
+}
+
+decltype(Answer::content) Server::work(const Engine::ReadBackRequest& request, int)
+{
+    return SummaryRead{engine_.readBack(request, {})};
 }
 
 decltype(Answer::content) Server::work(const Engine::RegionRequest& request, int memory)

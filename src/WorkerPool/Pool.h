@@ -22,7 +22,8 @@ struct NoWorker {};
 
 /// What a worker is wanted for. One that frames gets an output's descriptor, and therefore one job alone, as its first:
 /// what an earlier photo did to it must not be able to reach into the output, nor its photo into what is written later.
-enum class Purpose { reading, framing };
+/// One that checks an output must not have seen its photo, and has one job alone likewise.
+enum class Purpose { reading, framing, checking };
 
 /// Keeps workers: has them forked when callers need more, hands each to one caller at a time, and ends those that
 /// broke, that have worked long enough, or that nobody has needed for a while. One thread of its own starts the

@@ -130,6 +130,13 @@ Assignment framing(const Engine::FrameRequest& request)
             .ownBytes = Engine::MemoryNeed::ofEncoder(request.format, canvas)};
 }
 
+/// It writes nothing.
+Assignment checking()
+{
+    const auto longest = Allowance::base + Allowance::decoding(Engine::maximumSourcePixels, true);
+    return {.kind = WorkerKind::photos, .purpose = Purpose::checking, .limits = {0, processorSeconds(longest)}};
+}
+
 /// Whether the file takes the room of its bytes. One with holes, or with room reserved behind its end, was not written
 /// by an encoder: the one shows a size that is not there, the other fills the disk unseen. File systems round up, copy
 /// and reserve some themselves, in proportion to what is written.
@@ -220,11 +227,12 @@ Engine::InspectAnswer WorkerAnswerer::inspect(const Engine::InspectRequest& requ
     });
 }
 
-void WorkerAnswerer::frame(const Engine::FrameRequest& request, const std::stop_token& stop)
+std::optional<Engine::PictureSummary> WorkerAnswerer::frame(const Engine::FrameRequest& request,
+                                                            const std::stop_token& stop)
 {
     const Assignment assignment = framing(request);
-    forPhoto([&] {
-        onWorker(assignment, stop, [&](JobRun& job) {
+    return forPhoto([&] {
+        return onWorker(assignment, stop, [&](JobRun& job) {
             empty(request.outputDescriptor);
             Worker::Request question{0, request};
             const auto overlays = Worker::overlayMemoryFor(question);
@@ -232,12 +240,26 @@ void WorkerAnswerer::frame(const Engine::FrameRequest& request, const std::stop_
             const Worker::Answer answer =
                 job.ask(std::move(question), Allowance::encoding(request.composition.canvasSize, request.format));
             throwRefusal(job, answer, &request, request.expectedSize);
-            static_cast<void>(expect<Worker::Framed>(answer));
+            const auto& framed = expect<Worker::Framed>(answer);
+            if (framed.summary.has_value() != request.summarizes)
+                throw NoAnswer{};
             // Nobody may hold a descriptor of what is going to be checked and placed.
             job.awaitEnd();
             if (!beginsAs(request.format, request.outputDescriptor) ||
                 !takesItsRoom(request.outputDescriptor, assignment.limits.fileBytes))
                 throw NoAnswer{};
+            return framed.summary;
+        });
+    });
+}
+
+Engine::PictureSummary WorkerAnswerer::readBack(const Engine::ReadBackRequest& request, const std::stop_token& stop)
+{
+    return forPhoto([&] {
+        return onWorker(checking(), stop, [&](JobRun& job) {
+            const Worker::Answer answer = job.ask({0, request});
+            throwRefusal(job, answer, nullptr, {});
+            return expect<Worker::SummaryRead>(answer).summary;
         });
     });
 }

@@ -21,7 +21,10 @@ public:
 
     [[nodiscard]] Engine::InspectAnswer inspect(const Engine::InspectRequest& request,
                                                 const std::stop_token& stop) override;
-    void frame(const Engine::FrameRequest& request, const std::stop_token& stop) override;
+    std::optional<Engine::PictureSummary> frame(const Engine::FrameRequest& request,
+                                                const std::stop_token& stop) override;
+    [[nodiscard]] Engine::PictureSummary readBack(const Engine::ReadBackRequest& request,
+                                                  const std::stop_token& stop) override;
     [[nodiscard]] Bitmap composeRegion(const Engine::RegionRequest& request, const std::stop_token& stop) override;
     [[nodiscard]] Engine::LogoAnswer rasterizeLogo(const Engine::LogoRequest& request,
                                                    const std::stop_token& stop) override;

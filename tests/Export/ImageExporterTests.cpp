@@ -29,11 +29,13 @@ public:
     std::function<void(const Engine::FrameRequest&)> before = [](const auto&) {};
     std::function<void()> after = [] {};
 
-    void frame(const Engine::FrameRequest& request, const std::stop_token& stop) override
+    std::optional<Engine::PictureSummary> frame(const Engine::FrameRequest& request,
+                                                const std::stop_token& stop) override
     {
         before(request);
-        InProcessAnswerer::frame(request, stop);
+        auto summary = InProcessAnswerer::frame(request, stop);
         after();
+        return summary;
     }
 };
 
@@ -237,6 +239,98 @@ TEST_F(ImageExporterTest, failsOnASourceThatChangesAndHeedsAStopUntilTheLastRow)
     meddler->after = [this] { stop.request_stop(); };
     frame(photo, destination);
     EXPECT_EQ(test::namesIn(output), QStringList{QStringLiteral("framed.jpg")});
+}
+
+TEST_F(ImageExporterTest, readsAFileBackBeforeItGetsItsName)
+{
+    const PixelSize canvas{340, 260};
+    const Bitmap flat = test::flat({320, 240}, rgb8, {200, 90, 40});
+    const ImportedPhoto photo = ImageLoader::load(writeSource(test::encoded(OutputType::png, flat)), 0);
+    const auto patched = [](const QByteArray& file, int rows, int bytes, std::byte change) {
+        Bitmap picture = test::decoded(file);
+        for (int y = 60; y < 60 + rows; ++y)
+            for (int x = 90; x < 90 + bytes; ++x)
+                picture.row(y)[x] ^= change;
+        return picture;
+    };
+    struct Row {
+        const char* name;
+        std::function<QByteArray(const QByteArray& file, OutputType type)> change;
+        bool isSeen = true;
+        bool losslessAlone = false;
+    };
+    const Row rows[] = {
+        {"as it was written", [](const auto& file, OutputType) { return file; }, false},
+        {"cut short", [](const auto& file, OutputType) { return file.chopped(file.size() / 3); }},
+        {"empty", [](const auto&, OutputType) { return QByteArray(); }},
+        {"no picture", [](const auto& file, OutputType) { return QByteArray(file.size(), 'x'); }},
+        {"another picture",
+         [&](const auto&, OutputType type) {
+             return test::encoded(type, test::flat(canvas, rgb8, {90, 200, 40}));
+         }},
+        {"a spot in it",
+         [&](const auto& file, OutputType type) { return test::encoded(type, patched(file, 20, 60, std::byte{64})); }},
+        {"one level of one byte",
+         [&](const auto& file, OutputType type) { return test::encoded(type, patched(file, 1, 1, std::byte{1})); },
+         true, true},
+        {"another size",
+         [&](const auto&, OutputType type) {
+             return test::encoded(type, test::flat({canvas.width, canvas.height + 1}, rgb8, {200, 90, 40}));
+         }},
+        {"other colors",
+         [&](const auto& file, OutputType type) {
+             Bitmap picture(canvas, rgb8, ColorProfile::displayP3());
+             std::memcpy(picture.row(0), test::decoded(file).row(0), picture.stride() * std::size_t(canvas.height));
+             return test::encoded(type, picture);
+         }},
+        {"another format",
+         [](const auto& file, OutputType type) {
+             return test::encoded(type == OutputType::png ? OutputType::tiff : OutputType::png, test::decoded(file));
+         },
+         true, true},
+    };
+    for (const ExportFormat format : allFormats)
+        for (const Row& row : rows) {
+            if (row.losslessAlone && supportsQuality(format))
+                continue;
+            SCOPED_TRACE(rawValue(format).toStdString() + ", " + row.name);
+            meddler->after = [&] {
+                const QByteArray staged = "out/" + test::namesIn(output).constFirst().toUtf8();
+                folder.write(staged, row.change(test::readFile(folder.file(staged)), OutputType(format)));
+            };
+            const ExportSettings settings{.format = format, .checksWritten = true};
+            if (row.isSeen)
+                EXPECT_EQ(failure(photo, destination, true, settings), Error(Error::writtenFileDiffers).value);
+            else
+                frame(photo, destination, true, settings);
+            EXPECT_EQ(test::exists(destination), !row.isSeen);
+            EXPECT_EQ(test::namesIn(output).size(), row.isSeen ? 0 : 1);
+            ::unlink(destination.path().constData());
+        }
+}
+
+TEST_F(ImageExporterTest, noticesAPlaceForAPositionInAWrittenFile)
+{
+    const ImportedPhoto photo = ImageLoader::load(writeSource(photoBytes()), 0);
+    for (const ExportFormat format : {ExportFormat::jpeg, ExportFormat::png, ExportFormat::tiff})
+        for (const char* tag : {"GPS", "XMP", "orientation"}) {
+            SCOPED_TRACE(rawValue(format).toStdString() + ", " + tag);
+            meddler->after = [&] {
+                const FileUrl staged = output.appending(test::namesIn(output).constFirst().toUtf8());
+                const auto image = Exiv2::ImageFactory::open(staged.path().toStdString());
+                image->readMetadata();
+                if (tag == std::string("GPS"))
+                    image->exifData()["Exif.GPSInfo.GPSLatitude"] = "52/1 31/1 0/1";
+                else if (tag == std::string("XMP"))
+                    image->xmpData()["Xmp.exif.GPSLatitude"] = "52,31N";
+                else
+                    image->exifData()["Exif.Image.Orientation"] = std::uint16_t(6);
+                image->writeMetadata();
+            };
+            EXPECT_EQ(failure(photo, destination, false, {.format = format, .checksWritten = true}),
+                      Error(Error::writtenFileDiffers).value);
+            EXPECT_TRUE(test::namesIn(output).isEmpty());
+        }
 }
 
 TEST_F(ImageExporterTest, writesTheSafeMetadataAndNothingElseInEveryFormat)

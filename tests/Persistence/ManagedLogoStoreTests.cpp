@@ -20,7 +20,11 @@ using Case = LogoAssetError::Case;
 class FakeAnswerer : public Engine::Answerer {
 public:
     Engine::InspectAnswer inspect(const Engine::InspectRequest&, const std::stop_token&) override { return {}; }
-    void frame(const Engine::FrameRequest&, const std::stop_token&) override {}
+    std::optional<Engine::PictureSummary> frame(const Engine::FrameRequest&, const std::stop_token&) override
+    {
+        return {};
+    }
+    Engine::PictureSummary readBack(const Engine::ReadBackRequest&, const std::stop_token&) override { return {}; }
     Bitmap composeRegion(const Engine::RegionRequest&, const std::stop_token&) override { return {}; }
     Engine::LogoAnswer rasterizeLogo(const Engine::LogoRequest& request, const std::stop_token&) override
     {

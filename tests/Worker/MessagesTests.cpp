@@ -22,6 +22,11 @@ Inspected inspected()
     return result;
 }
 
+Engine::PictureSummary summary()
+{
+    return {{300, 200}, 8, true, 1ULL << 63, true, {7, {{{1, 2, 3, 4}, 5}, {{0, 0, 65'280, 9}, 65'535}}}};
+}
+
 /// A request to frame with all that a composition may have.
 Request framing(const std::function<void(Engine::Composition&)>& change = [](Engine::Composition&) {})
 {
@@ -95,6 +100,18 @@ TEST(Messages, carryWhatSurroundsAPhoto)
     }
 }
 
+TEST(Messages, carrySummariesWhole)
+{
+    for (const auto& sent : {std::optional(summary()), std::optional<Engine::PictureSummary>()}) {
+        const std::optional<Answer> framed = parseAnswer(encode(Answer{1, Framed{sent}}).bytes);
+        ASSERT_TRUE(framed);
+        EXPECT_EQ(std::get<Framed>(framed->content).summary, sent);
+    }
+    const std::optional<Answer> read = parseAnswer(encode(Answer{1, SummaryRead{summary()}}).bytes);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(std::get<SummaryRead>(read->content).summary, summary());
+}
+
 TEST(Messages, tellAMissingEncoderApart)
 {
     const ImagePipelineError missing = ImagePipelineError::encoderMissing;
@@ -112,7 +129,8 @@ TEST(Messages, areNotBelievedWhenCutOrLonger)
           Answer{5, PhotoRefused{Error::UnsupportedType{QStringLiteral("GIF image")}}},
           Answer{6, PhotoRefused{Error::OutputWriteFailed{QStringLiteral("PNG"), SystemError{ENOSPC, {}}}}},
           Answer{6, PhotoRefused{Error::FullResolutionMismatch{{4, 4}, {4, 5}}}},
-          Answer{7, LogoRefused{LogoAssetError::Case::malformed}}}) {
+          Answer{7, LogoRefused{LogoAssetError::Case::malformed}}, Answer{8, Framed{summary()}},
+          Answer{9, SummaryRead{summary()}}}) {
         SCOPED_TRACE(answer.job);
         const std::vector<std::byte> whole = encode(answer).bytes;
         EXPECT_TRUE(parseAnswer(whole));

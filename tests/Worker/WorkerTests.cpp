@@ -104,10 +104,13 @@ TEST_F(RealWorker, answersAsThisProcessWould)
             request.composition.photoSize = {350, 260};
         if (type == OutputType::jpeg) // Too large for a message.
             request.composition.overlays.push_back({test::noise({700, 300}, rgba8Premultiplied), 90, 70, 1});
-        workers_.frame(request, {});
+        request.summarizes = type != OutputType::heif;
+        const auto written = workers_.frame(request, {});
         request.outputDescriptor = expected.descriptor();
-        here_.frame(request, {});
+        EXPECT_EQ(written, here_.frame(request, {}));
         EXPECT_TRUE(there.bytes() == expected.bytes());
+        const Engine::ReadBackRequest readBack{{there.descriptor(), there.size()}, ExportFormat::png};
+        EXPECT_EQ(workers_.readBack(readBack, {}), written.value_or(here_.readBack(readBack, {})));
         const Engine::RegionRequest region{request.source, size, request.composition, 15, 100, {600, 300}};
         EXPECT_TRUE(test::samePixels(workers_.composeRegion(region, {}), here_.composeRegion(region, {})));
     }

@@ -137,6 +137,7 @@ void ExportOptionsSheet::buildForm(QVBoxLayout& form)
     addFilename(form);
     addCollisionRule(form);
     addLastRow(form);
+    addWrittenCheck(form);
 }
 
 void ExportOptionsSheet::addFormat(QVBoxLayout& form)
@@ -268,6 +269,23 @@ void ExportOptionsSheet::addLastRow(QVBoxLayout& form)
             [row](const QString& message) { row->setMessage(Severity::error, message); });
 }
 
+void ExportOptionsSheet::addWrittenCheck(QVBoxLayout& form)
+{
+    const QString text = QStringLiteral("Check every written file");
+    checksWritten_ = new ToggleSwitch(text);
+    checksWritten_->setObjectName(QStringLiteral("checkWrittenSwitch"));
+    checksWritten_->setToolTip(QStringLiteral("Reads each file back from the disk before it gets its name"));
+    connect(checksWritten_, &ToggleSwitch::clicked, this,
+            [this](bool checks) { editSettings([&](ExportSettings& settings) { settings.checksWritten = checks; }); });
+    auto* both = new QWidget;
+    auto* layout = new QHBoxLayout(both);
+    layout->setContentsMargins({});
+    layout->addWidget(makeLabel(text, TextRole::body));
+    layout->addStretch();
+    layout->addWidget(checksWritten_);
+    addRow(form, QStringLiteral("When written"), both);
+}
+
 void ExportOptionsSheet::buildCheck(QVBoxLayout& page)
 {
     auto* block = addBlock(page, Space::row);
@@ -362,6 +380,7 @@ void ExportOptionsSheet::showSettings()
     // It stays where it is: rows that come and go would move the others under the pointer.
     qualityRow_->setEnabled(supportsQuality(settings.format));
     size_->setSize(settings.size);
+    checksWritten_->setChecked(settings.checksWritten);
 }
 
 void ExportOptionsSheet::showConfiguration()
@@ -442,7 +461,7 @@ void ExportOptionsSheet::remedy(ExportFinding::Remedy remedy)
 
 void ExportOptionsSheet::putFindingsInTabOrder()
 {
-    QWidget* before = opensFolders_;
+    QWidget* before = checksWritten_;
     for (auto* button : findings_->findChildren<QPushButton*>()) {
         setTabOrder(before, button);
         before = button;

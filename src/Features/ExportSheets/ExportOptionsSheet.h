@@ -56,6 +56,7 @@ private:
     void addFilename(QVBoxLayout& form);
     void addCollisionRule(QVBoxLayout& form);
     void addLastRow(QVBoxLayout& form);
+    void addWrittenCheck(QVBoxLayout& form);
     void buildCheck(QVBoxLayout& page);
     void buildFoot();
     void connectModels();
@@ -105,6 +106,7 @@ private:
     FormRow* collisionRow_ = nullptr;
     NumberField* concurrency_ = nullptr;
     ToggleSwitch* opensFolders_ = nullptr;
+    ToggleSwitch* checksWritten_ = nullptr;
     ExportCheckList* findings_ = nullptr;
 };
 

@@ -255,6 +255,16 @@ void StagedFile::flushAndClose()
         throw SystemError{closed, url_};
 }
 
+OpenedFile StagedFile::reopened() const
+{
+    Descriptor file(
+        ::openat(folder_.get(), url_.lastPathComponentBytes().constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    if (!file.isOpen())
+        throw SystemError{errno, url_};
+    static_cast<void>(::posix_fadvise(file.get(), 0, 0, POSIX_FADV_DONTNEED));
+    return OpenedFile::adopt(std::move(file));
+}
+
 PlacementCalls PlacementCalls::system()
 {
     return {

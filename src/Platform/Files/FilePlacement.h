@@ -53,6 +53,8 @@ public:
     mode_t takeModeOf(const QByteArray& name);
     /// Flushes the data to disk and closes the descriptor, checking both. Throws SystemError.
     void flushAndClose();
+    /// The flushed file, for reading: as the disk has it, where the system lets go of its copy. Throws SystemError.
+    [[nodiscard]] OpenedFile reopened() const;
     /// Gives the flushed file the name `name` in its folder; otherwise as ferrow::place().
     [[nodiscard]] PlacementResult place(const QByteArray& name, bool replaceExisting, int* errorNumber = nullptr,
                                         const PlacementCalls& calls = PlacementCalls::system());

@@ -29,10 +29,14 @@ MetadataBlocks tiffMetadataBlocks(const TiffStructure& structure)
     return blocks;
 }
 
+std::optional<TiffStructure> structureOf(const QByteArray& block)
+{
+    return TiffStructure::open(std::as_bytes(std::span(block.constData(), std::size_t(block.size()))));
+}
+
 PropertyMap exifOfBlock(const QByteArray& block)
 {
-    const auto bytes = std::as_bytes(std::span(block.constData(), std::size_t(block.size())));
-    const auto structure = TiffStructure::open(bytes);
+    const auto structure = structureOf(block);
     return structure ? readExif(*structure) : PropertyMap();
 }
 
@@ -54,6 +58,33 @@ ImageProperties decoded(const MetadataBlocks& blocks, PropertyMap exif)
 ImageProperties decoded(const MetadataBlocks& blocks)
 {
     return decoded(blocks, exifOfBlock(blocks.exif));
+}
+
+MetadataBlocks blocksOf(FileType type, const ByteSource& source)
+{
+    switch (type) {
+    case FileType::jpeg:
+        return jpegMetadataBlocks(source);
+    case FileType::png:
+        return pngMetadataBlocks(source);
+    case FileType::heif:
+        return heifMetadataBlocks(source);
+    case FileType::tiff:
+        if (const auto structure = TiffStructure::open(source))
+            return tiffMetadataBlocks(*structure);
+        break;
+    case FileType::pdf:
+    case FileType::svg:
+        break;
+    }
+    return {};
+}
+
+bool hasPositionDirectory(const std::optional<TiffStructure>& structure)
+{
+    constexpr std::uint16_t positionDirectoryTag = 0x8825;
+    const auto first = structure ? structure->firstDirectory() : std::nullopt;
+    return first && first->find(positionDirectoryTag);
 }
 
 PropertyMap withoutOrientation(const PropertyMap& image)
@@ -81,26 +112,22 @@ qsizetype xmpNameLength(const QByteArray& block)
 
 ImageProperties readProperties(FileType type, const ByteSource& source)
 {
-    switch (type) {
-    case FileType::jpeg:
-        return decoded(jpegMetadataBlocks(source));
-    case FileType::png:
-        return decoded(pngMetadataBlocks(source));
-    case FileType::tiff:
-        if (const auto structure = TiffStructure::open(source))
-            return decoded(tiffMetadataBlocks(*structure), readExif(*structure));
-        return {};
-    case FileType::heif: {
-        // The container's own rotation has been applied by the time anybody sees pixels.
-        ImageProperties properties = decoded(heifMetadataBlocks(source));
+    if (type == FileType::tiff) {
+        const auto structure = TiffStructure::open(source);
+        return structure ? decoded(tiffMetadataBlocks(*structure), readExif(*structure)) : ImageProperties();
+    }
+    ImageProperties properties = decoded(blocksOf(type, source));
+    // The container's own rotation has been applied by the time anybody sees pixels.
+    if (type == FileType::heif)
         properties.image = withoutOrientation(properties.image);
-        return properties;
-    }
-    case FileType::pdf:
-    case FileType::svg:
-        return {};
-    }
-    return {};
+    return properties;
+}
+
+bool mayHoldPosition(FileType type, const ByteSource& source)
+{
+    const MetadataBlocks blocks = blocksOf(type, source);
+    return !blocks.xmp.isEmpty() || !blocks.extendedXmp.isEmpty() || !blocks.iptc.isEmpty() ||
+           hasPositionDirectory(type == FileType::tiff ? TiffStructure::open(source) : structureOf(blocks.exif));
 }
 
 } // namespace ferrow

@@ -11,4 +11,8 @@ namespace ferrow {
 /// Throws InputOutputError alone. Safe from several threads.
 [[nodiscard]] ImageProperties readProperties(FileType type, const ByteSource& source);
 
+/// Whether a file has a place where a position could stand: a directory of GPS tags, or blocks of kinds that Ferrow
+/// never writes (XMP, IPTC). Nothing of what they say is read. Throws InputOutputError.
+[[nodiscard]] bool mayHoldPosition(FileType type, const ByteSource& source);
+
 } // namespace ferrow

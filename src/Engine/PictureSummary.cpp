@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Engine/PictureSummary.h"
+
+#include "Engine/Compositor.h"
+#include "Engine/MemoryNeed.h"
+#include "Engine/PhotoRows.h"
+#include "Engine/RowSource.h"
+#include "Models/ErrorTexts.h"
+#include "Platform/Base/Cancellation.h"
+#include "Platform/Properties/PropertyReader.h"
+
+#include <QCryptographicHash>
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+namespace ferrow::Engine {
+
+namespace {
+
+/// A space by what it is where that is well known, else by its bytes.
+std::uint64_t digestOf(const ColorProfile& profile)
+{
+    if (profile.wellKnown() != WellKnown::none)
+        return std::uint64_t(profile.wellKnown());
+    const QByteArray hash = QCryptographicHash::hash(profile.icc(), QCryptographicHash::Sha256);
+    std::uint64_t digest = 0;
+    std::memcpy(&digest, hash.constData(), sizeof digest);
+    return digest;
+}
+
+/// How many levels a cell's means may move beside what its activity allows. What is flat moves by up to half a step in
+/// which its brightness and its colors are counted, in all blocks alike. JPEG's steps are its library's; HEIC stays
+/// below. Of 57 real photos framed at qualities from 0 to 1 none came closer to this than two thirds.
+double toleranceOf(double quality)
+{
+    constexpr double brightness = 16; // Steps at quality 0.5, in eighths of a level.
+    constexpr double color = 17;
+    constexpr double ofBlue = 1.772; // How much of its color channel blue takes, more than red and green.
+    const double scale = quality < 0.5 ? 0.5 / std::max(quality, 0.01) : 2 - 2 * quality;
+    const auto halfStep = [scale](double step) { return std::clamp(step * scale, 1.0, 255.0) / 8 / 2; };
+    return 2 + 2 * (halfStep(brightness) + ofBlue * halfStep(color));
+}
+
+FileType typeOf(ExportFormat format)
+{
+    switch (format) {
+    case ExportFormat::jpeg:
+        return FileType::jpeg;
+    case ExportFormat::png:
+        return FileType::png;
+    case ExportFormat::tiff:
+        return FileType::tiff;
+    case ExportFormat::heic:
+        break;
+    }
+    return FileType::heif;
+}
+
+bool losesNothing(ExportFormat format)
+{
+    return !supportsQuality(format);
+}
+
+} // namespace
+
+PictureSummary summaryToBeWritten(PixelSize size, PixelFormat format, const ColorProfile& profile)
+{
+    return {.size = size, .hasAlpha = format.hasAlpha(), .profile = digestOf(profile), .pixels = {}};
+}
+
+PictureSummer summerFor(PixelSize size, PixelFormat format, ExportFormat written)
+{
+    return {size, format, losesNothing(written) ? PictureSummer::Kind::exact : PictureSummer::Kind::rough};
+}
+
+PictureSummary readSummary(const ReadBackRequest& request, const std::stop_token& stop, JobObserver& observer)
+{
+    OpenedPhoto photo = openPhoto(request.source, {.tolerance = Tolerance::strict});
+    if (photo.type != typeOf(request.format))
+        throw ImagePipelineError(ImagePipelineError::malformedImage);
+    const ImageDecoder& decoder = *photo.decoder;
+    const PixelSize size = decoder.storedSize();
+    PictureSummary summary = summaryToBeWritten(size, decoder.format(), decoder.profile());
+    summary.orientation = photo.orientation;
+    summary.mayHoldPosition = mayHoldPosition(photo.type, *photo.source);
+
+    // A conversion for whatever is none of ours: what Ferrow writes is in that space already.
+    const ColorProfile own =
+        outputColorSpace(decoder.profile(), decoder.format().model, OutputColorProfile::preserveSource);
+    PhotoRows rows(photo, own);
+    observer.headerRead({size.width * size.height, photo.type == FileType::heif, MemoryNeed::ofRows(photo, {})});
+    PictureSummer summer = summerFor(rows.size(), rows.format(), request.format);
+    const std::size_t stride = std::size_t(rows.size().width) * std::size_t(rows.format().bytesPerPixel());
+    const std::int64_t band = std::clamp<std::int64_t>(bandBytes / std::int64_t(stride), 16, 64);
+    std::vector<std::byte> some(stride * std::size_t(band));
+    for (std::int64_t y = 0; y < rows.size().height; y += band) {
+        throwIfCanceled(stop);
+        observer.beforeBand();
+        const std::int64_t count = std::min(band, rows.size().height - y);
+        rows.readRows(count, some.data(), stride);
+        summer.add(count, some.data(), stride);
+    }
+    rows.finish();
+    summary.pixels = summer.take();
+    return summary;
+}
+
+bool isSamePicture(const PictureSummary& written, const PictureSummary& read, ExportFormat format, double quality)
+{
+    PictureSummary roughlyWritten = written;
+    if (!losesNothing(format) && areClose(written.pixels, read.pixels, toleranceOf(quality)))
+        roughlyWritten.pixels = read.pixels;
+    return roughlyWritten == read;
+}
+
+} // namespace ferrow::Engine
