@@ -152,8 +152,8 @@ BatchExportPlan dryPlan(const ExportRequest& request, const ExportCheckOperation
     return planner.plan(request, stop);
 }
 
-/// "48 GB free" where all folders say the same, as those of one disk do.
-QString freeSpace(const BatchExportPlan& plan, const ExportCheckOperations& operations)
+/// Where all folders say the same, as those of one disk do.
+std::optional<std::int64_t> freeBytesFor(const BatchExportPlan& plan, const ExportCheckOperations& operations)
 {
     std::optional<std::int64_t> bytes;
     for (const FileUrl& folder : plan.outputFolders) {
@@ -161,14 +161,20 @@ QString freeSpace(const BatchExportPlan& plan, const ExportCheckOperations& oper
         if (!here)
             here = operations.freeBytes(folder.deletingLastPathComponent()); // It is yet to be made.
         if (!here || (bytes && *bytes != *here))
-            return {};
+            return std::nullopt;
         bytes = here;
     }
+    return bytes;
+}
+
+QString freeSpace(const std::optional<std::int64_t>& bytes)
+{
     return bytes ? QStringLiteral("%1 free").arg(Localization::fileSize(*bytes)) : QString();
 }
 
-void checkFolders(const ExportRequest& request, const BatchExportPlan& plan, const ExportCheckOperations& operations,
-                  Findings& findings)
+/// Answers what is left to be measured.
+std::optional<SpaceQuestion> checkFolders(const ExportRequest& request, const BatchExportPlan& plan,
+                                          const ExportCheckOperations& operations, Findings& findings)
 {
     std::map<QString, std::vector<FileUrl>> failing;
     for (const BatchExportFailure& failure : plan.failures)
@@ -181,12 +187,14 @@ void checkFolders(const ExportRequest& request, const BatchExportPlan& plan, con
                  : photosThat(photos.size(), QStringLiteral("can’t be written"), QStringLiteral("can’t be written")),
              message, photos});
     if (!failing.empty())
-        return;
+        return std::nullopt;
+    const auto bytes = freeBytesFor(plan, operations);
     findings.push_back({Severity::ok,
                         plan.outputFolders.size() == 1 ? QStringLiteral("The folder can be written")
                                                        : QStringLiteral("The folders can be written"),
-                        freeSpace(plan, operations),
+                        freeSpace(bytes),
                         {}});
+    return SpaceQuestion{findings.size() - 1, spaceSamples(plan.jobs), bytes};
 }
 
 /// "1 name is taken already", "3 names are taken already".
@@ -444,32 +452,52 @@ ExportCheckOperations ExportCheckOperations::system()
             .exists = isTaken,
             .checkWritable = checkFolderWritable,
             .freeBytes = ferrow::freeBytes,
-            .loadLogo = [](const LogoAssetReference& asset, const std::stop_token& stop) {
-                return ManagedLogoStore::load(asset, ManagedLogoStore::renderDimension, {}, stop);
-            }};
+            .loadLogo =
+                [](const LogoAssetReference& asset, const std::stop_token& stop) {
+                    return ManagedLogoStore::load(asset, ManagedLogoStore::renderDimension, {}, stop);
+                },
+            .encodedSize = ferrow::encodedSize};
 }
 
-Findings findingsFor(const ExportRequest& request, const ExportCheckOperations& operations, const std::stop_token& stop)
+ExportFindings findingsFor(const ExportRequest& request, const ExportCheckOperations& operations,
+                           const std::stop_token& stop)
 {
     Findings findings;
+    std::optional<SpaceQuestion> space;
     if (request.photos.empty()) {
         findings.push_back({Severity::error,
                             QStringLiteral("No photo is included"),
                             QStringLiteral("Tick at least one photo in the list."),
                             {}});
-        return findings;
+        return {findings, space};
     }
     checkSources(request, operations, stop, findings);
     checkOwnFramings(request, findings);
     if (checkConfiguration(request.configuration, findings)) {
         const BatchExportPlan plan = dryPlan(request, operations, stop);
-        checkFolders(request, plan, operations, findings);
+        space = checkFolders(request, plan, operations, findings);
         checkNames(request, plan, findings);
     }
     checkCaptions(request, stop, findings);
     checkLogos(request, operations, stop, findings);
     checkSizes(request, stop, findings);
-    return findings;
+    return {std::move(findings), std::move(space)};
+}
+
+ExportFinding withSpace(ExportFinding folders, const SpaceEstimate& needed,
+                        const std::optional<std::int64_t>& freeBytes)
+{
+    folders.detail =
+        QStringLiteral("About %1, measured on %2")
+            .arg(Localization::fileSize(needed.bytes), WindowTexts::photoCount(std::int64_t(needed.measured)));
+    if (freeBytes)
+        folders.detail += QStringLiteral(" · ") + freeSpace(freeBytes);
+    // It may suffice all the same: where files are replaced, or the other photos take less.
+    if (freeBytes && needed.bytes > *freeBytes) {
+        folders.severity = Severity::warning;
+        folders.title = QStringLiteral("There may be too little room");
+    }
+    return folders;
 }
 
 bool hasErrors(const Findings& findings)

@@ -3,6 +3,7 @@
 
 #include "Export/ExportRequest.h"
 #include "Platform/Pixels/Bitmap.h"
+#include "Session/SpaceEstimate.h"
 
 #include <QString>
 
@@ -39,14 +40,31 @@ struct ExportCheckOperations {
     std::function<std::optional<std::int64_t>(const FileUrl&)> freeBytes; ///< Absent where nobody knows.
     /// Throws LogoAssetError, SystemError and Canceled.
     std::function<Bitmap(const LogoAssetReference&, const std::stop_token&)> loadLogo;
+    EncodedSize encodedSize;
 
     [[nodiscard]] static ExportCheckOperations system();
 };
 
+/// What has to be measured to tell whether there is room for the export: that takes as long as framing does.
+struct SpaceQuestion {
+    std::size_t finding = 0; ///< Index of the line that the answer belongs to.
+    std::vector<SpaceSample> samples;
+    std::optional<std::int64_t> freeBytes; ///< Absent where nobody knows, or the folders' disks differ.
+};
+
+struct ExportFindings {
+    std::vector<ExportFinding> lines;
+    std::optional<SpaceQuestion> space; ///< Where the folders can be written.
+};
+
 /// The findings in the order of the sheet: photos, own framings, folder, names, captions, logos, sizes. Creates and
 /// changes nothing. Throws Canceled.
-[[nodiscard]] std::vector<ExportFinding>
-findingsFor(const ExportRequest& request, const ExportCheckOperations& operations, const std::stop_token& stop);
+[[nodiscard]] ExportFindings findingsFor(const ExportRequest& request, const ExportCheckOperations& operations,
+                                         const std::stop_token& stop);
+
+/// The line of the folders, with the room that is needed.
+[[nodiscard]] ExportFinding withSpace(ExportFinding folders, const SpaceEstimate& needed,
+                                      const std::optional<std::int64_t>& freeBytes);
 
 /// Whether an export may start.
 [[nodiscard]] bool hasErrors(const std::vector<ExportFinding>& findings);

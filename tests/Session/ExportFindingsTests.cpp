@@ -36,6 +36,9 @@ struct Situation {
                 throw SystemError{EACCES, folder};
         };
         operations.freeBytes = [](const FileUrl&) { return 48'000'000'000; };
+        operations.encodedSize = [](const BatchExportJob& job, const std::stop_token&) {
+            return job.photo.pixelSize.width * 1000;
+        };
         operations.loadLogo = [](const LogoAssetReference&, const std::stop_token&) -> Bitmap {
             throw LogoAssetError{LogoAssetError::Case::missingManagedAsset};
         };
@@ -61,7 +64,7 @@ struct Row {
 TEST(ExportFindings, findsNothingWhereAllIsWell)
 {
     const Situation well;
-    const auto findings = findingsFor(well.request, well.operations, {});
+    const auto findings = findingsFor(well.request, well.operations, {}).lines;
     ASSERT_EQ(findings.size(), 2u);
     EXPECT_EQ(findings[0].title, QStringLiteral("All 3 photos can be read"));
     EXPECT_EQ(findings[1].title, QStringLiteral("The folder can be written"));
@@ -183,7 +186,7 @@ TEST(ExportFindings, namesEachCauseOnce)
         SCOPED_TRACE(row.title);
         Situation situation;
         row.spoil(situation);
-        std::vector<ExportFinding> bad = findingsFor(situation.request, situation.operations, {});
+        std::vector<ExportFinding> bad = findingsFor(situation.request, situation.operations, {}).lines;
         EXPECT_EQ(hasErrors(bad), row.severity == Severity::error);
         std::erase_if(bad, [](const ExportFinding& finding) { return finding.severity == Severity::ok; });
         ASSERT_EQ(bad.size(), 1u);
@@ -200,7 +203,7 @@ TEST(ExportFindings, judgesTheSizeThatIsWritten)
         Situation situation;
         situation.request.settings = {.format = format, .size = size};
         situation.request.photos[0].pixelSize = {49'900, 100};
-        const auto findings = findingsFor(situation.request, situation.operations, {});
+        const auto findings = findingsFor(situation.request, situation.operations, {}).lines;
         return std::ranges::all_of(findings, [](const ExportFinding& f) { return f.severity == Severity::ok; });
     };
     EXPECT_FALSE(isWell({}, ExportFormat::jpeg));
@@ -212,10 +215,77 @@ TEST(ExportFindings, judgesTheSizeThatIsWritten)
     situation.request.settings.size = OutputSize::withLongSide(2'000);
     situation.request.photos[0].pixelSize = {49'900, 100};
     situation.request.framing.batch.captions.front().fontSize.value = 300;
-    const auto findings = findingsFor(situation.request, situation.operations, {});
+    const auto findings = findingsFor(situation.request, situation.operations, {}).lines;
     EXPECT_TRUE(std::ranges::any_of(findings, [](const ExportFinding& finding) {
         return finding.title == QStringLiteral("3 photos have captions that don’t fit");
     })) << "the one too, that is too large at full size";
+}
+
+TEST(SpaceEstimate, countsEachPhotoByTheSampleNearestToItsSize)
+{
+    const auto jobOf = [](std::int64_t side) {
+        BatchExportJob job;
+        job.photo = test::photoAt(test::photoUrl("a.jpg"));
+        job.photo.pixelSize = {side, side};
+        job.recipe.border.width = 0;
+        return job;
+    };
+    const auto estimateOf = [&](std::initializer_list<std::int64_t> sides) {
+        std::vector<BatchExportJob> jobs;
+        for (const std::int64_t side : sides)
+            jobs.push_back(jobOf(side));
+        // Large photos take less a pixel, as they do.
+        return estimatedSpace(spaceSamples(jobs),
+                              [](const BatchExportJob& job, const std::stop_token&) {
+                                  const std::int64_t side = job.photo.pixelSize.width;
+                                  return side * side * (side < 1000 ? 3 : 2);
+                              },
+                              {});
+    };
+    const std::int64_t small = 300 * 300;
+    const std::int64_t large = 4000 * 4000;
+    EXPECT_EQ(estimateOf({}), std::nullopt);
+    EXPECT_EQ(estimateOf({300}), (SpaceEstimate{3 * small, 1}));
+    EXPECT_EQ(estimateOf({4000, 300}), (SpaceEstimate{3 * small + 2 * large, 2}));
+    EXPECT_EQ(estimateOf({300, 4000, 300, 4000, 4000, 4000}), (SpaceEstimate{6 * small + 8 * large, 3}));
+    EXPECT_EQ(estimateOf({10'000, 300}), (SpaceEstimate{3 * small + 3 * 10'000 * 10'000, 1})) << "held in memory";
+    EXPECT_EQ(estimateOf({60'000, 300}), (SpaceEstimate{3 * small, 1})) << "can’t be framed";
+    EXPECT_EQ(estimatedSpace(spaceSamples({jobOf(300)}),
+                             [](const auto&, const auto&) -> std::int64_t {
+                                 throw ImagePipelineError(ImagePipelineError::decodingFailed);
+                             },
+                             {}),
+              std::nullopt);
+}
+
+TEST(ExportCheck, measuresTheRoomOnceAndTellsWhereItDoesNotSuffice)
+{
+    Situation situation;
+    std::atomic<int> measured = 0;
+    std::int64_t free = 48'000'000'000;
+    situation.operations.encodedSize = [&](const BatchExportJob&, const std::stop_token&) {
+        ++measured;
+        return 1'000'000'000;
+    };
+    situation.operations.freeBytes = [&](const FileUrl&) { return free; };
+    ExportCheck check(situation.operations);
+    const auto detailAfterCheck = [&] {
+        check.start(situation.request);
+        EXPECT_TRUE(test::waitUntil(
+            [&] { return !check.isChecking() && check.findings().at(1).detail.startsWith(QStringLiteral("About")); }));
+        return check.findings().at(1);
+    };
+    const QString needed = QStringLiteral("About 3 GB, measured on 3 photos · ");
+    EXPECT_EQ(detailAfterCheck().detail, needed + QStringLiteral("48 GB free"));
+    free = 2'000'000'000;
+    situation.request.configuration.filenameTemplate = QStringLiteral("{index}");
+    const ExportFinding finding = detailAfterCheck();
+    EXPECT_EQ(finding.detail, needed + QStringLiteral("2 GB free"));
+    EXPECT_EQ(finding.severity, Severity::warning);
+    EXPECT_EQ(measured, 3) << "names make no file larger";
+    situation.request.settings.quality = 0.5;
+    static_cast<void>(detailAfterCheck());
+    EXPECT_TRUE(test::waitUntil([&] { return measured == 6; }));
 }
 
 TEST(ExportCheck, answersTheLastQuestion)

@@ -41,6 +41,11 @@ QString remedyText(ExportFinding::Remedy remedy)
     return {};
 }
 
+QString nameOf(const QPushButton& button)
+{
+    return button.text() + button.accessibleName();
+}
+
 } // namespace
 
 std::vector<ExportFinding> inSheetOrder(std::vector<ExportFinding> findings)
@@ -82,10 +87,16 @@ void ExportCheckList::showChecking()
 
 void ExportCheckList::showFindings(const std::vector<ExportFinding>& findings)
 {
+    const auto* focused = qobject_cast<QPushButton*>(focusWidget());
+    const QString hadFocus = focused && focused->hasFocus() ? nameOf(*focused) : QString();
     setMinimumHeight(0);
     clear();
     for (const auto& finding : inSheetOrder(findings))
         addFinding(finding);
+    // A line that has become more exact must not take the focus from the button of another.
+    for (int i = 0; i < lines_->count() && !hadFocus.isEmpty(); ++i)
+        if (auto* button = lines_->itemAt(i)->widget()->findChild<QPushButton*>(); button && nameOf(*button) == hadFocus)
+            button->setFocus(Qt::OtherFocusReason);
 }
 
 void ExportCheckList::addFinding(const ExportFinding& finding)

@@ -303,6 +303,7 @@ void ExportOptionsSheet::buildCheck(QVBoxLayout& page)
     slowCheck_.setInterval(slowCheckMilliseconds);
     connect(&beforeCheck_, &QTimer::timeout, this, &ExportOptionsSheet::check);
     connect(&slowCheck_, &QTimer::timeout, findings_, &ExportCheckList::showChecking);
+    connect(&check_, &ExportCheck::spaceMeasured, this, &ExportOptionsSheet::showFindings);
     connect(&check_, &ExportCheck::isCheckingChanged, this, [this] {
         if (!check_.isChecking())
             showFindings();
