@@ -8,7 +8,10 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <vector>
+
+#include <lcms2.h>
 
 namespace {
 
@@ -26,7 +29,45 @@ int runBareLoop(const std::string& sources, const std::string& destination)
     return 0;
 }
 
-void measure(const char* label, const QByteArray& icc, const std::string& self, double target)
+using Profile = std::unique_ptr<void, decltype(&cmsCloseProfile)>;
+
+/// Adobe RGB as a scanner's profile would say it: by a table of 33 points a side.
+QByteArray tableProfile()
+{
+    const QByteArray adobeRGB = ferrow::ColorProfile::of(ferrow::WellKnown::adobeRGB).icc();
+    const Profile source(cmsOpenProfileFromMem(adobeRGB.constData(), cmsUInt32Number(adobeRGB.size())),
+                         cmsCloseProfile);
+    const Profile lab(cmsCreateLab4Profile(nullptr), cmsCloseProfile);
+    const std::unique_ptr<void, decltype(&cmsDeleteTransform)> toLab(
+        cmsCreateTransform(source.get(), TYPE_RGB_16, lab.get(), TYPE_Lab_16, INTENT_RELATIVE_COLORIMETRIC,
+                           cmsFLAGS_NOOPTIMIZE),
+        cmsDeleteTransform);
+    cmsStage* const table = cmsStageAllocCLut16bit(nullptr, 33, 3, 3, nullptr);
+    cmsStageSampleCLut16bit(
+        table,
+        [](const cmsUInt16Number* in, cmsUInt16Number* out, void* transform) {
+            cmsDoTransform(transform, in, out, 1);
+            return cmsInt32Number{1};
+        },
+        toLab.get(), 0);
+    const std::unique_ptr<cmsPipeline, decltype(&cmsPipelineFree)> pipeline(cmsPipelineAlloc(nullptr, 3, 3),
+                                                                            cmsPipelineFree);
+    cmsPipelineInsertStage(pipeline.get(), cmsAT_END, table);
+
+    const Profile profile(cmsCreateProfilePlaceholder(nullptr), cmsCloseProfile);
+    cmsSetDeviceClass(profile.get(), cmsSigInputClass);
+    cmsSetColorSpace(profile.get(), cmsSigRgbData);
+    cmsSetPCS(profile.get(), cmsSigLabData);
+    cmsWriteTag(profile.get(), cmsSigMediaWhitePointTag, cmsD50_XYZ());
+    cmsWriteTag(profile.get(), cmsSigAToB0Tag, pipeline.get());
+    cmsUInt32Number size = 0;
+    cmsSaveProfileToMem(profile.get(), nullptr, &size);
+    QByteArray bytes(qsizetype(size), '\0');
+    cmsSaveProfileToMem(profile.get(), bytes.data(), &size);
+    return bytes;
+}
+
+void measure(const char* label, const QByteArray& icc, const std::string& self, const char* target)
 {
     const ScratchFolder sources;
     const ScratchFolder outputs;
@@ -43,8 +84,8 @@ void measure(const char* label, const QByteArray& icc, const std::string& self, 
                                                     "--on-collision", "replace", "--profile", "srgb", "--caption",
                                                     "{camera} · {year}", sources.path()}));
     }
-    std::printf("%-28s bare codec %.2f s, framed %.2f s, ratio %.3f (target %.2f)\n", label, bare, framed,
-                framed / bare, target);
+    std::printf("%-28s bare codec %.2f s, framed %.2f s, ratio %.3f (target %s)\n", label, bare, framed, framed / bare,
+                target);
 }
 
 } // namespace
@@ -56,8 +97,10 @@ int main(int argc, char** argv)
     const std::string self = std::filesystem::read_symlink("/proc/self/exe").string();
     std::printf("Best of %d rounds, %d photos of 24 megapixels each, processor time of all processes\n", rounds,
                 photoCount);
-    measure("sRGB to sRGB", ferrow::ColorProfile::sRGB().icc(), self, 1.15);
-    measure("no profile to sRGB", {}, self, 1.15);
-    measure("Display P3 to sRGB", ferrow::ColorProfile::displayP3().icc(), self, 2.0);
+    measure("sRGB to sRGB", ferrow::ColorProfile::sRGB().icc(), self, "1.15");
+    measure("no profile to sRGB", {}, self, "1.15");
+    measure("Display P3 to sRGB", ferrow::ColorProfile::displayP3().icc(), self, "1.25");
+    measure("Adobe RGB to sRGB", ferrow::ColorProfile::of(ferrow::WellKnown::adobeRGB).icc(), self, "none");
+    measure("table profile to sRGB", tableProfile(), self, "none");
     return 0;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Pixels/MatrixShaper.h"
 
+#include "Platform/Pixels/FixedPointShaper.h"
 #include "Platform/Pixels/LightEncoding.h"
 #include "Platform/Pixels/PixelRows.h"
 
@@ -99,6 +100,8 @@ std::unique_ptr<RowConverter> shapedRows(cmsHPROFILE from, PixelFormat source, c
     if (!decoding || !back)
         return nullptr;
     const Matrix matrix = product(*back, decoding->colorants);
+    if (auto rows = fixedPointRows(decoding->curves, matrix, encoding->curves, source, target))
+        return rows;
     return withPixelTypes(source, target, [&]<typename Source, typename Target>() -> std::unique_ptr<RowConverter> {
         if constexpr (Source::isGray)
             return nullptr;
