@@ -47,6 +47,10 @@ TEST(ImageTypes, areTheSameForProgramsDesktopsAndManuals)
     };
     const std::tuple<const char*, QString> rows[] = {
         {"app.ferrow.Ferrow.desktop", u" MimeType="_s + mimeTypes + u' '},
+        {"menus/ferrow-servicemenu.desktop", u" MimeType="_s + mimeTypes + u"inode/directory; "_s},
+        {"menus/ferrow-sendto.desktop", u" MimeType="_s + mimeTypes + u"inode/directory;"_s},
+        {"menus/ferrow.nemo_action", u" Mimetypes="_s + mimeTypes + u"inode/directory; "_s},
+        {"menus/ferrow-nautilus.py", u" \""_s + mimeTypes + u"inode/directory;\""_s},
         {"app.ferrow.Ferrow.metainfo.xml", listed(types) + u", read and written"_s},
         {"man/ferrow.1", u"Photos are read as "_s + listed(types)},
         {"man/ferrow.1", u"In folders they are known by the extensions "_s + listed(extensions)},
