@@ -113,7 +113,9 @@ TEST(TextFrame, spacesLettersButNotBehindTheLast)
 {
     for (const double spacing : {0.2, -0.1}) {
         TextStyle style = styleFor("Helvetica Neue", 100);
-        const double plain = sizeOf(u"HHHH"_s, style).width();
+        // Not the size that the text suggests, which may have a little room more for how it breaks.
+        const auto width = [&] { return TextFrame(u"HHHH"_s, style).lineRects({600, 150}).at(0).width(); };
+        const double plain = width();
         const auto inkOf = [&](TextAlignment alignment) {
             style.alignment = alignment;
             return inkBounds(drawBlack(u"HHHH"_s, style, {600, 150}));
@@ -121,13 +123,13 @@ TEST(TextFrame, spacesLettersButNotBehindTheLast)
         const QRect left = inkOf(TextAlignment::left);
         const QRect right = inkOf(TextAlignment::right);
         style.letterSpacing = spacing;
-        EXPECT_NEAR(sizeOf(u"HHHH"_s, style).width(), plain + 3 * spacing * 100, 0.5);
+        EXPECT_NEAR(width(), plain + 3 * spacing * 100, 0.5);
         EXPECT_NEAR(inkOf(TextAlignment::left).left(), left.left(), 1);
         EXPECT_NEAR(inkOf(TextAlignment::right).right(), right.right(), 1);
         EXPECT_NEAR(inkOf(TextAlignment::right).width(), right.width() + 3 * spacing * 100, 2);
         const QRect center = inkOf(TextAlignment::center);
         EXPECT_NEAR(center.left(), 599 - center.right(), 2);
-        EXPECT_EQ(linesOf(u"HHHH"_s, style, plain + 3 * spacing * 100 + 1), 1);
+        EXPECT_EQ(linesOf(u"HHHH"_s, style, plain + 3 * spacing * 100 + 3), 1);
     }
 }
 
