@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Platform/Base/BlockGrid.h"
 #include "Platform/Base/ByteSource.h"
 #include "Platform/Base/PixelSize.h"
 #include "Platform/Codecs/FileType.h"
@@ -11,6 +12,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 
 namespace ferrow {
 
@@ -63,6 +65,9 @@ public:
     /// Bytes of memory that decoding holds at once beyond some tens of rows: 0 for a decoder that streams; the
     /// whole picture (progressive, interlaced, HEIF, a single compressed strip) otherwise.
     [[nodiscard]] virtual std::int64_t heldBytes() const = 0;
+    /// Where the picture, turned upright from `orientation` (1…8, as Exif counts them), may lie for JpegFraming; none
+    /// where it can't keep its coded data.
+    [[nodiscard]] virtual std::optional<BlockGrid> blockGrid(int /*orientation*/) const { return std::nullopt; }
 
     /// The next `count` rows (the caller never asks for more than are left) to `out`, `stride` bytes apart (both
     /// even where components have 16 bits).

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Codecs/ImageDecoder.h"
+#include "Platform/Codecs/JpegGrid.h"
 #include "Platform/Codecs/JpegReading.h"
 
 #include <algorithm>
@@ -35,6 +36,10 @@ public:
         const bool holds =
             !beyondLibrary_ && (codec().progressive_mode || codec().comps_in_scan < codec().num_components);
         return holds ? reading_->blocks() * DCTSIZE2 * std::int64_t(sizeof(JCOEF)) : 0;
+    }
+    [[nodiscard]] std::optional<BlockGrid> blockGrid(int orientation) const override
+    {
+        return beyondLibrary_ ? std::nullopt : blockGridOf(codec(), orientation);
     }
 
     void readRows(std::int64_t count, std::byte* out, std::size_t stride) override
