@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Engine/Requests.h"
+#include "Platform/Codecs/JpegFraming.h"
 
 #include <memory>
 #include <optional>
@@ -18,7 +19,8 @@ public:
 
     [[nodiscard]] virtual InspectAnswer inspect(const InspectRequest& request, const std::stop_token& stop) = 0;
     /// On return the output file is complete, but not yet flushed to disk. A stop is honored until the last row is
-    /// composed. The summary is there where the request asks for one.
+    /// composed. The summary is there where the request asks for one. Also throws CannotKeep, where photo or frame
+    /// forbid what keepsPhotoData asks for; the output then holds rubbish.
     virtual std::optional<PictureSummary> frame(const FrameRequest& request, const std::stop_token& stop) = 0;
     /// By somebody who has seen neither the photo nor any other.
     [[nodiscard]] virtual PictureSummary readBack(const ReadBackRequest& request, const std::stop_token& stop) = 0;

@@ -136,9 +136,14 @@ std::array<Byte, 4> canvasPixel(const RGBAColor& color, const ColorProfile& canv
 
 } // namespace
 
+bool isBackgroundOpaque(const Composition& composition)
+{
+    return composition.blurredPhoto || alpha8(composition.borderColor) == 255;
+}
+
 bool needsAlpha(const Composition& composition, PixelFormat photo)
 {
-    return photo.hasAlpha() || (!composition.blurredPhoto && alpha8(composition.borderColor) < 255);
+    return photo.hasAlpha() || !isBackgroundOpaque(composition);
 }
 
 void cutCorners(Overlay& photo, const RoundedRect& area)
@@ -223,6 +228,26 @@ Compositor::Compositor(const Composition& composition, RowSource* photo, const C
             layers_.push_back({preparedOverlay(overlay, canvasSpace), overlay.x, overlay.y});
 }
 
+void Compositor::leaveOpen(PixelSize photo)
+{
+    openSize_ = photo;
+    firstWholeRow_ = photoY_;
+    lastWholeRow_ = photoY_ + photo.height;
+}
+
+std::pair<std::int64_t, std::int64_t> Compositor::columnsOverPhoto(std::int64_t firstRow, std::int64_t count) const
+{
+    std::int64_t from = photoX_ + openSize_.width;
+    std::int64_t to = photoX_;
+    for (const Layer& layer : layers_) {
+        if (layer.y >= firstRow + count || layer.y + layer.picture.size().height <= firstRow)
+            continue;
+        from = std::min(from, std::max(layer.x, photoX_));
+        to = std::max(to, std::min(layer.x + layer.picture.size().width, photoX_ + openSize_.width));
+    }
+    return from < to ? std::pair(from, to) : std::pair(photoX_, photoX_);
+}
+
 void Compositor::compose(std::int64_t count, std::byte* out, std::size_t stride)
 {
     const std::int64_t firstRow = nextRow_;
@@ -241,7 +266,8 @@ void Compositor::compose(std::int64_t count, std::byte* out, std::size_t stride)
 void Compositor::fillBackground(std::int64_t firstRow, std::int64_t count, std::byte* out, std::size_t stride)
 {
     // Under an opaque photo the background is never seen: only the columns beside it are filled.
-    const bool photoCovers = photo_ && !photo_->format().hasAlpha() && !format_.hasAlpha();
+    const bool photoCovers = photo_ ? !photo_->format().hasAlpha() && !format_.hasAlpha() : openSize_ != PixelSize();
+    const std::int64_t photoWidth = photo_ ? photo_->size().width : openSize_.width;
     for (std::int64_t row = firstRow; row < firstRow + count; ++row, out += stride) {
         if (blurred_)
             blurred_->moveTo(row);
@@ -251,7 +277,7 @@ void Compositor::fillBackground(std::int64_t firstRow, std::int64_t count, std::
             continue;
         }
         fillColumns(0, photoX_, out);
-        fillColumns(photoX_ + photo_->size().width, size_.width, out);
+        fillColumns(photoX_ + photoWidth, size_.width, out);
     }
 }
 

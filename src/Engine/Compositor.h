@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace ferrow::Engine {
@@ -27,6 +28,13 @@ public:
     /// The background of a composition that asks for the blurred photo, in the canvas's space. Comes before the first
     /// row: a photo is not read before memory was granted.
     void setBackground(BlurredPicture picture) { blurred_ = std::move(picture); }
+
+    /// Without a photo, on a canvas with alpha: its place is left as it is, but for what lies over it.
+    void leaveOpen(PixelSize photo);
+    /// For that: the columns, from the first to behind the last, in which these rows of its place may be drawn on; two
+    /// equal ones for none.
+    [[nodiscard]] std::pair<std::int64_t, std::int64_t> columnsOverPhoto(std::int64_t firstRow,
+                                                                         std::int64_t count) const;
 
     [[nodiscard]] PixelSize size() const { return size_; }
     [[nodiscard]] PixelFormat format() const { return format_; }
@@ -53,6 +61,7 @@ private:
     RowSource* photo_;
     std::int64_t photoX_;
     std::int64_t photoY_;
+    PixelSize openSize_; ///< Of the photo's place where that is left open.
     RoundedRect photoArea_;
     /// The photo's rows that no corner cuts.
     std::int64_t firstWholeRow_ = 0;
@@ -74,6 +83,7 @@ private:
 [[nodiscard]] ColorProfile viewingColorSpace(const ColorProfile& photo, ColorModel model);
 
 /// Whether a canvas has transparent pixels: where the border color or the photo can be transparent.
+[[nodiscard]] bool isBackgroundOpaque(const Composition& composition);
 [[nodiscard]] bool needsAlpha(const Composition& composition, PixelFormat photo);
 
 /// Cuts the corners of a photo that is an overlay and lies in `area`; its straight edges are left as they are.

@@ -2,6 +2,7 @@
 #include "Engine/InProcessAnswerer.h"
 
 #include "Engine/Compositor.h"
+#include "Engine/KeptFraming.h"
 #include "Engine/MemoryNeed.h"
 #include "Engine/PhotoRows.h"
 #include "Engine/PictureSummary.h"
@@ -248,6 +249,7 @@ InspectAnswer InProcessAnswerer::inspect(const InspectRequest& request, const st
     answer.uprightSize = photo.uprightSize();
     answer.properties = photo.properties;
     answer.colorProfileName = photo.decoder->profile().name();
+    answer.codedData = codedDataOf(photo);
     if (request.maximumDimension > 0) {
         observer_->headerRead(jobSize(photo, MemoryNeed::ofReducedPicture(photo, request.maximumDimension)));
         answer.picture = reducedPicture(photo, request.maximumDimension,
@@ -261,12 +263,14 @@ std::optional<PictureSummary> InProcessAnswerer::frame(const FrameRequest& reque
     throwIfCanceled(stop);
     const QString formatName = rawValue(request.format);
     try {
+        ByteSink sink(request.outputDescriptor);
+        if (request.keepsPhotoData)
+            return frameKeepingData(request, sink, stop, *observer_);
         FramedPhoto framed(request.source, request.expectedSize, request.composition);
         observer_->headerRead(jobSize(
             framed.photo, framed.memoryNeed() + MemoryNeed::ofEncoder(request.format, request.composition.canvasSize)));
         framed.addBackground(request.source, request.composition, stop, *observer_);
         const bool keepsAlpha = framed.compositor.format().hasAlpha() && request.format != ExportFormat::jpeg;
-        ByteSink sink(request.outputDescriptor);
         EncodeOptions options;
         options.size = framed.compositor.size();
         options.format = keepsAlpha ? rgba8 : rgb8;

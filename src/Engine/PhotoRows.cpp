@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Engine/PhotoRows.h"
 
+#include "Engine/CodecErrors.h"
+#include "Engine/Compositor.h"
 #include "Models/ErrorTexts.h"
 #include "Platform/Pixels/Resampler.h"
 #include "Platform/Properties/PropertyReader.h"
@@ -13,40 +15,6 @@
 namespace ferrow::Engine {
 
 namespace {
-
-/// How the codecs' reasons read to the user, while the header is being read and while pixels are.
-enum class Stage { header, pixels };
-
-[[noreturn]] void rethrow(const CodecError& error, Stage stage)
-{
-    switch (error.reason) {
-    case CodecError::Reason::unsupported:
-        throw ImagePipelineError(ImagePipelineError::UnsupportedType{error.kind});
-    case CodecError::Reason::unreadable:
-        throw ImagePipelineError(ImagePipelineError::unreadableFile);
-    case CodecError::Reason::tooLarge:
-        throw ImagePipelineError(ImagePipelineError::decodingFailed);
-    case CodecError::Reason::malformed:
-    case CodecError::Reason::damaged:
-        break;
-    }
-    throw ImagePipelineError(stage == Stage::header ? ImagePipelineError::malformedImage
-                                                    : ImagePipelineError::decodingFailed);
-}
-
-template <typename Work>
-auto translated(Stage stage, Work&& work)
-{
-    try {
-        return work();
-    } catch (const CodecError& error) {
-        rethrow(error, stage);
-    } catch (const InputOutputError&) {
-        throw ImagePipelineError(ImagePipelineError::unreadableFile);
-    } catch (const std::bad_alloc&) {
-        throw ImagePipelineError(ImagePipelineError::decodingFailed);
-    }
-}
 
 FileType photoType(const ByteSource& source)
 {
@@ -206,6 +174,19 @@ OpenedPhoto openPhoto(const SourceFile& source, const DecodeOptions& options)
         photo.orientation = orientationFrom(photo.properties);
         return photo;
     });
+}
+
+std::optional<CodedData> codedDataOf(const OpenedPhoto& photo)
+{
+    const std::optional<BlockGrid> grid = photo.decoder->blockGrid(photo.orientation);
+    if (!grid)
+        return std::nullopt;
+    const ColorProfile profile = photo.decoder->profile();
+    const ColorModel model = photo.decoder->format().model;
+    CodedData data{.grid = *grid};
+    for (const auto& [policy, name] : CodedCases<OutputColorProfile>::table)
+        data.keepsColors[std::size_t(policy)] = meansTheSame(profile, model, outputColorSpace(profile, model, policy));
+    return data;
 }
 
 Bitmap oriented(const Bitmap& picture, int orientation)

@@ -30,6 +30,9 @@ struct OpenedPhoto {
 /// Type by content, properties, orientation, decoder, limits, in this order. Throws ImagePipelineError.
 [[nodiscard]] OpenedPhoto openPhoto(const SourceFile& source, const DecodeOptions& options);
 
+/// For what keeps a JPEG's coded data; none where that can't be.
+[[nodiscard]] std::optional<CodedData> codedDataOf(const OpenedPhoto& photo);
+
 /// Whether an orientation turns the picture by a quarter.
 [[nodiscard]] constexpr bool swapsDimensions(int orientation)
 {

@@ -20,7 +20,7 @@ namespace ferrow::Engine {
                                          JobObserver& observer);
 
 /// Whether what was read is what was written: the same in every pixel for formats that lose nothing, as close as
-/// `quality` (0…1) lets it come for the others.
+/// `quality` (0…1) lets it come for the others. Of a JPEG that was written without being decoded only all else counts.
 [[nodiscard]] bool isSamePicture(const PictureSummary& written, const PictureSummary& read, ExportFormat format,
                                  double quality);
 

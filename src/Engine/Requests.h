@@ -51,6 +51,7 @@ struct InspectAnswer {
     PixelSize uprightSize;
     ImageProperties properties;
     QString colorProfileName;
+    std::optional<CodedData> codedData;
     Bitmap picture; ///< 8-bit RGB, alpha none or straight, in its own RGB space where well known (see
                     ///< viewingColorSpace()); or null.
 };
@@ -117,6 +118,8 @@ struct FrameRequest {
     double quality = 0.9;
     OutputMetadata metadata;
     bool summarizes = false; ///< Whether a summary of what is written is wanted, to compare its file with.
+    /// The photo's coded data is to stand in the output as it is: see JpegFraming. Its place is on the photo's grid.
+    bool keepsPhotoData = false;
 };
 
 /// A picture in few enough words to compare one that was written with what its file holds.
@@ -126,7 +129,7 @@ struct PictureSummary {
     bool hasAlpha = false;
     std::uint64_t profile = 0;    ///< Digest of its ICC bytes.
     bool mayHoldPosition = false; ///< See mayHoldPosition().
-    PictureSums pixels;
+    PictureSums pixels;           ///< Nothing, of a picture that is written without being decoded.
 
     bool operator==(const PictureSummary&) const = default;
 };

@@ -2,12 +2,26 @@
 #pragma once
 
 #include "Models/MetadataCorrections.h"
+#include "Platform/Base/BlockGrid.h"
 #include "Platform/Base/FileUrl.h"
 #include "Platform/Base/PixelSize.h"
 #include "Platform/Files/ImageTypes.h"
 #include "Platform/Pixels/Bitmap.h"
 
+#include <array>
+#include <cstddef>
+#include <optional>
+
 namespace ferrow {
+
+/// What has to be known of a JPEG whose coded data is to stand in an output as it is.
+struct CodedData {
+    BlockGrid grid; ///< Where the upright photo may lie.
+    /// By OutputColorProfile: whether the output's colors are the photo's own.
+    std::array<bool, 3> keepsColors{};
+
+    bool operator==(const CodedData&) const = default;
+};
 
 /// One photo of the working set. Identified by its url everywhere; not compared as a whole.
 struct ImportedPhoto {
@@ -18,6 +32,7 @@ struct ImportedPhoto {
     MetadataCorrections corrections;
     Bitmap previewSource; ///< Upright, reduced; null where the load asked for no pixels.
     QString colorProfileName;
+    std::optional<CodedData> codedData; ///< Of a JPEG that can be framed without being coded anew.
 
     [[nodiscard]] const FileUrl& id() const { return url; }
     [[nodiscard]] QString filename() const { return url.lastPathComponent(); }

@@ -24,6 +24,9 @@ constexpr int maximumDepth = 4;
 /// Sides in a refusal may be absurd, since that is why it was refused.
 constexpr std::int64_t largestNumber = std::int64_t(1) << 40;
 
+/// A side of what JPEG codes together: four blocks.
+constexpr std::int64_t largestMcu = 32;
+
 enum class Tag : std::uint8_t { number, text, numbers, texts, map };
 
 void write(ByteWriter& writer, const PropertyMap& map, int depth);
@@ -159,6 +162,31 @@ AnsweredPicture readPicture(ByteReader& reader)
     return picture;
 }
 
+void write(ByteWriter& writer, const std::optional<CodedData>& data)
+{
+    writer.flag(data.has_value());
+    if (!data)
+        return;
+    for (const std::int64_t number : {data->grid.width, data->grid.height, data->grid.x, data->grid.y})
+        writer.number(number);
+    for (const bool keeps : data->keepsColors)
+        writer.flag(keeps);
+}
+
+std::optional<CodedData> readCodedData(ByteReader& reader)
+{
+    if (!reader.flag())
+        return std::nullopt;
+    CodedData data;
+    data.grid.width = reader.number<std::int64_t>(1, largestMcu);
+    data.grid.height = reader.number<std::int64_t>(1, largestMcu);
+    data.grid.x = reader.number<std::int64_t>(0, data.grid.width - 1);
+    data.grid.y = reader.number<std::int64_t>(0, data.grid.height - 1);
+    for (bool& keeps : data.keepsColors)
+        keeps = reader.flag();
+    return data;
+}
+
 void write(ByteWriter& writer, const Inspected& inspected)
 {
     const Engine::InspectAnswer& answer = inspected.answer;
@@ -166,6 +194,7 @@ void write(ByteWriter& writer, const Inspected& inspected)
     write(writer, answer.storedSize);
     writer.flag(answer.uprightSize != answer.storedSize);
     writer.text(answer.colorProfileName, maximumLabel);
+    write(writer, answer.codedData);
     write(writer, answer.properties.image, 0);
     write(writer, answer.properties.xmp, 0);
     write(writer, inspected.picture);
@@ -183,6 +212,7 @@ Inspected readInspected(ByteReader& reader)
         reader.fail();
     answer.uprightSize = reader.flag() ? answer.storedSize.transposed() : answer.storedSize;
     answer.colorProfileName = reader.text(maximumLabel);
+    answer.codedData = readCodedData(reader);
     answer.properties.image = readMap(reader, 0);
     answer.properties.xmp = readMap(reader, 0);
     inspected.picture = readPicture(reader);
@@ -425,6 +455,8 @@ Message encode(const Answer& answer)
                 return MessageKind::photoRefused;
             else if constexpr (std::is_same_v<Content, LogoRefused>)
                 return MessageKind::logoRefused;
+            else if constexpr (std::is_same_v<Content, KeepingRefused>)
+                return MessageKind::keepingRefused;
             else
                 return MessageKind::canceled;
         },
@@ -475,6 +507,9 @@ std::optional<Answer> parseAnswer(std::span<const std::byte> message)
         break;
     case MessageKind::canceled:
         answer.content = WasCanceled{};
+        break;
+    case MessageKind::keepingRefused:
+        answer.content = KeepingRefused{};
         break;
     default:
         return std::nullopt;

@@ -40,6 +40,7 @@ enum class MessageKind : std::uint32_t {
     photoRefused,
     logoRefused,
     canceled,
+    keepingRefused,
 };
 
 struct MessageHeader {
@@ -103,6 +104,8 @@ struct HeaderRead {
 
 struct LastRowComposed {};
 struct WasCanceled {};
+/// The photo's data can't be kept: it has to be coded.
+struct KeepingRefused {};
 
 /// A picture as it comes back: its pixels, or where they are.
 struct AnsweredPicture {
@@ -139,7 +142,7 @@ struct LogoRefused {
 struct Answer {
     std::uint32_t job = 0;
     std::variant<Hello, HeaderRead, LastRowComposed, Inspected, Framed, SummaryRead, RegionComposed, LogoRasterized,
-                 PhotoRefused, LogoRefused, WasCanceled>
+                 PhotoRefused, LogoRefused, WasCanceled, KeepingRefused>
         content;
 };
 

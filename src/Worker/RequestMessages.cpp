@@ -276,6 +276,7 @@ void writeRest(ByteWriter& writer, const Engine::FrameRequest& request, bool isI
     writer.flag(request.summarizes);
     for (const auto* field : fieldsOf(request.metadata))
         write(writer, *field);
+    writer.flag(request.keepsPhotoData);
     write(writer, request.composition, isInline);
 }
 
@@ -311,6 +312,7 @@ void readRest(ByteReader& reader, Engine::FrameRequest& request, int overlayMemo
     request.summarizes = reader.flag();
     for (auto* field : fieldsOf(request.metadata))
         *field = readOptionalText(reader);
+    request.keepsPhotoData = reader.flag();
     request.composition = readComposition(reader, overlayMemory);
 }
 

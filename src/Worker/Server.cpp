@@ -135,7 +135,11 @@ decltype(Answer::content) Server::work(const Engine::InspectRequest& request, in
 
 decltype(Answer::content) Server::work(const Engine::FrameRequest& request, int)
 {
-    return Framed{engine_.frame(request, {})};
+    try {
+        return Framed{engine_.frame(request, {})};
+    } catch (const CannotKeep&) {
+        return KeepingRefused{};
+    }
 }
 
 decltype(Answer::content) Server::work(const Engine::ReadBackRequest& request, int)

@@ -4,6 +4,7 @@
 #include "Engine/MemoryNeed.h"
 #include "Models/ErrorTexts.h"
 #include "Platform/Base/Cancellation.h"
+#include "Platform/Files/Descriptor.h"
 #include "WorkerPool/JobRun.h"
 
 #include <sys/stat.h>
@@ -85,13 +86,6 @@ void throwRefusal(JobRun& job, const Worker::Answer& answer, const Engine::Frame
         mismatch->expected = expected;
     job.accept();
     throw error;
-}
-
-/// What an earlier worker may have written is not part of the output.
-void empty(int outputDescriptor)
-{
-    if (::ftruncate(outputDescriptor, 0) != 0 || ::lseek(outputDescriptor, 0, SEEK_SET) != 0)
-        throw NoAnswer{};
 }
 
 /// More than any format makes of a canvas: JPEG codes a coefficient of noise in up to 27 bits. Profile, metadata and
@@ -233,15 +227,22 @@ std::optional<Engine::PictureSummary> WorkerAnswerer::frame(const Engine::FrameR
     const Assignment assignment = framing(request);
     return forPhoto([&] {
         return onWorker(assignment, stop, [&](JobRun& job) {
-            empty(request.outputDescriptor);
+            // What an earlier worker may have written is not part of the output.
+            if (emptied(request.outputDescriptor) != 0)
+                throw NoAnswer{};
             Worker::Request question{0, request};
             const auto overlays = Worker::overlayMemoryFor(question);
             question.overlayMemory = descriptorOf(overlays);
             const Worker::Answer answer =
                 job.ask(std::move(question), Allowance::encoding(request.composition.canvasSize, request.format));
             throwRefusal(job, answer, &request, request.expectedSize);
+            if (request.keepsPhotoData && std::holds_alternative<Worker::KeepingRefused>(answer.content)) {
+                job.awaitEnd();
+                throw CannotKeep{};
+            }
             const auto& framed = expect<Worker::Framed>(answer);
-            if (framed.summary.has_value() != request.summarizes)
+            const bool hasPixels = !framed.summary || framed.summary->pixels != PictureSums();
+            if (!(hasPixels || request.keepsPhotoData) || framed.summary.has_value() != request.summarizes)
                 throw NoAnswer{};
             // Nobody may hold a descriptor of what is going to be checked and placed.
             job.awaitEnd();

@@ -199,6 +199,67 @@ TEST(Framing, heedsAStopAndReportsAFullDisk)
     ::close(request.outputDescriptor);
 }
 
+TEST(Framing, keepsThePhotosDataOrSaysThatItCannot)
+{
+    constexpr PixelSize size{48, 32};
+    Bitmap picture = test::noise(size, rgb8, 3);
+    const QByteArray photo = test::encoded(OutputType::jpeg, picture);
+    const auto frame = [&](const QByteArray& source, const std::function<void(FrameRequest&)>& change) {
+        const MemoryFile in(source);
+        const MemoryFile out;
+        FrameRequest request = requestFor(in, out, size, 16);
+        request.keepsPhotoData = true;
+        change(request);
+        InProcessAnswerer().frame(request, {});
+        return out.bytes();
+    };
+    const QByteArray bytes = frame(photo, [](FrameRequest& request) {
+        request.composition.line = PhotoLine{4, 4, RGBAColor::black};
+        request.composition.photoArea = {16, 16, 64, 48, 0};
+        request.composition.overlays.push_back({test::flat({8, 8}, rgba8Premultiplied, {255, 0, 0, 255}), 16, 16, 1});
+        request.metadata.artist = QStringLiteral("Ada");
+    });
+    const Bitmap framed = test::decoded(bytes);
+    ASSERT_EQ(framed.size(), (PixelSize{80, 64}));
+    EXPECT_TRUE(framed.profile().isEquivalentTo(ColorProfile::sRGB()));
+    EXPECT_TRUE(bytes.contains("Ada"));
+    const Bitmap decoded = test::decoded(photo);
+    EXPECT_EQ(component(framed, 40, 30, 1), component(decoded, 24, 14, 1));
+    EXPECT_EQ(component(framed, 63, 47, 2), component(decoded, 47, 31, 2));
+    EXPECT_NEAR(component(framed, 20, 20, 0), 255, 8) << "the overlay";
+    EXPECT_NEAR(component(framed, 20, 20, 1), 0, 8);
+    EXPECT_NEAR(component(framed, 10, 30, 1), 0, 12) << "the line";
+    EXPECT_EQ(component(framed, 2, 2, 1), 255);
+
+    const std::pair<const char*, std::function<void(FrameRequest&)>> refused[]{
+        {"off the grid", [](FrameRequest& request) { request.composition.photoX = 12; }},
+        {"colors", [](FrameRequest& r) { r.composition.colorProfile = OutputColorProfile::displayP3; }},
+        {"translucent", [](FrameRequest& request) { request.composition.borderColor.alpha = 0.5; }},
+        {"blurred",
+         [](FrameRequest& request) {
+             request.composition.blurredPhoto = BlurredPhoto{2, 1};
+         }},
+        {"corners",
+         [](FrameRequest& request) {
+             request.composition.photoArea = {16, 16, 64, 48, 5};
+         }},
+        {"smaller",
+         [](FrameRequest& request) {
+             request.composition.photoSize = {24, 16};
+         }},
+        {"PNG", [](FrameRequest& request) { request.format = ExportFormat::png; }},
+    };
+    for (const auto& [name, change] : refused)
+        EXPECT_THROW(frame(photo, change), CannotKeep) << name;
+    EXPECT_THROW(frame(test::encoded(OutputType::png, picture), [](auto&) {}), CannotKeep);
+    EXPECT_EQ(test::pipelineErrorOf([&] { frame(photo.left(photo.size() / 2), [](auto&) {}); }),
+              Error(Error::decodingFailed).value);
+    EXPECT_EQ(test::pipelineErrorOf([&] { frame(photo, [](FrameRequest& r) {
+                                              r.expectedSize = {32, 48};
+                                          }); }),
+              Error(Error::FullResolutionMismatch{{32, 48}, size}).value);
+}
+
 TEST(Framing, reducesThePhotoToItsPlaceInAnyOrientation)
 {
     const Bitmap stored = test::noise({66, 40}, rgb8, 5);

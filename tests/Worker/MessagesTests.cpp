@@ -112,6 +112,21 @@ TEST(Messages, carrySummariesWhole)
     EXPECT_EQ(std::get<SummaryRead>(read->content).summary, summary());
 }
 
+TEST(Messages, carryWhatKeepsAPhotosData)
+{
+    Request request = framing();
+    std::get<Engine::FrameRequest>(request.content).keepsPhotoData = true;
+    const std::optional<Request> received = parsed(request);
+    ASSERT_TRUE(received);
+    EXPECT_TRUE(std::get<Engine::FrameRequest>(received->content).keepsPhotoData);
+    Inspected sent = inspected();
+    sent.answer.codedData = CodedData{{16, 8, 3, 7}, {true, false, true}};
+    EXPECT_EQ(std::get<Inspected>(parseAnswer(encode(Answer{1, sent}).bytes)->content).answer.codedData,
+              sent.answer.codedData);
+    EXPECT_TRUE(
+        std::holds_alternative<KeepingRefused>(parseAnswer(encode(Answer{1, KeepingRefused{}}).bytes)->content));
+}
+
 TEST(Messages, tellAMissingEncoderApart)
 {
     const ImagePipelineError missing = ImagePipelineError::encoderMissing;
@@ -159,6 +174,9 @@ TEST(Messages, areNotBelievedBeyondTheirLimits)
     refused("picture of another size", [](Inspected& a) { a.picture.size = {5, 6}; });
     refused("gray space", [](Inspected& a) { a.picture.space = WellKnown::sGray; });
     refused("a type beyond the last", [](Inspected& a) { a.answer.type = FileType(5); });
+    refused("blocks without a side", [](Inspected& a) { a.answer.codedData = CodedData{.grid = {0, 8}}; });
+    refused("blocks too large", [](Inspected& a) { a.answer.codedData = CodedData{.grid = {8, 33}}; });
+    refused("a place beyond a block", [](Inspected& a) { a.answer.codedData = CodedData{.grid = {8, 8, 0, 8}}; });
     refused("a type of logos alone", [](Inspected& a) { a.answer.type = FileType::pdf; });
     const ImagePipelineError steersTerminal = ImagePipelineError::UnsupportedType{QStringLiteral("\x1b[2J")};
     for (const Answer& answer :

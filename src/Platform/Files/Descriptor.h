@@ -31,4 +31,10 @@ private:
     int number_;
 };
 
+/// Takes back what was written to a file; 0, or the system's errno.
+[[nodiscard]] inline int emptied(int descriptor)
+{
+    return ::ftruncate(descriptor, 0) == 0 && ::lseek(descriptor, 0, SEEK_SET) == 0 ? 0 : errno;
+}
+
 } // namespace ferrow

@@ -215,16 +215,6 @@ std::unique_ptr<RowConverter> convertedRows(const ColorProfile& from, PixelForma
     return libraryRows(context, fromProfile.get(), source, toProfile.get(), target);
 }
 
-/// Whether the numbers mean the same in both spaces: RGB in the same space, gray on the target's own curve.
-bool meansTheSame(const ColorProfile& from, ColorModel model, const ColorProfile& to)
-{
-    if (model == ColorModel::rgb)
-        return from.isEquivalentTo(to);
-    const bool hasCurveOfSRGB = from.isEmpty() || from.isEquivalentTo(ColorProfile::sGray());
-    return model == ColorModel::gray && hasCurveOfSRGB &&
-           (to.isEquivalentTo(ColorProfile::sRGB()) || to.isEquivalentTo(ColorProfile::displayP3()));
-}
-
 /// Leaves out what the library rejects: first the source's profile, then the target's.
 std::unique_ptr<RowConverter> rowsFor(const ColorProfile& from, PixelFormat source, const ColorProfile& to,
                                       PixelFormat target)
@@ -241,6 +231,15 @@ std::unique_ptr<RowConverter> rowsFor(const ColorProfile& from, PixelFormat sour
 }
 
 } // namespace
+
+bool meansTheSame(const ColorProfile& from, ColorModel model, const ColorProfile& to)
+{
+    if (model == ColorModel::rgb)
+        return from.isEquivalentTo(to);
+    const bool hasCurveOfSRGB = from.isEmpty() || from.isEquivalentTo(ColorProfile::sGray());
+    return model == ColorModel::gray && hasCurveOfSRGB &&
+           (to.isEquivalentTo(ColorProfile::sRGB()) || to.isEquivalentTo(ColorProfile::displayP3()));
+}
 
 struct ColorTransform::Implementation {
     std::unique_ptr<RowConverter> rows;

@@ -39,6 +39,10 @@ private:
     std::unique_ptr<Implementation> implementation_;
 };
 
+/// Whether the numbers of pixels mean the same in both spaces: RGB in the same space, gray on the target's own curve.
+/// `from` is read as ColorProfile says when empty.
+[[nodiscard]] bool meansTheSame(const ColorProfile& from, ColorModel model, const ColorProfile& to);
+
 /// `picture` (rgb8, or rgba8 straight) in another RGB space; itself where it is in that space already.
 [[nodiscard]] Bitmap inColorSpace(const Bitmap& picture, const ColorProfile& space);
 
