@@ -122,10 +122,10 @@ try {
     ImportedPhoto photo = ImageLoader::load(source, 0, stop);
     photo.corrections = arguments.corrections;
     const Descriptor framed = memoryFile("ferrow-framed");
-    const auto composed = ImageExporter::writePhoto(source, photo, settings.recipe, settings.exportSettings,
-                                                    framed.get(), stop, logo.managedFolder());
-    if (composed)
-        checkFramed(framed.get(), *composed, settings.exportSettings, stop);
+    const WrittenPhoto written = ImageExporter::writePhoto(source, photo, settings.recipe, settings.exportSettings,
+                                                           framed.get(), stop, logo.managedFolder());
+    if (written.summary)
+        checkFramed(framed.get(), *written.summary, settings.exportSettings, stop);
     passOn(framed.get(), stop);
     printCaptionFaults({.photo = photo, .recipe = settings.recipe, .settings = settings.exportSettings},
                        QStringLiteral("ferrow-batch"), logo.size(settings));

@@ -5,6 +5,7 @@
 #include "Engine/PictureSummary.h"
 #include "Imaging/ImageLoader.h"
 #include "Imaging/ImageRenderer.h"
+#include "Imaging/KeptData.h"
 #include "Models/ErrorTexts.h"
 #include "Persistence/ManagedLogoStore.h"
 #include "Platform/Base/Cancellation.h"
@@ -110,13 +111,13 @@ void placeOutput(StagedFile& staged, const FileUrl& destination, bool replaceExi
 /// What the engine has to know for all pixels and for some. `source` stays open while it answers.
 template <typename Request>
 Request requestFor(const OpenedFile& source, const ImportedPhoto& photo, const RenderRecipe& recipe, const Bitmap& logo,
-                   const OutputSize& size, const std::stop_token& stop)
+                   const OutputSize& size, const std::stop_token& stop, const BlockGrid& grid = {})
 {
     Request request;
     request.source = {source.descriptor(), source.size()};
     request.expectedSize = photo.pixelSize;
     request.composition =
-        ImageRenderer::exportComposition(photo.pixelSize, recipe, photo.captionMetadata(), logo, size, stop);
+        ImageRenderer::exportComposition(photo.pixelSize, recipe, photo.captionMetadata(), logo, size, stop, grid);
     return request;
 }
 
@@ -143,23 +144,35 @@ Bitmap reduced(const Bitmap& picture, double scale)
 
 } // namespace
 
-std::optional<Engine::PictureSummary> writePhoto(const OpenedFile& source, const ImportedPhoto& photo,
-                                                 const RenderRecipe& recipe, const ExportSettings& settings,
-                                                 int outputDescriptor, const std::stop_token& stop,
-                                                 const std::optional<FileUrl>& managedLogoDirectory)
+WrittenPhoto writePhoto(const OpenedFile& source, const ImportedPhoto& photo, const RenderRecipe& recipe,
+                        const ExportSettings& settings, int outputDescriptor, const std::stop_token& stop,
+                        const std::optional<FileUrl>& managedLogoDirectory)
 {
     const Bitmap logo = ManagedLogoStore::loadIfEnabled(recipe.logo, managedLogoDirectory, stop).value_or(Bitmap());
-    auto request = requestFor<Engine::FrameRequest>(source, photo, recipe, logo, settings.size, stop);
+    const std::optional<BlockGrid> grid = keptGrid(photo, recipe, settings);
+    auto request =
+        requestFor<Engine::FrameRequest>(source, photo, recipe, logo, settings.size, stop, grid.value_or(BlockGrid()));
+    request.keepsPhotoData = grid.has_value();
     request.format = settings.format;
     request.quality = usableQuality(settings.quality);
     request.metadata = outputMetadata(photo.metadata);
     request.outputDescriptor = outputDescriptor;
     request.summarizes = settings.checksWritten;
-    auto summary = Engine::answerer().frame(request, stop);
+    WrittenPhoto written;
+    try {
+        written.summary = Engine::answerer().frame(request, stop);
+        written.data = request.keepsPhotoData ? PhotoData::kept : PhotoData::codedAnew;
+    } catch (const CannotKeep&) {
+        request.keepsPhotoData = false;
+        if (const int errorNumber = emptied(outputDescriptor))
+            throw ImagePipelineError(
+                ImagePipelineError::OutputWriteFailed{rawValue(settings.format), SystemError{errorNumber, {}}});
+        written.summary = Engine::answerer().frame(request, stop);
+    }
     // If somebody wrote to the file meanwhile, its pixels may be those of two pictures.
     if (source.currentIdentity() != source.identity())
         throw ImagePipelineError(ImagePipelineError::decodingFailed);
-    return summary;
+    return written;
 }
 
 void checkWritten(const OpenedFile& written, const Engine::PictureSummary& composed, const ExportSettings& settings,
@@ -178,17 +191,17 @@ void checkWritten(const OpenedFile& written, const Engine::PictureSummary& compo
         throw ImagePipelineError(ImagePipelineError::writtenFileDiffers);
 }
 
-void exportPhoto(const BatchExportJob& job, const std::stop_token& stop,
-                 const std::optional<FileUrl>& managedLogoDirectory)
+PhotoData exportPhoto(const BatchExportJob& job, const std::stop_token& stop,
+                      const std::optional<FileUrl>& managedLogoDirectory)
 {
     const ImportedPhoto& photo = job.photo;
     throwIfCanceled(stop);
     guardDestination(photo.url, job.destination, job.replaceExisting);
     const OpenedFile source = ImageLoader::openSource(photo.url);
     StagedFile staged = stage(job.destination, job.replaceExisting, job.settings);
-    std::optional<Engine::PictureSummary> composed;
+    WrittenPhoto written;
     try {
-        composed = writePhoto(source, photo, job.recipe, job.settings, staged.descriptor(), stop, managedLogoDirectory);
+        written = writePhoto(source, photo, job.recipe, job.settings, staged.descriptor(), stop, managedLogoDirectory);
     } catch (ImagePipelineError& error) {
         // Who writes to a descriptor does not know the file that the user does.
         if (auto* failed = std::get_if<ImagePipelineError::OutputWriteFailed>(&error.value); failed && failed->reason)
@@ -196,9 +209,10 @@ void exportPhoto(const BatchExportJob& job, const std::stop_token& stop,
         throw;
     }
     flush(staged, job.destination, job.settings);
-    if (composed)
-        checkWritten(reopened(staged, job.destination, job.settings), *composed, job.settings, stop);
+    if (written.summary)
+        checkWritten(reopened(staged, job.destination, job.settings), *written.summary, job.settings, stop);
     placeOutput(staged, job.destination, job.replaceExisting, job.settings);
+    return written.data;
 }
 
 Bitmap region(const ImportedPhoto& photo, const RenderRecipe& recipe, const QRect& region, double scale,

@@ -12,6 +12,19 @@
 #include <optional>
 #include <stop_token>
 
+namespace ferrow {
+
+/// Whether the photo's coded data stands in the output. Where that is wanted and nothing is known against it, only
+/// reading the data may show that it can't.
+enum class PhotoData { codedAnew, kept };
+
+struct WrittenPhoto {
+    PhotoData data = PhotoData::codedAnew;
+    std::optional<Engine::PictureSummary> summary; ///< Where the settings ask for a check.
+};
+
+} // namespace ferrow
+
 /// Writes one framed copy of one photo, or shows a part of what it would write. Keeps no state; any thread, several at
 /// once.
 namespace ferrow::ImageExporter {
@@ -22,15 +35,14 @@ namespace ferrow::ImageExporter {
 /// the program's own. Where the settings ask for it, the file is read back before it gets its name. Throws
 /// ImagePipelineError, LogoAssetError, SystemError and Canceled; a stop that comes after the last row is ignored unless
 /// the file is to be read back.
-void exportPhoto(const BatchExportJob& job, const std::stop_token& stop,
-                 const std::optional<FileUrl>& managedLogoDirectory = {});
+PhotoData exportPhoto(const BatchExportJob& job, const std::stop_token& stop,
+                      const std::optional<FileUrl>& managedLogoDirectory = {});
 
 /// The same into an empty file that is open for reading and writing, for whoever checks it and gives it its place: a
-/// failure or a stop leaves rubbish in it. The summary is there where the settings ask for a check.
-std::optional<Engine::PictureSummary> writePhoto(const OpenedFile& source, const ImportedPhoto& photo,
-                                                 const RenderRecipe& recipe, const ExportSettings& settings,
-                                                 int outputDescriptor, const std::stop_token& stop,
-                                                 const std::optional<FileUrl>& managedLogoDirectory = {});
+/// failure or a stop leaves rubbish in it.
+WrittenPhoto writePhoto(const OpenedFile& source, const ImportedPhoto& photo, const RenderRecipe& recipe,
+                        const ExportSettings& settings, int outputDescriptor, const std::stop_token& stop,
+                        const std::optional<FileUrl>& managedLogoDirectory = {});
 
 /// Reads a file back that holds what `composed` sums up. Throws ImagePipelineError, with writtenFileDiffers where it
 /// holds anything else, and Canceled.

@@ -30,10 +30,10 @@ QRectF onWholePixels(const QRectF& rect, PixelSize canvas)
 
 } // namespace
 
-ExportLayout exportLayout(PixelSize photo, const RenderRecipe& recipe, const OutputSize& size)
+ExportLayout exportLayout(PixelSize photo, const RenderRecipe& recipe, const OutputSize& size, const BlockGrid& grid)
 {
     validateRenderBounds(photo, recipe, size.limit == SizeLimit::none ? 1 : smallestScale);
-    const RenderLayout full = RenderLayout::framedLayout(photo, recipe);
+    const RenderLayout full = RenderLayout::framedLayout(photo, recipe, grid);
     const double scale = size.scaleFor(full.canvasSize);
     validateRenderBounds(photo, recipe, scale);
     if (scale == 1)

@@ -13,8 +13,10 @@ struct ExportLayout {
     double scale = 1; ///< Against full size.
 };
 
-/// Throws ImagePipelineError as validateRenderBounds() does, with the limits on what is written.
-[[nodiscard]] ExportLayout exportLayout(PixelSize photo, const RenderRecipe& recipe, const OutputSize& size);
+/// The photo lies on `grid` where it keeps its size. Throws ImagePipelineError as validateRenderBounds() does, with the
+/// limits on what is written.
+[[nodiscard]] ExportLayout exportLayout(PixelSize photo, const RenderRecipe& recipe, const OutputSize& size,
+                                        const BlockGrid& grid = {});
 
 /// At full size, by which frames are judged; for a frame that is too large for that, at the size it is written at.
 /// Throws as exportLayout() does.

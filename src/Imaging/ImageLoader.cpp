@@ -61,6 +61,7 @@ ImportedPhoto load(const OpenedFile& file, std::int64_t previewMaximumDimension,
         MetadataExtractor::extract(answer.properties.image, answer.properties.xmp, file.url().lastPathComponent());
     photo.previewSource = std::move(answer.picture);
     photo.colorProfileName = std::move(answer.colorProfileName);
+    photo.codedData = answer.codedData;
     return photo;
 }
 

@@ -160,9 +160,10 @@ Engine::Composition composition(const RenderLayout& layout, const RenderRecipe& 
 }
 
 Engine::Composition exportComposition(PixelSize pixelSize, const RenderRecipe& recipe, const PhotoMetadata& metadata,
-                                      const Bitmap& logo, const OutputSize& size, const std::stop_token& stop)
+                                      const Bitmap& logo, const OutputSize& size, const std::stop_token& stop,
+                                      const BlockGrid& grid)
 {
-    const auto [layout, scale] = exportLayout(pixelSize, recipe, size);
+    const auto [layout, scale] = exportLayout(pixelSize, recipe, size, grid);
     try {
         Engine::Composition result = composition(layout, recipe, metadata, logo, scale, stop);
         if (scale < 1)

@@ -26,11 +26,12 @@ namespace ferrow::ImageRenderer {
                                               const std::stop_token& stop);
 
 /// The same for an export of a photo of `pixelSize`, written at `size`, and for looking at its pixels. What is drawn is
-/// drawn at that size, as in a preview, not reduced with the photo: so it is sharp. Throws ImagePipelineError and
-/// Canceled.
+/// drawn at that size, as in a preview, not reduced with the photo: so it is sharp. `grid` as for exportLayout().
+/// Throws ImagePipelineError and Canceled.
 [[nodiscard]] Engine::Composition exportComposition(PixelSize pixelSize, const RenderRecipe& recipe,
                                                     const PhotoMetadata& metadata, const Bitmap& logo,
-                                                    const OutputSize& size, const std::stop_token& stop);
+                                                    const OutputSize& size, const std::stop_token& stop,
+                                                    const BlockGrid& grid = {});
 
 /// Where a render's scale comes from: full size, or the size of the picture at hand against the photo's.
 enum class SourceScale { fullSize, fromSource };

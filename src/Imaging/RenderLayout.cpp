@@ -7,6 +7,7 @@
 #include <cmath>
 #include <initializer_list>
 #include <limits>
+#include <numeric>
 
 namespace ferrow {
 
@@ -125,6 +126,25 @@ std::int64_t roomBefore(std::int64_t added, const Border& border)
     return std::llround(double(added) * (100 + balance) / 200);
 }
 
+/// The multiple of `step` next to `length` that is not beyond `most`.
+std::int64_t nearestStep(std::int64_t length, std::int64_t step, std::int64_t most)
+{
+    return std::min((length + step / 2) / step, most / step) * step;
+}
+
+/// The place next to `length` that is `first` or whole steps beyond it.
+std::int64_t nearest(std::int64_t length, std::int64_t step, std::int64_t first)
+{
+    return first + nearestStep(std::max<std::int64_t>(length - first, 0), step, length + step);
+}
+
+/// Gives a side another width, and the opposite one where it has the same.
+void moveTo(std::int64_t width, std::int64_t& side, std::int64_t& opposite)
+{
+    opposite = opposite == side ? width : opposite;
+    side = width;
+}
+
 /// Whole pixels that a border of this length takes.
 std::int64_t wholePixels(double length)
 {
@@ -133,19 +153,23 @@ std::int64_t wholePixels(double length)
 
 } // namespace
 
-RenderLayout RenderLayout::framedLayout(PixelSize imageSize, const RenderRecipe& recipe)
+RenderLayout RenderLayout::framedLayout(PixelSize imageSize, const RenderRecipe& recipe, const BlockGrid& grid)
 {
     const SideLengths border = recipe.border.around(imageSize);
     std::int64_t top = wholePixels(border.top);
     std::int64_t right = wholePixels(border.right);
     std::int64_t bottom = wholePixels(border.bottom);
     std::int64_t left = wholePixels(border.left);
+    // What is as wide on all sides stays so: both ways go by the longer step.
+    const std::int64_t common = left == top ? std::lcm(grid.width, grid.height) : 1;
+    moveTo(nearest(left, std::lcm(grid.width, common), grid.x), left, right);
+    moveTo(nearest(top, std::lcm(grid.height, common), grid.y), top, bottom);
     const PixelSize framed{left + imageSize.width + right, top + imageSize.height + bottom};
     const QSizeF grown = grownToShape(QSizeF(double(framed.width), double(framed.height)), recipe.border, imageSize);
     const std::int64_t addedWidth = std::llround(grown.width()) - framed.width;
     const std::int64_t addedHeight = std::llround(grown.height()) - framed.height;
-    left += roomBefore(addedWidth, recipe.border);
-    top += roomBefore(addedHeight, recipe.border);
+    left += nearestStep(roomBefore(addedWidth, recipe.border), grid.width, addedWidth);
+    top += nearestStep(roomBefore(addedHeight, recipe.border), grid.height, addedHeight);
 
     RenderLayout layout;
     layout.canvasSize = {framed.width + addedWidth, framed.height + addedHeight};

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Models/RenderRecipe.h"
+#include "Platform/Base/BlockGrid.h"
 #include "Platform/Base/PixelSize.h"
 
 #include <QRectF>
@@ -20,8 +21,11 @@ struct RenderLayout {
     double borderThickness = 0; ///< Of the side where it is thickest, with what the shape adds.
 
     /// At full resolution: the photo with its border, then what the shape adds beside or above and below them. Canvas
-    /// and photo have whole pixels. The border must be finite: validateRenderBounds() comes first.
-    [[nodiscard]] static RenderLayout framedLayout(PixelSize imageSize, const RenderRecipe& recipe);
+    /// and photo have whole pixels. The border must be finite: validateRenderBounds() comes first. With a `grid`, on
+    /// which the photo is to lie, the border's left and top go to the nearest place on it, and so do the sides opposite
+    /// that equal them; what a shape adds before the photo is a whole number of steps, its canvas stays in shape.
+    [[nodiscard]] static RenderLayout framedLayout(PixelSize imageSize, const RenderRecipe& recipe,
+                                                   const BlockGrid& grid = {});
     /// Full resolution, then scaled by at least a millionth.
     [[nodiscard]] static RenderLayout calculate(PixelSize sourceSize, const RenderRecipe& recipe, double scale);
     [[nodiscard]] RenderLayout scaled(double scale) const;

@@ -90,6 +90,7 @@ void feed(ValueHash& hash, const ExportSettings& settings)
     feed(hash, settings.quality);
     feed(hash, settings.size);
     feed(hash, settings.checksWritten);
+    feed(hash, settings.keepsPhotoData);
 }
 
 } // namespace ferrow

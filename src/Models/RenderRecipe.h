@@ -70,6 +70,8 @@ struct ExportSettings {
     double quality = 0.9; ///< 0…1, where the format supports it.
     OutputSize size = {};
     bool checksWritten = false; ///< Whether each file is read back before it gets its name.
+    /// A JPEG of a JPEG keeps the photo's coded data where that can be; `quality` is for all others.
+    bool keepsPhotoData = false;
 
     bool operator==(const ExportSettings&) const = default;
 };

@@ -485,7 +485,8 @@ struct Coding<PresetPayload> {
     static constexpr std::tuple recipeMembers{
         Member{QLatin1StringView("outputColorProfile"), &RenderRecipe::outputColorProfile}};
     static constexpr std::tuple laterRecipeMembers{Member{QLatin1StringView("logo"), &RenderRecipe::logo}};
-    static constexpr std::tuple laterMembers{Member{QLatin1StringView("outputSize"), &P::outputSize}};
+    static constexpr std::tuple laterMembers{Member{QLatin1StringView("outputSize"), &P::outputSize},
+                                             Member{QLatin1StringView("keepsPhotoData"), &P::keepsPhotoData}};
     static constexpr std::tuple members{Member{QLatin1StringView("exportFormat"), &P::exportFormat},
                                         Member{QLatin1StringView("exportQuality"), &P::exportQuality},
                                         Member{QLatin1StringView("destinationMode"), &P::destinationMode},
@@ -564,6 +565,7 @@ PresetPayload PresetPayload::make(const RenderRecipe& recipe, const ExportSettin
         .exportFormat = settings.format,
         .exportQuality = settings.quality,
         .outputSize = settings.size,
+        .keepsPhotoData = settings.keepsPhotoData,
         .destinationMode = configuration.destinationMode,
         .sourceSubfolderName = configuration.sourceSubfolderName,
         .filenameTemplate = configuration.filenameTemplate,
@@ -589,6 +591,7 @@ void PresetPayload::applyTo(ExportSettings& settings, BatchExportConfiguration& 
     settings.format = exportFormat;
     settings.quality = exportQuality;
     settings.size = outputSize;
+    settings.keepsPhotoData = keepsPhotoData;
     configuration.destinationMode = destinationMode;
     configuration.sourceSubfolderName = sourceSubfolderName;
     configuration.filenameTemplate = filenameTemplate;

@@ -24,6 +24,7 @@ struct PresetPayload {
     ExportFormat exportFormat = ExportFormat::jpeg;
     double exportQuality = 0;
     OutputSize outputSize;
+    bool keepsPhotoData = false;
     ExportDestinationMode destinationMode = ExportDestinationMode::chosenFolder;
     QString sourceSubfolderName;
     QString filenameTemplate;

@@ -98,6 +98,13 @@ protected:
     std::stop_source stop;
 };
 
+RenderRecipe keptRecipe()
+{
+    RenderRecipe recipe = plainRecipe();
+    recipe.border.width = 20;
+    return recipe;
+}
+
 const ExportFormat allFormats[] = {ExportFormat::jpeg, ExportFormat::png, ExportFormat::tiff, ExportFormat::heic};
 
 } // namespace
@@ -447,6 +454,38 @@ TEST_F(ImageExporterTest, drawsTheLogoFromTheFolderItIsGiven)
     EXPECT_NEAR(test::component(framed, 20, 20, 0), 200, 1);
     EXPECT_EQ(test::component(framed, 60, 20, 0), 0);
     EXPECT_NEAR(test::component(framed, 60, 20, 1), 99, 1);
+}
+
+TEST_F(ImageExporterTest, keepsThePhotosDataAndCodesItAnewWhereThatFails)
+{
+    const ExportSettings keeping{.quality = 0.2, .checksWritten = true, .keepsPhotoData = true};
+    const QByteArray bytes = photoBytes();
+    const ImportedPhoto photo = ImageLoader::load(writeSource(bytes), 0);
+    const auto run = [&] {
+        return ImageExporter::exportPhoto({photo, keptRecipe(), keeping, destination, true}, stop.get_token());
+    };
+    const auto pixel = [&] { return test::component(test::decoded(test::readFile(destination)), 44, 44, 0); };
+    EXPECT_EQ(run(), PhotoData::kept);
+    EXPECT_EQ(test::decoded(test::readFile(destination)).size(), (PixelSize{108, 88})) << "24 pixels in place of 20";
+    const int exact = test::component(test::decoded(bytes), 20, 20, 0);
+    EXPECT_EQ(pixel(), exact);
+
+    class Refuser : public Engine::InProcessAnswerer {
+    public:
+        std::optional<Engine::PictureSummary> frame(const Engine::FrameRequest& request,
+                                                    const std::stop_token& token) override
+        {
+            auto summary = InProcessAnswerer::frame(request, token);
+            if (request.keepsPhotoData)
+                throw CannotKeep{};
+            return summary;
+        }
+    };
+    Engine::setAnswerer(std::make_unique<Refuser>());
+    EXPECT_EQ(run(), PhotoData::codedAnew);
+    const QByteArray written = test::readFile(destination);
+    EXPECT_EQ(written.indexOf("\xff\xd9"), written.size() - 2) << "nothing is left of the first try";
+    EXPECT_EQ(test::decoded(written).size(), (PixelSize{108, 88}));
 }
 
 } // namespace ferrow

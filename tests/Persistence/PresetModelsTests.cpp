@@ -144,6 +144,19 @@ TEST(PresetDocument, keepsTheOutputSizeWhereOneIsSet)
     }
 }
 
+TEST(PresetDocument, holdsThatDataIsKeptOnlyWhereItIs)
+{
+    const QByteArray json = handWrittenWith(R"("Skip Existing")", R"("Skip Existing", "keepsPhotoData": true)");
+    const PresetDocument document = PresetDocument::decode(json);
+    ExportSettings settings;
+    BatchExportConfiguration configuration;
+    document.presets.at(0).payload.applyTo(settings, configuration);
+    EXPECT_TRUE(settings.keepsPhotoData);
+    EXPECT_TRUE(PresetPayload::make({}, settings, configuration).keepsPhotoData);
+    EXPECT_EQ(document.encode(), QJsonDocument::fromJson(json).toJson(QJsonDocument::Indented));
+    EXPECT_FALSE(PresetDocument::decode(handWrittenWith("", "")).encode().contains("keepsPhotoData"));
+}
+
 TEST(PresetDocument, refusesWhatIsOddAndSaysWhere)
 {
     const auto refusal = [](const QByteArray& from, const QByteArray& to) {
