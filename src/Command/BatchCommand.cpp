@@ -138,7 +138,8 @@ int runBatch(const Arguments& arguments, const std::stop_token& stop)
         outcomes = runJobs(
             plan.jobs, configuration.maximumConcurrentExports, settled, total,
             [&](const BatchExportJob& job, const std::stop_token& token) {
-                ImageExporter::exportPhoto(job, token, logo.managedFolder());
+                if (ImageExporter::exportPhoto(job, token, logo.managedFolder()) == PhotoData::codedAnew)
+                    reporter.couldNotKeep(job.photo.url);
             },
             reporter, progress, stop);
 
@@ -146,6 +147,7 @@ int runBatch(const Arguments& arguments, const std::stop_token& stop)
     if (arguments.planFile)
         writePlan(*arguments.planFile, arguments, settings, plan);
     const BatchExportReport report = BatchExportCoordinator::report(plan, total, outcomes);
+    reporter.tellKeptData();
     if (!writesNone || arguments.json)
         reporter.report(report);
     else if (arguments.planFile)

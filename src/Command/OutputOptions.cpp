@@ -53,6 +53,19 @@ void setJobs(Arguments& arguments, const QByteArray& option, const QByteArray& v
         [jobs](Settings& settings) { settings.configuration.maximumConcurrentExports = std::int64_t(jobs); });
 }
 
+void setQuality(Arguments& arguments, const QByteArray& option, const QByteArray& value)
+{
+    if (value == "keep") {
+        arguments.changes.emplace_back([](Settings& settings) { settings.exportSettings.keepsPhotoData = true; });
+        return;
+    }
+    const double quality = number(option, value, 0, 1);
+    arguments.changes.emplace_back([quality](Settings& settings) {
+        settings.exportSettings.quality = quality;
+        settings.exportSettings.keepsPhotoData = false;
+    });
+}
+
 std::int64_t pixels(const QByteArray& option, const QByteArray& word)
 {
     const double value = number(option, word, 1, double(OutputSize::mostPixels));
@@ -164,13 +177,10 @@ OptionSection pictureOptions()
           .completion = offering(formatWords()),
           .apply = choice(formatWords(), [](Settings& s, ExportFormat f) { s.exportSettings.format = f; })},
          {.name = "--quality",
-          .value = "0..1",
-          .help = "for jpeg and heic",
-          .apply =
-              [](Arguments& arguments, const QByteArray& option, const QByteArray& value) {
-                  const double quality = number(option, value, 0, 1);
-                  arguments.changes.emplace_back([quality](Settings& s) { s.exportSettings.quality = quality; });
-              }},
+          .value = "0..1|keep",
+          .help = "for jpeg and heic; keep: JPEGs keep their data, and those that can't are coded at the quality set "
+                  "before",
+          .apply = setQuality},
          {.name = "--profile",
           .value = "PROFILE",
           .help = "srgb, p3 or source",

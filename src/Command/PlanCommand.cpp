@@ -126,12 +126,15 @@ int runPlan(const Arguments& arguments, const std::stop_token& stop)
     const auto outcomes = runJobs(
         part.plan.jobs, settings.configuration.maximumConcurrentExports, settled, part.total,
         [&](const BatchExportJob& job, const std::stop_token& token) {
-            if (!arguments.resumes || !isFramed(*part.planned.at(job.photo.url), job.settings.format, token))
-                ImageExporter::exportPhoto(job, token, logo.managedFolder());
+            if (arguments.resumes && isFramed(*part.planned.at(job.photo.url), job.settings.format, token))
+                return;
+            if (ImageExporter::exportPhoto(job, token, logo.managedFolder()) == PhotoData::codedAnew)
+                reporter.couldNotKeep(job.photo.url);
         },
         reporter, progress, stop);
     BatchExportReport report = BatchExportCoordinator::report(part.plan, part.total, outcomes);
     report.canceled += std::int64_t(read.unread.size());
+    reporter.tellKeptData();
     reporter.report(report);
     return exitStatus(report, stop);
 }

@@ -2,16 +2,17 @@
 #include "Command/Reporter.h"
 
 #include "Imaging/CaptionDrawing.h"
-#include "Imaging/ExportLayout.h"
 #include "Models/ErrorTexts.h"
 
 #include <QJsonArray>
+
+#include <algorithm>
 
 namespace ferrow::Command {
 
 std::optional<PixelSize> writtenSize(const BatchExportJob& job)
 try {
-    return exportLayout(job.photo.pixelSize, job.recipe, job.settings.size).layout.canvasSize;
+    return exportLayout(job.photo, job.recipe, job.settings).layout.canvasSize;
 } catch (const ImagePipelineError&) {
     return std::nullopt;
 }
@@ -168,16 +169,85 @@ void Reporter::report(const BatchExportReport& report)
                        {QStringLiteral("canceled"), qint64(report.canceled)},
                        {QStringLiteral("failures"), qint64(report.failures.size())},
                        {QStringLiteral("outputFolders"), folders}};
+    if (kept_)
+        counts.insert(QStringLiteral("photoData"), keptCounts());
     if (!allText)
         counts.insert(QStringLiteral("outputFoldersBytes"), folderBytes);
     printJson({{QStringLiteral("report"), counts}});
 }
 
+void Reporter::couldNotKeep(const FileUrl& source)
+{
+    const std::lock_guard lock(mutex_);
+    notKept_.insert(source);
+}
+
+void Reporter::countKept(const BatchExportJob& job, QJsonObject& object)
+{
+    if (!job.settings.keepsPhotoData || job.settings.format != ExportFormat::jpeg)
+        return;
+    if (!kept_)
+        kept_.emplace();
+    kept_->quality = job.settings.quality;
+    auto obstacle = obstacleToKeeping(job.photo, job.recipe, job.settings.size);
+    {
+        const std::lock_guard lock(mutex_);
+        if (!obstacle && notKept_.contains(job.photo.url))
+            obstacle = KeepObstacle::data;
+    }
+    object.insert(QStringLiteral("photoData"), obstacle ? QStringLiteral("codedAnew") : QStringLiteral("kept"));
+    if (obstacle) {
+        ++kept_->codedAnew[*obstacle];
+        object.insert(QStringLiteral("photoDataObstacle"), rawValue(*obstacle));
+        return;
+    }
+    ++kept_->kept;
+    if (const auto moved = movedBorder(job.photo, job.recipe, job.settings)) {
+        ++kept_->moved;
+        kept_->farthest = std::max(kept_->farthest, moved->distance());
+        object.insert(QStringLiteral("borderMovedBy"), qint64(moved->distance()));
+    }
+}
+
+QJsonObject Reporter::keptCounts() const
+{
+    QJsonObject codedAnew;
+    for (const auto& [obstacle, count] : kept_->codedAnew)
+        codedAnew.insert(rawValue(obstacle), qint64(count));
+    return {{QStringLiteral("kept"), qint64(kept_->kept)},
+            {QStringLiteral("codedAnew"), codedAnew},
+            {QStringLiteral("bordersMoved"), qint64(kept_->moved)},
+            {QStringLiteral("farthestMovedBy"), qint64(kept_->farthest)}};
+}
+
+void Reporter::tellKeptData()
+{
+    if (!kept_ || json_)
+        return;
+    progress_.clear();
+    if (kept_->moved > 0)
+        printError(QStringLiteral("Borders moved onto the photo's blocks: %1, by up to %2 pixels.")
+                       .arg(kept_->moved)
+                       .arg(kept_->farthest));
+    std::int64_t count = 0;
+    QStringList reasons;
+    for (const auto& [obstacle, photos] : kept_->codedAnew) {
+        count += photos;
+        reasons.append(QStringLiteral("%1 %2").arg(photos).arg(reasonText(obstacle)));
+    }
+    if (count > 0)
+        printError(QStringLiteral("Photos that can't keep their data, coded at quality %1: %2 (%3).")
+                       .arg(kept_->quality)
+                       .arg(count)
+                       .arg(reasons.join(QStringLiteral(", "))));
+}
+
 /// A photo that has its framed copy, or will have one, and what is wrong with its captions.
 void Reporter::framed(const BatchExportJob& job, const char* name)
 {
+    QJsonObject object = outcome(job.photo.url, name, job.destination);
+    countKept(job, object);
     if (json_) {
-        QJsonObject object = outcome(job.photo.url, name, job.destination);
         if (const std::optional<PixelSize> size = writtenSize(job)) {
             object.insert(QStringLiteral("width"), qint64(size->width));
             object.insert(QStringLiteral("height"), qint64(size->height));

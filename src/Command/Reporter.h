@@ -2,9 +2,16 @@
 #pragma once
 
 #include "Command/Output.h"
+#include "Imaging/KeptData.h"
 #include "Models/BatchExportModels.h"
 
+#include <QJsonObject>
+
+#include <cstdint>
+#include <map>
+#include <mutex>
 #include <optional>
+#include <unordered_set>
 
 namespace ferrow::Command {
 
@@ -28,13 +35,33 @@ public:
     void canceledBeforePlanning(const FileUrl& source);
     void report(const BatchExportReport& report);
 
+    /// The photo was coded anew, against what was known of it. On any thread, before its job ends.
+    void couldNotKeep(const FileUrl& source);
+    /// Where the photos' data was to be kept: on standard error, how many could not and why. JSON has it in the report.
+    void tellKeptData();
+
 private:
     void framed(const BatchExportJob& job, const char* name);
     void tell(const FileUrl& source, const char* name, const std::optional<FileUrl>& destination);
 
+    /// What became, or will become, of the coded data of those that were to keep it.
+    struct KeptCounts {
+        std::int64_t kept = 0;
+        std::map<KeepObstacle, std::int64_t> codedAnew;
+        std::int64_t moved = 0;    ///< Photos whose border is moved for it.
+        std::int64_t farthest = 0; ///< Pixels that one is moved.
+        double quality = 0;        ///< Of those coded anew.
+    };
+
+    void countKept(const BatchExportJob& job, QJsonObject& object);
+    [[nodiscard]] QJsonObject keptCounts() const;
+
     bool json_;
     ProgressLine& progress_;
     PixelSize logo_;
+    std::optional<KeptCounts> kept_; ///< Where it is wanted.
+    std::mutex mutex_;
+    std::unordered_set<FileUrl> notKept_; ///< Found while framing.
 };
 
 } // namespace ferrow::Command

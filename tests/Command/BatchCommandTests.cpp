@@ -195,6 +195,29 @@ TEST_F(BatchCommandTest, writesTheSizeThatItSays)
     EXPECT_TRUE(plan.contains("a_framed.jpg (40 × ")) << plan.constData();
 }
 
+TEST_F(BatchCommandTest, keepsThePhotosDataAndCountsWhereItCannot)
+{
+    folder.write("in/a.jpg", photo);
+    folder.write("in/b.png", test::encoded(OutputType::png, test::noise({20, 20}, rgb8)));
+    for (const Words& options : {Words{"--quality=keep", "--dry-run"}, {"--quality=keep"}}) {
+        const auto lines = frame(options).lines();
+        ASSERT_EQ(lines.size(), 3u);
+        EXPECT_EQ(text(lines[0], "photoData"), QStringLiteral("kept"));
+        EXPECT_EQ(text(lines[1], "photoData"), QStringLiteral("codedAnew"));
+        EXPECT_EQ(text(lines[1], "photoDataObstacle"), QStringLiteral("notJpeg"));
+        const QJsonObject counts =
+            lines[2].value(QLatin1StringView("report")).toObject().value(QLatin1StringView("photoData")).toObject();
+        EXPECT_EQ(counts.value(QLatin1StringView("kept")).toInt(), 1);
+        EXPECT_EQ(counts.value(QLatin1StringView("codedAnew")).toObject(),
+                  (QJsonObject{{QStringLiteral("notJpeg"), 1}}));
+    }
+    const QByteArray told =
+        run({"--quality", "0.5", "--quality", "keep", "--dry-run", "--beside", "--border=21px", in.path()}).errors;
+    EXPECT_TRUE(told.contains("coded at quality 0.5: 1 (1 not JPEG)")) << told.constData();
+    EXPECT_TRUE(told.contains("Borders moved onto the photo's blocks: 1, by up to ")) << told.constData();
+    EXPECT_FALSE(text(frame({"--quality=keep", "--quality=0.5"}).lines().front(), "photoData").size());
+}
+
 TEST_F(BatchCommandTest, saysWhatIsLostOfACaption)
 {
     folder.write("in/a.jpg", photo);
