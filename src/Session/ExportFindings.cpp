@@ -3,7 +3,7 @@
 
 #include "Export/ExportPlanner.h"
 #include "Imaging/CaptionDrawing.h"
-#include "Imaging/ExportLayout.h"
+#include "Imaging/KeptData.h"
 #include "Metadata/MetadataTemplateExpander.h"
 #include "Models/ErrorTexts.h"
 #include "Persistence/ManagedLogoStore.h"
@@ -18,6 +18,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <cmath>
 #include <exception>
 #include <map>
 #include <unordered_map>
@@ -415,13 +416,42 @@ void checkLogos(const ExportRequest& request, const ExportCheckOperations& opera
 std::optional<QString> sizeProblem(const ImportedPhoto& photo, const RenderRecipe& recipe,
                                    const ExportSettings& settings)
 try {
-    const PixelSize output = exportLayout(photo.pixelSize, recipe, settings.size).layout.canvasSize;
+    const PixelSize output = exportLayout(photo, recipe, settings).layout.canvasSize;
     if (settings.format == ExportFormat::heic && output.longestSide() > heifMaximumSide)
         return QStringLiteral("HEIC files are at most %1 pixels a side.")
             .arg(Localization::number(std::int64_t(heifMaximumSide)));
     return std::nullopt;
 } catch (const ImagePipelineError& error) {
     return inOneLine(UserFacingError::message(error));
+}
+
+/// Which photos can't keep the data that they are to keep, and why.
+void checkKeptData(const ExportRequest& request, const std::stop_token& stop, Findings& findings)
+{
+    if (!request.settings.keepsPhotoData || request.settings.format != ExportFormat::jpeg)
+        return;
+    std::map<KeepObstacle, std::int64_t> counts;
+    std::vector<FileUrl> photos;
+    for (const ImportedPhoto& photo : request.photos) {
+        throwIfCanceled(stop);
+        const auto obstacle = obstacleToKeeping(photo, request.framing.recipeFor(photo.id()), request.settings.size);
+        if (!obstacle)
+            continue;
+        ++counts[*obstacle];
+        photos.push_back(photo.id());
+    }
+    if (photos.empty())
+        return;
+    QStringList reasons;
+    for (const auto& [obstacle, count] : counts)
+        reasons.append(QStringLiteral("%1 %2").arg(Localization::number(count), reasonText(obstacle)));
+    findings.push_back(
+        {Severity::info,
+         photosThat(photos.size(), QStringLiteral("can’t keep its data"), QStringLiteral("can’t keep their data")),
+         QStringLiteral("Written at %1 %: %2.")
+             .arg(Localization::number(std::int64_t(std::lround(request.settings.quality * 100))),
+                  reasons.join(QStringLiteral(", "))),
+         photos});
 }
 
 void checkSizes(const ExportRequest& request, const std::stop_token& stop, Findings& findings)
@@ -480,6 +510,7 @@ ExportFindings findingsFor(const ExportRequest& request, const ExportCheckOperat
     }
     checkCaptions(request, stop, findings);
     checkLogos(request, operations, stop, findings);
+    checkKeptData(request, stop, findings);
     checkSizes(request, stop, findings);
     return {std::move(findings), std::move(space)};
 }

@@ -57,8 +57,8 @@ struct ExportFindings {
     std::optional<SpaceQuestion> space; ///< Where the folders can be written.
 };
 
-/// The findings in the order of the sheet: photos, own framings, folder, names, captions, logos, sizes. Creates and
-/// changes nothing. Throws Canceled.
+/// The findings in the order of the sheet: photos, own framings, folder, names, captions, logos, kept data, sizes.
+/// Creates and changes nothing. Throws Canceled.
 [[nodiscard]] ExportFindings findingsFor(const ExportRequest& request, const ExportCheckOperations& operations,
                                          const std::stop_token& stop);
 

@@ -197,6 +197,28 @@ TEST(ExportFindings, namesEachCauseOnce)
     }
 }
 
+TEST(ExportFindings, countsWhatCannotKeepItsDataByReason)
+{
+    Situation situation;
+    situation.request.settings.keepsPhotoData = true;
+    situation.request.photos[0].codedData = CodedData{.grid = {8, 8}, .keepsColors = {true, true, true}};
+    situation.request.photos[1].type = FileType::png;
+    situation.request.photos[2].codedData = CodedData{.grid = {8, 8}};
+    const auto finding = [&]() -> std::optional<ExportFinding> {
+        const auto findings = findingsFor(situation.request, situation.operations, {}).lines;
+        for (const ExportFinding& found : findings)
+            if (found.severity == Severity::info)
+                return found;
+        return std::nullopt;
+    };
+    ASSERT_TRUE(finding());
+    EXPECT_EQ(finding()->title, QStringLiteral("2 photos can’t keep their data"));
+    EXPECT_EQ(finding()->detail, QStringLiteral("Written at 90 %: 1 not JPEG, 1 another color profile."));
+    EXPECT_EQ(finding()->photos, (std::vector{situation.request.photos[1].id(), situation.request.photos[2].id()}));
+    situation.request.settings.format = ExportFormat::png;
+    EXPECT_FALSE(finding());
+}
+
 TEST(ExportFindings, judgesTheSizeThatIsWritten)
 {
     const auto isWell = [](const OutputSize& size, ExportFormat format) {

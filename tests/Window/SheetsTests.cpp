@@ -132,6 +132,31 @@ TEST_F(Sheets, tellTheSizeThatIsWritten)
     EXPECT_EQ(exportSession.settings().size, OutputSize());
 }
 
+TEST_F(Sheets, keepThePhotosDataAtFullSizeAndTellOfTheBorder)
+{
+    choose(folder.url());
+    ExportOptionsSheet sheet(session, exportSession, preferences, &window);
+    sheet.open();
+    auto* keeps = child<SegmentedControl>(sheet, "keepsDataControl");
+    auto* limit = child<SegmentedControl>(sheet, "sizeControl");
+    limit->pressItem(int(SizeLimit::longSide));
+    keeps->pressItem(1);
+    EXPECT_TRUE(exportSession.settings().keepsPhotoData);
+    EXPECT_EQ(exportSession.settings().size, OutputSize());
+    EXPECT_FALSE(limit->item(int(SizeLimit::longSide)).isEnabled);
+    EXPECT_FALSE(limit->toolTip().isEmpty());
+    EXPECT_TRUE(ExportTexts::subtitle(session, exportSession.settings()).contains(QStringLiteral("photo’s data kept")));
+    keeps->pressItem(0);
+    EXPECT_EQ(exportSession.settings().size, OutputSize::withLongSide(2048)) << "as it was before";
+    EXPECT_TRUE(limit->item(int(SizeLimit::longSide)).isEnabled);
+
+    keeps->pressItem(1);
+    exportSession.setSettings({.format = ExportFormat::png, .keepsPhotoData = true});
+    EXPECT_FALSE(keeps->isEnabled());
+    EXPECT_EQ(keeps->currentIndex(), 0);
+    EXPECT_TRUE(limit->item(int(SizeLimit::longSide)).isEnabled);
+}
+
 TEST_F(Sheets, exportOnlyWhatTheCheckAllows)
 {
     ExportOptionsSheet sheet(session, exportSession, preferences, &window);

@@ -26,6 +26,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace ferrow {
 
@@ -154,7 +155,16 @@ void ExportOptionsSheet::addFormat(QVBoxLayout& form)
     quality_->setFormat({.decimals = 0, .factor = 100, .unit = QStringLiteral("%"), .least = 0, .greatest = 1});
     quality_->slider()->setObjectName(QStringLiteral("qualitySlider"));
     quality_->field()->setObjectName(QStringLiteral("qualityField"));
-    qualityRow_ = addRow(form, QStringLiteral("Quality"), quality_);
+    keepsData_ =
+        new SegmentedControl(QStringLiteral("Quality"), {QStringLiteral("Set"), QStringLiteral("Keep Photo’s Data")});
+    keepsData_->setObjectName(QStringLiteral("keepsDataControl"));
+    connect(keepsData_, &SegmentedControl::chosen, this, [this](int index) {
+        editSettings([&](ExportSettings& settings) { settings.keepsPhotoData = index == 1; });
+    });
+    auto* both = sideBySide({keepsData_, quality_});
+    static_cast<QHBoxLayout*>(both->layout())->setStretch(0, 0);
+    static_cast<QHBoxLayout*>(both->layout())->setStretch(1, 1);
+    qualityRow_ = addRow(form, QStringLiteral("Quality"), both);
     connect(quality_, &SliderField::valueEdited, this,
             [this](double value) { editSettings([&](ExportSettings& settings) { settings.quality = value; }); });
 }
@@ -354,8 +364,17 @@ void ExportOptionsSheet::connectModels()
 
 void ExportOptionsSheet::editSettings(const std::function<void(ExportSettings&)>& edit)
 {
+    const auto keeps = [](const ExportSettings& settings) {
+        return settings.keepsPhotoData && settings.format == ExportFormat::jpeg;
+    };
     auto settings = exportSession_.settings();
+    const bool kept = keeps(settings);
     edit(settings);
+    // What is kept has its full size; the one set before comes back with the choice to set a quality.
+    if (keeps(settings) && !kept)
+        sizeBefore_ = std::exchange(settings.size, {});
+    else if (kept && !keeps(settings) && settings.size.limit == SizeLimit::none)
+        settings.size = sizeBefore_;
     exportSession_.setSettings(settings);
 }
 
@@ -380,8 +399,14 @@ void ExportOptionsSheet::showSettings()
     quality_->setValue(settings.quality);
     // It stays where it is: rows that come and go would move the others under the pointer.
     qualityRow_->setEnabled(supportsQuality(settings.format));
+    const bool isJpeg = settings.format == ExportFormat::jpeg;
+    keepsData_->setEnabled(isJpeg);
+    keepsData_->setCurrentIndex(isJpeg && settings.keepsPhotoData ? 1 : 0);
     size_->setSize(settings.size);
     checksWritten_->setChecked(settings.checksWritten);
+    // A preset may ask for both: then the size counts, and can be taken back.
+    const bool isFixed = isJpeg && settings.keepsPhotoData && settings.size.limit == SizeLimit::none;
+    size_->restrictToFullSize(isFixed ? QStringLiteral("A photo that keeps its data keeps its size.") : QString());
 }
 
 void ExportOptionsSheet::showConfiguration()
@@ -420,7 +445,9 @@ void ExportOptionsSheet::showExample()
 {
     const auto name = ExportTexts::exampleName(session_, exportSession_);
     example_->setText(name.isEmpty() ? QString() : QStringLiteral("Example: %1").arg(name));
-    size_->setExample(ExportTexts::exampleSize(session_, exportSession_.settings().size));
+    const ExportSettings& settings = exportSession_.settings();
+    size_->setExample(ExportTexts::exampleSize(session_, settings));
+    qualityRow_->setMessage(Severity::plain, ExportTexts::keptDataHint(session_, settings));
 }
 
 void ExportOptionsSheet::showFindings()

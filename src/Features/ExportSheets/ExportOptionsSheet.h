@@ -84,13 +84,15 @@ private:
     ExportSession& exportSession_;
     Preferences& preferences_;
     ExportCheck check_;
-    QTimer beforeCheck_; ///< Gathers the changes of a burst of typing.
-    QTimer slowCheck_;   ///< Only a check that takes its time says so: lines that flash by tell nothing.
+    QTimer beforeCheck_;    ///< Gathers the changes of a burst of typing.
+    QTimer slowCheck_;      ///< Only a check that takes its time says so: lines that flash by tell nothing.
+    OutputSize sizeBefore_; ///< Set before the photos' data was to be kept.
     bool startsWhenChecked_ = false;
     bool errorsAreMended_ =
         false; ///< What the last check found has been put right, as far as can be told before the next.
 
     SegmentedControl* format_ = nullptr;
+    SegmentedControl* keepsData_ = nullptr;
     SliderField* quality_ = nullptr;
     FormRow* qualityRow_ = nullptr;
     SizeChoice* size_ = nullptr;

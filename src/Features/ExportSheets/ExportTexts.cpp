@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Features/ExportSheets/ExportTexts.h"
 
-#include "Imaging/ExportLayout.h"
+#include "Imaging/KeptData.h"
 #include "Models/ErrorTexts.h"
 #include "Platform/Base/Localization.h"
 #include "Session/ExportCheck.h"
@@ -37,6 +37,8 @@ QString formatText(const ExportSettings& settings)
 {
     if (!supportsQuality(settings.format))
         return rawValue(settings.format);
+    if (settings.format == ExportFormat::jpeg && settings.keepsPhotoData)
+        return QStringLiteral("JPEG, photo’s data kept");
     return QStringLiteral("%1, quality %2").arg(rawValue(settings.format)).arg(std::lround(settings.quality * 100));
 }
 
@@ -125,14 +127,14 @@ QString exampleName(const PhotoSession& session, const ExportSession& exportSess
                            std::count_if(photos.begin(), shown, isIncluded), exportSession.settings().format);
 }
 
-QString exampleSize(const PhotoSession& session, const OutputSize& size)
+QString exampleSize(const PhotoSession& session, const ExportSettings& settings)
 try {
     const auto shown = examplePhoto(session);
     if (shown == session.photos().end())
         return {};
     const RenderRecipe& recipe = session.resolvedRecipe(shown->id());
-    const PixelSize written = exportLayout(shown->pixelSize, recipe, size).layout.canvasSize;
-    if (size.limit == SizeLimit::none)
+    const PixelSize written = exportLayout(*shown, recipe, settings).layout.canvasSize;
+    if (settings.size.limit == SizeLimit::none)
         return QStringLiteral("%1, as large as photo and frame").arg(written.formatted());
     const PixelSize full = RenderLayout::framedLayout(shown->pixelSize, recipe).canvasSize;
     if (written == full)
@@ -140,6 +142,27 @@ try {
     return QStringLiteral("%1 → %2").arg(full.formatted(), written.formatted());
 } catch (const ImagePipelineError&) {
     return {}; // The check says why.
+}
+
+QString keptDataHint(const PhotoSession& session, const ExportSettings& settings)
+{
+    if (settings.format != ExportFormat::jpeg)
+        return QStringLiteral("Only JPEG can keep the photo’s data.");
+    if (!settings.keepsPhotoData)
+        return QStringLiteral("Keep Photo’s Data codes only the frame of a JPEG; it needs Full Size.");
+    const auto shown = examplePhoto(session);
+    const auto moved = shown == session.photos().end()
+                           ? std::nullopt
+                           : movedBorder(*shown, session.resolvedRecipe(shown->id()), settings);
+    const auto step = [](std::int64_t from, std::int64_t to) {
+        return QStringLiteral("%1 → %2 px").arg(Localization::number(from), Localization::number(to));
+    };
+    if (!moved)
+        return QStringLiteral("Where photos can’t keep their data, quality counts.");
+    if (moved->fromLeft == moved->fromTop && moved->toLeft == moved->toTop)
+        return QStringLiteral("Border %1").arg(step(moved->fromLeft, moved->toLeft));
+    return QStringLiteral("Border left %1, top %2")
+        .arg(step(moved->fromLeft, moved->toLeft), step(moved->fromTop, moved->toTop));
 }
 
 QString reportTitle(const BatchExportReport& report)

@@ -12,8 +12,8 @@
 /// The sentences of the sheets before and after an export, and what their lists hold.
 namespace ferrow::ExportTexts {
 
-/// "11 photos · JPEG, quality 90 · long side 2,048 px · sRGB", without a size where none is set. The profile is that of
-/// the photos to export.
+/// "11 photos · JPEG, quality 90 · long side 2,048 px · sRGB", without a size where none is set; "JPEG, photo’s data
+/// kept". The profile is that of the photos to export.
 [[nodiscard]] QString subtitle(const PhotoSession& session, const ExportSettings& settings);
 
 /// A folder below `home` as "Pictures / Framed", any other by its path.
@@ -27,7 +27,11 @@ namespace ferrow::ExportTexts {
 
 /// "6,240 × 4,240 → 2,048 × 1,392": what the same photo's frame is at full size, and what is written. Empty without
 /// photos, and where it can't be framed.
-[[nodiscard]] QString exampleSize(const PhotoSession& session, const OutputSize& size);
+[[nodiscard]] QString exampleSize(const PhotoSession& session, const ExportSettings& settings);
+
+/// What keeping the photos' data means: for the same photo's border, where that is moved for it ("Border 120 → 128
+/// px").
+[[nodiscard]] QString keptDataHint(const PhotoSession& session, const ExportSettings& settings);
 
 /// "Export finished, with 2 failures".
 [[nodiscard]] QString reportTitle(const BatchExportReport& report);

@@ -84,6 +84,13 @@ void SizeChoice::setSize(const OutputSize& size)
         megapixels_->setValue(size.megapixels);
 }
 
+void SizeChoice::restrictToFullSize(const QString& reason)
+{
+    limit_->setToolTip(reason);
+    for (int i = 0; i < limit_->count(); ++i)
+        limit_->setSegmentEnabled(i, reason.isEmpty() || i == int(SizeLimit::none));
+}
+
 void SizeChoice::setExample(const QString& text)
 {
     example_->setText(text);

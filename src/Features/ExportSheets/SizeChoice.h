@@ -23,6 +23,8 @@ public:
 
     /// Does not emit `sizeEdited`.
     void setSize(const OutputSize& size);
+    /// Only full size, with the reason as a tooltip, or any with an empty one.
+    void restrictToFullSize(const QString& reason);
     /// Beside the numbers.
     void setExample(const QString& text);
 
