@@ -33,6 +33,10 @@ int main()
     const QByteArray srgb = ferrow::ColorProfile::sRGB().icc();
     measure("24 MP baseline to JPEG", {.icc = srgb}, "jpeg", "80 MB");
     measure("193 MP baseline to JPEG", {.width = 16'200, .height = 11'900, .icc = srgb}, "jpeg", "80 MB");
+    const std::vector<std::string> kept{"--quality", "keep"};
+    measure("24 MP baseline, data kept", {.icc = srgb}, "jpeg", "80 MB", kept);
+    measure("193 MP baseline, data kept", {.width = 16'200, .height = 11'900, .icc = srgb}, "jpeg", "80 MB", kept);
+    measure("24 MP turned, data kept", {.orientation = 6, .icc = srgb}, "jpeg", "80 + 72 MB", kept);
     const std::vector<std::string> all{"--background", "blur:0,25", "--line",        "6px,48px,#c8a96a",
                                        "--corners",    "3%",        "--photo-shadow"};
     measure("24 MP with all around it", {.icc = srgb}, "jpeg", "80 MB", all);
