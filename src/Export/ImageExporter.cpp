@@ -121,6 +121,41 @@ Request requestFor(const OpenedFile& source, const ImportedPhoto& photo, const R
     return request;
 }
 
+Engine::FrameRequest frameRequest(const OpenedFile& source, const ImportedPhoto& photo, const RenderRecipe& recipe,
+                                  const ExportSettings& settings, const std::stop_token& stop,
+                                  const std::optional<FileUrl>& managedLogoDirectory)
+{
+    const Bitmap logo = ManagedLogoStore::loadIfEnabled(recipe.logo, managedLogoDirectory, stop).value_or(Bitmap());
+    const std::optional<BlockGrid> grid = keptGrid(photo, recipe, settings);
+    auto request =
+        requestFor<Engine::FrameRequest>(source, photo, recipe, logo, settings.size, stop, grid.value_or(BlockGrid()));
+    request.keepsPhotoData = grid.has_value();
+    request.format = settings.format;
+    request.quality = usableQuality(settings.quality);
+    request.metadata = outputMetadata(photo.metadata);
+    request.summarizes = settings.checksWritten;
+    return request;
+}
+
+WrittenPhoto frame(Engine::FrameRequest request, const OpenedFile& source, const std::stop_token& stop)
+{
+    WrittenPhoto written;
+    try {
+        written.summary = Engine::answerer().frame(request, stop);
+        written.data = request.keepsPhotoData ? PhotoData::kept : PhotoData::codedAnew;
+    } catch (const CannotKeep&) {
+        request.keepsPhotoData = false;
+        if (const int errorNumber = emptied(request.outputDescriptor))
+            throw ImagePipelineError(
+                ImagePipelineError::OutputWriteFailed{rawValue(request.format), SystemError{errorNumber, {}}});
+        written.summary = Engine::answerer().frame(request, stop);
+    }
+    // If somebody wrote to the file meanwhile, its pixels may be those of two pictures.
+    if (source.currentIdentity() != source.identity())
+        throw ImagePipelineError(ImagePipelineError::decodingFailed);
+    return written;
+}
+
 Bitmap logoIfThere(const std::optional<LogoConfiguration>& configuration, const std::stop_token& stop)
 {
     try {
@@ -148,31 +183,9 @@ WrittenPhoto writePhoto(const OpenedFile& source, const ImportedPhoto& photo, co
                         const ExportSettings& settings, int outputDescriptor, const std::stop_token& stop,
                         const std::optional<FileUrl>& managedLogoDirectory)
 {
-    const Bitmap logo = ManagedLogoStore::loadIfEnabled(recipe.logo, managedLogoDirectory, stop).value_or(Bitmap());
-    const std::optional<BlockGrid> grid = keptGrid(photo, recipe, settings);
-    auto request =
-        requestFor<Engine::FrameRequest>(source, photo, recipe, logo, settings.size, stop, grid.value_or(BlockGrid()));
-    request.keepsPhotoData = grid.has_value();
-    request.format = settings.format;
-    request.quality = usableQuality(settings.quality);
-    request.metadata = outputMetadata(photo.metadata);
+    Engine::FrameRequest request = frameRequest(source, photo, recipe, settings, stop, managedLogoDirectory);
     request.outputDescriptor = outputDescriptor;
-    request.summarizes = settings.checksWritten;
-    WrittenPhoto written;
-    try {
-        written.summary = Engine::answerer().frame(request, stop);
-        written.data = request.keepsPhotoData ? PhotoData::kept : PhotoData::codedAnew;
-    } catch (const CannotKeep&) {
-        request.keepsPhotoData = false;
-        if (const int errorNumber = emptied(outputDescriptor))
-            throw ImagePipelineError(
-                ImagePipelineError::OutputWriteFailed{rawValue(settings.format), SystemError{errorNumber, {}}});
-        written.summary = Engine::answerer().frame(request, stop);
-    }
-    // If somebody wrote to the file meanwhile, its pixels may be those of two pictures.
-    if (source.currentIdentity() != source.identity())
-        throw ImagePipelineError(ImagePipelineError::decodingFailed);
-    return written;
+    return frame(request, source, stop);
 }
 
 void checkWritten(const OpenedFile& written, const Engine::PictureSummary& composed, const ExportSettings& settings,
@@ -198,10 +211,13 @@ PhotoData exportPhoto(const BatchExportJob& job, const std::stop_token& stop,
     throwIfCanceled(stop);
     guardDestination(photo.url, job.destination, job.replaceExisting);
     const OpenedFile source = ImageLoader::openSource(photo.url);
+    // All that can fail without the output comes before there is one.
+    Engine::FrameRequest request = frameRequest(source, photo, job.recipe, job.settings, stop, managedLogoDirectory);
     StagedFile staged = stage(job.destination, job.replaceExisting, job.settings);
+    request.outputDescriptor = staged.descriptor();
     WrittenPhoto written;
     try {
-        written = writePhoto(source, photo, job.recipe, job.settings, staged.descriptor(), stop, managedLogoDirectory);
+        written = frame(request, source, stop);
     } catch (ImagePipelineError& error) {
         // Who writes to a descriptor does not know the file that the user does.
         if (auto* failed = std::get_if<ImagePipelineError::OutputWriteFailed>(&error.value); failed && failed->reason)

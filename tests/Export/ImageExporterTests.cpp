@@ -193,7 +193,9 @@ TEST_F(ImageExporterTest, leavesNothingBehindWhenItFails)
     RenderRecipe missingLogo = plainRecipe();
     missingLogo.logo = LogoConfiguration::placeholder();
     missingLogo.logo->asset.managedFilename = QStringLiteral("none.png");
-    EXPECT_THROW(ImageExporter::exportPhoto({photo, missingLogo, {}, destination}, {}, folder.url()), LogoAssetError);
+    // Seen before there is a file for the output: a folder that can't have one is not even asked.
+    for (const FileUrl& place : {destination, folder.file("missing/framed.jpg")})
+        EXPECT_THROW(ImageExporter::exportPhoto({photo, missingLogo, {}, place}, {}, folder.url()), LogoAssetError);
 
     meddler->before = [](const auto&) { ADD_FAILURE() << "framed for nothing"; };
     const FileUrl none = folder.file("none");
