@@ -71,34 +71,57 @@ private:
     std::jthread waiter_;
 };
 
-int run(const std::vector<QByteArray>& words, const std::stop_token& stop)
+/// Captions are drawn by the text engine, which asks for a platform but needs no display. Our own words never reach it:
+/// it has options of its own.
+void startTextEngine(char* program)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    std::optional<ProgramStart::TemporaryRuntimeFolder> folder(std::in_place);
+    static int count = 1;
+    static char* words[] = {program, nullptr};
+    // It lives as long as the process: where no font was needed, its end would load their configuration to give it
+    // back.
+    new QGuiApplication(count, words);
+    folder.reset();
+    std::setlocale(LC_NUMERIC, "C");
+}
+
+int run(const Command::Arguments& arguments, char* program, const std::stop_token& stop)
+{
+    if (arguments.mode == Command::Arguments::Mode::help) {
+        Command::printText(Command::helpText());
+        return Command::allDone;
+    }
+    if (arguments.mode == Command::Arguments::Mode::report)
+        return Command::runReport(arguments);
+    // Workers get ready while the text engine does.
+    const WorkerPool::Installation workers = WorkerPool::installWorkers();
+    startTextEngine(program);
+    switch (arguments.mode) {
+    case Command::Arguments::Mode::help:
+    case Command::Arguments::Mode::report:
+        break;
+    case Command::Arguments::Mode::version:
+        Command::printLine(QStringLiteral("ferrow-batch " FERROW_VERSION));
+        Command::printLine(workers.confinementInForce());
+        return Command::allDone;
+    case Command::Arguments::Mode::plan:
+        return Command::runPlan(arguments, stop);
+    case Command::Arguments::Mode::inspect:
+        return Command::runInspect(arguments, stop);
+    case Command::Arguments::Mode::filter:
+        return Command::runFilter(arguments, stop);
+    case Command::Arguments::Mode::frame:
+        return Command::runBatch(arguments, stop);
+    }
+    return Command::somePhotoFailed;
+}
+
+/// Says what went wrong, and answers the exit status.
+int runWords(const std::vector<QByteArray>& words, char* program, const std::stop_token& stop)
 {
     try {
-        const Command::Arguments arguments = Command::parseArguments(words);
-        if (arguments.mode == Command::Arguments::Mode::help) {
-            Command::printText(Command::helpText());
-            return Command::allDone;
-        }
-        if (arguments.mode == Command::Arguments::Mode::report)
-            return Command::runReport(arguments);
-        const WorkerPool::Installation workers = WorkerPool::installWorkers();
-        switch (arguments.mode) {
-        case Command::Arguments::Mode::help:
-        case Command::Arguments::Mode::report:
-            break;
-        case Command::Arguments::Mode::version:
-            Command::printLine(QStringLiteral("ferrow-batch " FERROW_VERSION));
-            Command::printLine(workers.confinementInForce());
-            return Command::allDone;
-        case Command::Arguments::Mode::plan:
-            return Command::runPlan(arguments, stop);
-        case Command::Arguments::Mode::inspect:
-            return Command::runInspect(arguments, stop);
-        case Command::Arguments::Mode::filter:
-            return Command::runFilter(arguments, stop);
-        case Command::Arguments::Mode::frame:
-            return Command::runBatch(arguments, stop);
-        }
+        return run(Command::parseArguments(words), program, stop);
     } catch (const Command::UsageError& error) {
         Command::printError(QStringLiteral("ferrow-batch: ") + error.message);
         Command::printError(QStringLiteral("Try “ferrow-batch --help”."));
@@ -121,18 +144,7 @@ int main(int argc, char** argv)
         if (type == QtCriticalMsg || type == QtFatalMsg)
             Command::printError(QStringLiteral("ferrow-batch: ") + text);
     });
-    // Captions are drawn by the text engine, which asks for a platform but needs no display. Our own words never
-    // reach it: it has options of its own.
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    std::optional<ProgramStart::TemporaryRuntimeFolder> folder(std::in_place);
-    int applicationArgc = 1;
-    char* applicationArgv[] = {argv[0], nullptr};
-    // It lives as long as the process: where no font was needed, its end would load their configuration to give it
-    // back.
-    new QGuiApplication(applicationArgc, applicationArgv);
-    folder.reset();
-    std::setlocale(LC_NUMERIC, "C");
-    const int status = run(std::vector<QByteArray>(argv + 1, argv + argc), interruption.token());
+    const int status = runWords(std::vector<QByteArray>(argv + 1, argv + argc), argv[0], interruption.token());
     if (!Command::standardOutputFailed())
         return status;
     Command::printError(QStringLiteral("ferrow-batch: not all of the output could be written."));
