@@ -13,7 +13,7 @@
 
 #include <algorithm>
 #include <iterator>
-#include <set>
+#include <map>
 #include <utility>
 #include <variant>
 
@@ -21,17 +21,15 @@ namespace ferrow::BatchImporter {
 
 namespace {
 
-struct Unread {};
-using Outcome = std::variant<Unread, ImportedPhoto, BatchExportFailure>;
-
-std::vector<FileUrl> deduplicated(const std::vector<FileUrl>& urls)
+std::vector<FileUrl> deduplicated(std::vector<FileUrl> urls)
 {
-    std::set<FileUrl> distinct;
-    for (const FileUrl& url : urls)
-        distinct.insert(url.standardized());
-    std::vector<FileUrl> sorted(distinct.begin(), distinct.end());
-    Localization::standardSort(sorted, [](const FileUrl& url) { return url.displayPath(); });
-    return sorted;
+    for (FileUrl& url : urls)
+        url = url.standardized();
+    std::ranges::sort(urls);
+    const auto rest = std::ranges::unique(urls);
+    urls.erase(rest.begin(), rest.end());
+    Localization::standardSort(urls, &FileUrl::displayPath);
+    return urls;
 }
 
 BatchExportFailure failureOf(const FileUrl& url, const QString& message)
@@ -86,36 +84,51 @@ BatchImportScan scan(const std::vector<FileUrl>& roots)
         if (failure != 0)
             found.unreadable.push_back(failureOf(root, SystemError{failure, root}.description()));
     }
-    return {deduplicated(found.candidates), deduplicated(found.unsupported), std::move(found.unreadable)};
+    return {deduplicated(std::move(found.candidates)), deduplicated(std::move(found.unsupported)),
+            std::move(found.unreadable)};
 }
 
-BatchImportResult load(const std::vector<FileUrl>& urls, int maximumConcurrency, const Loader& loader,
-                       const Progress& progress, const std::stop_token& stop)
+void loadEach(const std::vector<FileUrl>& urls, int maximumConcurrency, const Loader& loader, const Taker& take,
+              const Progress& progress, const std::stop_token& stop)
 {
     if (maximumConcurrency < 0)
         qFatal("A negative number of loads can't run at once.");
-    BatchImportResult result;
-    if (maximumConcurrency == 0)
-        return result;
-    std::vector<Outcome> outcomes(urls.size());
+    std::map<std::size_t, Outcome> early; // Read before one that comes before them.
+    std::size_t next = 0;
     std::size_t done = 0;
     runBounded<Outcome>(
         urls.size(), std::size_t(maximumConcurrency),
         [&](std::size_t index) { return loadOne(urls[index], loader, stop); },
         [&](std::size_t index, Outcome outcome) {
-            outcomes[index] = std::move(outcome);
+            early.emplace(index, std::move(outcome));
+            for (; !early.empty() && early.begin()->first == next; ++next)
+                take(next, std::move(early.extract(early.begin()).mapped()));
             ++done;
             if (progress)
                 progress(done);
         },
         [&] { return !stop.stop_requested(); });
-    for (std::size_t i = 0; i < urls.size(); ++i)
-        if (auto* photo = std::get_if<ImportedPhoto>(&outcomes[i]))
-            result.photos.push_back(std::move(*photo));
-        else if (auto* failure = std::get_if<BatchExportFailure>(&outcomes[i]))
-            result.failures.push_back(std::move(*failure));
-        else
-            result.unread.push_back(urls[i]);
+    for (; next < urls.size(); ++next)
+        take(next, Unread());
+}
+
+BatchImportResult load(const std::vector<FileUrl>& urls, int maximumConcurrency, const Loader& loader,
+                       const Progress& progress, const std::stop_token& stop)
+{
+    BatchImportResult result;
+    if (maximumConcurrency == 0)
+        return result;
+    loadEach(
+        urls, maximumConcurrency, loader,
+        [&](std::size_t index, Outcome outcome) {
+            if (auto* photo = std::get_if<ImportedPhoto>(&outcome))
+                result.photos.push_back(std::move(*photo));
+            else if (auto* failure = std::get_if<BatchExportFailure>(&outcome))
+                result.failures.push_back(std::move(*failure));
+            else
+                result.unread.push_back(urls[index]);
+        },
+        progress, stop);
     return result;
 }
 
@@ -124,16 +137,21 @@ BatchImportResult importScanned(const BatchImportScan& scan, const Loader& loade
 {
     BatchImportResult result;
     try {
-        result = load(scan.candidates, usualConcurrency, loader, progress, stop);
+        result = load(inListOrder(scan.candidates), usualConcurrency, loader, progress, stop);
     } catch (...) {
         const QString message = UserFacingError::message(std::current_exception());
         for (const FileUrl& url : scan.candidates)
             result.failures.push_back(failureOf(url, message));
     }
     std::ranges::move(refused(scan), std::back_inserter(result.failures));
-    Localization::standardSort(result.photos, [](const ImportedPhoto& photo) { return photo.filename(); });
     Localization::standardSort(result.failures, [](const BatchExportFailure& failure) { return failure.filename; });
     return result;
+}
+
+std::vector<FileUrl> inListOrder(std::vector<FileUrl> urls)
+{
+    Localization::standardSort(urls, &FileUrl::lastPathComponent);
+    return urls;
 }
 
 std::vector<BatchExportFailure> refused(const BatchImportScan& scan)

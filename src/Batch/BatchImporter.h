@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <stop_token>
+#include <variant>
 #include <vector>
 
 namespace ferrow {
@@ -37,9 +38,19 @@ using Loader = std::function<ImportedPhoto(const FileUrl&, const std::stop_token
 /// Told on the calling thread, after each file, how many have been read.
 using Progress = std::function<void(std::size_t)>;
 
+struct Unread {};
+/// What became of one file; it is unread after a stop.
+using Outcome = std::variant<Unread, ImportedPhoto, BatchExportFailure>;
+/// Told on the calling thread, once for each file, in the order of the list.
+using Taker = std::function<void(std::size_t index, Outcome)>;
+
 /// Folders are walked; a file named directly is always a candidate, and so is a place where nothing stands (loading
 /// then says so). Never fails as a whole; folders inside others are passed over where they can't be listed.
 [[nodiscard]] BatchImportScan scan(const std::vector<FileUrl>& roots);
+
+/// Loads `urls` as load() does and hands over each as soon as those before it are: nothing is kept of a long list.
+void loadEach(const std::vector<FileUrl>& urls, int maximumConcurrency, const Loader& loader, const Taker& take,
+              const Progress& progress, const std::stop_token& stop);
 
 /// Loads `urls`, at most `maximumConcurrency` (0 loads nothing) at once, and answers in their order. After a stop no
 /// further file is begun, and those in hand are waited for. Never fails as a whole. The default loader reads
@@ -52,6 +63,9 @@ using Progress = std::function<void(std::size_t)>;
 /// scan's where names are equal. Else as load(). Without memory for the results all candidates fail.
 [[nodiscard]] BatchImportResult importScanned(const BatchImportScan& scan, const Loader& loader,
                                               const Progress& progress, const std::stop_token& stop);
+
+/// Files in the order of the list: by their names, and by their places where those are equal.
+[[nodiscard]] std::vector<FileUrl> inListOrder(std::vector<FileUrl> urls);
 
 /// The failures that stand for what a scan found and nobody reads: folders that can't be listed, and unsupported
 /// images, named by their extensions.

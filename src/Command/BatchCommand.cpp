@@ -12,8 +12,10 @@
 #include "Platform/Base/Cancellation.h"
 #include "Platform/Files/FilePlacement.h"
 #include "Platform/Files/FileStatus.h"
+#include "Shared/UserFacingError.h"
 
-#include <algorithm>
+#include <exception>
+#include <utility>
 
 namespace ferrow::Command {
 
@@ -30,49 +32,169 @@ void prepareOutputFolder(const Settings& settings, bool dryRun)
     checkFolderWritable(folder);
 }
 
-/// What is said of a single photo wins over what is said of all.
-void correct(std::vector<ImportedPhoto>& photos, const MetadataCorrections& all, const CorrectionFile& single)
-{
-    for (ImportedPhoto& photo : photos) {
-        photo.corrections = single.of(photo.url);
-        photo.corrections.insert(all.begin(), all.end());
-    }
-}
+/// What a run has besides its photos.
+struct Run {
+    const Arguments& arguments;
+    const Settings& settings;
+    const CorrectionFile& corrections;
+    Reporter& reporter;
+    ProgressLine& progress;
+    const std::stop_token& stop;
 
-BatchExportPlan makePlan(const BatchImportResult& batch, const Settings& settings, bool dryRun,
-                         const std::stop_token& stop)
-{
-    ExportPlanner planner;
-    if (dryRun)
+    /// What is said of a single photo wins over what is said of all.
+    void correct(ImportedPhoto& photo) const
+    {
+        photo.corrections = corrections.of(photo.url);
+        photo.corrections.insert(arguments.corrections.begin(), arguments.corrections.end());
+    }
+};
+
+/// Says what a run would do, photo by photo: of a million, only the names are kept.
+class Planning {
+public:
+    explicit Planning(const Run& run, const BatchImportScan& scan)
+        : run_(run), scan_(scan), naming_(planner_, run.settings.configuration, run.settings.exportSettings.format,
+                                          originals(run.settings.configuration.collisionRule, scan))
+    {
+        report_.total = std::int64_t(scan.candidates.size() + scan.unsupported.size() + scan.unreadable.size());
+    }
+
+    /// Answers the exit status.
+    int run()
+    {
+        const auto planAll = [this](const PlanFile::Add& add) {
+            const std::vector<FileUrl> photos = BatchImporter::inListOrder(scan_.candidates);
+            BatchImporter::loadEach(
+                photos, BatchImporter::usualConcurrency,
+                [](const FileUrl& url, const std::stop_token& stopped) { return ImageLoader::load(url, 0, stopped); },
+                [&](std::size_t index, BatchImporter::Outcome outcome) {
+                    plan(photos[index], std::move(outcome), add);
+                },
+                readingProgress(run_.progress, photos.size()), run_.stop);
+            for (const BatchExportFailure& failure : BatchImporter::refused(scan_))
+                fail(failure, add);
+            throwIfCanceled(run_.stop);
+        };
+        const std::optional<FileUrl>& file = run_.arguments.planFile;
+        try {
+            if (file)
+                PlanFile::write(*file, head(), planAll);
+            else
+                planAll([](const PlannedPhoto&) {});
+        } catch (const Canceled&) {
+            report_.canceled = report_.total - report_.skipped - failures_;
+        }
+        report_.outputFolders = naming_.outputFolders();
+        run_.reporter.tellKeptData();
+        if (run_.arguments.json || run_.stop.stop_requested())
+            run_.reporter.report(report_, failures_);
+        else if (file)
+            printLine(QStringLiteral("Planned %1 of %2 photos.").arg(planned_).arg(report_.total));
+        if (run_.stop.stop_requested())
+            return interrupted;
+        return failures_ > 0 ? somePhotoFailed : allDone;
+    }
+
+private:
+    static std::vector<FileUrl> originals(CollisionRule rule, const BatchImportScan& scan)
+    {
+        if (!needsOriginals(rule))
+            return {};
+        std::vector<FileUrl> all = scan.candidates;
+        // What can't be read is still somebody's photo.
+        all.insert(all.end(), scan.unsupported.begin(), scan.unsupported.end());
+        return all;
+    }
+
+    static ExportPlanner withoutNewFolders()
+    {
+        ExportPlanner planner;
         planner.createDirectory = [](const FileUrl&) {};
-    ExportRequest request{.photos = batch.photos,
+        return planner;
+    }
+
+    [[nodiscard]] PlanHead head() const
+    {
+        const Settings& settings = run_.settings;
+        const std::optional<FileUrl>& logo = run_.arguments.logoFile;
+        return {.payload = PresetPayload::make(settings.recipe, settings.exportSettings, settings.configuration),
+                .logo = logo ? std::optional(logo->standardized()) : std::nullopt};
+    }
+
+    void plan(const FileUrl& url, BatchImporter::Outcome outcome, const PlanFile::Add& add)
+    {
+        if (auto* photo = std::get_if<ImportedPhoto>(&outcome))
+            plan(std::move(*photo), add);
+        else if (const auto* failure = std::get_if<BatchExportFailure>(&outcome))
+            fail(*failure, add);
+        else
+            run_.reporter.canceledBeforePlanning(url);
+    }
+
+    void plan(ImportedPhoto photo, const PlanFile::Add& add)
+    {
+        run_.correct(photo);
+        std::optional<BatchCollisionResolver::Resolution> place;
+        try {
+            place = naming_.place(photo.url, index_++, run_.stop);
+        } catch (const Canceled&) {
+            return run_.reporter.canceledBeforePlanning(photo.url);
+        } catch (...) {
+            return fail({.filename = photo.filename(),
+                         .message = UserFacingError::message(std::current_exception()),
+                         .source = photo.url},
+                        add);
+        }
+        if (!place) {
+            ++report_.skipped;
+            run_.reporter.skipped(photo.url);
+            return add({.source = photo.url});
+        }
+        ++planned_;
+        const BatchExportJob job{std::move(photo), run_.settings.recipe, run_.settings.exportSettings, place->url,
+                                 place->replaceExisting};
+        if (run_.arguments.dryRun || run_.arguments.json)
+            run_.reporter.planned(job);
+        add({.source = job.photo.url,
+             .destination = job.destination,
+             .size = writtenSize(job).value_or(PixelSize()),
+             .replaceExisting = job.replaceExisting,
+             .corrections = job.photo.corrections,
+             .replaced = job.replaceExisting ? ReplacedFile::at(job.destination) : std::nullopt});
+    }
+
+    void fail(const BatchExportFailure& failure, const PlanFile::Add& add)
+    {
+        ++failures_;
+        run_.reporter.failed(failure);
+        add({.source = failure.source, .failure = onOneLine(failure.message)});
+    }
+
+    const Run& run_;
+    const BatchImportScan& scan_;
+    ExportPlanner planner_ = withoutNewFolders();
+    ExportNaming naming_;
+    std::int64_t index_ = 0; ///< Of the next photo that can be read.
+    std::int64_t planned_ = 0;
+    std::int64_t failures_ = 0;
+    BatchExportReport report_;
+};
+
+BatchExportPlan makePlan(BatchImportResult& batch, const Settings& settings, const std::stop_token& stop)
+{
+    ExportRequest request{.photos = std::move(batch.photos),
                           .configuration = settings.configuration,
                           .settings = settings.exportSettings,
                           .framing = {.batch = settings.recipe}};
     // What could not be read is still somebody's photo.
     for (const BatchExportFailure& failure : batch.failures)
         request.originals.push_back(failure.source);
-    return planner.plan(request, stop);
-}
-
-/// What a run of the plan would do, for others to do.
-void writePlan(const FileUrl& file, const Arguments& arguments, const Settings& settings, const BatchExportPlan& plan)
-{
-    PlanFile written{.payload = PresetPayload::make(settings.recipe, settings.exportSettings, settings.configuration),
-                     .logo = arguments.logoFile ? std::optional(arguments.logoFile->standardized()) : std::nullopt};
-    written.photos.reserve(plan.jobs.size() + plan.skippedPhotos.size() + plan.failures.size());
-    for (const BatchExportJob& job : plan.jobs)
-        written.photos.push_back({.source = job.photo.url,
-                                  .destination = job.destination,
-                                  .size = writtenSize(job).value_or(PixelSize()),
-                                  .replaceExisting = job.replaceExisting,
-                                  .corrections = job.photo.corrections,
-                                  .replaced = job.replaceExisting ? ReplacedFile::at(job.destination) : std::nullopt});
-    for (const FileUrl& photo : plan.skippedPhotos)
-        written.photos.push_back({.source = photo});
-    for (const BatchExportFailure& failure : plan.failures)
-        written.photos.push_back({.source = failure.source, .failure = onOneLine(failure.message)});
-    written.write(file);
+    try {
+        return ExportPlanner().plan(request, stop);
+    } catch (const Canceled&) {
+        batch.photos = std::move(request.photos);
+        throw;
+    }
 }
 
 int reportAllCanceled(const BatchImportResult& batch, Reporter& reporter)
@@ -109,18 +231,24 @@ int runBatch(const Arguments& arguments, const std::stop_token& stop)
     corrections.tellUnused(scan.candidates);
     ProgressLine progress(!arguments.quiet);
     Reporter reporter(arguments.json, progress, logo.size(settings));
+    const Run run{arguments, settings, corrections, reporter, progress, stop};
+    if (writesNone)
+        return Planning(run, scan).run();
+
     BatchImportResult batch = BatchImporter::importScanned(
         scan, [](const FileUrl& url, const std::stop_token& stopped) { return ImageLoader::load(url, 0, stopped); },
         readingProgress(progress, scan.candidates.size()), stop);
-    correct(batch.photos, arguments.corrections, corrections);
+    for (ImportedPhoto& photo : batch.photos)
+        run.correct(photo);
     for (const BatchExportFailure& failure : batch.failures)
         reporter.failed(failure);
     if (stop.stop_requested())
         return reportAllCanceled(batch, reporter);
 
+    const auto total = std::int64_t(batch.photos.size() + batch.failures.size());
     BatchExportPlan plan;
     try {
-        plan = makePlan(batch, settings, writesNone, stop);
+        plan = makePlan(batch, settings, stop);
     } catch (const Canceled&) {
         return reportAllCanceled(batch, reporter);
     }
@@ -128,30 +256,19 @@ int runBatch(const Arguments& arguments, const std::stop_token& stop)
         reporter.failed(failure);
     for (const FileUrl& photo : plan.skippedPhotos)
         reporter.skipped(photo);
-    const auto total = std::int64_t(batch.photos.size() + batch.failures.size());
     const auto settled = std::int64_t(batch.failures.size() + plan.failures.size()) + plan.skipped;
-    std::vector<BatchExportOutcome> outcomes;
-    if (arguments.dryRun || (arguments.planFile && arguments.json))
-        for (const BatchExportJob& job : plan.jobs)
-            reporter.planned(job);
-    if (!writesNone)
-        outcomes = runJobs(
-            plan.jobs, configuration.maximumConcurrentExports, settled, total,
-            [&](const BatchExportJob& job, const std::stop_token& token) {
-                if (ImageExporter::exportPhoto(job, token, logo.managedFolder()) == PhotoData::codedAnew)
-                    reporter.couldNotKeep(job.photo.url);
-            },
-            reporter, progress, stop);
+    const std::vector<BatchExportOutcome> outcomes = runJobs(
+        plan.jobs, configuration.maximumConcurrentExports, settled, total,
+        [&](const BatchExportJob& job, const std::stop_token& token) {
+            if (ImageExporter::exportPhoto(job, token, logo.managedFolder()) == PhotoData::codedAnew)
+                reporter.couldNotKeep(job.photo.url);
+        },
+        reporter, progress, stop);
 
     plan.failures.insert(plan.failures.begin(), batch.failures.begin(), batch.failures.end());
-    if (arguments.planFile)
-        writePlan(*arguments.planFile, arguments, settings, plan);
     const BatchExportReport report = BatchExportCoordinator::report(plan, total, outcomes);
     reporter.tellKeptData();
-    if (!writesNone || arguments.json)
-        reporter.report(report);
-    else if (arguments.planFile)
-        printLine(QStringLiteral("Planned %1 of %2 photos.").arg(plan.jobs.size()).arg(total));
+    reporter.report(report);
     return exitStatus(report, stop);
 }
 

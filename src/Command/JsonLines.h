@@ -16,7 +16,7 @@ namespace ferrow::Command {
 /// One line of a file of JSON Lines.
 struct JsonLine {
     std::int64_t number = 1;
-    QByteArray text;                   ///< Without its end; borrowed from the file.
+    QByteArray text;                   ///< Without its end.
     std::optional<QJsonObject> object; ///< Absent where the line is none.
     bool isCutOff = false;             ///< The last one, without an end: whoever wrote it was stopped.
 };

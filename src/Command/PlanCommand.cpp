@@ -25,13 +25,11 @@ struct Part {
     std::int64_t total = 0;
 };
 
-/// Photos that follow one another, and so come from one folder, go to different shards: they take turns.
-Part partOf(const PlanFile& file, const Shard& shard)
+Part partOf(const PlanFile& file)
 {
     Part part;
-    for (std::size_t i = std::size_t(shard.number - 1); i < file.photos.size(); i += std::size_t(shard.count)) {
-        const PlannedPhoto& photo = file.photos[i];
-        ++part.total;
+    part.total = std::int64_t(file.photos.size());
+    for (const PlannedPhoto& photo : file.photos)
         if (photo.destination) {
             part.sources.push_back(photo.source);
             part.planned.emplace(photo.source, &photo);
@@ -42,7 +40,6 @@ Part partOf(const PlanFile& file, const Shard& shard)
             part.plan.failures.push_back(
                 {.filename = photo.source.lastPathComponent(), .message = photo.failure, .source = photo.source});
         }
-    }
     return part;
 }
 
@@ -96,20 +93,20 @@ bool isFramed(const PlannedPhoto& planned, ExportFormat format, const std::stop_
 
 int runPlan(const Arguments& arguments, const std::stop_token& stop)
 {
-    const PlanFile file = PlanFile::read(arguments.roots.front());
+    const PlanFile file = PlanFile::read(arguments.roots.front(), arguments.shard);
     Settings settings;
-    settings.recipe = file.payload.recipe();
-    file.payload.applyTo(settings.exportSettings, settings.configuration);
+    settings.recipe = file.head.payload.recipe();
+    file.head.payload.applyTo(settings.exportSettings, settings.configuration);
     for (const auto& change : arguments.changes)
         change(settings);
     Arguments logoArguments;
-    logoArguments.logoFile = file.logo;
+    logoArguments.logoFile = file.head.logo;
     const RunLogo logo(logoArguments, settings);
     warnOfMissingFonts(settings.recipe);
 
     ProgressLine progress(!arguments.quiet);
     Reporter reporter(arguments.json, progress, logo.size(settings));
-    Part part = partOf(file, arguments.shard);
+    Part part = partOf(file);
     const BatchImportResult read = BatchImporter::load(
         part.sources, BatchImporter::usualConcurrency,
         [](const FileUrl& url, const std::stop_token& stopped) { return ImageLoader::load(url, 0, stopped); },

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Command/PlanFile.h"
 
-#include "Command/Arguments.h"
 #include "Command/Corrections.h"
 #include "Command/JsonLines.h"
 #include "Command/Output.h"
@@ -11,6 +10,9 @@
 
 #include <QJsonDocument>
 #include <QJsonObject>
+
+#include <span>
+#include <utility>
 
 namespace ferrow::Command {
 
@@ -110,7 +112,7 @@ PlannedPhoto decodedPhoto(const QJsonObject& object)
     return photo;
 }
 
-QJsonObject encodedHead(const PlanFile& plan)
+QJsonObject encodedHead(const PlanHead& plan)
 {
     PresetDocument document;
     // What tells presets apart is no part of a plan.
@@ -123,7 +125,7 @@ QJsonObject encodedHead(const PlanFile& plan)
     return head;
 }
 
-void readHead(const QJsonObject& head, PlanFile& plan)
+void readHead(const QJsonObject& head, PlanHead& plan)
 {
     if (!head.contains(versionKey))
         refuse(QStringLiteral("this is no plan."));
@@ -151,20 +153,20 @@ try {
     return std::nullopt;
 }
 
-PlanFile PlanFile::read(const FileUrl& file)
+PlanFile PlanFile::read(const FileUrl& file, const Shard& part)
 {
     const QString place = file.displayPath();
     PlanFile plan;
     bool hasHead = false;
+    std::int64_t photos = 0;
     readJsonLines(file, maximumSize, place, [&](const JsonLine& line) {
         try {
             if (!line.object)
                 refuse(QStringLiteral("this is no plan."));
-            if (hasHead)
+            if (!std::exchange(hasHead, true))
+                readHead(*line.object, plan.head);
+            else if (photos++ % part.count == part.number - 1)
                 plan.photos.push_back(decodedPhoto(*line.object));
-            else
-                readHead(*line.object, plan);
-            hasHead = true;
         } catch (const Unreadable& error) {
             refuseLine(place, line.number, error.reason);
         }
@@ -174,12 +176,16 @@ PlanFile PlanFile::read(const FileUrl& file)
     return plan;
 }
 
-void PlanFile::write(const FileUrl& file) const
+void PlanFile::write(const FileUrl& file, const PlanHead& head, const std::function<void(const Add&)>& addPhotos)
 {
-    QByteArray bytes = QJsonDocument(encodedHead(*this)).toJson(QJsonDocument::Compact) + '\n';
-    for (const PlannedPhoto& photo : photos)
-        bytes += QJsonDocument(encoded(photo)).toJson(QJsonDocument::Compact) + '\n';
-    writeAtomically(file, bytes);
+    writeAtomically(file, [&](ByteSink& sink) {
+        const auto addLine = [&](const QJsonObject& object) {
+            const QByteArray line = QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n';
+            sink.write(std::as_bytes(std::span(line.constData(), std::size_t(line.size()))));
+        };
+        addLine(encodedHead(head));
+        addPhotos([&](const PlannedPhoto& photo) { addLine(encoded(photo)); });
+    });
 }
 
 } // namespace ferrow::Command

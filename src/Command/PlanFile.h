@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Command/Arguments.h"
 #include "Models/BatchExportModels.h"
 #include "Persistence/PresetModels.h"
 #include "Platform/Base/FileUrl.h"
@@ -8,6 +9,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -36,17 +38,27 @@ struct PlannedPhoto {
     QString failure; ///< The sentence; empty where `destination` is set, and for photos that are skipped.
 };
 
+/// What holds for all photos of a plan.
+struct PlanHead {
+    PresetPayload payload;
+    std::optional<FileUrl> logo; ///< In place of the recipe's.
+};
+
 /// A batch whose names were settled once, to be framed in parts, on any machine that sees its folders. As a file: JSON
 /// Lines, the first of which has what holds for all.
 struct PlanFile {
-    PresetPayload payload;
-    std::optional<FileUrl> logo; ///< In place of the recipe's.
+    PlanHead head;
     std::vector<PlannedPhoto> photos;
 
-    /// Throws UsageError, which names the line.
-    [[nodiscard]] static PlanFile read(const FileUrl& file);
-    /// Replaces what is there. Throws SystemError.
-    void write(const FileUrl& file) const;
+    /// With the photos of that part alone: those that follow one another, and so come from one folder, go to different
+    /// parts in turn. Throws UsageError, which names the line.
+    [[nodiscard]] static PlanFile read(const FileUrl& file, const Shard& part);
+
+    /// Takes the next photo of a plan.
+    using Add = std::function<void(const PlannedPhoto&)>;
+    /// Replaces what is there by a plan of the photos that `addPhotos` adds. Throws SystemError, and what that throws:
+    /// then nothing is replaced.
+    static void write(const FileUrl& file, const PlanHead& head, const std::function<void(const Add&)>& addPhotos);
 };
 
 } // namespace ferrow::Command

@@ -143,6 +143,11 @@ void Reporter::canceledBeforePlanning(const FileUrl& source)
 
 void Reporter::report(const BatchExportReport& report)
 {
+    this->report(report, std::int64_t(report.failures.size()));
+}
+
+void Reporter::report(const BatchExportReport& report, std::int64_t failures)
+{
     progress_.clear();
     if (!json_) {
         QString line = QStringLiteral("Framed %1 of %2 photos").arg(report.exported).arg(report.total);
@@ -150,8 +155,8 @@ void Reporter::report(const BatchExportReport& report)
             line += QStringLiteral(", %1 skipped").arg(report.skipped);
         if (report.canceled > 0)
             line += QStringLiteral(", %1 canceled").arg(report.canceled);
-        if (!report.failures.empty())
-            line += QStringLiteral(", %1 failed").arg(report.failures.size());
+        if (failures > 0)
+            line += QStringLiteral(", %1 failed").arg(failures);
         printLine(line + QLatin1Char('.'));
         return;
     }
@@ -163,12 +168,10 @@ void Reporter::report(const BatchExportReport& report)
         folderBytes.append(QString::fromLatin1(folder.path().toBase64()));
         allText = allText && folder.displayPath().toUtf8() == folder.path();
     }
-    QJsonObject counts{{QStringLiteral("total"), qint64(report.total)},
-                       {QStringLiteral("exported"), qint64(report.exported)},
-                       {QStringLiteral("skipped"), qint64(report.skipped)},
-                       {QStringLiteral("canceled"), qint64(report.canceled)},
-                       {QStringLiteral("failures"), qint64(report.failures.size())},
-                       {QStringLiteral("outputFolders"), folders}};
+    QJsonObject counts{
+        {QStringLiteral("total"), qint64(report.total)},     {QStringLiteral("exported"), qint64(report.exported)},
+        {QStringLiteral("skipped"), qint64(report.skipped)}, {QStringLiteral("canceled"), qint64(report.canceled)},
+        {QStringLiteral("failures"), qint64(failures)},      {QStringLiteral("outputFolders"), folders}};
     if (kept_)
         counts.insert(QStringLiteral("photoData"), keptCounts());
     if (!allText)

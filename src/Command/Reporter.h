@@ -34,6 +34,8 @@ public:
     void ended(const BatchExportJob& job, const BatchExportOutcome& result);
     void canceledBeforePlanning(const FileUrl& source);
     void report(const BatchExportReport& report);
+    /// The same for photos that nobody keeps: `report` has no failures, but there were so many.
+    void report(const BatchExportReport& report, std::int64_t failures);
 
     /// The photo was coded anew, against what was known of it. On any thread, before its job ends.
     void couldNotKeep(const FileUrl& source);

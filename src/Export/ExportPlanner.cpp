@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <iterator>
 #include <set>
 #include <utility>
 
@@ -51,7 +52,7 @@ private:
 };
 
 /// Where the photo's output goes by the configuration alone. Throws BatchPlanningError.
-FileUrl destinationFolder(const ImportedPhoto& photo, const BatchExportConfiguration& configuration)
+FileUrl destinationFolder(const FileUrl& photo, const BatchExportConfiguration& configuration)
 {
     if (configuration.destinationMode == ExportDestinationMode::chosenFolder) {
         if (!configuration.chosenFolder)
@@ -61,7 +62,7 @@ FileUrl destinationFolder(const ImportedPhoto& photo, const BatchExportConfigura
     const QString name = configuration.sourceSubfolderName.trimmed();
     if (!SafePathComponent::isValid(name))
         throw BatchPlanningError::invalidSubfolder;
-    return photo.url.deletingLastPathComponent().appending(name.toUtf8());
+    return photo.deletingLastPathComponent().appending(name.toUtf8());
 }
 
 /// Makes each folder ready once and remembers how that went: a batch has few folders and many photos, and a folder on a
@@ -101,12 +102,10 @@ private:
 /// The photos that no output may replace, whatever the collision rule says.
 class Originals {
 public:
-    Originals(const ExportPlanner& planner, PlaceKeys& keys, const ExportRequest& request)
+    Originals(const ExportPlanner& planner, PlaceKeys& keys, const std::vector<FileUrl>& originals)
         : planner_(planner), keys_(keys)
     {
-        for (const ImportedPhoto& photo : request.photos)
-            places_.insert(photo.url.standardized());
-        for (const FileUrl& url : request.originals)
+        for (const FileUrl& url : originals)
             places_.insert(url.standardized());
     }
 
@@ -169,53 +168,85 @@ std::vector<FileUrl> sortedAsFileBrowsersDo(const std::unordered_set<FileUrl>& f
 
 } // namespace
 
+struct ExportNaming::Implementation {
+    Implementation(const ExportPlanner& operations, const BatchExportConfiguration& settings, ExportFormat format,
+                   const std::vector<FileUrl>& originals)
+        : planner(operations), configuration(settings), extension(filenameExtension(format)), keys(operations),
+          readiness(operations, settings.destinationMode), protectedOnes(operations, keys, originals)
+    {
+        reserved.key = [this](const FileUrl& place) { return keys.of(place); };
+        reserved.fileNumber = operations.fileNumber;
+    }
+
+    const ExportPlanner& planner;
+    BatchExportConfiguration configuration;
+    QString extension;
+    PlaceKeys keys;
+    FolderReadiness readiness;
+    Originals protectedOnes;
+    ReservedDestinations reserved;
+    std::unordered_set<FileUrl> folders;
+};
+
+ExportNaming::ExportNaming(const ExportPlanner& planner, const BatchExportConfiguration& configuration,
+                           ExportFormat format, const std::vector<FileUrl>& originals,
+                           const std::vector<FileUrl>& written)
+    : implementation_(std::make_unique<Implementation>(planner, configuration, format, originals))
+{
+    for (const FileUrl& place : written) {
+        implementation_->reserved.add(place);
+        if (configuration.collisionRule == CollisionRule::replace)
+            static_cast<void>(implementation_->reserved.claimFile(place));
+    }
+}
+
+ExportNaming::~ExportNaming() = default;
+
+std::optional<BatchCollisionResolver::Resolution> ExportNaming::place(const FileUrl& photo, std::int64_t index,
+                                                                      const std::stop_token& stop)
+{
+    Implementation& my = *implementation_;
+    const FileUrl folder = destinationFolder(photo, my.configuration);
+    my.readiness.require(folder);
+    // Before names are given out: a folder whose photos are all skipped is still one that the user wants to see.
+    my.folders.insert(folder.standardized());
+
+    const QByteArray name = FilenameTemplate::filename(my.configuration.filenameTemplate, photo, index, my.extension);
+    const FileUrl proposed = folder.appending(name).standardized();
+    CollisionRule rule = my.configuration.collisionRule;
+    if (rule == CollisionRule::replace && my.protectedOnes.hasAnother(proposed, photo))
+        rule = CollisionRule::appendNumber;
+    return BatchCollisionResolver::destination(proposed, rule, my.reserved, [&](const FileUrl& place) {
+        throwIfCanceled(stop);
+        return my.planner.fileExists(place);
+    });
+}
+
+std::vector<FileUrl> ExportNaming::outputFolders() const
+{
+    return sortedAsFileBrowsersDo(implementation_->folders);
+}
+
 BatchExportPlan ExportPlanner::plan(const ExportRequest& request, const std::stop_token& stop) const
 {
-    const BatchExportConfiguration& configuration = request.configuration;
-    BatchExportPlan plan;
-    FolderReadiness readiness(*this, configuration.destinationMode);
-    PlaceKeys keys(*this);
-    ReservedDestinations reserved{.key = [&](const FileUrl& place) { return keys.of(place); },
-                                  .fileNumber = fileNumber};
-    for (const FileUrl& place : request.written) {
-        reserved.add(place);
-        if (configuration.collisionRule == CollisionRule::replace)
-            static_cast<void>(reserved.claimFile(place));
+    std::vector<FileUrl> originals;
+    if (needsOriginals(request.configuration.collisionRule)) {
+        originals = request.originals;
+        std::ranges::transform(request.photos, std::back_inserter(originals), &ImportedPhoto::url);
     }
-    Originals protectedOnes(*this, keys, request);
-    std::unordered_set<FileUrl> folders;
-    const QString extension = filenameExtension(request.settings.format);
-    const auto isTaken = [&](const FileUrl& place) {
-        throwIfCanceled(stop);
-        return fileExists(place);
-    };
-
+    ExportNaming naming(*this, request.configuration, request.settings.format, originals, request.written);
+    BatchExportPlan plan;
     for (std::size_t index = 0; index < request.photos.size(); ++index) {
         throwIfCanceled(stop);
         const ImportedPhoto& photo = request.photos[index];
         if (request.only && !request.only->contains(photo.id()))
             continue;
-        FileUrl folder;
-        try {
-            folder = destinationFolder(photo, configuration);
-            readiness.require(folder);
-        } catch (...) {
-            plan.failures.push_back(failureOf(photo, std::current_exception()));
-            continue;
-        }
-        // Before names are given out: a folder whose photos are all skipped is still one that the user wants to see.
-        folders.insert(folder.standardized());
-
-        const QByteArray name =
-            FilenameTemplate::filename(configuration.filenameTemplate, photo.url, std::int64_t(index), extension);
-        const FileUrl proposed = folder.appending(name).standardized();
-        CollisionRule rule = configuration.collisionRule;
-        if (rule == CollisionRule::replace && protectedOnes.hasAnother(proposed, photo.url))
-            rule = CollisionRule::appendNumber;
         std::optional<BatchCollisionResolver::Resolution> resolution;
         try {
-            resolution = BatchCollisionResolver::destination(proposed, rule, reserved, isTaken);
-        } catch (const SystemError&) {
+            resolution = naming.place(photo.url, std::int64_t(index), stop);
+        } catch (const Canceled&) {
+            throw;
+        } catch (...) {
             plan.failures.push_back(failureOf(photo, std::current_exception()));
             continue;
         }
@@ -230,7 +261,7 @@ BatchExportPlan ExportPlanner::plan(const ExportRequest& request, const std::sto
                              .destination = resolution->url,
                              .replaceExisting = resolution->replaceExisting});
     }
-    plan.outputFolders = sortedAsFileBrowsersDo(folders);
+    plan.outputFolders = naming.outputFolders();
     return plan;
 }
 

@@ -8,9 +8,12 @@
 #include "Platform/Files/FileStatus.h"
 #include "Platform/Files/VolumeNames.h"
 
+#include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <stop_token>
+#include <vector>
 
 namespace ferrow {
 
@@ -36,5 +39,35 @@ struct ExportPlanner {
     /// Canceled.
     [[nodiscard]] BatchExportPlan plan(const ExportRequest& request, const std::stop_token& stop) const;
 };
+
+/// Gives the outputs of one batch their names, photo by photo, for batches that nobody should hold in memory.
+class ExportNaming {
+public:
+    /// `planner`, which must outlive this, has the operations. `originals` are the photos that no output may replace;
+    /// they are not needed unless files are replaced.
+    ExportNaming(const ExportPlanner& planner, const BatchExportConfiguration& configuration, ExportFormat format,
+                 const std::vector<FileUrl>& originals, const std::vector<FileUrl>& written = {});
+    ~ExportNaming();
+    ExportNaming(const ExportNaming&) = delete;
+    ExportNaming& operator=(const ExportNaming&) = delete;
+
+    /// For the photo at the 0-based position `index`. Absent when it is to be skipped. Throws BatchPlanningError,
+    /// SystemError and Canceled.
+    [[nodiscard]] std::optional<BatchCollisionResolver::Resolution> place(const FileUrl& photo, std::int64_t index,
+                                                                          const std::stop_token& stop);
+
+    /// All that outputs were to go to so far, in the file browser's order.
+    [[nodiscard]] std::vector<FileUrl> outputFolders() const;
+
+private:
+    struct Implementation;
+    std::unique_ptr<Implementation> implementation_;
+};
+
+/// Whether an export by that rule may ask for the originals.
+[[nodiscard]] inline bool needsOriginals(CollisionRule rule)
+{
+    return rule == CollisionRule::replace;
+}
 
 } // namespace ferrow

@@ -203,6 +203,9 @@ auto WorkerAnswerer::onWorker(const Assignment& assignment, const std::stop_toke
 
 Engine::InspectAnswer WorkerAnswerer::inspect(const Engine::InspectRequest& request, const std::stop_token& stop)
 {
+    // A worker would say the same.
+    if (request.source.size == 0)
+        throw ImagePipelineError(ImagePipelineError::malformedImage);
     return forPhoto([&] {
         return onWorker(reading(WorkerKind::photos), stop, [&](JobRun& job) {
             const PixelSize largest{request.maximumDimension, request.maximumDimension};

@@ -6,6 +6,7 @@
 #include <QTimeZone>
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <thread>
 
@@ -100,8 +101,17 @@ TEST(Localization, ordersAsFileBrowsersDo)
         std::sort(names.begin(), names.end(), [](const auto& a, const auto& b) { return standardCompare(a, b) < 0; });
         return names;
     };
+    const auto sortedByKeys = [&] {
+        std::vector<QString> names(english.rbegin(), english.rend());
+        standardSort(names, std::identity());
+        return QStringList(names.begin(), names.end());
+    };
     EXPECT_EQ(inLocale("C", sorted), english);
     EXPECT_EQ(inLocale("sv_SE.UTF-8", sorted), swedish);
+    EXPECT_EQ(inLocale("C", sortedByKeys), english);
+    EXPECT_EQ(inLocale("sv_SE.UTF-8", sortedByKeys), swedish);
+    EXPECT_EQ(sortKey(u"IMG_2"_s), sortKey(u"IMG_02"_s));
+    EXPECT_LT(sortKey(QString(1000, u'a') + u'1'), sortKey(QString(1000, u'a') + u'2'));
     EXPECT_LT(standardCompare(u"a-b"_s, u"ab"_s), 0);
     EXPECT_EQ(standardCompare(u"IMG_2"_s, u"IMG_02"_s), 0);
 }

@@ -176,6 +176,27 @@ TEST_F(BatchImporterTest, answersInTheScansOrderHoweverFastEachIsRead)
                 ElementsAre("a/10.jpg", "b/10.jpg", "a/9.gif", "a/bad.jpg", "b/bad.jpg"));
 }
 
+TEST_F(BatchImporterTest, keepsNothingOfWhatItHandsOver)
+{
+    const std::vector<FileUrl> urls{folder.file("0"), folder.file("1"), folder.file("2"), folder.file("3")};
+    std::stop_source stop;
+    std::vector<bool> read; // As handed over.
+    BatchImporter::loadEach(
+        urls, 1,
+        [&](const FileUrl& url, const std::stop_token&) {
+            EXPECT_EQ(url, urls[read.size()]); // All before it are out of hand.
+            return photoAt(url);
+        },
+        [&](std::size_t index, const BatchImporter::Outcome& outcome) {
+            EXPECT_EQ(index, read.size());
+            read.push_back(std::holds_alternative<ImportedPhoto>(outcome));
+            if (index == 1)
+                stop.request_stop();
+        },
+        {}, stop.get_token());
+    EXPECT_THAT(read, ElementsAre(true, true, false, false));
+}
+
 TEST_F(BatchImporterTest, keepsWhatWasReadBeforeAStopAndNamesTheRest)
 {
     const std::vector<FileUrl> urls{folder.file("1"), folder.file("2"), folder.file("3"), folder.file("4")};

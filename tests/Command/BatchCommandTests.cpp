@@ -167,8 +167,8 @@ TEST_F(BatchCommandTest, plansWithoutWriting)
     EXPECT_EQ(ended.status, 1);
     const auto lines = ended.lines();
     ASSERT_EQ(lines.size(), 3u);
-    EXPECT_EQ(text(lines[1], "outcome"), QStringLiteral("planned"));
-    EXPECT_EQ(text(lines[1], "destination"), out.appending("a_framed.jpg").displayPath());
+    EXPECT_EQ(text(lines[0], "outcome"), QStringLiteral("planned"));
+    EXPECT_EQ(text(lines[0], "destination"), out.appending("a_framed.jpg").displayPath());
     EXPECT_EQ(everythingBelow(folder.url()), before);
 }
 

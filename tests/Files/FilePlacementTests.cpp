@@ -2,6 +2,7 @@
 #include "Platform/Files/FilePlacement.h"
 
 #include "Files/OrdinaryUser.h"
+#include "Platform/Base/Cancellation.h"
 #include "Support/Files.h"
 
 #include <gmock/gmock.h>
@@ -166,6 +167,19 @@ TEST(WriteAtomically, keepsTheOldFileWhenTheDiskIsFull)
     }
     writeAtomically(file, bytes);
     EXPECT_EQ(readFile(file), bytes);
+}
+
+TEST(WriteAtomically, leavesWhatStandsWhereTheRestNeverComes)
+{
+    const TemporaryFolder folder;
+    const FileUrl file = folder.write("plan", "old");
+    const auto breakingOff = [](ByteSink& sink) {
+        sink.write(std::vector<std::byte>(1'000'000));
+        throw Canceled();
+    };
+    EXPECT_THROW(writeAtomically(file, breakingOff), Canceled);
+    EXPECT_EQ(readFile(file), "old");
+    EXPECT_EQ(namesIn(folder.url()).size(), 1);
 }
 
 TEST(WriteAtomically, replacesWhatLinksLeadTo)

@@ -38,6 +38,22 @@ qsizetype extensionDot(const QByteArray& name)
     return dot > 0 && dot + 1 < name.size() ? dot : -1;
 }
 
+/// Whether no component of an absolute path is to be collapsed, nor a slash at its end.
+bool isStandardized(const QByteArray& path)
+{
+    if (path.size() == 1)
+        return true;
+    for (qsizetype start = 1; start <= path.size();) {
+        const qsizetype slash = path.indexOf('/', start);
+        const qsizetype end = slash < 0 ? path.size() : slash;
+        const QByteArrayView component = QByteArrayView(path).sliced(start, end - start);
+        if (component.isEmpty() || component == "." || component == "..")
+            return false;
+        start = end + 1;
+    }
+    return true;
+}
+
 bool isThisMachine(const QString& host)
 {
     return host.isEmpty() || host.compare(QLatin1StringView("localhost"), Qt::CaseInsensitive) == 0 ||
@@ -123,7 +139,12 @@ FileUrl FileUrl::appending(const QByteArray& component) const
     if (isEmpty())
         return {};
     FileUrl url;
-    url.path_ = path_.endsWith('/') ? path_ + component : path_ + '/' + component;
+    // Lists hold millions of them: joined piece by piece they would keep room to grow.
+    url.path_.reserve(path_.size() + 1 + component.size());
+    url.path_ += path_;
+    if (!path_.endsWith('/'))
+        url.path_ += '/';
+    url.path_ += component;
     return url;
 }
 
@@ -144,6 +165,8 @@ FileUrl FileUrl::standardized() const
 {
     if (isEmpty())
         return {};
+    if (isStandardized(path_))
+        return *this;
     QList<QByteArray> kept;
     for (const QByteArray& component : path_.split('/')) {
         if (component.isEmpty() || component == ".")

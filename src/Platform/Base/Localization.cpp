@@ -98,6 +98,13 @@ Collator makeCollator()
     return U_FAILURE(status) ? nullptr : std::move(collator);
 }
 
+/// Null where ICU has none.
+const UCollator* collator()
+{
+    static thread_local const Collator made = makeCollator();
+    return made.get();
+}
+
 using DateFormat = std::unique_ptr<UDateFormat, Releaser<udat_close>>;
 
 /// Formats times of UTC, so that only one zone, Qt's, ever decides which day it was. `pattern` goes with UDAT_PATTERN.
@@ -135,7 +142,7 @@ QString formatted(const UDateFormat* format, const QDateTime& date)
 
 } // namespace
 
-// What follows is made once a thread: collators and formats are costly to make and not safe to share.
+// What follows is made once a thread, as collators are: they and formats are costly to make and not safe to share.
 
 QLocale numberLocale()
 {
@@ -197,11 +204,28 @@ QString date(const QDateTime& date, const QString& pattern)
 
 int standardCompare(const QString& left, const QString& right)
 {
-    static thread_local const Collator collator = makeCollator();
-    if (!collator)
+    if (!collator())
         return QString::compare(left, right);
-    return ucol_strcoll(collator.get(), reinterpret_cast<const UChar*>(left.utf16()), int(left.size()),
+    return ucol_strcoll(collator(), reinterpret_cast<const UChar*>(left.utf16()), int(left.size()),
                         reinterpret_cast<const UChar*>(right.utf16()), int(right.size()));
+}
+
+QByteArray sortKey(const QString& text)
+{
+    if (!collator()) {
+        QByteArray units;
+        for (const QChar unit : text)
+            units.append(char(unit.row())).append(char(unit.cell()));
+        return units;
+    }
+    std::array<std::uint8_t, 512> room{};
+    const auto* const units = reinterpret_cast<const UChar*>(text.utf16());
+    const int length = ucol_getSortKey(collator(), units, int(text.size()), room.data(), int(room.size()));
+    if (std::size_t(length) <= room.size())
+        return QByteArray(reinterpret_cast<const char*>(room.data()), length);
+    QByteArray key(length, Qt::Uninitialized);
+    ucol_getSortKey(collator(), units, int(text.size()), reinterpret_cast<std::uint8_t*>(key.data()), length);
+    return key;
 }
 
 std::optional<QDateTime> localTime(QDate date, QTime time)

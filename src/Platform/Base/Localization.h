@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QByteArray>
 #include <QDateTime>
 #include <QLocale>
 #include <QString>
@@ -40,16 +41,18 @@ namespace ferrow::Localization {
 /// different texts except where ICU itself finds them equal; sort stably.
 [[nodiscard]] int standardCompare(const QString& left, const QString& right);
 
-/// Sorts stably in that order by the text of each item, which is made once: comparing happens far more often.
+/// Bytes that compare, as unsigned numbers, as standardCompare() does the texts.
+[[nodiscard]] QByteArray sortKey(const QString& text);
+
+/// Sorts stably in that order by the text of each item, whose key is made once: comparing happens far more often.
 template <typename Item, typename TextOf>
 void standardSort(std::vector<Item>& items, const TextOf& textOf)
 {
-    std::vector<std::pair<QString, std::size_t>> keys;
+    std::vector<std::pair<QByteArray, std::size_t>> keys;
     keys.reserve(items.size());
     for (const Item& item : items)
-        keys.emplace_back(std::invoke(textOf, item), keys.size());
-    std::ranges::stable_sort(
-        keys, [](const auto& left, const auto& right) { return standardCompare(left.first, right.first) < 0; });
+        keys.emplace_back(sortKey(std::invoke(textOf, item)), keys.size());
+    std::ranges::sort(keys); // Equal keys stand in the order of their items.
     std::vector<Item> sorted;
     sorted.reserve(items.size());
     for (const auto& key : keys)

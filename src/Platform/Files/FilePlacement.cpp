@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Files/FilePlacement.h"
 
-#include "Platform/Base/ByteSource.h"
 #include "Platform/Files/FileStatus.h"
 #include "Platform/Files/FolderReader.h"
 
@@ -299,6 +298,13 @@ PlacementResult place(const FileUrl& from, const FileUrl& destination, bool repl
 
 void writeAtomically(const FileUrl& destination, const QByteArray& bytes)
 {
+    writeAtomically(destination, [&](ByteSink& sink) {
+        sink.write(std::as_bytes(std::span(bytes.constData(), size_t(bytes.size()))));
+    });
+}
+
+void writeAtomically(const FileUrl& destination, const std::function<void(ByteSink&)>& write)
+{
     if (!destination.hasFileSystemRepresentation())
         throw SystemError{EINVAL, destination};
     const FileUrl target = resolvingFinalLinks(destination);
@@ -309,7 +315,7 @@ void writeAtomically(const FileUrl& destination, const QByteArray& bytes)
         if (mode != 0 && !S_ISREG(mode))
             throw SystemError{EINVAL, target};
         ByteSink sink(staged.descriptor());
-        sink.write(std::as_bytes(std::span(bytes.constData(), size_t(bytes.size()))));
+        write(sink);
         sink.flush();
         staged.flushAndClose();
     });

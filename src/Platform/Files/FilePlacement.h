@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Platform/Base/ByteSource.h"
 #include "Platform/Base/FileUrl.h"
 #include "Platform/Base/SystemErrors.h"
 #include "Platform/Files/Descriptor.h"
@@ -77,6 +78,8 @@ private:
 /// Writes `bytes` whole to `destination`, replacing it atomically: staged in the same folder, every write, flush and
 /// close checked. A `destination` that is a link has its target replaced. The folder must exist. Throws SystemError.
 void writeAtomically(const FileUrl& destination, const QByteArray& bytes);
+/// The same for what is made bit by bit. What `write` throws is passed on, and nothing is replaced.
+void writeAtomically(const FileUrl& destination, const std::function<void(ByteSink&)>& write);
 
 /// Copies what `source` held when it was opened to `destination`, staged and placed without replacing: EEXIST when that
 /// name is taken, EBUSY when somebody changed the source meanwhile. The folder must exist. Throws SystemError.
