@@ -239,10 +239,18 @@ void bareEighthDecode(const std::string& source)
 
 double processorSeconds(const std::vector<std::string>& arguments)
 {
+    return processorSeconds(arguments, {});
+}
+
+double processorSeconds(const std::vector<std::string>& arguments, const std::function<void(pid_t)>& look)
+{
     const pid_t child = spawn(arguments);
     int status = 0;
     rusage usage{};
-    ::wait4(child, &status, 0, &usage);
+    while (::wait4(child, &status, look ? WNOHANG : 0, &usage) == 0) {
+        look(child);
+        ::usleep(2000);
+    }
     requireSuccess(status, arguments[0]);
     const auto seconds = [](const timeval& time) { return double(time.tv_sec) + double(time.tv_usec) / 1e6; };
     return seconds(usage.ru_utime) + seconds(usage.ru_stime);

@@ -3,7 +3,10 @@
 
 #include <QByteArray>
 
+#include <sys/types.h>
+
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -32,6 +35,9 @@ void bareEighthDecode(const std::string& source);
 /// Processor seconds, user and system, of a child process and all its own children: `arguments[0]` is the program.
 /// Throws std::runtime_error when it does not end with status 0.
 [[nodiscard]] double processorSeconds(const std::vector<std::string>& arguments);
+/// The same, with a look at the process every few milliseconds.
+[[nodiscard]] double processorSeconds(const std::vector<std::string>& arguments,
+                                      const std::function<void(pid_t)>& look);
 
 /// Processor seconds of this thread so far.
 [[nodiscard]] double threadSeconds();

@@ -15,11 +15,11 @@ namespace ferrow::BatchExportCoordinator {
 namespace {
 
 BatchExportOutcome runJob(const BatchExportJob& job, std::size_t index, const Operation& operation,
-                          const std::stop_token& stop)
+                          const std::stop_token& stop, const std::function<void()>& framed)
 {
     const QString filename = job.photo.filename();
     try {
-        operation(job, stop);
+        operation(job, stop, framed);
         return {BatchExportOutcome::Exported{filename}, index};
     } catch (const Canceled&) {
         return {BatchExportOutcome::Canceled{filename}, index};
@@ -47,9 +47,11 @@ std::vector<BatchExportOutcome> run(const std::vector<BatchExportJob>& jobs, std
 {
     sweepDestinations(jobs);
     std::vector<BatchExportOutcome> outcomes;
-    runBounded<BatchExportOutcome>(
+    runReleasing<BatchExportOutcome>(
         jobs.size(), std::size_t(std::max<std::int64_t>(maximumConcurrency, 1)),
-        [&](std::size_t index) { return runJob(jobs[index], index, operation, stop); },
+        [&](std::size_t index, const std::function<void()>& release) {
+            return runJob(jobs[index], index, operation, stop, release);
+        },
         [&](std::size_t, BatchExportOutcome outcome) {
             outcomes.push_back(outcome);
             if (progress)

@@ -10,15 +10,17 @@
 /// Runs the jobs of a planned batch.
 namespace ferrow::BatchExportCoordinator {
 
-/// Does one job. Throws Canceled when it heeded `stop`, any error when it failed.
-using Operation = std::function<void(const BatchExportJob&, const std::stop_token& stop)>;
+/// Does one job. Throws Canceled when it heeded `stop`, any error when it failed. It calls `framed` where from then on
+/// it waits for the disk alone: the next job may start.
+using Operation =
+    std::function<void(const BatchExportJob&, const std::stop_token& stop, const std::function<void()>& framed)>;
 /// Told of each outcome as it arrives, on the thread that called run().
 using Progress = std::function<void(const BatchExportOutcome&)>;
 
-/// Runs the jobs in order, at most `maximumConcurrency` (raised to 1) at once, and waits for them. A failing job never
-/// stops the others. Once `stop` is requested no further job starts and the running ones are asked to stop. Answers one
-/// outcome for each job that was started, in completion order. Leftovers of killed runs in the destination folders are
-/// swept first.
+/// Runs the jobs in order, at most `maximumConcurrency` (raised to 1) at once besides as many that wait for the disk,
+/// and waits for them. A failing job never stops the others. Once `stop` is requested no further job starts and the
+/// running ones are asked to stop. Answers one outcome for each job that was started, in completion order. Leftovers of
+/// killed runs in the destination folders are swept first.
 [[nodiscard]] std::vector<BatchExportOutcome> run(const std::vector<BatchExportJob>& jobs,
                                                   std::int64_t maximumConcurrency, const Operation& operation,
                                                   const Progress& progress, const std::stop_token& stop);

@@ -133,11 +133,11 @@ BatchImportResult load(const std::vector<FileUrl>& urls, int maximumConcurrency,
 }
 
 BatchImportResult importScanned(const BatchImportScan& scan, const Loader& loader, const Progress& progress,
-                                const std::stop_token& stop)
+                                const std::stop_token& stop, int maximumConcurrency)
 {
     BatchImportResult result;
     try {
-        result = load(inListOrder(scan.candidates), usualConcurrency, loader, progress, stop);
+        result = load(inListOrder(scan.candidates), maximumConcurrency, loader, progress, stop);
     } catch (...) {
         const QString message = UserFacingError::message(std::current_exception());
         for (const FileUrl& url : scan.candidates)

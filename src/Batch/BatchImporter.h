@@ -62,7 +62,8 @@ void loadEach(const std::vector<FileUrl>& urls, int maximumConcurrency, const Lo
 /// Loads the candidates and adds what was refused(); photos and failures come in the order of the list, and in the
 /// scan's where names are equal. Else as load(). Without memory for the results all candidates fail.
 [[nodiscard]] BatchImportResult importScanned(const BatchImportScan& scan, const Loader& loader,
-                                              const Progress& progress, const std::stop_token& stop);
+                                              const Progress& progress, const std::stop_token& stop,
+                                              int maximumConcurrency = usualConcurrency);
 
 /// Files in the order of the list: by their names, and by their places where those are equal.
 [[nodiscard]] std::vector<FileUrl> inListOrder(std::vector<FileUrl> urls);

@@ -65,7 +65,7 @@ public:
         const auto planAll = [this](const PlanFile::Add& add) {
             const std::vector<FileUrl> photos = BatchImporter::inListOrder(scan_.candidates);
             BatchImporter::loadEach(
-                photos, BatchImporter::usualConcurrency,
+                photos, readingConcurrency(run_.settings.configuration),
                 [](const FileUrl& url, const std::stop_token& stopped) { return ImageLoader::load(url, 0, stopped); },
                 [&](std::size_t index, BatchImporter::Outcome outcome) {
                     plan(photos[index], std::move(outcome), add);
@@ -237,7 +237,7 @@ int runBatch(const Arguments& arguments, const std::stop_token& stop)
 
     BatchImportResult batch = BatchImporter::importScanned(
         scan, [](const FileUrl& url, const std::stop_token& stopped) { return ImageLoader::load(url, 0, stopped); },
-        readingProgress(progress, scan.candidates.size()), stop);
+        readingProgress(progress, scan.candidates.size()), stop, readingConcurrency(configuration));
     for (ImportedPhoto& photo : batch.photos)
         run.correct(photo);
     for (const BatchExportFailure& failure : batch.failures)
@@ -259,8 +259,8 @@ int runBatch(const Arguments& arguments, const std::stop_token& stop)
     const auto settled = std::int64_t(batch.failures.size() + plan.failures.size()) + plan.skipped;
     const std::vector<BatchExportOutcome> outcomes = runJobs(
         plan.jobs, configuration.maximumConcurrentExports, settled, total,
-        [&](const BatchExportJob& job, const std::stop_token& token) {
-            if (ImageExporter::exportPhoto(job, token, logo.managedFolder()) == PhotoData::codedAnew)
+        [&](const BatchExportJob& job, const std::stop_token& token, const std::function<void()>& framed) {
+            if (ImageExporter::exportPhoto(job, token, logo.managedFolder(), framed) == PhotoData::codedAnew)
                 reporter.couldNotKeep(job.photo.url);
         },
         reporter, progress, stop);

@@ -3,7 +3,14 @@
 
 #include "Command/Commands.h"
 
+#include <algorithm>
+
 namespace ferrow::Command {
+
+int readingConcurrency(const BatchExportConfiguration& configuration)
+{
+    return int(std::max<std::int64_t>(BatchImporter::usualConcurrency, configuration.maximumConcurrentExports));
+}
 
 BatchImporter::Progress readingProgress(ProgressLine& progress, std::size_t total)
 {

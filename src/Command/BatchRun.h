@@ -14,6 +14,9 @@
 /// The steps that all runs over many photos have in common.
 namespace ferrow::Command {
 
+/// How many photos to read at once where so many are framed at once: the one must not keep the other waiting.
+[[nodiscard]] int readingConcurrency(const BatchExportConfiguration& configuration);
+
 /// Shows how many of `total` photos have been read.
 [[nodiscard]] BatchImporter::Progress readingProgress(ProgressLine& progress, std::size_t total);
 

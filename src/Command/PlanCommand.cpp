@@ -108,7 +108,7 @@ int runPlan(const Arguments& arguments, const std::stop_token& stop)
     Reporter reporter(arguments.json, progress, logo.size(settings));
     Part part = partOf(file);
     const BatchImportResult read = BatchImporter::load(
-        part.sources, BatchImporter::usualConcurrency,
+        part.sources, readingConcurrency(settings.configuration),
         [](const FileUrl& url, const std::stop_token& stopped) { return ImageLoader::load(url, 0, stopped); },
         readingProgress(progress, part.sources.size()), stop);
     addJobs(part, read, settings);
@@ -122,10 +122,10 @@ int runPlan(const Arguments& arguments, const std::stop_token& stop)
     const auto settled = std::int64_t(part.plan.failures.size()) + part.plan.skipped;
     const auto outcomes = runJobs(
         part.plan.jobs, settings.configuration.maximumConcurrentExports, settled, part.total,
-        [&](const BatchExportJob& job, const std::stop_token& token) {
+        [&](const BatchExportJob& job, const std::stop_token& token, const std::function<void()>& framed) {
             if (arguments.resumes && isFramed(*part.planned.at(job.photo.url), job.settings.format, token))
                 return;
-            if (ImageExporter::exportPhoto(job, token, logo.managedFolder()) == PhotoData::codedAnew)
+            if (ImageExporter::exportPhoto(job, token, logo.managedFolder(), framed) == PhotoData::codedAnew)
                 reporter.couldNotKeep(job.photo.url);
         },
         reporter, progress, stop);

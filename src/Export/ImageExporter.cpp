@@ -205,7 +205,7 @@ void checkWritten(const OpenedFile& written, const Engine::PictureSummary& compo
 }
 
 PhotoData exportPhoto(const BatchExportJob& job, const std::stop_token& stop,
-                      const std::optional<FileUrl>& managedLogoDirectory)
+                      const std::optional<FileUrl>& managedLogoDirectory, const std::function<void()>& framed)
 {
     const ImportedPhoto& photo = job.photo;
     throwIfCanceled(stop);
@@ -224,6 +224,8 @@ PhotoData exportPhoto(const BatchExportJob& job, const std::stop_token& stop,
             failed->reason->file = job.destination;
         throw;
     }
+    if (framed && !written.summary)
+        framed();
     flush(staged, job.destination, job.settings);
     if (written.summary)
         checkWritten(reopened(staged, job.destination, job.settings), *written.summary, job.settings, stop);

@@ -9,6 +9,7 @@
 
 #include <QRect>
 
+#include <functional>
 #include <optional>
 #include <stop_token>
 
@@ -32,11 +33,13 @@ namespace ferrow::ImageExporter {
 /// Decodes the job's source, frames it at full size and moves the encoded result to the destination, which is never
 /// replaced unless the job says so, and never when it is the source itself. Whatever happens, the destination holds the
 /// whole output or what it held before, and no staging file is left. Logos come from `managedLogoDirectory`, or from
-/// the program's own. Where the settings ask for it, the file is read back before it gets its name. Throws
+/// the program's own. Where the settings ask for it, the file is read back before it gets its name; else `framed` is
+/// called once nothing is left but to flush the output and to name it, which waits for the disk alone. Throws
 /// ImagePipelineError, LogoAssetError, SystemError and Canceled; a stop that comes after the last row is ignored unless
 /// the file is to be read back.
 PhotoData exportPhoto(const BatchExportJob& job, const std::stop_token& stop,
-                      const std::optional<FileUrl>& managedLogoDirectory = {});
+                      const std::optional<FileUrl>& managedLogoDirectory = {},
+                      const std::function<void()>& framed = {});
 
 /// The same into an empty file that is open for reading and writing, for whoever checks it and gives it its place: a
 /// failure or a stop leaves rubbish in it.

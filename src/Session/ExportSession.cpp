@@ -18,9 +18,9 @@ using Clock = std::chrono::steady_clock;
 /// Closing the window ends the program within two seconds; what else there is to end takes its share of them.
 constexpr std::chrono::milliseconds patienceAtEnd{1'500};
 
-void exportToDisk(const BatchExportJob& job, const std::stop_token& stop)
+void exportToDisk(const BatchExportJob& job, const std::stop_token& stop, const std::function<void()>& framed)
 {
-    ImageExporter::exportPhoto(job, stop);
+    ImageExporter::exportPhoto(job, stop, {}, framed);
 }
 
 PhotoExportState stateOf(const BatchExportOutcome& outcome)
@@ -197,9 +197,9 @@ void ExportSession::beginRun(const std::shared_ptr<Run>& run)
         const auto& jobs = run->plan.jobs;
         auto outcomes = BatchExportCoordinator::run(
             jobs, concurrency,
-            [&](const BatchExportJob& job, const std::stop_token& stop) {
+            [&](const BatchExportJob& job, const std::stop_token& stop, const std::function<void()>& framed) {
                 sender.post([this, index = std::size_t(&job - jobs.data())] { noteStarted(index); });
-                exportJob(job, stop);
+                exportJob(job, stop, framed);
             },
             [&](const BatchExportOutcome& outcome) { sender.post([this, outcome] { noteOutcome(outcome); }); },
             run->stop.get_token());

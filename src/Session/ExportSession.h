@@ -41,7 +41,8 @@ class ExportSession : public QObject {
     Q_OBJECT
 
 public:
-    using Export = std::function<void(const BatchExportJob&, const std::stop_token&)>;
+    using Export =
+        std::function<void(const BatchExportJob&, const std::stop_token&, const std::function<void()>& framed)>;
     using Planned = std::function<void(const BatchExportPlan&)>;
 
     /// `exportJob` runs on worker threads, several at once; it throws as BatchExportCoordinator::Operation does.

@@ -17,10 +17,11 @@ using std::chrono::steady_clock;
 
 constexpr std::array kinds{WorkerKind::photos, WorkerKind::heicWriting, WorkerKind::logos};
 
-/// More callers than these wait. A worker is ten megabytes, and codecs gain nothing from being many more than cores.
+/// More callers than these wait. As many photos as a batch may have in hand: how many are good for a machine is said by
+/// whoever asks for them.
 constexpr int mostWorkers(WorkerKind kind)
 {
-    return kind == WorkerKind::logos ? 2 : 12;
+    return kind == WorkerKind::logos ? 2 : 64;
 }
 
 /// After these a worker is replaced: whatever codecs lose, and whatever a photo may have done to one, ends with it. A

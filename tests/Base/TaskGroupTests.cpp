@@ -30,6 +30,32 @@ TEST(TaskGroup, runsAsManyAtOnceAsItMayAndNoMore)
     EXPECT_THAT(seen, testing::Each(1));
 }
 
+TEST(TaskGroup, startsOthersForThoseThatWaitAndNeverMoreThanAsManyAgain)
+{
+    constexpr std::size_t most = 2;
+    std::atomic<std::size_t> working = 0;
+    std::atomic<std::size_t> inHand = 0;
+    std::barrier together(2 * most); // Nobody's wait is over before that many are in hand.
+    const auto operation = [&](std::size_t, const std::function<void()>& release) {
+        const bool isWithinBounds = ++working <= most && ++inHand <= 2 * most;
+        --working;
+        release();
+        release(); // Once is enough.
+        together.arrive_and_wait();
+        --inHand;
+        return isWithinBounds;
+    };
+    std::size_t ended = 0;
+    runReleasing<bool>(
+        40, most, operation,
+        [&](std::size_t, bool isWithinBounds) {
+            EXPECT_TRUE(isWithinBounds);
+            ++ended;
+        },
+        [] { return true; });
+    EXPECT_EQ(ended, 40u);
+}
+
 TEST(TaskGroup, startsNothingAfterARefusalAndCollectsWhatRuns)
 {
     for (const std::size_t concurrency : {0, 2}) { // None counts as one.

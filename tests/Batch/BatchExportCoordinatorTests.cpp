@@ -42,7 +42,7 @@ TEST(BatchExportCoordinator, goesOnAfterFailuresAndNeverExceedsTheConcurrency)
         std::size_t told = 0;
         const auto outcomes = BatchExportCoordinator::run(
             jobs, concurrency,
-            [&](const BatchExportJob& job, const std::stop_token&) {
+            [&](const BatchExportJob& job, const std::stop_token&, const auto&) {
                 EXPECT_LE(++running, std::max<std::int64_t>(concurrency, 1));
                 --running;
                 if (numberOf(job) % 2 == 1)
@@ -60,6 +60,24 @@ TEST(BatchExportCoordinator, goesOnAfterFailuresAndNeverExceedsTheConcurrency)
     }
 }
 
+TEST(BatchExportCoordinator, startsTheNextJobWhileOneWaitsForTheDisk)
+{
+    const test::TemporaryFolder folder;
+    std::latch nextRuns(1);
+    const auto outcomes = BatchExportCoordinator::run(
+        makeJobs(folder.url(), 2), 1,
+        [&](const BatchExportJob& job, const std::stop_token&, const std::function<void()>& framed) {
+            if (numberOf(job) == 1) {
+                nextRuns.count_down();
+                return;
+            }
+            framed();
+            nextRuns.wait();
+        },
+        {}, {});
+    EXPECT_EQ(outcomes.size(), 2u);
+}
+
 TEST(BatchExportCoordinator, letsRunningJobsEndAsTheyEndWhenCanceled)
 {
     const test::TemporaryFolder folder;
@@ -68,7 +86,7 @@ TEST(BatchExportCoordinator, letsRunningJobsEndAsTheyEndWhenCanceled)
     std::latch bothRun(2);
     const auto outcomes = BatchExportCoordinator::run(
         jobs, 2,
-        [&](const BatchExportJob& job, const std::stop_token& token) {
+        [&](const BatchExportJob& job, const std::stop_token& token, const auto&) {
             EXPECT_LT(numberOf(job), 5);
             if (numberOf(job) < 3 || numberOf(job) > 4)
                 return;
@@ -101,7 +119,7 @@ TEST(BatchExportCoordinator, letsRunningJobsEndAsTheyEndWhenCanceled)
     EXPECT_EQ(report.exported + report.canceled + report.skipped + std::int64_t(report.failures.size()), report.total);
 
     // Already stopped: nothing starts.
-    const auto neverRuns = [](const auto&, const auto&) { ADD_FAILURE() << "started"; };
+    const auto neverRuns = [](const auto&, const auto&, const auto&) { ADD_FAILURE() << "started"; };
     EXPECT_TRUE(BatchExportCoordinator::run(jobs, 2, neverRuns, {}, stop.get_token()).empty());
 }
 
@@ -116,7 +134,8 @@ TEST(BatchExportCoordinator, sweepsOurOldLeftoversAlone)
         const timespec times[] = {{time, 0}, {time, 0}};
         ::utimensat(AT_FDCWD, folder.write("out/" + name, "x").path().constData(), times, 0);
     }
-    (void)BatchExportCoordinator::run(makeJobs(folder.url(), 1), 1, [](const auto&, const auto&) {}, {}, {});
+    (void)BatchExportCoordinator::run(makeJobs(folder.url(), 1), 1, [](const auto&, const auto&, const auto&) {}, {},
+                                      {});
     EXPECT_TRUE(test::readFile(folder.file("out/" + ours)).isEmpty());
     for (const QByteArray& kept : {fresh, QByteArray(".Ferrow-notes.jpg"), QByteArray("old.jpg")})
         EXPECT_EQ(test::readFile(folder.file("out/" + kept)), "x");

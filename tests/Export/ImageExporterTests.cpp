@@ -7,6 +7,7 @@
 #include "Persistence/ManagedLogoStore.h"
 #include "Platform/Base/Cancellation.h"
 #include "Platform/Files/FileAccess.h"
+#include "Platform/Files/FileStatus.h"
 #include "Support/Files.h"
 #include "Support/Pictures.h"
 #include "Support/PipelineErrors.h"
@@ -15,6 +16,7 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <filesystem>
 #include <map>
 
 namespace ferrow {
@@ -204,6 +206,24 @@ TEST_F(ImageExporterTest, leavesNothingBehindWhenItFails)
     ASSERT_EQ(::mkdir(inTheWay.path().constData(), 0777), 0);
     EXPECT_EQ(systemError(photo, inTheWay, true), (SystemError{EISDIR, inTheWay}));
     EXPECT_EQ(test::namesIn(output), QStringList{QStringLiteral("folder.jpg")});
+}
+
+TEST_F(ImageExporterTest, saysWhenItWaitsForTheDiskAlone)
+{
+    const ImportedPhoto photo = ImageLoader::load(writeSource(photoBytes()), 0);
+    int told = 0;
+    const auto framed = [&] {
+        ++told;
+        EXPECT_EQ(lookUp(destination), ENOENT);
+        std::vector<FileUrl> staged;
+        for (const auto& entry : std::filesystem::directory_iterator(output.path().toStdString()))
+            staged.push_back(FileUrl::fromPath(QByteArray::fromStdString(entry.path().string())));
+        ASSERT_EQ(staged.size(), 1u);
+        EXPECT_GT(ImageLoader::load(staged.front(), 0).pixelSize.width, 60);
+    };
+    ImageExporter::exportPhoto({photo, plainRecipe(), {}, destination}, {}, {}, framed);
+    EXPECT_EQ(told, 1);
+    EXPECT_EQ(lookUp(destination), 0);
 }
 
 TEST_F(ImageExporterTest, saysWhyEachFormatCouldNotBeWritten)

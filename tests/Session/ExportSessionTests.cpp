@@ -42,7 +42,7 @@ TEST(ExportSession, reportsAPlanWithoutJobsAtOnce)
 TEST(ExportSession, countsUpToTheTotalOneJobAtATime)
 {
     std::atomic<int> running = 0;
-    ExportSession session([&](const BatchExportJob& job, const std::stop_token&) {
+    ExportSession session([&](const BatchExportJob& job, const std::stop_token&, const auto&) {
         EXPECT_EQ(++running, 1);
         --running;
         if (job.photo.filename() == QStringLiteral("1"))
@@ -76,7 +76,7 @@ TEST(ExportSession, countsWhatACancelLeavesUndone)
 {
     std::latch gate(1);
     std::atomic<int> begun = 0;
-    ExportSession session([&](const BatchExportJob&, const std::stop_token& stop) {
+    ExportSession session([&](const BatchExportJob&, const std::stop_token& stop, const auto&) {
         if (const int number = ++begun; number > 3) {
             gate.wait();
             if (number == 4 && stop.stop_requested())
@@ -100,7 +100,7 @@ TEST(ExportSession, endsWithItsJobsStoppedAndTellsNobody)
     std::atomic<int> ended = 0;
     std::atomic<int> begun = 0;
     {
-        ExportSession session([&](const BatchExportJob&, const std::stop_token& stop) {
+        ExportSession session([&](const BatchExportJob&, const std::stop_token& stop, const auto&) {
             ++begun;
             while (!stop.stop_requested())
                 std::this_thread::yield();
@@ -118,7 +118,7 @@ TEST(ExportSession, endsWithItsJobsStoppedAndTellsNobody)
 TEST(ExportSession, plansInTheBackgroundUnlessCanceled)
 {
     const test::TemporaryFolder folder;
-    ExportSession session([](const BatchExportJob&, const std::stop_token&) {});
+    ExportSession session([](const BatchExportJob&, const std::stop_token&, const auto&) {});
     session.setConfiguration({.chosenFolder = folder.url()});
     test::DisklessSession photos;
     test::importInto(photos, test::photoUrls({"a", "b", "c"}));
@@ -178,7 +178,7 @@ TEST(ExportSession, triesFailedPhotosAgainWithoutTouchingWhatItHasWritten)
         const test::TemporaryFolder folder;
         std::vector<QByteArray> written;
         int refusals = 2;
-        ExportSession session([&](const BatchExportJob& job, const std::stop_token&) {
+        ExportSession session([&](const BatchExportJob& job, const std::stop_token&, const auto&) {
             if (job.photo.id() == test::photoUrl("b") && refusals-- > 0)
                 throw ImagePipelineError(ImagePipelineError::decodingFailed);
             written.push_back(job.destination.lastPathComponentBytes());
