@@ -6,10 +6,17 @@ cd "$(dirname "$0")/.."
 
 folder=$(realpath -m "${1:-build/packages}")
 source /etc/os-release
-scratch=$(mktemp -d)
+# Always the same place, so that a compiler's cache, where there is one, knows it again.
+scratch=$PWD/build/packaging
 trap 'rm -rf "$scratch"' EXIT
+rm -rf "$scratch"
 copy=$scratch/ferrow
 mkdir -p "$copy" "$folder"
+if command -v ccache >/dev/null 2>&1; then
+    # The tools that make packages have a home of their own.
+    export CCACHE_DIR=${CCACHE_DIR:-${HOME:-$PWD/build}/.cache/ccache}
+    export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
+fi
 git ls-files -z --cached --others --exclude-standard | tar --null -T - -c | tar -x -C "$copy"
 mv "$copy/packaging/debian" "$copy/debian"
 # So that whoever moves to the next system gets the packages made for that one.
@@ -22,5 +29,7 @@ if ! dpkg-checkbuilddeps 2>/dev/null; then
     "${elevate[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -y -q build-dep --no-install-recommends "$copy"
 fi
 dpkg-buildpackage --build=binary --unsigned-changes
+# What an earlier version left here is none of this one.
+rm -f "$folder"/ferrow{,-batch}{,-dbgsym}_*
 cp ../*.deb ../*.changes ../*.buildinfo "$folder"
 printf '%s\n' "$folder"/*.deb
