@@ -106,6 +106,19 @@ QString exportButton(std::int64_t count)
     return count == 1 ? QStringLiteral("Export 1 Photo") : QStringLiteral("Export %1 Photos").arg(number(count));
 }
 
+QString place(const FileUrl& url)
+{
+    const QStringList parts = url.standardized().displayPath().split(u'/');
+    // "/run/user/1000/doc/4f3a21c0/Holidays/a.jpg", or "/run/flatpak/doc/…".
+    const qsizetype store = parts.value(1) != u"run"       ? -1
+                            : parts.value(2) == u"user"    ? 4
+                            : parts.value(2) == u"flatpak" ? 3
+                                                           : -1;
+    if (store < 0 || parts.value(store) != u"doc" || parts.size() < store + 3)
+        return url.displayPath();
+    return parts.mid(store + 2).join(u'/');
+}
+
 std::optional<PresentedError> importMessage(const ImportOutcome& outcome)
 {
     PresentedError presented;

@@ -38,6 +38,10 @@ namespace ferrow::WindowTexts {
 /// "Export 11 Photos".
 [[nodiscard]] QString exportButton(std::int64_t count);
 
+/// Where a file or a folder lies. What a sandbox was given begins with the name of what was chosen: the document portal
+/// keeps that in a folder of its own, whose name means nothing to people.
+[[nodiscard]] QString place(const FileUrl& url);
+
 /// What to tell of an import, if anything.
 [[nodiscard]] std::optional<PresentedError> importMessage(const ImportOutcome& outcome);
 

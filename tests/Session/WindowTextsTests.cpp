@@ -22,6 +22,21 @@ TEST(WindowTexts, listsFiveFailuresOfAnImport)
               QStringLiteral("The selection contained no new supported images."));
 }
 
+TEST(WindowTexts, nameWhatASandboxWasGivenAsTheUserDoes)
+{
+    const std::pair<const char*, const char*> rows[] = {
+        {"/run/user/1000/doc/4f3a21c0/Holidays/a.jpg", "Holidays/a.jpg"},
+        {"/run/user/1000/doc/4f3a21c0/Holidays/", "Holidays"},
+        {"/run/flatpak/doc/4f3a21c0/a.jpg", "a.jpg"},
+        {"/run/user/1000/doc/4f3a21c0", "/run/user/1000/doc/4f3a21c0"},
+        {"/run/user/1000/gvfs/x/a.jpg", "/run/user/1000/gvfs/x/a.jpg"},
+        {"/home/run/user/1/doc/x/a.jpg", "/home/run/user/1/doc/x/a.jpg"},
+        {"/", "/"},
+    };
+    for (const auto& [path, shown] : rows)
+        EXPECT_EQ(WindowTexts::place(FileUrl::fromPath(QByteArray(path))), QString::fromUtf8(shown));
+}
+
 TEST(WindowTexts, tellsTheRestOfTheTimeOnceItIsKnown)
 {
     const struct {

@@ -106,7 +106,7 @@ QString folder(const FileUrl& folder, const FileUrl& home)
         return QStringLiteral("Home");
     const auto prefix = home.standardized().path() + '/';
     if (!standard.path().startsWith(prefix))
-        return standard.displayPath();
+        return WindowTexts::place(standard);
     const auto inHome = standard.displayPath().mid(home.standardized().displayPath().size() + 1);
     return inHome.split(u'/', Qt::SkipEmptyParts).join(QStringLiteral(" / "));
 }

@@ -2,6 +2,7 @@
 #include "Features/ExportSheets/FolderDisplay.h"
 
 #include "Features/ExportSheets/ExportTexts.h"
+#include "Session/WindowTexts.h"
 #include "Widgets/Icons.h"
 #include "Widgets/Theme.h"
 
@@ -22,7 +23,7 @@ void FolderDisplay::setFolder(const std::optional<FileUrl>& folder)
 {
     isChosen_ = folder.has_value();
     text_ = folder ? ExportTexts::folder(*folder) : QStringLiteral("No folder chosen");
-    setToolTip(folder ? folder->displayPath() : QString());
+    setToolTip(folder ? WindowTexts::place(*folder) : QString());
     setAccessibleName(QStringLiteral("Export folder: %1").arg(text_));
     update();
 }

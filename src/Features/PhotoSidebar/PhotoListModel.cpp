@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Features/PhotoSidebar/PhotoListModel.h"
 
+#include "Session/WindowTexts.h"
+
 #include <algorithm>
 
 namespace ferrow {
@@ -75,7 +77,7 @@ QVariant PhotoListModel::data(const QModelIndex& index, int role) const
     case Qt::DisplayRole:
         return shown->filename();
     case Qt::ToolTipRole:
-        return shown->url.displayPath();
+        return WindowTexts::place(shown->url);
     case Qt::CheckStateRole:
         return isIncluded(index.row()) ? Qt::Checked : Qt::Unchecked;
     case Qt::AccessibleTextRole: {
