@@ -229,11 +229,18 @@ private:
         const std::int64_t photoRow = (row - originY_ / grid_.height) * component.down + down;
         const std::int64_t photoColumn = originX_ / grid_.width * component.across;
         const bool hasPhoto = photoRow >= 0 && photoRow < component.photoRows;
+        // Most of a picture: blocks of an upright photo that nothing covers.
+        const JBLOCKROW upright = hasPhoto && component.source >= 0 && turn_ == Turn{}
+                                      ? reading_.blockRow(component.source, photoRow)
+                                      : nullptr;
         BlockTransform::Coefficients* out = &component.blocks[std::size_t(down) * component.columns];
         for (std::int64_t column = 0; column < component.columns; ++column, ++out) {
             const std::int64_t from = column - photoColumn;
             const bool isPhoto = hasPhoto && from >= 0 && from < component.photoColumns;
-            if (isPhoto && cover_->isBare(column / component.across))
+            const bool isBare = isPhoto && cover_->isBare(column / component.across);
+            if (isBare && upright)
+                copyBlock(upright[from], *out);
+            else if (isBare)
                 readPhoto(component, photoRow, from, *out);
             else
                 *out = blockAt(index, column, down, isPhoto ? photoRow : -1, from);
@@ -298,13 +305,16 @@ private:
         const std::int64_t storedColumns = turn_.swaps ? component.photoRows : component.photoColumns;
         storedRow = turn_.fromBottom ? storedRows - 1 - storedRow : storedRow;
         storedColumn = turn_.fromRight ? storedColumns - 1 - storedColumn : storedColumn;
-        const JCOEF* stored = reading_.blockRow(component.source, storedRow)[storedColumn];
+        copyBlock(reading_.blockRow(component.source, storedRow)[storedColumn], out);
+        if (turn_ != Turn{})
+            out = BlockTransform::turned(out.data(), turn_);
+    }
+
+    static void copyBlock(const JCOEF* stored, BlockTransform::Coefficients& out)
+    {
         if (!BlockTransform::isCodable(stored))
             throw CannotKeep{};
-        if (turn_ == Turn{})
-            std::memcpy(out.data(), stored, sizeof out);
-        else
-            out = BlockTransform::turned(stored, turn_);
+        std::memcpy(out.data(), stored, sizeof out);
     }
 
     JpegReading reading_;
