@@ -6,15 +6,14 @@ cd "$(dirname "$0")/.."
 
 folder=$(realpath -m "${1:-build/packages}")
 source /etc/os-release
-# Always the same place, so that a compiler's cache, where there is one, knows it again.
-scratch=$PWD/build/packaging
+# Not below this folder: where a blank is in the path, the compiler is not told to leave it out of what it writes.
+scratch=$(TMPDIR=/tmp mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
-rm -rf "$scratch"
 copy=$scratch/ferrow
 mkdir -p "$copy" "$folder"
 if command -v ccache >/dev/null 2>&1; then
-    # The tools that make packages have a home of their own.
-    export CCACHE_DIR=${CCACHE_DIR:-${HOME:-$PWD/build}/.cache/ccache}
+    # The tools that make packages have a home of their own, and this a new place each time.
+    export CCACHE_DIR=${CCACHE_DIR:-${HOME:-$PWD/build}/.cache/ccache} CCACHE_BASEDIR=$copy
     export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
 fi
 git ls-files -z --cached --others --exclude-standard | tar --null -T - -c | tar -x -C "$copy"
