@@ -404,6 +404,41 @@ TEST_F(BatchCommandTest, needsNoDisplayHomeOrEnglish)
                 ElementsAre("in/", "in/a.jpg", "new/", "new/out/", "new/out/a_framed.jpg"));
 }
 
+TEST_F(BatchCommandTest, framesWhatASandboxWasGiven)
+{
+    // As in a Flatpak: the system's programs, no network, nobody's files, and no namespaces for the workers. What the
+    // user chose lies where the document portal puts it.
+    const FileUrl framed = folder.file("framed");
+    ::mkdir(framed.path().constData(), 0777);
+    const QByteArray programs = FileUrl::fromPath(QByteArray(FERROW_BATCH_PROGRAM "/../..")).standardized().path();
+    const QByteArray given = "/run/user/1000/doc/4f3a21c0/Holidays";
+    const QByteArray chosen = "/run/user/1000/doc/99aa0011/Framed";
+    const auto inSandbox = [&](const Words& words) {
+        Words all{"bwrap", "--unshare-all", "--unshare-user", "--disable-userns", "--die-with-parent"};
+        for (const Words& part : {Words{"--ro-bind", "/usr", "/usr"},
+                                  {"--symlink", "usr/bin", "/bin"},
+                                  {"--symlink", "usr/lib", "/lib"},
+                                  {"--symlink", "usr/lib64", "/lib64"},
+                                  {"--proc", "/proc"},
+                                  {"--dev", "/dev"},
+                                  {"--tmpfs", "/tmp"},
+                                  {"--ro-bind", programs, programs},
+                                  {"--ro-bind", in.path(), given},
+                                  {"--bind", framed.path(), chosen},
+                                  words})
+            all.insert(all.end(), part.begin(), part.end());
+        return test::Program(all, environment).wait();
+    };
+    if (inSandbox({"true"}).status != 0)
+        GTEST_SKIP() << "NOT TESTED: framing inside a sandbox; bubblewrap does not work here.";
+    writePhotos(2);
+    ASSERT_NE(inSandbox({"test", "-e", in.path()}).status, 0);
+    const test::Ended ended = inSandbox(command({"--json", "--no-caption", "--output", chosen, given}));
+    EXPECT_EQ(ended.status, 0) << ended.errors.constData();
+    EXPECT_EQ(outcomes(ended), (QStringList{QStringLiteral("0.jpg exported"), QStringLiteral("1.jpg exported")}));
+    EXPECT_THAT(everythingBelow(framed), ElementsAre("0_framed.jpg", "1_framed.jpg"));
+}
+
 TEST_F(BatchCommandTest, keepsTheBytesOfOddNames)
 {
     folder.write("in/caf\xe9\n\x1b[1m.jpg", photo);
