@@ -8,6 +8,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace ferrow {
 
@@ -41,9 +42,11 @@ QString remedyText(ExportFinding::Remedy remedy)
     return {};
 }
 
-QString nameOf(const QPushButton& button)
+/// Whether a line that shows the one can go on to show the other: its button, if any, is for the same.
+bool canShowNext(const ExportFinding& shown, const ExportFinding& next)
 {
-    return button.text() + button.accessibleName();
+    return shown.remedy == next.remedy && shown.photos == next.photos &&
+           (shown.photos.empty() || shown.title == next.title);
 }
 
 } // namespace
@@ -80,6 +83,7 @@ void ExportCheckList::showChecking()
 {
     setMinimumHeight(isVisible() ? height() : 0);
     clear();
+    shown_.clear();
     for (const auto& text : {QStringLiteral("Checking photos…"), QStringLiteral("Checking folders…"),
                              QStringLiteral("Checking names…"), QStringLiteral("Checking captions…")})
         lines_->addWidget(new MessageLine(Severity::info, text));
@@ -87,22 +91,28 @@ void ExportCheckList::showChecking()
 
 void ExportCheckList::showFindings(const std::vector<ExportFinding>& findings)
 {
-    const auto* focused = qobject_cast<QPushButton*>(focusWidget());
-    const QString hadFocus = focused && focused->hasFocus() ? nameOf(*focused) : QString();
+    const std::vector<ExportFinding> before = std::exchange(shown_, inSheetOrder(findings));
+    // What has only become more exact stays where it is, with the focus on its button.
+    if (!before.empty() && std::ranges::equal(before, shown_, canShowNext)) {
+        for (std::size_t i = 0; i < shown_.size(); ++i)
+            show(shown_[i], *qobject_cast<MessageLine*>(lines_->itemAt(int(i))->widget()));
+        return;
+    }
     setMinimumHeight(0);
     clear();
-    for (const auto& finding : inSheetOrder(findings))
+    for (const auto& finding : shown_)
         addFinding(finding);
-    // A line that has become more exact must not take the focus from the button of another.
-    for (int i = 0; i < lines_->count() && !hadFocus.isEmpty(); ++i)
-        if (auto* button = lines_->itemAt(i)->widget()->findChild<QPushButton*>(); button && nameOf(*button) == hadFocus)
-            button->setFocus(Qt::OtherFocusReason);
+}
+
+void ExportCheckList::show(const ExportFinding& finding, MessageLine& line)
+{
+    line.setMessage(shownSeverity(finding.severity), finding.title, finding.detail.simplified());
 }
 
 void ExportCheckList::addFinding(const ExportFinding& finding)
 {
     auto* line = new MessageLine(shownSeverity(finding.severity), finding.title);
-    line->setMessage(shownSeverity(finding.severity), finding.title, finding.detail.simplified());
+    show(finding, *line);
     lines_->addWidget(line);
     if (finding.remedy != ExportFinding::Remedy::none) {
         auto* button = line->setButton(remedyText(finding.remedy));

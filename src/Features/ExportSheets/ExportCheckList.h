@@ -9,6 +9,8 @@ class QVBoxLayout;
 
 namespace ferrow {
 
+class MessageLine;
+
 /// The findings in the order that the sheet lists them: what stops the export, then what warns, then all else, so that
 /// it is in sight where the sheet has to scroll.
 [[nodiscard]] std::vector<ExportFinding> inSheetOrder(std::vector<ExportFinding> findings);
@@ -32,8 +34,10 @@ signals:
 private:
     void clear();
     void addFinding(const ExportFinding& finding);
+    static void show(const ExportFinding& finding, MessageLine& line);
 
     QVBoxLayout* lines_ = nullptr;
+    std::vector<ExportFinding> shown_; ///< Line by line; empty while something else is shown.
 };
 
 } // namespace ferrow
