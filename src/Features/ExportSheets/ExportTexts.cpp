@@ -149,7 +149,7 @@ QString keptDataHint(const PhotoSession& session, const ExportSettings& settings
     if (settings.format != ExportFormat::jpeg)
         return QStringLiteral("Only JPEG can keep the photo’s data.");
     if (!settings.keepsPhotoData)
-        return QStringLiteral("Keep Photo’s Data codes only the frame of a JPEG; it needs Full Size.");
+        return QStringLiteral("Keep Photo’s Data codes only the frame; at Full Size.");
     const auto shown = examplePhoto(session);
     const auto moved = shown == session.photos().end()
                            ? std::nullopt
