@@ -114,8 +114,12 @@ def mutant(data, how, pick, others):
     at = pick.randrange(start, max(start + 1, end - size))
     if how == "zeroed":
         return data[:at] + bytes(size) + data[at + size :]
+    if how == "random":
+        return data[:at] + pick.randbytes(size) + data[at + size :]
     if how == "doubled":
         return data[: at + size] + data[at:]
+    if how == "removed":
+        return data[:at] + data[at + size :]
     raise SystemExit(f"mutants.py: no kind of mutant is called {how}")
 
 
@@ -139,7 +143,7 @@ def main():
     parser.add_argument("--count", type=int, default=3000)
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--kinds", default="bits,cut,spliced,moved",
-                        help="of these, or zeroed:BYTES and doubled:BYTES amid the coded rows")
+                        help="of these, or zeroed:BYTES, random:BYTES, doubled:BYTES and removed:BYTES amid the coded rows")
     parser.add_argument("--keep", type=pathlib.Path, default=pathlib.Path("build/mutants"), help="for what was found")
     parser.add_argument("photos", nargs="+", type=pathlib.Path)
     options = parser.parse_args()

@@ -149,7 +149,7 @@ __attribute__((target("avx512bw,avx512vbmi"))) std::size_t shapeBy512Bits(const 
 
 std::size_t shapeByVectors(const FixedPointShaping& shaping, const std::byte* in, std::byte* out, std::size_t pixels)
 {
-    // With 128 or 256 bits to a vector, tables in memory are as fast.
+    // Narrower vectors have no table of 64 words to look up in.
     static const bool has512Bits = __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vbmi");
     return has512Bits ? shapeBy512Bits(shaping, in, out, pixels) : 0;
 }
