@@ -23,11 +23,7 @@ case ${1:-test} in
 run) ;;
 test | lint)
     packages+=(libgtest-dev libgmock-dev libexiv2-dev bubblewrap strace tzdata xvfb xauth dbus appstream clang libclang-rt-dev)
-    [ "${1:-test}" = test ] || {
-        wherePackaged+=(clang-format-14 clang-tidy-16)
-        # To make packages of it and to check them.
-        packages+=(debhelper dpkg-dev lintian debootstrap)
-    }
+    [ "${1:-test}" = test ] || wherePackaged+=(clang-format-14 clang-tidy-16)
     ;;
 *)
     echo "prepare.sh: run, test or lint, not $1" >&2
