@@ -45,8 +45,9 @@ void measure(const char* format, const char* extension)
     for (int i = 1; i < photos; ++i)
         std::filesystem::copy_file(folder.file("photos/0.jpg"), folder.file("photos/" + std::to_string(i) + ".jpg"));
     const auto framing = [&](std::vector<std::string> options) {
-        std::vector<std::string> arguments{bench::batchProgram(), "--no-caption", "--format", format, "--on-collision",
-                                           "replace", "--output", folder.file("framed"), "--jobs", "1", "--quiet"};
+        std::vector<std::string> arguments{
+            bench::batchProgram(), "--no-caption", "--format", format,   "--on-collision", "replace", "--output",
+            folder.file("framed"), "--jobs",       "1",        "--quiet"};
         arguments.insert(arguments.end(), options.begin(), options.end());
         arguments.push_back(folder.file("photos"));
         return bench::processorSeconds(arguments) / photos;

@@ -43,7 +43,7 @@ public:
     [[nodiscard]] static const ColorProfile& sGray();
 
     /// BT.2020 primaries with one of the curves of BT.2100, WellKnown::bt2100Pq or bt2100Hlg, for pictures that say so
-    /// by code points. `peak` is how bright the brightest of a PQ picture is, in cd/m². Nothing is ever converted to it.
+    /// by code points. `peak` is how bright the brightest of a PQ picture is, in cd/m². Nothing is converted to it.
     [[nodiscard]] static ColorProfile hdr(WellKnown curve, ColorModel model, int peak = usualPeak);
     static constexpr int usualPeak = 1'000; ///< What pictures are made for that do not say it.
 

@@ -59,12 +59,11 @@ PictureSummer::PictureSummer(PixelSize size, PixelFormat format, Kind kind)
 
 void PictureSummer::add(std::int64_t count, const std::byte* rows, std::size_t stride)
 {
-    for (std::int64_t i = 0; i < count; ++i, rows += stride) {
+    for (std::int64_t i = 0; i < count; ++i, rows += stride)
         if (kind_ == Kind::exact)
             digest_ = digestOf(rows, rowBytes_, digest_);
         else
             addRoughly(reinterpret_cast<const std::uint8_t*>(rows));
-    }
 }
 
 void PictureSummer::addRoughly(const std::uint8_t* row)
