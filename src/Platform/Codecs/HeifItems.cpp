@@ -219,15 +219,6 @@ std::vector<HevcSequence> sequencesOf(Cursor configuration)
     return sequences;
 }
 
-/// 0 where the property is too short to say it: that is no reason to refuse a picture.
-std::uint64_t lightIn(Cursor content, std::uint64_t behind, std::uint64_t width)
-try {
-    content.take(behind);
-    return content.number(width);
-} catch (const CodecError&) {
-    return 0;
-}
-
 Property propertyFrom(std::uint32_t type, Cursor content)
 {
     Property property;
@@ -243,10 +234,10 @@ Property propertyFrom(std::uint32_t type, Cursor content)
     } else if (type == fourCharacters("hvcC")) {
         property.sequences = sequencesOf(content);
     } else if (type == fourCharacters("clli")) {
-        property.peak = int(lightIn(content, 0, 2));
+        property.peak = int(content.number(2));
     } else if (type == fourCharacters("mdcv")) {
-        constexpr std::uint64_t primariesAndWhite = 16;
-        property.peak = int(std::min<std::uint64_t>(lightIn(content, primariesAndWhite, 4) / 10'000, 10'000));
+        content.take(16); // Primaries and white.
+        property.peak = int(std::min<std::uint64_t>(content.number(4) / 10'000, 10'000));
     }
     return property;
 }
