@@ -35,7 +35,9 @@ int main()
     measure("193 MP baseline to JPEG", {.width = 16'200, .height = 11'900, .icc = srgb}, "jpeg", "80 MB");
     const std::vector<std::string> kept{"--quality", "keep"};
     measure("24 MP baseline, data kept", {.icc = srgb}, "jpeg", "80 MB", kept);
-    measure("193 MP baseline, data kept", {.width = 16'200, .height = 11'900, .icc = srgb}, "jpeg", "80 MB", kept);
+    // With the usual border on its blocks it would be more than an output may be, and coded anew.
+    measure("193 MP baseline, data kept", {.width = 16'200, .height = 11'900, .icc = srgb}, "jpeg", "80 MB",
+            {"--quality", "keep", "--border", "16px"});
     measure("24 MP turned, data kept", {.orientation = 6, .icc = srgb}, "jpeg", "80 + 72 MB", kept);
     const std::vector<std::string> all{"--background", "blur:0,25", "--line",        "6px,48px,#c8a96a",
                                        "--corners",    "3%",        "--photo-shadow"};
