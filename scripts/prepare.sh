@@ -31,7 +31,13 @@ test | lint)
     ;;
 esac
 
-isInstalled() { [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }
+# One that waits for a trigger, as after an interrupted installation, is unpacked and configured: it can be used.
+isInstalled() {
+    case $(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null) in
+    installed | triggers-awaited | triggers-pending) ;;
+    *) return 1 ;;
+    esac
+}
 
 # Sets `missing`: what to ask the package manager for.
 findMissing() {
@@ -70,9 +76,10 @@ trap 'rm -f "$log"' EXIT
 # While another program installs or looks for updates, apt-get gives up at once. Seconds to wait for it.
 patience=900
 
-# aptGet LABEL ARGUMENT...: its many lines are shown when it fails.
+# aptGet LABEL ARGUMENT...: its many lines are shown when it fails. Ends what an earlier installation was interrupted in,
+# which apt-get wants done first and doesn't do itself.
 aptGet() {
-    local label=$1 isWaiting=
+    local label=$1 isWaiting= isMended=
     shift
     while
         : >"$log"
@@ -81,6 +88,13 @@ aptGet() {
             sh -c 'exec apt-get -y -q -o Dpkg::Use-Pty=0 -o APT::Status-Fd=3 "$@" 3>&1' apt-get "$@" \
             </dev/null 2>&1 | progress "$log" "$label"
     do
+        if [ -z "$isMended" ] && grep -q 'dpkg was interrupted' "$log"; then
+            isMended=1
+            echo "An earlier installation was interrupted. Completing it …"
+            "${elevate[@]}" env LC_ALL=C DEBIAN_FRONTEND=noninteractive dpkg --configure -a </dev/null >"$log" 2>&1 ||
+                cat "$log" >&2
+            continue
+        fi
         if ! grep -q 'Could not get lock' "$log" || [ $SECONDS -gt $patience ]; then
             grep -vE '^(dl|pm)status:' "$log" >&2
             exit 1
