@@ -3,6 +3,7 @@
 # Installs what building them needs. Two runs make the same bytes.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+source scripts/progress.sh
 
 folder=$(realpath -m "${1:-build/packages}")
 source /etc/os-release
@@ -27,7 +28,10 @@ cd "$copy"
 if ! dpkg-checkbuilddeps 2>/dev/null; then
     "${elevate[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -y -q build-dep --no-install-recommends "$copy"
 fi
-dpkg-buildpackage --build=binary --unsigned-changes
+if ! dpkg-buildpackage --build=binary --unsigned-changes 2>&1 | progress "$scratch/log" "Building packages"; then
+    cat "$scratch/log" >&2
+    exit 1
+fi
 # What an earlier version left here is none of this one.
 rm -f "$folder"/ferrow{,-batch}{,-dbgsym}_*
 cp ../*.deb ../*.changes ../*.buildinfo "$folder"

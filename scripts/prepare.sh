@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what Ferrow needs and this machine lacks, through the system's package manager: prepare.sh [run | test | lint],
 # for building and running it, or (where nothing is said) for testing it as well, or for checking how it is written
-# besides. Says what it does; does nothing where nothing is missing.
+# and making packages besides. Says what it does; does nothing where nothing is missing.
 set -euo pipefail
 source "$(dirname "$0")/progress.sh"
 
@@ -23,7 +23,8 @@ case ${1:-test} in
 run) ;;
 test | lint)
     packages+=(libgtest-dev libgmock-dev libexiv2-dev bubblewrap strace tzdata xvfb xauth dbus appstream clang libclang-rt-dev)
-    [ "${1:-test}" = test ] || wherePackaged+=(clang-format-14 clang-tidy-16)
+    [ "${1:-test}" = test ] ||
+        packages+=(dpkg-dev debhelper lintian debootstrap) wherePackaged+=(clang-format-14 clang-tidy-16)
     ;;
 *)
     echo "prepare.sh: run, test or lint, not $1" >&2
