@@ -29,7 +29,7 @@ if ! dpkg-checkbuilddeps 2>/dev/null; then
     "${elevate[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -y -q build-dep --no-install-recommends "$copy"
 fi
 if ! dpkg-buildpackage --build=binary --unsigned-changes 2>&1 | progress "$scratch/log" "Building packages"; then
-    cat "$scratch/log" >&2
+    grep -vE '^\[[0-9]+/[0-9]+\] ' "$scratch/log" >&2
     exit 1
 fi
 # What an earlier version left here is none of this one.
