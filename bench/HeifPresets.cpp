@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-/// Encodes photos as HEIC with every preset and thread setting of the encoder and prints time, size and fidelity: the
-/// figures behind docs/heic-encoder.md. Usage: HeifPresets photo...
+/// Encodes photos as HEIC with every preset and thread setting of the encoder, as one picture and in tiles, and with
+/// another encoder where the library has one; prints time, size and fidelity: the figures behind docs/heic-encoder.md.
+/// Usage: HeifPresets photo...
 ///
 /// Every encode runs in a process of its own, so that its memory peak is its own.
 
 #include "Platform/Codecs/FileType.h"
+#include "Platform/Codecs/HeifTiles.h"
 #include "Platform/Codecs/ImageDecoder.h"
 
 #include <QString>
@@ -19,6 +21,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -41,6 +44,8 @@ struct Setting {
     int quality;
     const char* chroma;
     const char* pools;
+    std::int64_t tile = 0; ///< Side of the tiles in pixels, or 0 for one picture.
+    const char* encoder = "x265";
 };
 
 /// Shared with the child that measures.
@@ -80,21 +85,22 @@ void require(const heif_error& error)
         throw std::string(error.message);
 }
 
-heif_image* toImage(const Picture& picture)
+/// What lies beyond the picture's edges repeats its last pixels.
+heif::Image toImage(const Picture& picture, std::int64_t left, std::int64_t top, PixelSize size)
 {
-    const auto width = int(picture.size.width);
-    const auto height = int(picture.size.height);
     heif_image* image = nullptr;
-    require(heif_image_create(width, height, heif_colorspace_RGB, heif_chroma_interleaved_RGB, &image));
-    require(heif_image_add_plane(image, heif_channel_interleaved, width, height, 8));
+    require(
+        heif_image_create(int(size.width), int(size.height), heif_colorspace_RGB, heif_chroma_interleaved_RGB, &image));
+    heif::Image owner(image);
+    require(heif_image_add_plane(image, heif_channel_interleaved, int(size.width), int(size.height), 8));
     int stride = 0;
-    std::uint8_t* pixels = heif_image_get_plane(image, heif_channel_interleaved, &stride);
-    for (int y = 0; y < height; ++y) {
-        const std::byte* row = picture.rgb.data() + std::size_t(y) * std::size_t(width) * 3;
-        std::copy_n(row, std::size_t(width) * 3,
-                    reinterpret_cast<std::byte*>(pixels) + std::size_t(y) * std::size_t(stride));
+    auto* pixels = reinterpret_cast<std::byte*>(heif_image_get_plane(image, heif_channel_interleaved, &stride));
+    for (std::int64_t y = 0; y < size.height; ++y, pixels += stride) {
+        const std::byte* row = picture.rgb.data() + std::min(top + y, picture.size.height - 1) * picture.size.width * 3;
+        for (std::int64_t x = 0; x < size.width; ++x)
+            std::copy_n(row + std::min(left + x, picture.size.width - 1) * 3, 3, pixels + x * 3);
     }
-    return image;
+    return owner;
 }
 
 heif_error append(heif_context*, const void* data, std::size_t size, void* user)
@@ -104,23 +110,48 @@ heif_error append(heif_context*, const void* data, std::size_t size, void* user)
     return {heif_error_Ok, heif_suberror_Unspecified, ""};
 }
 
-std::vector<std::byte> encode(const Picture& picture, const Setting& setting)
+heif::Encoder openEncoder(heif_context* context, const Setting& setting)
 {
-    heif_image* image = toImage(picture);
-    heif_context* context = heif_context_alloc();
+    const heif_encoder_descriptor* descriptor = nullptr;
     heif_encoder* encoder = nullptr;
-    require(heif_context_get_encoder_for_format(context, heif_compression_HEVC, &encoder));
+    if (heif_get_encoder_descriptors(heif_compression_HEVC, setting.encoder, &descriptor, 1) != 1)
+        throw std::string("not here");
+    require(heif_context_get_encoder(context, descriptor, &encoder));
+    heif::Encoder owner(encoder);
     require(heif_encoder_set_lossy_quality(encoder, setting.quality));
+    if (*setting.preset == 0)
+        return owner;
     require(heif_encoder_set_parameter_string(encoder, "preset", setting.preset));
     require(heif_encoder_set_parameter_string(encoder, "chroma", setting.chroma));
     require(heif_encoder_set_parameter_string(encoder, "x265:pools", setting.pools));
-    require(heif_context_encode_image(context, image, encoder, nullptr, nullptr));
-    heif_image_release(image);
+    return owner;
+}
+
+std::vector<std::byte> encode(const Picture& picture, const Setting& setting)
+{
+    const heif::Context context(heif_context_alloc());
+    const heif::Encoder encoder = openEncoder(context.get(), setting);
+    if (setting.tile == 0) {
+        const heif::Image image = toImage(picture, 0, 0, picture.size);
+        require(heif_context_encode_image(context.get(), image.get(), encoder.get(), nullptr, nullptr));
+    } else {
+        const std::int64_t side = setting.tile;
+        const std::int64_t columns = (picture.size.width + side - 1) / side;
+        const std::int64_t rows = (picture.size.height + side - 1) / side;
+        heif_image_handle* grid = nullptr;
+        const heif_error error = heif::addGrid(context.get(), picture.size, columns, rows, &grid);
+        const heif::Handle owner(grid);
+        require(error);
+        for (std::int64_t i = 0; i < columns * rows; ++i) {
+            const std::int64_t column = i % columns;
+            const std::int64_t row = i / columns;
+            const heif::Image image = toImage(picture, column * side, row * side, {side, side});
+            require(heif::addTile(context.get(), grid, column, row, image.get(), encoder.get()));
+        }
+    }
     std::vector<std::byte> bytes;
     heif_writer writer{1, append};
-    require(heif_context_write(context, &writer, &bytes));
-    heif_encoder_release(encoder);
-    heif_context_free(context);
+    require(heif_context_write(context.get(), &writer, &bytes));
     return bytes;
 }
 
@@ -190,13 +221,13 @@ Figures measureApart(const Picture& picture, const Setting& setting)
 void print(const Picture& picture, const Setting& setting)
 {
     const Figures figures = measureApart(picture, setting);
-    if (!figures.isValid) {
-        std::printf("%-10s %4d  %s  %-5s failed\n", setting.preset, setting.quality, setting.chroma, setting.pools);
-        return;
-    }
-    std::printf("%-10s %4d  %s  %-5s %8.2f %8.2f %9zu %7.2f %7.0f\n", setting.preset, setting.quality, setting.chroma,
-                setting.pools, figures.wallSeconds, figures.processorSeconds, figures.bytes, figures.fidelity,
-                figures.peakMegabytes);
+    std::printf("%-8s %-10s %5lld %6d  %s  %-5s ", setting.encoder, setting.preset,
+                static_cast<long long>(setting.tile), setting.quality, setting.chroma, setting.pools);
+    if (figures.isValid)
+        std::printf("%8.2f %8.2f %9zu %7.2f %7.0f\n", figures.wallSeconds, figures.processorSeconds, figures.bytes,
+                    figures.fidelity, figures.peakMegabytes);
+    else
+        std::puts("failed, or not here");
     std::fflush(stdout);
 }
 
@@ -206,13 +237,21 @@ void compare(const char* path)
     const std::string name(path);
     std::printf("\n%s: %lld x %lld\n", name.substr(name.rfind('/') + 1).c_str(),
                 static_cast<long long>(picture.size.width), static_cast<long long>(picture.size.height));
-    std::puts("preset   quality chroma pools  wall s    cpu s     bytes  psnr dB  peak MB");
+    std::puts("encoder  preset      tile quality chroma pools wall s    cpu s     bytes  psnr dB  peak MB");
     for (const int quality : {50, 90})
         for (const char* preset : {"ultrafast", "superfast", "veryfast", "faster", "fast", "medium", "slow"})
             print(picture, {preset, quality, "420", "1"});
     for (const char* pools : {"none", "1", "2", "*"})
         print(picture, {"ultrafast", 90, "420", pools});
     print(picture, {"ultrafast", 90, "444", "1"});
+    for (const int quality : {50, 90}) {
+        for (const std::int64_t tile : {512, 1024}) {
+            for (const char* pools : {"1", "2"})
+                print(picture, {"ultrafast", quality, "420", pools, tile});
+            print(picture, {"", quality, "420", "", tile, "kvazaar"});
+        }
+        print(picture, {"", quality, "420", "", 0, "kvazaar"});
+    }
 }
 
 } // namespace

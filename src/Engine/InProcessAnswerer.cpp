@@ -267,10 +267,11 @@ std::optional<PictureSummary> InProcessAnswerer::frame(const FrameRequest& reque
         if (request.keepsPhotoData)
             return frameKeepingData(request, sink, stop, *observer_);
         FramedPhoto framed(request.source, request.expectedSize, request.composition);
-        observer_->headerRead(jobSize(
-            framed.photo, framed.memoryNeed() + MemoryNeed::ofEncoder(request.format, request.composition.canvasSize)));
-        framed.addBackground(request.source, request.composition, stop, *observer_);
         const bool keepsAlpha = framed.compositor.format().hasAlpha() && request.format != ExportFormat::jpeg;
+        const std::int64_t encoderBytes =
+            MemoryNeed::ofEncoder(request.format, request.composition.canvasSize, keepsAlpha);
+        observer_->headerRead(jobSize(framed.photo, framed.memoryNeed() + encoderBytes));
+        framed.addBackground(request.source, request.composition, stop, *observer_);
         EncodeOptions options;
         options.size = framed.compositor.size();
         options.format = keepsAlpha ? rgba8 : rgb8;

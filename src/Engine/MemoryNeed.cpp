@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Engine/MemoryNeed.h"
 
+#include "Platform/Codecs/ImageEncoder.h"
 #include "Platform/Pixels/Resampler.h"
 
 #include <algorithm>
@@ -8,9 +9,6 @@
 namespace ferrow::Engine::MemoryNeed {
 
 namespace {
-
-/// Measured for the encoder in use: docs/heic-encoder.md.
-constexpr std::int64_t heifEncoderBytesPerPixel = 28;
 
 /// Pixels that a reduced picture has beyond its photo's where that is a thin line.
 constexpr std::int64_t averagingBesides = 2 * maximumSourceSide;
@@ -42,9 +40,9 @@ std::int64_t ofReducedPicture(const OpenedPhoto& photo, std::int64_t maximumDime
     return photo.decoder->heldBytes() + 2 * averaged * deliveredPixelBytes(photo);
 }
 
-std::int64_t ofEncoder(ExportFormat format, PixelSize canvas)
+std::int64_t ofEncoder(ExportFormat format, PixelSize canvas, bool hasAlpha)
 {
-    return format == ExportFormat::heic ? heifEncoderBytesPerPixel * area(canvas) : 0;
+    return format == ExportFormat::heic ? heifEncoderBytes(canvas, hasAlpha) : 0;
 }
 
 std::int64_t mostOfPhoto(std::int64_t pixels)

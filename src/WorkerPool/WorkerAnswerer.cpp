@@ -121,7 +121,7 @@ Assignment framing(const Engine::FrameRequest& request)
             .purpose = Purpose::framing,
             .limits = {mostOutputBytes(canvas), processorSeconds(longest)},
             .photoPixels = pixels,
-            .ownBytes = Engine::MemoryNeed::ofEncoder(request.format, canvas)};
+            .ownBytes = Engine::MemoryNeed::ofEncoder(request.format, canvas, true)};
 }
 
 /// It writes nothing.

@@ -2,6 +2,7 @@
 #include "Codecs/CodecTesting.h"
 
 #include "Platform/Codecs/ExifBlock.h"
+#include "Platform/Codecs/HeifTiles.h"
 
 namespace ferrow {
 
@@ -129,6 +130,42 @@ TEST_F(Heif, assemblesTilesAndTurnsThem)
     expect(box("irot", "\1"), {120, 180}, {2, 5, 0, 3});
     expect(box("irot", "\2"), {180, 120}, {5, 3, 2, 0});
     expect(box("imir", "\1"), {180, 120}, {2, 0, 5, 3});
+}
+
+TEST_F(Heif, takesNoPictureForWholeThatLacksATile)
+{
+    Item lost = coded;
+    lost.data.fill('\1');
+    const auto withTiles = [&](const Item& first, const Item& second) {
+        return makeHeif({{"grid", grid(2, 1, 64, 128), "\4", "\2\3"}, first, second}, properties + sized(64, 128));
+    };
+    const QByteArray file = withTiles(coded, lost);
+    EXPECT_EQ(decode(file).error, damaged);
+    if (!heif::canWriteTiles)
+        return;
+    const Decoded shown = decodeAs(FileType::heif, file, Tolerance::tolerant);
+    ASSERT_EQ(shown.error, std::nullopt);
+    EXPECT_LE(worstDifference(shown.at(30, 30), Components{90, 90, 90}), 3);
+    EXPECT_EQ(shown.at(30, 100), (Components{128, 128, 128}));
+    EXPECT_EQ(decodeAs(FileType::heif, withTiles(lost, lost), Tolerance::tolerant).error, damaged);
+}
+
+TEST(HeifEncoder, keepsLargePicturesWholeAcrossTheirTiles)
+{
+    const PixelSize size{2500, 1700};
+    Pixels pixels;
+    for (std::int64_t y = 0; y < size.height; ++y)
+        for (std::int64_t x = 0; x < size.width; ++x)
+            for (const std::int64_t value : {x * 255 / size.width, y * 255 / size.height, (x + y) / 20})
+                pixels.push_back(std::uint8_t(value));
+    const QByteArray file = encode(OutputType::heif, optionsFor(size), pixels);
+    const Decoded decoded = decode(file);
+    ASSERT_EQ(decoded.size, size);
+    EXPECT_LE(worstDifference(decoded.pixels, pixels), 6);
+    EXPECT_EQ(decoded.profile, ColorProfile::displayP3());
+    EXPECT_EQ(file.first(file.indexOf("mdat")).contains("grid"), heif::canWriteTiles);
+    // A row of tiles, where there are any.
+    EXPECT_EQ(decoded.heldBytes < size.width * size.height * 3, heif::canWriteTiles);
 }
 
 TEST_F(Heif, refusesStructuresBeforeTheLibrarySeesThem)

@@ -244,6 +244,7 @@ HeifPicture PictureCheck::run()
     picture_.declaredSize = declaredSizeOf(item);
     for (const Property* property : items_.propertiesOf(item)) {
         picture_.isTurned = picture_.isTurned || property->isTurn;
+        picture_.isCropped = picture_.isCropped || property->isCrop;
         if (property->peak > 0 && (picture_.peak == 0 || property->type == fourCharacters("clli")))
             picture_.peak = property->peak;
     }

@@ -13,7 +13,8 @@ struct HeifPicture {
     std::uint32_t item = 0;
     PixelSize declaredSize; ///< Before rotation and crop. Each side with its full 32 bits.
     std::int64_t tiles = 1;
-    bool isTurned = false; ///< Turned or cropped, for which the library makes a copy.
+    bool isTurned = false;  ///< For which the library makes a copy,
+    bool isCropped = false; ///< as for this.
     int peak = 0; ///< Of its light, in cd/m², or else of the display that it was made for; 0 where neither is said.
     /// A part is coded, or put together, in another size than it declares, or is far larger than the whole: decoding
     /// would cost far more than the header says.

@@ -2,6 +2,7 @@
 #include "Platform/Codecs/HeifBoxes.h"
 #include "Platform/Codecs/HeifHandles.h"
 #include "Platform/Codecs/HeifRows.h"
+#include "Platform/Codecs/HeifTiles.h"
 #include "Platform/Codecs/ImageDecoder.h"
 
 #include <QByteArray>
@@ -9,8 +10,11 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <new>
+#include <optional>
 #include <utility>
+#include <vector>
 
 namespace ferrow {
 namespace {
@@ -117,7 +121,10 @@ public:
     void finish() override;
 
 private:
+    [[nodiscard]] heif::DecodingOptions decodingOptions() const;
     void decode();
+    void decodeTiles(std::int64_t row);
+    void copyTile(const heif_image* image, std::int64_t column);
 
     HeifPicture picture_;
     Tolerance tolerance_;
@@ -128,7 +135,12 @@ private:
     PixelFormat format_;
     ColorProfile profile_;
 
-    heif::Image image_; ///< Empty before the first row.
+    std::optional<heif::TileGrid> grid_; ///< Where the picture is decoded by tiles.
+    std::vector<std::byte> tiles_;       ///< Decoded: those of one row, without what lies outside of the picture.
+    std::vector<std::byte> tileRow_;
+    std::int64_t lostTiles_ = 0;
+
+    heif::Image image_; ///< Of a picture decoded as a whole. Empty before the first row.
     heif::Rows rows_;
     std::int64_t nextRow_ = 0;
 };
@@ -152,6 +164,8 @@ HeifDecoder::HeifDecoder(const ByteSource& source, const HeifPicture& picture, c
     format_.bitsPerComponent = bits > 8 ? 16 : 8;
     format_.alpha = heif_image_handle_has_alpha_channel(handle) != 0 ? Alpha::straight : Alpha::none;
     profile_ = profileOf(handle, picture.peak);
+    if (picture.tiles > 1 && !picture.isCropped)
+        grid_ = heif::tileGridOf(handle, size_);
 }
 
 PixelSize HeifDecoder::codedSize() const
@@ -163,21 +177,30 @@ PixelSize HeifDecoder::codedSize() const
 /// as much.
 std::int64_t HeifDecoder::heldBytes() const
 {
-    const std::int64_t planes = size_.width * size_.height * format_.bytesPerPixel();
+    const std::int64_t pixelBytes = format_.bytesPerPixel();
+    if (grid_)
+        return (size_.width + 3 * grid_->tile.width) * grid_->tile.height * pixelBytes;
+    const std::int64_t planes = size_.width * size_.height * pixelBytes;
     const std::int64_t tilesAtOnce = std::min<std::int64_t>(picture_.tiles, decodingThreads);
-    return planes + (picture_.isTurned ? planes : planes / picture_.tiles * tilesAtOnce);
+    const bool isCopied = picture_.isTurned || picture_.isCropped;
+    return planes + (isCopied ? planes : planes / picture_.tiles * tilesAtOnce);
+}
+
+heif::DecodingOptions HeifDecoder::decodingOptions() const
+{
+    heif::DecodingOptions options(heif_decoding_options_alloc());
+    if (!options)
+        fail(CodecError::Reason::tooLarge);
+    options->strict_decoding = tolerance_ == Tolerance::strict ? 1 : 0;
+    return options;
 }
 
 /// Into planes of red, green and blue, which is what the library decodes to anyway.
 void HeifDecoder::decode()
 {
-    const heif::DecodingOptions options(heif_decoding_options_alloc());
-    if (!options)
-        fail(CodecError::Reason::tooLarge);
-    options->strict_decoding = tolerance_ == Tolerance::strict ? 1 : 0;
     heif_image* image = nullptr;
     const heif_error error =
-        heif_decode_image(handle_.get(), &image, heif_colorspace_RGB, heif_chroma_444, options.get());
+        heif_decode_image(handle_.get(), &image, heif_colorspace_RGB, heif_chroma_444, decodingOptions().get());
     image_.reset(image);
     check(error, reader_, CodecError::Reason::damaged);
     rows_ = heif::Rows(image, size_, format_);
@@ -185,22 +208,71 @@ void HeifDecoder::decode()
     context_.reset();
 }
 
+void HeifDecoder::decodeTiles(std::int64_t row)
+{
+    const std::int64_t pixelBytes = format_.bytesPerPixel();
+    // Gray, where a tile is lost.
+    tiles_.assign(std::size_t(grid_->tile.height * size_.width * pixelBytes), std::byte{128});
+    tileRow_.resize(std::size_t(grid_->tile.width * pixelBytes));
+    const heif::DecodingOptions options = decodingOptions();
+    for (std::int64_t column = 0; column < grid_->columns; ++column) {
+        heif_image* decoded = nullptr;
+        const heif_error error = heif::decodeTile(handle_.get(), &decoded, options.get(), column, row);
+        const heif::Image image(decoded);
+        try {
+            check(error, reader_, CodecError::Reason::damaged);
+            copyTile(image.get(), column);
+        } catch (const CodecError& lost) {
+            if (tolerance_ == Tolerance::strict || lost.reason != CodecError::Reason::damaged)
+                throw;
+            ++lostTiles_;
+        }
+    }
+}
+
+void HeifDecoder::copyTile(const heif_image* image, std::int64_t column)
+{
+    const heif::Rows rows(image, grid_->tile, format_);
+    const std::int64_t pixelBytes = format_.bytesPerPixel();
+    const std::int64_t left = column * grid_->tile.width - grid_->left; // In the picture.
+    const std::int64_t hidden = std::max<std::int64_t>(-left, 0);
+    const std::int64_t shown = std::min(left + grid_->tile.width, size_.width) - (left + hidden);
+    std::byte* out = tiles_.data() + (left + hidden) * pixelBytes;
+    for (std::int64_t y = 0; y < grid_->tile.height; ++y, out += size_.width * pixelBytes) {
+        rows.copy(y, tileRow_.data());
+        std::memcpy(out, tileRow_.data() + hidden * pixelBytes, std::size_t(shown * pixelBytes));
+    }
+}
+
 void HeifDecoder::readRows(std::int64_t count, std::byte* out, std::size_t stride)
 {
+    const auto rowBytes = std::size_t(size_.width * format_.bytesPerPixel());
     try {
-        if (nextRow_ == 0)
+        if (!grid_ && nextRow_ == 0)
             decode();
+        for (; count > 0; --count, out += stride, ++nextRow_) {
+            if (!grid_) {
+                rows_.copy(nextRow_, out);
+                continue;
+            }
+            const std::int64_t y = nextRow_ + grid_->top;
+            const std::int64_t yInTile = y % grid_->tile.height;
+            if (nextRow_ == 0 || yInTile == 0)
+                decodeTiles(y / grid_->tile.height);
+            std::memcpy(out, tiles_.data() + std::size_t(yInTile) * rowBytes, rowBytes);
+        }
     } catch (const std::bad_alloc&) {
         fail(CodecError::Reason::tooLarge);
     }
-    for (; count > 0; --count, out += stride)
-        rows_.copy(nextRow_++, out);
 }
 
 void HeifDecoder::finish()
 {
     rows_ = {};
     image_.reset();
+    tiles_ = {};
+    if (grid_ && lostTiles_ == grid_->columns * grid_->rows)
+        fail(CodecError::Reason::damaged);
 }
 
 } // namespace

@@ -1,16 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Codecs/ExifBlock.h"
 #include "Platform/Codecs/HeifHandles.h"
+#include "Platform/Codecs/HeifTiles.h"
 #include "Platform/Codecs/ImageEncoder.h"
 
 #include <QByteArray>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <new>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace ferrow {
 namespace {
@@ -23,11 +26,51 @@ constexpr const char* preset = "ultrafast";
 /// pixels.
 constexpr std::int64_t thinnestSide = 32;
 
+/// In pixels, of a picture that is coded in tiles: docs/heic-encoder.md.
+constexpr std::int64_t tileSide = 512;
+
+/// Pictures of more pixels are coded in tiles. What is smaller opens in readers that know no grids too, and takes
+/// little memory as it is.
+constexpr std::int64_t largestWhole = 4'000'000;
+
+/// Bytes that the encoder takes for each pixel that it is handed at once,
+constexpr std::int64_t bytesPerPixel = 28;
+/// and the most that it makes of one, which the library keeps until all are there.
+constexpr std::int64_t codedBytesPerPixel = 3;
+
+/// Transparency is a picture of its own, for which grids have no way that all readers know.
+bool isTiled(PixelSize size, bool hasAlpha)
+{
+    return heif::canWriteTiles && size.width * size.height > largestWhole && size.shorterSide() >= tileSide &&
+           !hasAlpha;
+}
+
+std::int64_t tilesAlong(std::int64_t side)
+{
+    return (side + tileSide - 1) / tileSide;
+}
+
 /// Threads of one encoder. Two exports run at once as a rule, so that each gets half of the machine, and more than
 /// four gain little.
 std::string encodingThreads()
 {
     return std::to_string(std::clamp(std::thread::hardware_concurrency() / 2, 1U, 4U));
+}
+
+/// The encoder that this file's settings were measured with.
+bool isPreferred(const heif_encoder_descriptor* descriptor)
+{
+    return std::strcmp(heif_encoder_descriptor_get_id_name(descriptor), "x265") == 0;
+}
+
+/// The preferred one, or else whichever the library holds best; it is used as that is set up. None where there is none.
+const heif_encoder_descriptor* findEncoder()
+{
+    std::array<const heif_encoder_descriptor*, 8> found{};
+    const int count = heif_get_encoder_descriptors(heif_compression_HEVC, nullptr, found.data(), int(found.size()));
+    const auto end = found.begin() + std::clamp(count, 0, int(found.size()));
+    const auto preferred = std::find_if(found.begin(), end, isPreferred);
+    return preferred != end ? *preferred : found.front();
 }
 
 void check(const heif_error& error)
@@ -63,38 +106,61 @@ public:
     void finish() override;
 
 private:
+    /// The library's memory for the pixels of a picture or tile.
+    struct Target {
+        heif::Image image;
+        std::byte* pixels = nullptr;
+        std::size_t stride = 0;
+    };
+
     void makeEncoder();
-    void makeImage();
-    void setColorSpace();
+    [[nodiscard]] Target makeTarget(PixelSize size) const;
+    void setColorSpace(heif_image* image) const;
+    void encodeTiles();
+    void encodeWhole();
 
     ByteSink& sink_;
     EncodeOptions options_;
+    std::size_t rowBytes_;
     heif::Context context_;
     heif::Encoder encoder_;
-    heif::Image image_;
-    std::byte* pixels_ = nullptr;
-    std::size_t pixelStride_ = 0;
+    heif::Handle handle_;         ///< Of the whole picture, once the library knows of it.
+    Target whole_;                ///< Of a picture that is coded as one.
+    std::vector<std::byte> rows_; ///< Of one that is coded in tiles: those of one row of tiles.
     std::int64_t nextRow_ = 0;
 };
 
 HeifEncoder::HeifEncoder(ByteSink& sink, const EncodeOptions& options)
-    : sink_(sink), options_(options), context_(heif_context_alloc())
+    : sink_(sink), options_(options), rowBytes_(std::size_t(options.size.width * options.format.bytesPerPixel())),
+      context_(heif_context_alloc())
 {
     if (!context_ || options.size.width < 1 || options.size.height < 1 || options.size.longestSide() > heifMaximumSide)
         throw EncoderError{};
     makeEncoder();
-    makeImage();
+    if (!isTiled(options.size, options.format.hasAlpha())) {
+        whole_ = makeTarget(options.size);
+        return;
+    }
+    rows_.resize(rowBytes_ * std::size_t(tileSide));
+    heif_image_handle* grid = nullptr;
+    const heif_error error = heif::addGrid(context_.get(), options.size, tilesAlong(options.size.width),
+                                           tilesAlong(options.size.height), &grid);
+    handle_.reset(grid);
+    check(error);
 }
 
 void HeifEncoder::makeEncoder()
 {
-    if (heif_have_encoder_for_format(heif_compression_HEVC) == 0)
+    const heif_encoder_descriptor* descriptor = findEncoder();
+    if (!descriptor)
         throw EncoderError{.isEncoderMissing = true};
     heif_encoder* encoder = nullptr;
-    check(heif_context_get_encoder_for_format(context_.get(), heif_compression_HEVC, &encoder));
+    check(heif_context_get_encoder(context_.get(), descriptor, &encoder));
     encoder_.reset(encoder);
     const double quality = std::clamp(options_.quality, 0.0, 1.0);
     check(heif_encoder_set_lossy_quality(encoder, int(std::lround(quality * 100))));
+    if (!isPreferred(descriptor))
+        return;
     check(heif_encoder_set_parameter_string(encoder, "preset", preset));
     // The one sampling of colors that every reader of the format decodes.
     check(heif_encoder_set_parameter_string(encoder, "chroma", "420"));
@@ -103,27 +169,26 @@ void HeifEncoder::makeEncoder()
         check(heif_encoder_set_parameter_string(encoder, "x265:ctu", std::to_string(thinnestSide).c_str()));
 }
 
-void HeifEncoder::makeImage()
+HeifEncoder::Target HeifEncoder::makeTarget(PixelSize size) const
 {
-    const auto width = int(options_.size.width);
-    const auto height = int(options_.size.height);
     heif_image* image = nullptr;
-    check(heif_image_create(width, height, heif_colorspace_RGB,
+    check(heif_image_create(int(size.width), int(size.height), heif_colorspace_RGB,
                             options_.format.hasAlpha() ? heif_chroma_interleaved_RGBA : heif_chroma_interleaved_RGB,
                             &image));
-    image_.reset(image);
-    check(heif_image_add_plane(image, heif_channel_interleaved, width, height, 8));
+    Target target{heif::Image(image)};
+    check(heif_image_add_plane(image, heif_channel_interleaved, int(size.width), int(size.height), 8));
     int stride = 0;
-    pixels_ = reinterpret_cast<std::byte*>(heif_image_get_plane(image, heif_channel_interleaved, &stride));
-    pixelStride_ = std::size_t(stride);
-    if (!pixels_)
+    target.pixels = reinterpret_cast<std::byte*>(heif_image_get_plane(image, heif_channel_interleaved, &stride));
+    target.stride = std::size_t(stride);
+    if (!target.pixels)
         throw EncoderError{};
-    setColorSpace();
+    setColorSpace(image);
+    return target;
 }
 
 /// The profile goes into the container, the coding of colors (and the nearest named space) into the coded stream.
 /// Named spaces beside a profile in the container keep some readers from opening the file.
-void HeifEncoder::setColorSpace()
+void HeifEncoder::setColorSpace(heif_image* image) const
 {
     const heif::CodePoints codePoints(heif_nclx_color_profile_alloc());
     if (!codePoints)
@@ -137,28 +202,63 @@ void HeifEncoder::setColorSpace()
         isKnown ? heif_transfer_characteristic_IEC_61966_2_1 : heif_transfer_characteristic_unspecified;
     codePoints->matrix_coefficients = heif_matrix_coefficients_ITU_R_BT_601_6;
     codePoints->full_range_flag = 1;
-    check(heif_image_set_nclx_color_profile(image_.get(), codePoints.get()));
+    check(heif_image_set_nclx_color_profile(image, codePoints.get()));
 
     const QByteArray& icc = options_.profile.icc();
-    check(heif_image_set_raw_color_profile(image_.get(), "prof", icc.constData(), std::size_t(icc.size())));
+    check(heif_image_set_raw_color_profile(image, "prof", icc.constData(), std::size_t(icc.size())));
 }
 
 void HeifEncoder::writeRows(std::int64_t count, const std::byte* rows, std::size_t stride)
 {
-    const auto rowBytes = std::size_t(options_.size.width * options_.format.bytesPerPixel());
-    for (; count > 0; --count, ++nextRow_, rows += stride)
-        std::memcpy(pixels_ + std::size_t(nextRow_) * pixelStride_, rows, rowBytes);
+    for (; count > 0; --count, rows += stride) {
+        if (rows_.empty()) {
+            std::memcpy(whole_.pixels + std::size_t(nextRow_++) * whole_.stride, rows, rowBytes_);
+            continue;
+        }
+        std::memcpy(rows_.data() + std::size_t(nextRow_++ % tileSide) * rowBytes_, rows, rowBytes_);
+        if (nextRow_ % tileSide == 0 || nextRow_ == options_.size.height)
+            encodeTiles();
+    }
+}
+
+/// All tiles have one size: beyond the picture's edges the last pixels are repeated.
+void HeifEncoder::encodeTiles()
+{
+    const std::int64_t row = (nextRow_ - 1) / tileSide;
+    const std::int64_t lastRow = (nextRow_ - 1) % tileSide;
+    const auto pixelBytes = std::size_t(options_.format.bytesPerPixel());
+    for (std::int64_t column = 0; column < tilesAlong(options_.size.width); ++column) {
+        const Target tile = makeTarget({tileSide, tileSide});
+        const auto shown = std::size_t(std::min(tileSide, options_.size.width - column * tileSide));
+        for (std::int64_t y = 0; y < tileSide; ++y) {
+            std::byte* out = tile.pixels + std::size_t(y) * tile.stride;
+            std::memcpy(out,
+                        rows_.data() + std::size_t(std::min(y, lastRow)) * rowBytes_ +
+                            std::size_t(column * tileSide) * pixelBytes,
+                        shown * pixelBytes);
+            for (std::size_t x = shown; x < std::size_t(tileSide); ++x)
+                std::memcpy(out + x * pixelBytes, out + (shown - 1) * pixelBytes, pixelBytes);
+        }
+        check(heif::addTile(context_.get(), handle_.get(), column, row, tile.image.get(), encoder_.get()));
+    }
+}
+
+void HeifEncoder::encodeWhole()
+{
+    heif_image_handle* handle = nullptr;
+    check(heif_context_encode_image(context_.get(), whole_.image.get(), encoder_.get(), nullptr, &handle));
+    handle_.reset(handle);
+    whole_ = {};
 }
 
 void HeifEncoder::finish()
 {
-    heif_image_handle* handle = nullptr;
-    check(heif_context_encode_image(context_.get(), image_.get(), encoder_.get(), nullptr, &handle));
-    const heif::Handle owner(handle);
-    image_.reset();
+    if (rows_.empty())
+        encodeWhole();
+    rows_ = {};
     const QByteArray exif =
         makeExifBlock(options_.metadata, options_.size, options_.profile.isEquivalentTo(ColorProfile::sRGB()));
-    check(heif_context_add_exif_metadata(context_.get(), handle, exif.constData(), int(exif.size())));
+    check(heif_context_add_exif_metadata(context_.get(), handle_.get(), exif.constData(), int(exif.size())));
     Writer writer{sink_};
     heif_writer functions{1, write};
     if (heif_context_write(context_.get(), &functions, &writer).code != heif_error_Ok)
@@ -171,6 +271,14 @@ void HeifEncoder::finish()
 }
 
 } // namespace
+
+std::int64_t heifEncoderBytes(PixelSize size, bool hasAlpha)
+{
+    if (!isTiled(size, hasAlpha))
+        return bytesPerPixel * size.width * size.height;
+    return bytesPerPixel * tileSide * tileSide + 3 * size.width * tileSide +
+           codedBytesPerPixel * size.width * size.height;
+}
 
 std::unique_ptr<ImageEncoder> openHeifEncoder(ByteSink& sink, const EncodeOptions& options)
 {

@@ -230,7 +230,7 @@ Property propertyFrom(std::uint32_t type, Cursor content)
     } else if (type == fourCharacters("irot")) {
         property.isTurn = (content.number(1) & 3) != 0;
     } else if (type == fourCharacters("clap")) {
-        property.isTurn = true;
+        property.isCrop = true;
     } else if (type == fourCharacters("hvcC")) {
         property.sequences = sequencesOf(content);
     } else if (type == fourCharacters("clli")) {

@@ -23,8 +23,9 @@ struct Extent {
 /// What matters here of a property that items share.
 struct Property {
     std::uint32_t type = 0;
-    PixelSize size;                      ///< Of a size property.
-    bool isTurn = false;                 ///< A rotation other than by nothing, or a crop.
+    PixelSize size;      ///< Of a size property.
+    bool isTurn = false; ///< A rotation other than by nothing.
+    bool isCrop = false;
     std::vector<HevcSequence> sequences; ///< Of a decoder configuration.
     int peak = 0;                        ///< Of the picture's light, or of the display it was made for, in cd/m².
 };
