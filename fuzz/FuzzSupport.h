@@ -44,6 +44,7 @@ public:
     ~InputFile() { ::close(descriptor_); }
 
     [[nodiscard]] const ByteSource& source() const { return source_; }
+    [[nodiscard]] int descriptor() const { return descriptor_; }
 
 private:
     int descriptor_;

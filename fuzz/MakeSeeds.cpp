@@ -133,6 +133,8 @@ int main(int count, char** words)
         seeds.add("HeaderFuzz", picture(type));
         seeds.add("PropertyFuzz", picture(type));
     }
+    for (const char* choices : {"\0\1\1\0", "\5\x11\x22\1", "\2\2\1\2"})
+        seeds.add("JpegFuzz", picture(OutputType::jpeg) + QByteArray(choices, 4));
     const QByteArray iptc("8BIM\4\4\0\0\0\0\0\x09\x1c\2\5\0\4Dune\0", 22);
     seeds.add("HeaderFuzz", exif());
     seeds.add("PropertyFuzz", exif());

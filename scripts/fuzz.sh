@@ -43,7 +43,7 @@ if [ $# -eq 0 ]; then
 fi
 for target in "$@"; do
     dictionary=fuzz/xmp.dict
-    case $target in Header* | Property*) dictionary=fuzz/header.dict ;; esac
+    case $target in Header* | Jpeg* | Property*) dictionary=fuzz/header.dict ;; esac
     log=$build/$target.log
     mkdir "$scratch/$target"
     start=$SECONDS
