@@ -10,10 +10,6 @@ namespace ferrow {
 
 namespace {
 
-/// At this scale everything that a layout can be worked out for is within the bounds: sides of some thousand million
-/// pixels.
-constexpr double smallestScale = 1e-5;
-
 /// A span within 0…`most`, at least a pixel long.
 std::pair<double, double> onWholePixels(double begin, double length, std::int64_t most)
 {

@@ -6,6 +6,10 @@
 
 namespace ferrow {
 
+/// At this scale everything that a layout can be worked out for is within the bounds: sides of some thousand million
+/// pixels.
+inline constexpr double smallestScale = 1e-5;
+
 /// The geometry of a framed output at the size it is written at, with the photo on whole pixels, so that its edges are
 /// sharp.
 struct ExportLayout {

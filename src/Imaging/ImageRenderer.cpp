@@ -124,6 +124,83 @@ Engine::Overlay photoOverlay(const Bitmap& source, const QRectF& target)
     return overlay;
 }
 
+/// A photo in memory and where it lies.
+struct PlacedPhoto {
+    const Bitmap& source;
+    PixelSize originalSize;
+    const RenderLayout& layout;
+    double scale = 1;
+    std::optional<QRect> wholePixels; ///< None where it lies between pixels, just where the layout has it.
+    bool hasSmallLetters = false;
+};
+
+/// Letters a few pixels high are drawn four times as large and reduced: drawn as they are, they would be as legible but
+/// not what reducing the export makes of them.
+std::vector<Engine::Overlay> smallCaptions(const RenderLayout& layout, const RenderRecipe& recipe,
+                                           const PhotoMetadata& metadata, double scale, const std::stop_token& stop)
+{
+    constexpr int detail = 4;
+    std::vector<Engine::Overlay> captions =
+        CaptionDrawing::draw(layout.scaled(detail), recipe, metadata, scale * detail, stop);
+    for (Engine::Overlay& caption : captions) {
+        if (caption.picture.isNull())
+            continue;
+        const QRectF box(double(caption.x) / detail, double(caption.y) / detail,
+                         double(caption.picture.size().width) / detail, double(caption.picture.size().height) / detail);
+        caption.picture = Resampler::drawn(caption.picture, box);
+        caption.x = std::int64_t(std::floor(box.x()));
+        caption.y = std::int64_t(std::floor(box.y()));
+    }
+    return captions;
+}
+
+Engine::Composition smallComposition(const PlacedPhoto& placed, const RenderRecipe& recipe,
+                                     const PhotoMetadata& metadata, const Bitmap& logo, const std::stop_token& stop)
+{
+    RenderRecipe bare = recipe;
+    bare.captions.clear();
+    Engine::Composition parts = composition(placed.layout, bare, metadata, logo, placed.scale, stop);
+    std::vector<Engine::Overlay> captions = smallCaptions(placed.layout, recipe, metadata, placed.scale, stop);
+    std::ranges::move(captions, std::back_inserter(parts.overlays));
+    return parts;
+}
+
+Bitmap composed(const PlacedPhoto& placed, const RenderRecipe& recipe, const PhotoMetadata& metadata,
+                const Bitmap& logo, const std::stop_token& stop)
+{
+    const Bitmap& source = placed.source;
+    const RenderLayout& layout = placed.layout;
+    throwIfCanceled(stop);
+    try {
+        Engine::Composition parts = placed.hasSmallLetters
+                                        ? smallComposition(placed, recipe, metadata, logo, stop)
+                                        : composition(layout, recipe, metadata, logo, placed.scale, stop);
+        const ColorProfile space =
+            Engine::outputColorSpace(source.profile(), source.format().model, recipe.outputColorProfile);
+        std::optional<BitmapRows> photo;
+        if (const std::optional<QRect>& place = placed.wholePixels) {
+            parts.photoX = place->x();
+            parts.photoY = place->y();
+            const QRectF area(*place);
+            parts.photoArea = {area.left(), area.top(), area.right(), area.bottom(), parts.photoArea.radius};
+            photo.emplace(source, PixelSize{place->width(), place->height()}, space);
+        } else {
+            Engine::Overlay overlay = photoOverlay(source, layout.fromTop(layout.drawRect));
+            Engine::cutCorners(overlay, parts.photoArea);
+            parts.overlays.insert(parts.overlays.begin(), overlay);
+        }
+        Engine::Compositor compositor(parts, photo ? &*photo : nullptr, space,
+                                      Engine::needsAlpha(parts, source.format()));
+        if (parts.blurredPhoto)
+            compositor.setBackground(blurredBackground(source, placed.originalSize, parts, space));
+        Bitmap result(compositor.size(), compositor.format(), space);
+        compositor.compose(result.size().height, result.row(0), result.stride());
+        return result;
+    } catch (const std::bad_alloc&) {
+        throw ImagePipelineError(ImagePipelineError::renderingFailed);
+    }
+}
+
 } // namespace
 
 std::vector<Engine::Overlay> drawLogo(const Bitmap& logo, const RenderLayout& layout,
@@ -183,34 +260,36 @@ Bitmap render(const Bitmap& source, PixelSize originalSize, const RenderRecipe& 
     throwIfCanceled(stop);
     validateRenderBounds(originalSize, recipe, scale);
     const RenderLayout layout = RenderLayout::calculate(originalSize, recipe, scale);
-    throwIfCanceled(stop);
-    try {
-        Engine::Composition parts = composition(layout, recipe, metadata, logo, scale, stop);
-        const ColorProfile space =
-            Engine::outputColorSpace(source.profile(), source.format().model, recipe.outputColorProfile);
-        std::optional<BitmapRows> photo;
-        const QRectF target = layout.fromTop(layout.drawRect);
-        if (const std::optional<QRect> place = wholePixelPlace(source.size(), target, layout.canvasSize)) {
-            parts.photoX = place->x();
-            parts.photoY = place->y();
-            const QRectF area(*place);
-            parts.photoArea = {area.left(), area.top(), area.right(), area.bottom(), parts.photoArea.radius};
-            photo.emplace(source, PixelSize{place->width(), place->height()}, space);
-        } else {
-            Engine::Overlay overlay = photoOverlay(source, target);
-            Engine::cutCorners(overlay, parts.photoArea);
-            parts.overlays.insert(parts.overlays.begin(), overlay);
-        }
-        Engine::Compositor compositor(parts, photo ? &*photo : nullptr, space,
-                                      Engine::needsAlpha(parts, source.format()));
-        if (parts.blurredPhoto)
-            compositor.setBackground(blurredBackground(source, originalSize, parts, space));
-        Bitmap result(compositor.size(), compositor.format(), space);
-        compositor.compose(result.size().height, result.row(0), result.stride());
-        return result;
-    } catch (const std::bad_alloc&) {
+    const std::optional<QRect> place =
+        wholePixelPlace(source.size(), layout.fromTop(layout.drawRect), layout.canvasSize);
+    return composed({source, originalSize, layout, scale, place}, recipe, metadata, logo, stop);
+}
+
+PixelSize fittedCanvas(PixelSize originalSize, const RenderRecipe& recipe, PixelSize box)
+{
+    validateRenderBounds(originalSize, recipe, smallestScale);
+    const PixelSize full = RenderLayout::framedLayout(originalSize, recipe).canvasSize;
+    const double scale =
+        std::min({double(box.width) / double(full.width), double(box.height) / double(full.height), 1.0});
+    const auto scaled = [scale](std::int64_t side) { return std::max(std::llround(double(side) * scale), 1LL); };
+    return {scaled(full.width), scaled(full.height)};
+}
+
+Bitmap renderReduced(const Bitmap& source, PixelSize originalSize, const RenderRecipe& recipe,
+                     const PhotoMetadata& metadata, const Bitmap& logo, PixelSize canvas, const std::stop_token& stop)
+{
+    if (source.isNull() || originalSize.width < 1 || originalSize.height < 1 || canvas.width < 1 || canvas.height < 1)
         throw ImagePipelineError(ImagePipelineError::renderingFailed);
-    }
+    throwIfCanceled(stop);
+    validateRenderBounds(originalSize, recipe, smallestScale);
+    const RenderLayout full = RenderLayout::framedLayout(originalSize, recipe);
+    const double across = double(canvas.width) / double(full.canvasSize.width);
+    const double down = double(canvas.height) / double(full.canvasSize.height);
+    const QRectF photo(full.drawRect.x() * across, full.drawRect.y() * down, full.drawRect.width() * across,
+                       full.drawRect.height() * down);
+    const double scale = std::sqrt(across * down);
+    const RenderLayout layout{canvas, photo, photo, full.borderThickness * scale};
+    return composed({source, originalSize, layout, scale, std::nullopt, true}, recipe, metadata, logo, stop);
 }
 
 } // namespace ferrow::ImageRenderer

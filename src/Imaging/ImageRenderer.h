@@ -43,4 +43,14 @@ enum class SourceScale { fullSize, fromSource };
                             const PhotoMetadata& metadata, const Bitmap& logo, SourceScale sourceScale,
                             const std::stop_token& stop);
 
+/// The same reduced to exactly `canvas`, a size with about the frame's proportions, for pictures so small that half a
+/// pixel is seen: every edge lies between pixels where reducing the export to that size would take it.
+[[nodiscard]] Bitmap renderReduced(const Bitmap& source, PixelSize originalSize, const RenderRecipe& recipe,
+                                   const PhotoMetadata& metadata, const Bitmap& logo, PixelSize canvas,
+                                   const std::stop_token& stop);
+
+/// The largest size with the proportions of the framed photo that fits into `box`, at most the export's own. Throws
+/// ImagePipelineError as validateRenderBounds() does, but for frames that are merely too large.
+[[nodiscard]] PixelSize fittedCanvas(PixelSize originalSize, const RenderRecipe& recipe, PixelSize box);
+
 } // namespace ferrow::ImageRenderer

@@ -15,10 +15,7 @@ namespace ferrow {
 
 namespace {
 
-/// No difference is seen at thumbnail size; the color is not subsampled from here on.
-constexpr double quality = 0.9;
-
-void encode(const Bitmap& picture, ByteSink& sink)
+void encode(const Bitmap& picture, ByteSink& sink, double quality)
 {
     const bool hasAlpha = picture.format().hasAlpha();
     EncodeOptions options;
@@ -63,7 +60,7 @@ Bitmap decode(const ByteSource& source, FileType type)
 
 } // namespace
 
-CompressedPicture CompressedPicture::compress(const Bitmap& picture)
+CompressedPicture CompressedPicture::compress(const Bitmap& picture, double quality)
 {
     CompressedPicture compressed;
     const Descriptor file = openFile();
@@ -71,7 +68,7 @@ CompressedPicture CompressedPicture::compress(const Bitmap& picture)
         return compressed;
     try {
         ByteSink sink(file.get());
-        encode(picture, sink);
+        encode(picture, sink, quality);
         compressed.bytes_ = written(sink, file.get());
     } catch (const EncoderError&) {
     } catch (const InputOutputError&) {

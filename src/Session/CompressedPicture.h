@@ -14,9 +14,12 @@ class CompressedPicture {
 public:
     CompressedPicture() = default; ///< No picture.
 
+    /// No difference is seen at thumbnail size.
+    static constexpr double thumbnailQuality = 0.9;
+
     /// `picture` is 8-bit RGB, alpha none or straight, in any RGB space. No picture where there is none or it can't be
     /// encoded. Any thread.
-    [[nodiscard]] static CompressedPicture compress(const Bitmap& picture);
+    [[nodiscard]] static CompressedPicture compress(const Bitmap& picture, double quality = thumbnailQuality);
 
     [[nodiscard]] bool isNull() const { return bytes_.isEmpty(); }
     [[nodiscard]] qsizetype byteCount() const { return bytes_.size(); }
