@@ -126,6 +126,36 @@ void photographMain(ContentView& window, Photographer& photographer, const FileU
     photographer.shoot("main");
 }
 
+/// The contact sheet: all photos, one of them left out, one with a framing of its own, then those with warnings.
+void photographSheet(ContentView& window, Photographer& photographer)
+{
+    const auto photos = [&](std::size_t index) { return window.session().photos().at(index).id(); };
+    RenderRecipe own = window.session().batchRecipe();
+    own.border.color = {0.16, 0.24, 0.33, 1};
+    own.captions.front().color = RGBAColor::white;
+    window.session().setPhotoRecipe(photos(3), own);
+    window.session().setRecipeScope(RecipeScope::selected);
+    window.session().setIncluded({photos(4)}, false);
+    window.session().setSelectedPhotoID(photos(1));
+    photographer.trigger(Qt::CTRL | Qt::SHIFT | Qt::Key_G);
+    auto* grid = window.findChild<QWidget*>(QStringLiteral("contactSheet"));
+    grid->setFocus(Qt::TabFocusReason);
+    QTest::qWait(1'500);
+    photographer.shoot("sheet");
+    QTest::keyClick(window.findChild<QWidget*>(QStringLiteral("sheetFilter")), Qt::Key_End);
+    QTest::qWait(700);
+    photographer.shoot("sheet-warnings");
+    QTest::keyClick(window.findChild<QWidget*>(QStringLiteral("sheetFilter")), Qt::Key_Home);
+    for (int i = 0; i < 3; ++i)
+        photographer.trigger(Qt::CTRL | Qt::Key_Plus);
+    QTest::qWait(700);
+    photographer.shoot("sheet-large");
+    photographer.trigger(Qt::CTRL | Qt::SHIFT | Qt::Key_G);
+    window.session().setIncluded({photos(4)}, true);
+    window.session().setPhotoRecipe(photos(3), std::nullopt);
+    window.session().setRecipeScope(RecipeScope::batch);
+}
+
 void photographPopovers(Photographer& photographer)
 {
     photographer.press("borderColorWell");
@@ -352,6 +382,7 @@ int main(int argc, char** argv)
     Photographer photographer(window, words[1], dark ? QStringLiteral("-dark") : QStringLiteral("-light"));
     photographEmpty(window, photographer);
     photographMain(window, photographer, photos);
+    photographSheet(window, photographer);
     photographPopovers(photographer);
     photographBorder(window, photographer);
     photographCaptions(window, photographer);

@@ -90,7 +90,7 @@ void checkSources(const ExportRequest& request, const ExportCheckOperations& ope
                         (unreadable.size() == 1 ? QStringLiteral("No longer where it was added from: %1")
                                                 : QStringLiteral("No longer where they were added from: %1"))
                             .arg(examples(unreadable)),
-                        unreadable});
+                        unreadable, ExportFinding::Remedy::none, QStringLiteral("Can’t be read")});
 }
 
 /// The rule is the user's choice of the scope; that it leaves work of theirs aside is easily forgotten.
@@ -266,6 +266,13 @@ std::vector<MetadataToken> tokensOf(const QString& captionTemplate)
     return tokens;
 }
 
+/// "No lens", "No ISO".
+QString nothingOf(MetadataToken token)
+{
+    const QString name = displayName(token);
+    return QStringLiteral("No %1").arg(name == name.toUpper() ? name : name.toLower());
+}
+
 /// What is wrong with captions, and with those of which photos.
 class CaptionProblems {
 public:
@@ -345,29 +352,31 @@ void checkCaptions(const ExportRequest& request, const std::stop_token& stop, Fi
                                        QStringLiteral("have an empty caption")),
                             problems.empty.size() == 1 ? QStringLiteral("It is framed without one.")
                                                        : QStringLiteral("They are framed without one."),
-                            problems.empty});
+                            problems.empty, ExportFinding::Remedy::none, QStringLiteral("Empty caption")});
     if (!problems.cut.empty())
         findings.push_back({Severity::warning,
                             photosThat(problems.cut.size(), QStringLiteral("has a caption that doesn’t fit"),
                                        QStringLiteral("have captions that don’t fit")),
                             problems.cut.size() == 1 ? QStringLiteral("A part of it is cut off.")
                                                      : QStringLiteral("A part of each is cut off."),
-                            problems.cut});
+                            problems.cut, ExportFinding::Remedy::none, QStringLiteral("Caption doesn’t fit")});
     if (!problems.overlapping.empty())
         findings.push_back({Severity::warning,
                             photosThat(problems.overlapping.size(), QStringLiteral("has captions that overlap"),
                                        QStringLiteral("have captions that overlap")),
-                            QStringLiteral("One is drawn over the other."), problems.overlapping});
+                            QStringLiteral("One is drawn over the other."), problems.overlapping,
+                            ExportFinding::Remedy::none, QStringLiteral("Captions overlap")});
     for (const auto& [family, problem] : problems.fonts)
         findings.push_back({Severity::warning, QStringLiteral("The font “%1” is not installed").arg(family),
-                            QStringLiteral("“%1” stands in for it.").arg(problem.font.standIn), problem.photos});
+                            QStringLiteral("“%1” stands in for it.").arg(problem.font.standIn), problem.photos,
+                            ExportFinding::Remedy::none, QStringLiteral("Font not installed")});
     for (const auto& [token, photos] : problems.missing)
         findings.push_back({Severity::warning,
                             photosThat(photos.size(), QStringLiteral("has no %1"), QStringLiteral("have no %1"))
                                 .arg(displayName(token)),
                             photos.size() == 1 ? QStringLiteral("Its caption leaves it out.")
                                                : QStringLiteral("Their captions leave it out."),
-                            photos});
+                            photos, ExportFinding::Remedy::none, nothingOf(token)});
 }
 
 void checkLogos(const ExportRequest& request, const ExportCheckOperations& operations, const std::stop_token& stop,
@@ -407,9 +416,11 @@ void checkLogos(const ExportRequest& request, const ExportCheckOperations& opera
         findings.push_back({Severity::warning,
                             photosThat(covered.size(), QStringLiteral("has a caption that overlaps the logo"),
                                        QStringLiteral("have captions that overlap the logo")),
-                            QStringLiteral("The caption is drawn over the logo."), covered});
+                            QStringLiteral("The caption is drawn over the logo."), covered, ExportFinding::Remedy::none,
+                            QStringLiteral("Caption over the logo")});
     for (const auto& [message, photos] : failing)
-        findings.push_back({severityFor(photos, request), QStringLiteral("The logo can’t be drawn"), message, photos});
+        findings.push_back({severityFor(photos, request), QStringLiteral("The logo can’t be drawn"), message, photos,
+                            ExportFinding::Remedy::none, QStringLiteral("Logo can’t be drawn")});
 }
 
 /// Why this photo's framed copy can't be made, if so.
@@ -471,7 +482,8 @@ void checkSizes(const ExportRequest& request, const std::stop_token& stop, Findi
         findings.push_back({severityFor(tooLarge, request),
                             photosThat(tooLarge.size(), QStringLiteral("can’t be framed like this"),
                                        QStringLiteral("can’t be framed like this")),
-                            firstReason, tooLarge});
+                            firstReason, tooLarge, ExportFinding::Remedy::none,
+                            QStringLiteral("Can’t be framed like this")});
 }
 
 } // namespace
@@ -513,6 +525,18 @@ ExportFindings findingsFor(const ExportRequest& request, const ExportCheckOperat
     checkKeptData(request, stop, findings);
     checkSizes(request, stop, findings);
     return {std::move(findings), std::move(space)};
+}
+
+Findings photoWarnings(const ExportRequest& request, const ExportCheckOperations& operations,
+                       const std::stop_token& stop)
+{
+    Findings findings;
+    checkSources(request, operations, stop, findings);
+    checkCaptions(request, stop, findings);
+    checkLogos(request, operations, stop, findings);
+    checkSizes(request, stop, findings);
+    std::erase_if(findings, [](const ExportFinding& finding) { return finding.ofOnePhoto.isEmpty(); });
+    return findings;
 }
 
 ExportFinding withSpace(ExportFinding folders, const SpaceEstimate& needed,

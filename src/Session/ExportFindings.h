@@ -28,6 +28,8 @@ struct ExportFinding {
 
     Remedy remedy = Remedy::none;
 
+    QString ofOnePhoto = {}; ///< The same of one of the photos, in a few words: "No lens". Empty for other lines.
+
     bool operator==(const ExportFinding&) const = default;
 };
 
@@ -61,6 +63,11 @@ struct ExportFindings {
 /// Creates and changes nothing. Throws Canceled.
 [[nodiscard]] ExportFindings findingsFor(const ExportRequest& request, const ExportCheckOperations& operations,
                                          const std::stop_token& stop);
+
+/// Those of the findings that are about single photos, whatever the folder and the names: warnings alone, each with
+/// `ofOnePhoto`. Throws Canceled.
+[[nodiscard]] std::vector<ExportFinding>
+photoWarnings(const ExportRequest& request, const ExportCheckOperations& operations, const std::stop_token& stop);
 
 /// The line of the folders, with the room that is needed.
 [[nodiscard]] ExportFinding withSpace(ExportFinding folders, const SpaceEstimate& needed,

@@ -26,11 +26,12 @@ namespace ferrow {
 namespace {
 
 constexpr std::array fileNames{
-    "add",     "check",     "chevron-down", "chevron-right", "close",  "color",          "compare",  "drag-handle",
-    "error",   "export",    "folder",       "info",          "link",   "logo",           "more",     "own-framing",
-    "photo",   "presets",   "redo",         "remove",        "reset",  "separator-chip", "settings", "show-in-folder",
-    "sidebar", "text-chip", "token-chip",   "undo",          "unlink", "warning",        "zoom-100", "zoom-fit",
-    "zoom-in", "zoom-out"};
+    "add",         "check",          "chevron-down", "chevron-right",  "close",   "color",   "compare",
+    "drag-handle", "error",          "export",       "folder",         "info",    "link",    "logo",
+    "more",        "own-framing",    "photo",        "presets",        "redo",    "remove",  "reset",
+    "search",      "separator-chip", "settings",     "show-in-folder", "sidebar", "sort",    "text-chip",
+    "tiles-large", "tiles-small",    "token-chip",   "undo",           "unlink",  "warning", "zoom-100",
+    "zoom-fit",    "zoom-in",        "zoom-out"};
 static_assert(fileNames.size() == std::size_t(IconName::zoomOut) + 1);
 
 /// An SVG with currentColor, and the name under which its pixels are kept.

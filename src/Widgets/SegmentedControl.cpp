@@ -61,6 +61,19 @@ void SegmentedControl::setSegments(const QStringList& texts, const QStringList& 
     notifyItemsReplaced(this);
 }
 
+void SegmentedControl::setIcons(std::vector<IconName> icons)
+{
+    icons_ = std::move(icons);
+}
+
+void SegmentedControl::setIconsShown(bool areShown)
+{
+    if (std::exchange(areIconsShown_, areShown) == areShown)
+        return;
+    updateGeometry();
+    update();
+}
+
 void SegmentedControl::setSegmentEnabled(int index, bool enabled)
 {
     segments_.at(std::size_t(index)).enabled = enabled;
@@ -78,6 +91,8 @@ void SegmentedControl::setCurrentIndex(int index)
 
 int SegmentedControl::naturalWidth(int index) const
 {
+    if (areIconsShown_)
+        return Measure::icon + 2 * textPadding;
     const QFontMetrics metrics(Theme::current().font(TextRole::strong));
     return metrics.horizontalAdvance(segments_[std::size_t(index)].text) + 2 * textPadding;
 }
@@ -151,7 +166,12 @@ void SegmentedControl::paintEvent(QPaintEvent*)
             paintBox(painter, box, Radius::control, colors.chosen, isHovered ? colors.hoverEdge : colors.border);
         else if (isHovered && i == pressed_)
             paintBox(painter, box, Radius::control, colors.pressed);
-        painter.setPen(!segment.enabled ? colors.disabled : isCurrent || isHovered ? colors.text : colors.text2);
+        const QColor color = !segment.enabled ? colors.disabled : isCurrent || isHovered ? colors.text : colors.text2;
+        if (areIconsShown_) {
+            paintIcon(painter, icons_[std::size_t(i)], box, Measure::icon, color);
+            continue;
+        }
+        painter.setPen(color);
         const int room = box.width() - textPadding;
         painter.drawText(box, Qt::AlignCenter, painter.fontMetrics().elidedText(segment.text, Qt::ElideRight, room));
     }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Widgets/AccessibleItems.h"
+#include "Widgets/Icons.h"
 
 #include <QString>
 #include <QWidget>
@@ -23,6 +24,9 @@ public:
     int addSegment(const QString& text);
     /// Other segments, as many as there are texts. `names` is what assistive technology calls them.
     void setSegments(const QStringList& texts, const QStringList& names);
+    /// One for each segment, shown in place of the texts while setIconsShown() says so.
+    void setIcons(std::vector<IconName> icons);
+    void setIconsShown(bool areShown);
     void setSegmentEnabled(int index, bool enabled);
     /// By the mouse; the keys for it are the caller's.
     void setMovable(bool movable) { isMovable_ = movable; }
@@ -77,6 +81,8 @@ private:
     int current_ = 0;
     int hovered_ = -1;
     int pressed_ = -1;
+    std::vector<IconName> icons_;
+    bool areIconsShown_ = false;
     bool isMovable_ = false;
     QPoint pressPoint_;
     std::optional<int> dragX_; ///< Where the pointer is with the pressed segment.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Window/ContentView.h"
 
+#include "Features/ContactSheet/ContactSheet.h"
+#include "Features/ContactSheet/SheetGrid.h"
 #include "Features/Inspector/InspectorView.h"
 #include "Features/PhotoDetails/PhotoDetails.h"
 #include "Features/PhotoSidebar/PhotoListView.h"
@@ -53,7 +55,8 @@ int carriedPhotoCount(const QMimeData& data)
 } // namespace
 
 ContentView::ContentView(Preferences& preferences, WindowServices services)
-    : preferences_(preferences), services_(std::move(services)), history_(session_, exportSession_), alerts_(*this),
+    : preferences_(preferences), services_(std::move(services)), photoWarnings_(session_, exportSession_),
+      photoList_(session_, exportSession_, photoWarnings_), history_(session_, exportSession_), alerts_(*this),
       presetFlow_(*this, presetLibrary_, session_, exportSession_, history_, alerts_),
       exportFlow_(*this, session_, exportSession_, preferences_, services_, alerts_)
 {
@@ -85,8 +88,10 @@ ContentView::~ContentView()
 void ContentView::buildViews()
 {
     toolBar_ = new MainToolBar(*actions_);
-    sidebar_ = new PhotoSidebar(session_, history_, exportSession_);
+    sidebar_ = new PhotoSidebar(photoList_, session_, history_, exportSession_);
     preview_ = new PreviewPane(session_, previewLoader_, renderQueue_, exportSession_, history_, preferences_);
+    sheet_ = new ContactSheet(photoList_, session_, photoWarnings_, history_, exportSession_, preferences_);
+    preview_->setSheet(sheet_, sheet_->sizeControl());
     inspector_ = new InspectorView(session_, history_, exportSession_);
     preview_->setObjectName(QStringLiteral("previewPane"));
     inspector_->setObjectName(QStringLiteral("inspector"));
@@ -112,6 +117,9 @@ void ContentView::buildViews()
         if (sidebar_->list()->isVisible())
             sidebar_->list()->setFocus(Qt::OtherFocusReason);
     });
+    connect(preview_, &PreviewPane::sheetRequested, this, [this] { showSheet(true); });
+    connect(sheet_->grid(), &SheetGrid::openRequested, this, [this] { showSheet(false); });
+    connect(sheet_->grid(), &SheetGrid::contextMenuRequestedAt, sidebar_, &PhotoSidebar::showMenu);
     connect(inspector_, &InspectorView::importLogoRequested, this, &ContentView::importLogo);
     connect(&logoImporter_, &LogoImporter::isImportingChanged, inspector_,
             [this] { inspector_->setImportingLogo(logoImporter_.isImporting()); });
@@ -156,8 +164,9 @@ void ContentView::connectActions()
     on(actions_->presets, [this] { presetFlow_.showPresets(); });
     on(actions_->settings, &ContentView::showSettings);
     on(actions_->shortcuts, &ContentView::showShortcuts);
-    on(actions_->zoomIn, [this] { preview_->zoomIn(); });
-    on(actions_->zoomOut, [this] { preview_->zoomOut(); });
+    on(actions_->zoomIn, [this] { preview_->isSheetShown() ? sheet_->grid()->grow() : preview_->zoomIn(); });
+    on(actions_->zoomOut, [this] { preview_->isSheetShown() ? sheet_->grid()->shrink() : preview_->zoomOut(); });
+    on(actions_->contactSheet, [this] { showSheet(!preview_->isSheetShown()); });
     // A press takes the tick away, and where the zoom was there already nothing else gives it back.
     on(actions_->zoomToFit, [this] {
         preview_->zoomToFit();
@@ -192,7 +201,7 @@ void ContentView::connectModels()
     connect(&previewLoader_, &PreviewLoader::isLoadingChanged, this, &ContentView::updateActions);
     connect(&previewLoader_, &PreviewLoader::photoChanged, this, [this] {
         if (previewLoader_.photo())
-            sidebar_->setUnreadable(previewLoader_.photo()->id(), false);
+            photoList_.setUnreadable(previewLoader_.photo()->id(), false);
     });
     connect(&exportSession_, &ExportSession::progressChanged, this, &ContentView::updateActions);
     connect(&exportSession_, &ExportSession::isPlanningChanged, this, &ContentView::updateActions);
@@ -263,12 +272,15 @@ void ContentView::importRoots(const std::vector<FileUrl>& urls)
 
 void ContentView::loadSelectedPreview()
 {
+    // The sheet has pictures of its own; the single photo is read when it comes back.
+    if (preview_->isSheetShown())
+        return;
     previewLoad_.request_stop();
     const ImportedPhoto* selected = session_.selectedPhoto();
     previewLoad_ = previewLoader_.load(selected ? std::optional(*selected) : std::nullopt,
                                        [this, photoID = session_.selectedPhotoID()](const std::exception_ptr& error) {
                                            preview_->showLoadError(ErrorAlerts::text(error));
-                                           sidebar_->setUnreadable(*photoID, true);
+                                           photoList_.setUnreadable(*photoID, true);
                                        });
 }
 
@@ -343,6 +355,19 @@ void ContentView::showShortcuts()
     window->open();
 }
 
+void ContentView::showSheet(bool isShown)
+{
+    preview_->setSheetShown(isShown);
+    toolBar_->setSheetShown(isShown);
+    followZoom();
+    updateActions();
+    const std::optional<ImportedPhoto>& loaded = previewLoader_.photo();
+    if (isShown)
+        previewLoad_.request_stop();
+    else if (!loaded || loaded->id() != session_.selectedPhotoID() || previewLoader_.isLoading())
+        loadSelectedPreview();
+}
+
 void ContentView::followZoom()
 {
     toolBar_->setZoom(preview_->zoom(), preview_->isFit());
@@ -366,8 +391,11 @@ void ContentView::moveToArea(int direction)
     for (int tries = 0; tries < count; ++tries) {
         position = (position + direction + count) % count;
         QWidget* area = areas[std::size_t(position)];
-        if (area == sidebar_ && sidebar_->list()->isVisible()) {
-            sidebar_->list()->setFocus(Qt::TabFocusReason);
+        QWidget* list = area == sidebar_   ? static_cast<QWidget*>(sidebar_->list())
+                        : area == preview_ ? static_cast<QWidget*>(sheet_->grid())
+                                           : nullptr;
+        if (list && list->isVisible()) {
+            list->setFocus(Qt::TabFocusReason);
             return;
         }
         const QList<QWidget*> inside = area->findChildren<QWidget*>();

@@ -5,7 +5,9 @@
 #include "Session/EditHistory.h"
 #include "Session/ExportSession.h"
 #include "Session/LogoImporter.h"
+#include "Session/PhotoListModel.h"
 #include "Session/PhotoSession.h"
+#include "Session/PhotoWarnings.h"
 #include "Session/Preferences.h"
 #include "Session/PreviewLoader.h"
 #include "Session/PreviewRenderQueue.h"
@@ -24,6 +26,7 @@ class QMimeData;
 namespace ferrow {
 
 class ConfirmSheet;
+class ContactSheet;
 struct Framing;
 class InspectorView;
 class MainToolBar;
@@ -84,6 +87,7 @@ private:
     void showSettings();
     void showShortcuts();
     void followZoom();
+    void showSheet(bool isShown);
     void setComparing(bool comparing);
     void moveToArea(int direction);
     [[nodiscard]] bool handleDrag(const QWidget& widget, QEvent* event);
@@ -97,6 +101,8 @@ private:
     PreviewLoader previewLoader_;
     PreviewRenderQueue renderQueue_;
     ExportSession exportSession_;
+    PhotoWarnings photoWarnings_;
+    PhotoListModel photoList_;
     PresetLibrary presetLibrary_;
     LogoImporter logoImporter_;
     EditHistory history_;
@@ -108,6 +114,7 @@ private:
     MainToolBar* toolBar_ = nullptr;
     PhotoSidebar* sidebar_ = nullptr;
     PreviewPane* preview_ = nullptr;
+    ContactSheet* sheet_ = nullptr;
     InspectorView* inspector_ = nullptr;
     PhotoDetails* details_ = nullptr;
     WindowColumns* columns_ = nullptr;

@@ -4,6 +4,7 @@
 #include "Models/ErrorTexts.h"
 #include "Platform/Base/Cancellation.h"
 #include "Platform/Base/SystemErrors.h"
+#include "Session/PhotoListModel.h"
 #include "Session/PhotoSession.h"
 #include "Support/TestSupport.h"
 
@@ -83,6 +84,18 @@ inline std::string selectedName(const PhotoSession& session)
 {
     return session.selectedPhotoID() ? session.selectedPhotoID()->lastPathComponent().toStdString() : "";
 }
+
+/// The session's photos as the views have them.
+struct ListedPhotos {
+    PhotoWarnings warnings;
+    PhotoListModel model;
+
+    ListedPhotos(PhotoSession& session, ExportSession& exportSession)
+        : warnings(session, exportSession, ExportCheckOperations::system(), std::chrono::milliseconds(0)),
+          model(session, exportSession, warnings)
+    {
+    }
+};
 
 inline RenderRecipe border(double width)
 {

@@ -59,7 +59,8 @@ TEST(PhotoListModel, keepsItsPromisesToViewsInEveryChange)
     DisklessSession session;
     ExportSession exportSession;
     EditHistory history{session, exportSession};
-    PhotoListModel model(session, exportSession);
+    ListedPhotos listed(session, exportSession);
+    PhotoListModel& model = listed.model;
     const QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
     const QSignalSpy resets(&model, &QAbstractItemModel::modelReset);
     const QSignalSpy changes(&model, &QAbstractItemModel::dataChanged);
@@ -104,7 +105,8 @@ TEST(PhotoSidebar, takesOnlyTheUsersChoiceForAChoice)
     EditHistory history{session, exportSession};
     importInto(session, photoUrls({"a", "b", "c", "d"}));
     session.setSelectedPhotoID(photoUrl("b"));
-    PhotoSidebar sidebar(session, history, exportSession);
+    ListedPhotos listed(session, exportSession);
+    PhotoSidebar sidebar(listed.model, session, history, exportSession);
     sidebar.show();
     const QSignalSpy chosen(&sidebar, &PhotoSidebar::photoChosen);
     QTest::keyClick(sidebar.list(), Qt::Key_Delete);
@@ -141,7 +143,8 @@ TEST(PhotoSidebar, ticksARangeWithShiftInOneStep)
     EditHistory history{session, exportSession};
     importInto(session, photoUrls({"a", "b", "c", "d", "e", "f"}));
     session.setSelectedPhotoID(photoUrl("b"));
-    PhotoSidebar sidebar(session, history, exportSession);
+    ListedPhotos listed(session, exportSession);
+    PhotoSidebar sidebar(listed.model, session, history, exportSession);
     sidebar.resize(280, 700);
     sidebar.show();
     const auto pressTick = [&](int row, Qt::KeyboardModifiers modifiers) {
@@ -176,7 +179,8 @@ TEST(PhotoSidebar, keepsTheScrollBarOffItsRows)
     ExportSession exportSession;
     EditHistory history{session, exportSession};
     importInto(session, photoUrls({"a", "b", "c", "d", "e", "f"}));
-    PhotoSidebar sidebar(session, history, exportSession);
+    ListedPhotos listed(session, exportSession);
+    PhotoSidebar sidebar(listed.model, session, history, exportSession);
     sidebar.show();
     for (const int height : {800, 300}) {
         sidebar.resize(280, height);

@@ -242,7 +242,8 @@ TEST_F(Sheets, goOnToTheExportOnceTheFolderIsKnown)
 TEST_F(Sheets, tellHowManyAreExportedAndNotHowManyAreSettled)
 {
     EditHistory history(session, exportSession);
-    PhotoSidebar sidebar(session, history, exportSession, &window);
+    ListedPhotos listed(session, exportSession);
+    PhotoSidebar sidebar(listed.model, session, history, exportSession, &window);
     choose(folder.url());
     auto configuration = exportSession.configuration();
     configuration.collisionRule = CollisionRule::skip;
@@ -270,7 +271,8 @@ TEST_F(Sheets, reportAsksToTryAgainBeforeItCloses)
 TEST_F(Sheets, listIsLockedFromTheStartOfPlanning)
 {
     EditHistory history(session, exportSession);
-    PhotoSidebar sidebar(session, history, exportSession, &window);
+    ListedPhotos listed(session, exportSession);
+    PhotoSidebar sidebar(listed.model, session, history, exportSession, &window);
     const auto tryAll = [&] {
         child<QPushButton>(sidebar, "clearAllButton")->click();
         child<QAbstractButton>(sidebar, "includeAllBox")->click();

@@ -19,7 +19,6 @@ constexpr int rowHeight = 64;
 constexpr int thumbnailWidth = 64;
 constexpr int thumbnailHeight = 48;
 constexpr int textGap = 10;
-constexpr double excludedOpacity = 0.45;
 
 /// What the row's fill covers: the item without the inset at the sides and the gap below.
 QRect rowFill(const QRect& item)
@@ -42,6 +41,28 @@ QRect thumbnailBox(const QRect& item)
 }
 
 } // namespace
+
+std::optional<RowMark> rowMark(const PhotoListModel& model, int row)
+{
+    switch (model.exportState(row).value_or(PhotoExportState::waiting)) {
+    case PhotoExportState::exporting:
+        return RowMark{IconName::exportPhotos, &ThemeColors::accent};
+    case PhotoExportState::exported:
+        return RowMark{IconName::check, &ThemeColors::success};
+    case PhotoExportState::failed:
+        return RowMark{IconName::error, &ThemeColors::error};
+    case PhotoExportState::skipped:
+        return RowMark{IconName::info, &ThemeColors::text2};
+    case PhotoExportState::waiting:
+    case PhotoExportState::canceled:
+        break;
+    }
+    if (model.isUnreadable(row))
+        return RowMark{IconName::error, &ThemeColors::error};
+    if (model.hasOwnFraming(row))
+        return RowMark{IconName::ownFraming, model.areOwnFramingsUsed() ? &ThemeColors::accent : &ThemeColors::text2};
+    return std::nullopt;
+}
 
 PhotoRowDelegate::PhotoRowDelegate(PhotoListModel& model, ThumbnailCache& thumbnails, QObject* parent)
     : QStyledItemDelegate(parent), model_(model), thumbnails_(thumbnails)
@@ -102,7 +123,7 @@ void PhotoRowDelegate::paintThumbnail(QPainter& painter, const QRect& row, int i
     const QRect box = thumbnailBox(row);
     const double scale = painter.device()->devicePixelRatioF();
     const QImage image = thumbnails_.image(model_.photoID(index), box.size() * scale);
-    painter.setOpacity(model_.isIncluded(index) ? 1 : excludedOpacity);
+    painter.setOpacity(model_.isIncluded(index) ? 1 : excludedPhotoOpacity);
     if (image.isNull()) {
         painter.fillRect(box, themeColor(&ThemeColors::fill));
     } else {
@@ -144,10 +165,6 @@ int PhotoRowDelegate::paintTrailing(QPainter& painter, const QRect& row, int ind
     const QRect button = removeButton(row);
     const QRect mark(button.right() + 1 - Measure::fieldIcon - Space::iconEdge,
                      button.center().y() + 1 - Measure::fieldIcon / 2, Measure::fieldIcon, Measure::fieldIcon);
-    const auto drawMark = [&](IconName name, ColorRole color) {
-        paintIcon(painter, name, mark, Measure::fieldIcon, themeColor(color));
-        return mark.left() - Space::group;
-    };
     if (hovered) {
         painter.setPen(Qt::NoPen);
         painter.setBrush(themeColor(&ThemeColors::pressed));
@@ -155,24 +172,11 @@ int PhotoRowDelegate::paintTrailing(QPainter& painter, const QRect& row, int ind
         paintIcon(painter, IconName::remove, button, Measure::fieldIcon, themeColor(&ThemeColors::text));
         return button.left() - Space::group;
     }
-    switch (model_.exportState(index).value_or(PhotoExportState::waiting)) {
-    case PhotoExportState::exporting:
-        return drawMark(IconName::exportPhotos, &ThemeColors::accent);
-    case PhotoExportState::exported:
-        return drawMark(IconName::check, &ThemeColors::success);
-    case PhotoExportState::failed:
-        return drawMark(IconName::error, &ThemeColors::error);
-    case PhotoExportState::skipped:
-        return drawMark(IconName::info, &ThemeColors::text2);
-    case PhotoExportState::waiting:
-    case PhotoExportState::canceled:
-        break;
-    }
-    if (model_.isUnreadable(index))
-        return drawMark(IconName::error, &ThemeColors::error);
-    if (model_.hasOwnFraming(index))
-        return drawMark(IconName::ownFraming, model_.areOwnFramingsUsed() ? &ThemeColors::accent : &ThemeColors::text2);
-    return rowFill(row).right() - Space::group;
+    const std::optional<RowMark> shown = rowMark(model_, index);
+    if (!shown)
+        return rowFill(row).right() - Space::group;
+    paintIcon(painter, shown->icon, mark, Measure::fieldIcon, themeColor(shown->color));
+    return mark.left() - Space::group;
 }
 
 } // namespace ferrow

@@ -1,12 +1,26 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Features/PhotoSidebar/PhotoListModel.h"
+#include "Session/PhotoListModel.h"
 #include "Session/ThumbnailCache.h"
+
+#include "Widgets/Icons.h"
 
 #include <QStyledItemDelegate>
 
+#include <optional>
+
 namespace ferrow {
+
+/// Of the picture of a photo that is left out.
+inline constexpr double excludedPhotoOpacity = 0.45;
+
+/// What a photo is marked with at the end of its name: how its export went, that it can't be read, its own framing.
+struct RowMark {
+    IconName icon;
+    ColorRole color;
+};
+[[nodiscard]] std::optional<RowMark> rowMark(const PhotoListModel& model, int row);
 
 /// Draws the rows of the photo list and knows where their parts lie.
 class PhotoRowDelegate : public QStyledItemDelegate {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Features/PhotoSidebar/PhotoSidebar.h"
 
-#include "Features/PhotoSidebar/PhotoListModel.h"
 #include "Features/PhotoSidebar/PhotoListView.h"
 #include "Platform/Base/Localization.h"
+#include "Session/PhotoListModel.h"
 #include "Session/ThumbnailCache.h"
 #include "Session/WindowTexts.h"
 #include "Widgets/BareCheckBox.h"
@@ -36,8 +36,9 @@ QHBoxLayout* insetRow(QWidget* host, int height)
 
 } // namespace
 
-PhotoSidebar::PhotoSidebar(PhotoSession& session, EditHistory& history, ExportSession& exportSession, QWidget* parent)
-    : QWidget(parent), session_(session), history_(history), exportSession_(exportSession)
+PhotoSidebar::PhotoSidebar(PhotoListModel& model, PhotoSession& session, EditHistory& history,
+                           ExportSession& exportSession, QWidget* parent)
+    : QWidget(parent), model_(model), session_(session), history_(history), exportSession_(exportSession)
 {
     setObjectName(QStringLiteral("photoSidebar"));
     setGround(this, &ThemeColors::sidebar);
@@ -69,6 +70,7 @@ PhotoSidebar::PhotoSidebar(PhotoSession& session, EditHistory& history, ExportSe
     });
     for (const auto signal : {&ExportSession::progressChanged, &ExportSession::isPlanningChanged})
         connect(&exportSession_, signal, this, &PhotoSidebar::updateCounts);
+    connect(&model_, &PhotoListModel::shownChanged, this, &PhotoSidebar::updateCounts);
     updateCounts();
     followImport();
     followSelection();
@@ -76,17 +78,17 @@ PhotoSidebar::PhotoSidebar(PhotoSession& session, EditHistory& history, ExportSe
 
 void PhotoSidebar::buildList()
 {
-    model_ = new PhotoListModel(session_, exportSession_, this);
     thumbnails_ = new ThumbnailCache(session_, this);
-    list_ = new PhotoListView(*model_, *thumbnails_);
+    list_ = new PhotoListView(model_, *thumbnails_);
     connect(list_, &PhotoListView::rowSelected, this,
-            [this](int row) { session_.setSelectedPhotoID(model_->photoID(row)); });
+            [this](int row) { session_.setSelectedPhotoID(model_.photoID(row)); });
     connect(list_, &PhotoListView::rowChosen, this, &PhotoSidebar::photoChosen);
     connect(list_, &PhotoListView::toggleRequested, this,
-            [this](int row) { history_.toggleIncluded(model_->photoID(row)); });
+            [this](int row) { history_.toggleIncluded(model_.photoID(row)); });
     connect(list_, &PhotoListView::rangeToggleRequested, this, &PhotoSidebar::toggleRange);
-    connect(list_, &PhotoListView::removeRequested, this, [this](int row) { history_.remove({model_->photoID(row)}); });
-    connect(list_, &PhotoListView::contextMenuRequestedAt, this, &PhotoSidebar::showContextMenu);
+    connect(list_, &PhotoListView::removeRequested, this, [this](int row) { history_.remove({model_.photoID(row)}); });
+    connect(list_, &PhotoListView::contextMenuRequestedAt, this,
+            [this](int row, const QPoint& place) { showMenu(model_.photoID(row), place); });
 }
 
 QWidget* PhotoSidebar::buildHeader()
@@ -157,7 +159,7 @@ QWidget* PhotoSidebar::buildFooter()
 
 void PhotoSidebar::followSelection()
 {
-    list_->showSelected(model_->rowOf(session_.selectedPhotoID()));
+    list_->showSelected(model_.rowOf(session_.selectedPhotoID()));
 }
 
 void PhotoSidebar::followImport()
@@ -172,13 +174,8 @@ void PhotoSidebar::toggleRange(int from, int to)
 {
     std::vector<FileUrl> range;
     for (int row = std::min(from, to); row <= std::max(from, to); ++row)
-        range.push_back(model_->photoID(row));
-    history_.setIncluded(range, !model_->isIncluded(to));
-}
-
-void PhotoSidebar::setUnreadable(const FileUrl& photoID, bool isUnreadable)
-{
-    model_->setUnreadable(photoID, isUnreadable);
+        range.push_back(model_.photoID(row));
+    history_.setIncluded(range, !model_.isIncluded(to));
 }
 
 void PhotoSidebar::updateCounts()
@@ -193,7 +190,10 @@ void PhotoSidebar::updateCounts()
     includeAll_->setVisible(total > 0);
     includeAll_->setEnabled(!locked);
     includeAll_->setCheckState(included == 0 ? Qt::Unchecked : included == total ? Qt::Checked : Qt::PartiallyChecked);
-    count_->setText(total > 0 ? Localization::number(total) : QString());
+    const std::int64_t shown = model_.rowCount();
+    count_->setText(total == 0       ? QString()
+                    : shown == total ? Localization::number(total)
+                                     : WindowTexts::outOf(shown, total));
     clearAll_->setVisible(total > 0);
     clearAll_->setEnabled(!locked);
     if (exportSession_.isRunning()) {
@@ -205,9 +205,8 @@ void PhotoSidebar::updateCounts()
     followSelection();
 }
 
-void PhotoSidebar::showContextMenu(int row, const QPoint& place)
+void PhotoSidebar::showMenu(const FileUrl& photoID, const QPoint& place)
 {
-    const FileUrl photoID = model_->photoID(row);
     const bool locked = exportSession_.isBusy();
     auto* menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);

@@ -24,11 +24,12 @@ class PhotoSidebar : public QWidget {
     Q_OBJECT
 
 public:
-    PhotoSidebar(PhotoSession& session, EditHistory& history, ExportSession& exportSession, QWidget* parent = nullptr);
+    PhotoSidebar(PhotoListModel& model, PhotoSession& session, EditHistory& history, ExportSession& exportSession,
+                 QWidget* parent = nullptr);
 
     [[nodiscard]] PhotoListView* list() const { return list_; }
-    /// The photo's row shows that it could not be decoded.
-    void setUnreadable(const FileUrl& photoID, bool isUnreadable);
+    /// What can be done with the photo, as a menu.
+    void showMenu(const FileUrl& photoID, const QPoint& place);
 
 signals:
     void clearAllRequested();
@@ -48,12 +49,11 @@ private:
     void updateCounts();
     /// As one step; all become what the row `to` becomes.
     void toggleRange(int from, int to);
-    void showContextMenu(int row, const QPoint& place);
 
+    PhotoListModel& model_;
     PhotoSession& session_;
     EditHistory& history_;
     ExportSession& exportSession_;
-    PhotoListModel* model_ = nullptr;
     ThumbnailCache* thumbnails_ = nullptr;
     PhotoListView* list_ = nullptr;
     BareCheckBox* includeAll_ = nullptr;

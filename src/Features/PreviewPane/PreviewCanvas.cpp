@@ -163,6 +163,8 @@ void PreviewCanvas::keyPressEvent(QKeyEvent* event)
             setComparing(true);
     } else if (event->key() == Qt::Key_Delete) {
         emit removeRequested();
+    } else if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter || event->key() == Qt::Key_Escape) {
+        emit sheetRequested();
     } else {
         event->ignore();
     }

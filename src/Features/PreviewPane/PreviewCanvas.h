@@ -33,6 +33,8 @@ signals:
     /// The photo so many places further down the list.
     void stepRequested(int places);
     void removeRequested();
+    /// Enter or Esc: back to the sheet of all photos.
+    void sheetRequested();
 
 protected:
     void paintEvent(QPaintEvent* event) override;

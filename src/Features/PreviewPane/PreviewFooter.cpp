@@ -104,6 +104,20 @@ void PreviewFooter::setPagerShown(bool isShown)
     arrange();
 }
 
+void PreviewFooter::setTool(QWidget* tool)
+{
+    tool_ = tool;
+    tool_->setParent(this);
+    tool_->hide();
+    setTabOrder(pager_, tool_);
+}
+
+void PreviewFooter::setToolShown(bool isShown)
+{
+    tool_->setVisible(isShown);
+    arrange();
+}
+
 QSize PreviewFooter::sizeHint() const
 {
     return {440, Theme::current().scaled(Measure::footer)};
@@ -152,10 +166,15 @@ void PreviewFooter::arrange()
         widths.push_back(detailMetrics.horizontalAdvance(detail));
     const int nameWidth = name_->fontMetrics().horizontalAdvance(name_->text()) + 1;
     const int labelWidth = backdropLabel_->sizeHint().width();
-    const FooterFit fit = fitFooter(right - left, nameWidth, widths, labelWidth, Space::row);
+    const int toolWidth = tool_ && !tool_->isHidden() ? tool_->sizeHint().width() + Space::inspector : 0;
+    const FooterFit fit = fitFooter(right - left - toolWidth, nameWidth, widths, labelWidth, Space::row);
 
     backdropLabel_->setVisible(fit.showsBackdropLabel);
     place(backdropLabel_, right - labelWidth, labelWidth);
+    if (toolWidth > 0) {
+        const int end = fit.showsBackdropLabel ? right - labelWidth - Space::inspector : right - Space::group;
+        place(tool_, end - tool_->sizeHint().width(), tool_->sizeHint().width());
+    }
     place(name_, left, fit.nameWidth);
     detail_->setVisible(fit.detail >= 0);
     if (fit.detail < 0)

@@ -45,6 +45,9 @@ public:
     /// Without a photo, which an `index` below 0 says, the text is empty and the arrows are disabled.
     void setPosition(int index, int count);
     void setPagerShown(bool isShown);
+    /// A control that stands before the backdrops while it is shown.
+    void setTool(QWidget* tool);
+    void setToolShown(bool isShown);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -68,6 +71,7 @@ private:
     QLabel* detail_ = nullptr;
     QLabel* backdropLabel_ = nullptr;
     BackdropDots* dots_ = nullptr;
+    QWidget* tool_ = nullptr; ///< None before setTool().
     std::vector<QString> details_;
 };
 

@@ -161,6 +161,7 @@ void PreviewPane::connectParts()
 {
     connect(canvas_, &PreviewCanvas::zoomChanged, this, &PreviewPane::zoomChanged);
     connect(canvas_, &PreviewCanvas::stepRequested, this, &PreviewPane::step);
+    connect(canvas_, &PreviewCanvas::sheetRequested, this, &PreviewPane::sheetRequested);
     connect(canvas_, &PreviewCanvas::removeRequested, this, &PreviewPane::removeSelected);
     connect(&canvas_->picture(), &PreviewPicture::changed, this, &PreviewPane::renewLoading);
     connect(&loadingDelay_, &QTimer::timeout, this, [this] {
@@ -239,6 +240,30 @@ void PreviewPane::setDropTarget(std::optional<int> fileCount)
         drop_->hide();
 }
 
+void PreviewPane::setSheet(QWidget* sheet, QWidget* control)
+{
+    sheet_ = sheet;
+    auto* layers = static_cast<QGridLayout*>(area_->layout());
+    layers->addWidget(sheet_, 0, 0);
+    sheet_->hide();
+    drop_->raise();
+    footer_->setTool(control);
+}
+
+void PreviewPane::setSheetShown(bool isShown)
+{
+    if (!sheet_ || std::exchange(isSheetShown_, isShown) == isShown)
+        return;
+    const bool hadFocus = area_->isAncestorOf(window()->focusWidget());
+    footer_->setToolShown(isShown);
+    requester_->setPaused(isShown);
+    followSelection();
+    if (!hadFocus || session_.photos().empty())
+        return;
+    QWidget* next = isShown ? sheet_->focusProxy() : canvas_;
+    next->setFocus(Qt::OtherFocusReason);
+}
+
 void PreviewPane::setNarrow(bool isNarrow)
 {
     footer_->setPagerShown(isNarrow);
@@ -273,18 +298,22 @@ void PreviewPane::followSelection()
     const bool isEmpty = session_.photos().empty();
     const bool handsFocusOn = !isEmpty && empty_->isAncestorOf(window()->focusWidget());
     if (handsFocusOn) {
-        canvas_->setVisible(true);
-        canvas_->setFocus(Qt::OtherFocusReason);
+        QWidget* next = isSheetShown_ ? sheet_ : canvas_;
+        next->setVisible(true);
+        next->setFocus(Qt::OtherFocusReason);
     }
     empty_->setVisible(isEmpty);
-    canvas_->setVisible(!isEmpty);
+    canvas_->setVisible(!isEmpty && !isSheetShown_);
+    if (sheet_)
+        sheet_->setVisible(!isEmpty && isSheetShown_);
     if (handsFocusOn)
         emit focusHandedOn();
     footer_->setVisible(!isEmpty);
 
     const ImportedPhoto* photo = session_.selectedPhoto();
     const std::optional<FileUrl> selected = photo ? std::optional(photo->id()) : std::nullopt;
-    if (selected != shownPhoto_) {
+    // Nobody sees the single photo; coming back to it finds another selected.
+    if (selected != shownPhoto_ && !isSheetShown_) {
         shownPhoto_ = selected;
         hideErrors();
         renewNotice();
@@ -302,7 +331,7 @@ void PreviewPane::followRecipe()
     // A render follows by itself. A stand-in with the same framing stays, and with it the render on its way.
     const RenderRecipe& recipe = session_.resolvedRecipe(photo->id());
     const PreviewPicture& picture = canvas_->picture();
-    if (!hasLoadError_ && (!picture.isShown() || (picture.isStandIn() && picture.recipe() != recipe)))
+    if (!hasLoadError_ && !isSheetShown_ && (!picture.isShown() || (picture.isStandIn() && picture.recipe() != recipe)))
         showStandIn();
     renewNotice();
     renewTexts();
@@ -406,7 +435,8 @@ void PreviewPane::followBackdrop()
 
 void PreviewPane::step(int places)
 {
-    const std::optional<std::size_t> index = shownPhoto_ ? session_.indexOf(*shownPhoto_) : std::nullopt;
+    const std::optional<FileUrl>& selected = session_.selectedPhotoID();
+    const std::optional<std::size_t> index = selected ? session_.indexOf(*selected) : std::nullopt;
     if (!index)
         return;
     const std::int64_t last = std::int64_t(session_.photos().size()) - 1;
@@ -426,14 +456,14 @@ void PreviewPane::renewTexts()
     }
 
     const QString name = photo->filename();
-    if (hasLoadError_) {
+    if (hasLoadError_ && !isSheetShown_) {
         footer_->setPhoto(name, {QStringLiteral("Not readable")});
         canvas_->setAccessibleName(QStringLiteral("Preview of %1, not readable").arg(name));
         return;
     }
     const std::optional<PixelSize> output =
         framedSize(*photo, session_.resolvedRecipe(photo->id()), exportSession_.settings().size);
-    if (loadingLine_->isHidden())
+    if (loadingLine_->isHidden() || isSheetShown_)
         footer_->setPhoto(name, sizeDetails(*photo, output));
     else
         footer_->setPhoto(name, {QStringLiteral("Loading %1").arg(photo->pixelSize.formatted())});

@@ -48,6 +48,10 @@ public:
     /// A drop of so many photos would be taken, anywhere in the window; 0: of an unknown number. Nothing when it has
     /// left or been dropped.
     void setDropTarget(std::optional<int> fileCount);
+    /// What is shown in place of the single photo while setSheetShown() says so, and its control for the footer.
+    void setSheet(QWidget* sheet, QWidget* control);
+    void setSheetShown(bool isShown);
+    [[nodiscard]] bool isSheetShown() const { return isSheetShown_; }
     /// There is no list beside it: the footer leads through the photos.
     void setNarrow(bool isNarrow);
     /// The selected photo could not be decoded. Gone with the next selection, a retry, or when it has been loaded after
@@ -62,6 +66,8 @@ signals:
     void addPhotosRequested();
     void addFolderRequested();
     void cancelExportRequested();
+    /// By Enter or Esc over the single photo.
+    void sheetRequested();
     void retryRequested();
     /// Of the selected photo, which can't be read.
     void showInFolderRequested();
@@ -100,6 +106,7 @@ private:
     std::optional<LogoAssetReference> missingLogo_;   ///< The last that could not be loaded.
     std::optional<LogoAssetReference> dismissedLogo_; ///< Missing too, but the user has read of it.
     QString missingLogoText_;
+    bool isSheetShown_ = false;
     bool hasLoadError_ = false;
     bool hasToldUnsaved_ = false;
     QTimer loadingDelay_;
@@ -107,6 +114,7 @@ private:
     PreviewRequester* requester_ = nullptr;
     QWidget* area_ = nullptr;
     PreviewCanvas* canvas_ = nullptr;
+    QWidget* sheet_ = nullptr; ///< None before setSheet().
     EmptyPreview* empty_ = nullptr;
     ErrorCard* error_ = nullptr;
     NoticeCard* notice_ = nullptr;

@@ -25,8 +25,16 @@ PreviewRequester::PreviewRequester(PhotoSession& session, const ExportSession& e
     update();
 }
 
+void PreviewRequester::setPaused(bool isPaused)
+{
+    isPaused_ = isPaused;
+    update();
+}
+
 void PreviewRequester::update()
 {
+    if (isPaused_)
+        return giveUp();
     const ImportedPhoto* selected = session_.selectedPhoto();
     const std::optional<ImportedPhoto>& loaded = loader_.photo();
     // The picture of the photo before stays published while the next one is decoded.

@@ -22,6 +22,9 @@ public:
     PreviewRequester(PhotoSession& session, const ExportSession& exportSession, PreviewLoader& loader,
                      PreviewRenderQueue& queue, QObject* parent = nullptr);
 
+    /// Nothing is asked for while nobody sees it.
+    void setPaused(bool isPaused);
+
 private:
     struct Asked {
         FileUrl photoID;
@@ -39,6 +42,7 @@ private:
     PreviewLoader& loader_;
     PreviewRenderQueue& queue_;
     std::optional<Asked> asked_;
+    bool isPaused_ = false;
 };
 
 } // namespace ferrow

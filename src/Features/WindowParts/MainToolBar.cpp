@@ -8,6 +8,7 @@
 #include "Widgets/HairLine.h"
 #include "Widgets/Icons.h"
 #include "Widgets/MenuButton.h"
+#include "Widgets/SegmentedControl.h"
 #include "Widgets/Theme.h"
 
 #include <QHBoxLayout>
@@ -22,8 +23,10 @@ namespace {
 
 constexpr int zoomWidth = 56;
 constexpr int dividerHeight = 20;
-/// Below this width minus and plus are hidden, also where there is room for them.
-constexpr int fullWidth = 1'040;
+/// Below this width the views are told apart by icons, also where there is room for their names.
+constexpr int fullWidth = 1'200;
+/// Below this one minus and plus are hidden likewise.
+constexpr int zoomButtonsWidth = 1'040;
 
 QPushButton* iconButton(IconName name, QAction* action, const QString& objectName)
 {
@@ -125,6 +128,7 @@ QWidget* MainToolBar::buildView()
 {
     auto* host = new QWidget;
     QHBoxLayout* row = rowOf(host);
+    buildViews(host);
     zoomOut_ = iconButton(IconName::zoomOut, actions_.zoomOut, QStringLiteral("zoomOutButton"));
     zoom_ = new QPushButton;
     zoom_->setObjectName(QStringLiteral("zoomButton"));
@@ -152,6 +156,24 @@ QWidget* MainToolBar::buildView()
     row->addSpacing(Space::group);
     row->addWidget(compare_);
     return host;
+}
+
+void MainToolBar::buildViews(QWidget* host)
+{
+    views_ = new SegmentedControl(QStringLiteral("View"), {QStringLiteral("Single"), QStringLiteral("Contact Sheet")});
+    views_->setObjectName(QStringLiteral("viewSegments"));
+    views_->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    views_->setToolTip(QStringLiteral("%1 (%2)").arg(
+        actions_.contactSheet->text(), actions_.contactSheet->shortcut().toString(QKeySequence::NativeText)));
+    connect(views_, &SegmentedControl::chosen, actions_.contactSheet, &QAction::trigger);
+    views_->setIcons({IconName::photo, IconName::tilesSmall});
+    host->layout()->addWidget(views_);
+    auto* surroundings = new QWidget;
+    auto* around = new QHBoxLayout(surroundings);
+    around->setContentsMargins(Space::group, 0, Space::group, 0);
+    around->addWidget(divider());
+    host->layout()->addWidget(surroundings);
+    viewsDivider_ = surroundings;
 }
 
 QWidget* MainToolBar::buildResult()
@@ -213,6 +235,7 @@ QMenu* MainToolBar::mainMenu()
                             actions_.zoomOut,
                             actions_.zoomToFit,
                             actions_.zoomToActualPixels,
+                            actions_.contactSheet,
                             actions_.toggleSidebar,
                             static_cast<QAction*>(nullptr),
                             actions_.settings,
@@ -227,20 +250,30 @@ QMenu* MainToolBar::mainMenu()
 
 void MainToolBar::setZoom(double zoom, bool isFit)
 {
-    const bool shown = zoom > 0;
+    const bool shown = zoom > 0 && !isSheetShown_;
     zoom_->setText(shown ? QStringLiteral("%1%").arg(qRound(zoom * 100)) : QStringLiteral("–"));
     zoom_->setToolTip(QStringLiteral("Zoom"));
     zoom_->setAccessibleName(shown ? QStringLiteral("Zoom, %1").arg(zoom_->text()) : QStringLiteral("Zoom"));
     zoom_->setEnabled(shown);
     for (QAction* action : {actions_.zoomIn, actions_.zoomOut, actions_.zoomToFit, actions_.zoomToActualPixels})
         action->setEnabled(shown);
+    if (isSheetShown_)
+        for (QAction* action : {actions_.zoomIn, actions_.zoomOut})
+            action->setEnabled(true);
     actions_.zoomToFit->setChecked(shown && isFit);
     actions_.zoomToActualPixels->setChecked(shown && qRound(zoom * 100) == 100);
 }
 
 void MainToolBar::setComparable(bool comparable)
 {
-    compare_->setEnabled(comparable);
+    compare_->setEnabled(comparable && !isSheetShown_);
+}
+
+void MainToolBar::setSheetShown(bool isShown)
+{
+    isSheetShown_ = isShown;
+    actions_.contactSheet->setChecked(isShown);
+    views_->setCurrentIndex(isShown ? 1 : 0);
 }
 
 void MainToolBar::setSidebarShown(bool shown)
@@ -257,13 +290,16 @@ void MainToolBar::setAddEnabled(bool enabled)
 void MainToolBar::giveWay(int steps)
 {
     waysGiven_ = steps;
-    zoomOut_->setVisible(steps < 1);
-    zoomIn_->setVisible(steps < 1);
-    presets_->setText(steps < 2 ? QStringLiteral("Presets") : QString());
-    add_->setText(steps < 3 ? QStringLiteral("Add") : QString());
-    fit_->setVisible(steps < 4);
-    actualPixels_->setVisible(steps < 4);
-    export_->setText(steps < 5 ? QStringLiteral("Export Batch") : QString());
+    views_->setIconsShown(steps >= 1);
+    zoomOut_->setVisible(steps < 2);
+    zoomIn_->setVisible(steps < 2);
+    presets_->setText(steps < 3 ? QStringLiteral("Presets") : QString());
+    add_->setText(steps < 4 ? QStringLiteral("Add") : QString());
+    fit_->setVisible(steps < 5);
+    actualPixels_->setVisible(steps < 5);
+    export_->setText(steps < 6 ? QStringLiteral("Export Batch") : QString());
+    views_->setVisible(steps < 7);
+    viewsDivider_->setVisible(steps < 7);
 }
 
 /// What each step needs, so that a window being resized only has to look it up.
@@ -278,6 +314,7 @@ void MainToolBar::measure()
             needed += group->sizeHint().width();
     }
     needed_[0] = std::max(needed_[0], fullWidth);
+    needed_[1] = std::max(needed_[1], zoomButtonsWidth);
 }
 
 void MainToolBar::placeView()

@@ -12,6 +12,7 @@ namespace ferrow {
 
 class ExpanderButton;
 class MenuButton;
+class SegmentedControl;
 class WindowActions;
 
 /// Verbs on the left, the view in the middle, the result on the right. Where they don't fit, labels and then buttons
@@ -25,6 +26,9 @@ public:
     /// The zoom as the preview has it; 0 while nothing is shown.
     void setZoom(double zoom, bool isFit);
     void setComparable(bool comparable);
+    /// Which of the two views is shown. With the sheet, in and out change the size of its cells, and nothing else of
+    /// the single photo's view can be used.
+    void setSheetShown(bool isShown);
     /// The button that shows and hides it tells this to assistive technology.
     void setSidebarShown(bool shown);
     /// While photos are being added or exported.
@@ -41,6 +45,7 @@ protected:
 private:
     QWidget* buildVerbs();
     QWidget* buildView();
+    void buildViews(QWidget* host);
     QWidget* buildResult();
     QMenu* zoomMenu();
     QMenu* mainMenu();
@@ -50,8 +55,11 @@ private:
     [[nodiscard]] std::array<QWidget*, 3> groups() const { return {verbs_, view_, result_}; }
 
     WindowActions& actions_;
-    std::array<int, 6> needed_{}; ///< Width of the bar by how many of the steps that hide something it has taken.
+    std::array<int, 8> needed_{}; ///< Width of the bar by how many of the steps that hide something it has taken.
     int waysGiven_ = 0;
+    bool isSheetShown_ = false;
+    SegmentedControl* views_ = nullptr;
+    QWidget* viewsDivider_ = nullptr;
     ExpanderButton* sidebar_ = nullptr;
     MenuButton* add_ = nullptr;
     QPushButton* presets_ = nullptr;

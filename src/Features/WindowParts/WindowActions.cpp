@@ -36,6 +36,7 @@ WindowActions::WindowActions(QWidget& window, QUndoStack& stack) : QObject(&wind
     zoomOut = add(window, view, QStringLiteral("Zoom Out"), {Qt::CTRL | Qt::Key_Minus});
     zoomToFit = add(window, view, QStringLiteral("Zoom to Fit"), {Qt::CTRL | Qt::Key_0});
     zoomToActualPixels = add(window, view, QStringLiteral("Zoom to 100 %"), {Qt::CTRL | Qt::Key_1});
+    contactSheet = add(window, view, QStringLiteral("Contact Sheet"), {Qt::CTRL | Qt::SHIFT | Qt::Key_G});
     toggleSidebar = add(window, view, QStringLiteral("Show or Hide Photos"), {Qt::Key_F9});
     nextArea = add(window, view, QStringLiteral("Next Part of the Window"), {Qt::Key_F6});
     previousArea = add(window, view, QStringLiteral("Previous Part of the Window"), {Qt::SHIFT | Qt::Key_F6});
@@ -52,7 +53,7 @@ WindowActions::WindowActions(QWidget& window, QUndoStack& stack) : QObject(&wind
     shortcuts = add(window, program, QStringLiteral("Keyboard Shortcuts"),
                     {Qt::CTRL | Qt::Key_Question, Qt::CTRL | Qt::Key_Slash, Qt::Key_F1});
     quit = add(window, program, QStringLiteral("Quit"), {Qt::CTRL | Qt::Key_Q, Qt::CTRL | Qt::Key_W});
-    for (QAction* toggle : {zoomToFit, zoomToActualPixels, toggleSidebar})
+    for (QAction* toggle : {zoomToFit, zoomToActualPixels, contactSheet, toggleSidebar})
         toggle->setCheckable(true);
 }
 
@@ -85,6 +86,14 @@ std::vector<ListedShortcut> WindowActions::listedShortcuts() const
     const QString preview = QStringLiteral("Preview");
     list.push_back({preview, QStringLiteral("Show the bare photo while held"), {Qt::Key_Backslash}});
     list.push_back({preview, QStringLiteral("Previous or next photo"), {Qt::Key_Left, Qt::Key_Right}});
+    const QString sheet = QStringLiteral("Contact sheet");
+    list.push_back({sheet, QStringLiteral("Include or leave out"), {Qt::Key_Space}});
+    list.push_back({sheet,
+                    QStringLiteral("Select a range to include, leave out or remove"),
+                    {Qt::SHIFT | Qt::Key_Left, Qt::SHIFT | Qt::Key_Right}});
+    list.push_back({sheet, QStringLiteral("Show the photo alone, and the sheet again"), {Qt::Key_Return}});
+    list.push_back({sheet, QStringLiteral("Remove from the list"), {Qt::Key_Delete}});
+    list.push_back({sheet, QStringLiteral("Type a name to find it"), {}});
     const QString caption = QStringLiteral("Caption");
     list.push_back({caption, QStringLiteral("Move the chip"), {Qt::ALT | Qt::Key_Left, Qt::ALT | Qt::Key_Right}});
     list.push_back({caption, QStringLiteral("Edit the chip"), {Qt::Key_Return, Qt::Key_F2}});

@@ -47,6 +47,7 @@ public:
     QAction* zoomToFit = nullptr;
     QAction* zoomToActualPixels = nullptr;
     QAction* toggleSidebar = nullptr;
+    QAction* contactSheet = nullptr;
     QAction* previousCaption = nullptr;
     QAction* nextCaption = nullptr;
     QAction* moveCaptionLeft = nullptr;

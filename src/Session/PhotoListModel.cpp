@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Features/PhotoSidebar/PhotoListModel.h"
+#include "Session/PhotoListModel.h"
 
 #include "Session/WindowTexts.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace ferrow {
 
@@ -30,12 +31,22 @@ QString stateText(PhotoExportState state)
 
 } // namespace
 
-PhotoListModel::PhotoListModel(PhotoSession& session, ExportSession& exportSession, QObject* parent)
-    : QAbstractListModel(parent), session_(session), exportSession_(exportSession)
+PhotoListModel::PhotoListModel(PhotoSession& session, ExportSession& exportSession, PhotoWarnings& warnings,
+                               QObject* parent)
+    : QAbstractListModel(parent), session_(session), exportSession_(exportSession), warnings_(warnings)
 {
     followPhotos();
     connect(&session, &PhotoSession::photosChanged, this, &PhotoListModel::followPhotos);
-    connect(&session, &PhotoSession::excludedPhotoIDsChanged, this, &PhotoListModel::repaintAll);
+    connect(&session, &PhotoSession::excludedPhotoIDsChanged, this, [this] {
+        if (filter_.kind != PhotoFilter::Kind::all)
+            followPhotos();
+        repaintAll();
+    });
+    connect(&warnings, &PhotoWarnings::changed, this, [this] {
+        if (filter_.kind == PhotoFilter::Kind::withWarnings)
+            followPhotos();
+        repaintAll();
+    });
     connect(&session, &PhotoSession::photoRecipesChanged, this, &PhotoListModel::repaintAll);
     connect(&session, &PhotoSession::recipeScopeChanged, this, &PhotoListModel::repaintAll);
     connect(&exportSession, &ExportSession::progressChanged, this, &PhotoListModel::repaintAll);
@@ -62,6 +73,10 @@ int PhotoListModel::rowOf(const std::optional<FileUrl>& photoID) const
 {
     if (!photoID)
         return -1;
+    if (filter_ != PhotoFilter()) {
+        const auto found = filteredRows_.find(*photoID);
+        return found == filteredRows_.end() ? -1 : found->second;
+    }
     const std::optional<std::size_t> position = session_.indexOf(*photoID);
     return position && *position < rows_.size() ? int(*position) : -1;
 }
@@ -84,6 +99,7 @@ QVariant PhotoListModel::data(const QModelIndex& index, int role) const
         QStringList parts{shown->filename(), shown->pixelSize.formatted()};
         if (isUnreadable(index.row()))
             parts << QStringLiteral("not readable");
+        parts << warnings(index.row());
         if (hasOwnFraming(index.row()))
             parts << (areOwnFramingsUsed() ? QStringLiteral("own framing") : QStringLiteral("own framing, not used"));
         if (const std::optional<PhotoExportState> state = exportState(index.row()))
@@ -107,7 +123,12 @@ void PhotoListModel::followPhotos()
     std::vector<FileUrl> now;
     now.reserve(session_.photos().size());
     for (const ImportedPhoto& photo : session_.photos())
-        now.push_back(photo.id());
+        if (passes(photo.id()))
+            now.push_back(photo.id());
+    filteredRows_.clear();
+    if (filter_ != PhotoFilter())
+        for (std::size_t row = 0; row < now.size(); ++row)
+            filteredRows_.try_emplace(now[row], int(row));
 
     // Whoever adds a file again may have mended it.
     std::erase_if(unreadable_, [this](const FileUrl& photoID) { return !session_.indexOf(photoID); });
@@ -132,6 +153,34 @@ void PhotoListModel::followPhotos()
         rows_ = std::move(now);
         endInsertRows();
     }
+    if (removed > 0 || added > 0)
+        emit shownChanged();
+}
+
+bool PhotoListModel::passes(const FileUrl& photoID) const
+{
+    switch (filter_.kind) {
+    case PhotoFilter::Kind::all:
+        return true;
+    case PhotoFilter::Kind::included:
+        return session_.isIncluded(photoID);
+    case PhotoFilter::Kind::withWarnings:
+        break;
+    }
+    return !warnings_.of(photoID).isEmpty();
+}
+
+void PhotoListModel::setFilter(const PhotoFilter& filter)
+{
+    if (std::exchange(filter_, filter) == filter)
+        return;
+    followPhotos();
+    emit filterChanged();
+}
+
+QStringList PhotoListModel::warnings(int row) const
+{
+    return warnings_.of(photoID(row));
 }
 
 void PhotoListModel::setUnreadable(const FileUrl& photoID, bool isUnreadable)

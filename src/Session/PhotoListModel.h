@@ -3,22 +3,37 @@
 
 #include "Session/ExportSession.h"
 #include "Session/PhotoSession.h"
+#include "Session/PhotoWarnings.h"
 
 #include <QAbstractListModel>
 
 #include <optional>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
 namespace ferrow {
 
-/// The session's photos as rows. A change of the list becomes the one removal or insertion that it mostly is, so that
-/// ten thousand rows keep their scroll position and their selection.
+/// Which photos of the session are shown as rows. The others are exported all the same.
+struct PhotoFilter {
+    enum class Kind { all, included, withWarnings };
+
+    Kind kind = Kind::all;
+
+    bool operator==(const PhotoFilter&) const = default;
+};
+
+/// The session's photos as rows, for the list and the contact sheet alike. A change of the list becomes the one removal
+/// or insertion that it mostly is, so that ten thousand rows keep their scroll position and their selection.
 class PhotoListModel : public QAbstractListModel {
     Q_OBJECT
 
 public:
-    PhotoListModel(PhotoSession& session, ExportSession& exportSession, QObject* parent = nullptr);
+    PhotoListModel(PhotoSession& session, ExportSession& exportSession, PhotoWarnings& warnings,
+                   QObject* parent = nullptr);
+
+    [[nodiscard]] const PhotoFilter& filter() const { return filter_; }
+    void setFilter(const PhotoFilter& filter);
 
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
     /// DisplayRole: file name. CheckStateRole: inclusion. AccessibleTextRole: all that the row shows.
@@ -33,18 +48,29 @@ public:
     [[nodiscard]] std::optional<PhotoExportState> exportState(int row) const;
     /// Its preview could not be decoded when it was last looked at.
     [[nodiscard]] bool isUnreadable(int row) const { return unreadable_.contains(photoID(row)); }
+    /// What the check before an export would say of it, in a few words each.
+    [[nodiscard]] QStringList warnings(int row) const;
     void setUnreadable(const FileUrl& photoID, bool isUnreadable);
     /// The row of a photo, or -1.
     [[nodiscard]] int rowOf(const std::optional<FileUrl>& photoID) const;
 
+signals:
+    void filterChanged();
+    /// Other rows than before, by whatever cause.
+    void shownChanged();
+
 private:
     void followPhotos();
+    [[nodiscard]] bool passes(const FileUrl& photoID) const;
     void repaint(const FileUrl& photoID);
     void repaintAll();
 
     PhotoSession& session_;
     ExportSession& exportSession_;
+    PhotoWarnings& warnings_;
+    PhotoFilter filter_;
     std::vector<FileUrl> rows_;
+    std::unordered_map<FileUrl, int> filteredRows_; ///< Where the rows are not the session's photos one for one.
     std::unordered_set<FileUrl> unreadable_;
 };
 
