@@ -7,6 +7,13 @@ target_compile_options(ferrow_options INTERFACE -Wall -Wextra -Wpedantic -Wshado
                        -Wno-missing-field-initializers)
 target_compile_definitions(ferrow_options INTERFACE QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING
                            QT_NO_FOREACH _FILE_OFFSET_BITS=64)
+# Rooms name the libraries that any of their parts calls. Each program loads those that it calls itself: loading all of
+# them would take longer than framing a small photo.
+include(CheckLinkerFlag)
+check_linker_flag(CXX -Wl,--as-needed FERROW_HAS_AS_NEEDED)
+if(FERROW_HAS_AS_NEEDED)
+    target_link_options(ferrow_options INTERFACE -Wl,--as-needed)
+endif()
 if(FERROW_WARNINGS_AS_ERRORS)
     target_compile_options(ferrow_options INTERFACE -Werror)
 endif()
@@ -49,7 +56,7 @@ function(ferrow_tests name)
     cmake_parse_arguments(TEST "" "" "SOURCES;LINKS" ${ARGN})
     add_executable(${name} ${TEST_SOURCES} ${PROJECT_SOURCE_DIR}/tests/Support/Main.cpp)
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
-    target_link_libraries(${name} PRIVATE ferrow_options GTest::gmock Qt6::Gui ${TEST_LINKS})
+    target_link_libraries(${name} PRIVATE ferrow_options GTest::gmock Qt6::Gui Ferrow::Engine ${TEST_LINKS})
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT 600)
 endfunction()

@@ -234,6 +234,7 @@ int runBatch(const Arguments& arguments, const std::stop_token& stop)
     const Run run{arguments, settings, corrections, reporter, progress, stop};
     if (writesNone)
         return Planning(run, scan).run();
+    const std::jthread fonts = loadingFonts(settings.recipe);
 
     BatchImportResult batch = BatchImporter::importScanned(
         scan, [](const FileUrl& url, const std::stop_token& stopped) { return ImageLoader::load(url, 0, stopped); },

@@ -117,6 +117,7 @@ try {
     Settings settings = resolvedSettings(arguments);
     const RunLogo logo(arguments, settings);
     warnOfMissingFonts(settings.recipe);
+    const std::jthread fonts = loadingFonts(settings.recipe);
 
     const OpenedFile source = standardInput(stop);
     ImportedPhoto photo = ImageLoader::load(source, 0, stop);

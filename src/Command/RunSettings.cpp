@@ -3,6 +3,7 @@
 
 #include "Command/Output.h"
 #include "Imaging/CaptionDrawing.h"
+#include "Platform/Text/TextFrame.h"
 #include "Persistence/ManagedLogoStore.h"
 #include "Persistence/PresetLibrary.h"
 #include "Platform/Files/FileStatus.h"
@@ -96,6 +97,17 @@ RunLogo::RunLogo(const Arguments& arguments, Settings& settings)
         throw UsageError{QStringLiteral("--logo: options about a logo need a logo.")};
     for (const auto& change : arguments.logoChanges)
         change(*settings.recipe.logo);
+}
+
+std::jthread loadingFonts(const RenderRecipe& recipe)
+{
+    if (std::ranges::none_of(recipe.captions, &Caption::isEnabled))
+        return {};
+    try {
+        return std::jthread([] { static_cast<void>(TextFrame(QStringLiteral("A"), {}).suggestedSize({100, 100})); });
+    } catch (const std::system_error&) {
+        return {}; // No thread to be had: they are loaded when a caption is drawn.
+    }
 }
 
 void warnOfMissingFonts(const RenderRecipe& recipe)

@@ -5,6 +5,7 @@
 #include "Persistence/TemporaryLogoFolder.h"
 
 #include <optional>
+#include <thread>
 
 /// What the command line, its presets and its logo come to, for every command that frames.
 namespace ferrow::Command {
@@ -30,6 +31,10 @@ public:
 private:
     std::optional<TemporaryLogoFolder> folder_;
 };
+
+/// Loads the system's fonts in the background where captions are drawn: it takes as long as the first worker takes to
+/// start, and nobody waits for both.
+[[nodiscard]] std::jthread loadingFonts(const RenderRecipe& recipe);
 
 /// Says on standard error which families other fonts stand in for.
 void warnOfMissingFonts(const RenderRecipe& recipe);

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Engine/Answerer.h"
 
-#include "Engine/InProcessAnswerer.h"
-
+#include <stdexcept>
 #include <utility>
 
 namespace ferrow::Engine {
@@ -11,7 +10,7 @@ namespace {
 
 std::unique_ptr<Answerer>& current()
 {
-    static std::unique_ptr<Answerer> answerer = std::make_unique<InProcessAnswerer>();
+    static std::unique_ptr<Answerer> answerer;
     return answerer;
 }
 
@@ -19,6 +18,8 @@ std::unique_ptr<Answerer>& current()
 
 Answerer& answerer()
 {
+    if (!current())
+        throw std::logic_error("nobody was chosen to answer requests");
     return *current();
 }
 

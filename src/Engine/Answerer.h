@@ -29,7 +29,8 @@ public:
     [[nodiscard]] virtual LogoAnswer rasterizeLogo(const LogoRequest& request, const std::stop_token& stop) = 0;
 };
 
-/// The process-wide answerer: this process itself until a program chooses another at its start.
+/// The process-wide answerer, which each program chooses at its start: none is there by itself, so that no program
+/// links the codecs that only workers call. Throws std::logic_error where none was chosen.
 [[nodiscard]] Answerer& answerer();
 void setAnswerer(std::unique_ptr<Answerer> answerer);
 

@@ -3,6 +3,7 @@
 
 #include "Engine/Answerer.h"
 #include "Engine/JobObserver.h"
+#include "Engine/LogoRasterizer.h"
 
 namespace ferrow::Engine {
 
@@ -10,9 +11,14 @@ namespace ferrow::Engine {
 /// itself.
 class InProcessAnswerer : public Answerer {
 public:
-    InProcessAnswerer() = default;
-    /// `observer` must outlive the answerer, and looks on at one job at a time.
-    explicit InProcessAnswerer(JobObserver& observer) : observer_(&observer) {}
+    using LogoRasterizer = decltype(&Engine::rasterizeLogo);
+
+    InProcessAnswerer() : logos_(&Engine::rasterizeLogo) {}
+    /// `observer` must outlive the answerer, and looks on at one job at a time. Without `logos` none are answered.
+    explicit InProcessAnswerer(JobObserver& observer, LogoRasterizer logos = nullptr)
+        : observer_(&observer), logos_(logos)
+    {
+    }
     InProcessAnswerer(const InProcessAnswerer&) = delete;
     InProcessAnswerer& operator=(const InProcessAnswerer&) = delete;
 
@@ -25,6 +31,7 @@ public:
 private:
     JobObserver ignorant_;
     JobObserver* observer_ = &ignorant_;
+    LogoRasterizer logos_;
 };
 
 } // namespace ferrow::Engine

@@ -176,6 +176,12 @@ OpenedPhoto openPhoto(const SourceFile& source, const DecodeOptions& options)
     });
 }
 
+JobSize jobSize(const OpenedPhoto& photo, std::int64_t bytes)
+{
+    const PixelSize size = photo.decoder->storedSize();
+    return {size.width * size.height, photo.type == FileType::heif, bytes};
+}
+
 std::optional<CodedData> codedDataOf(const OpenedPhoto& photo)
 {
     const std::optional<BlockGrid> grid = photo.decoder->blockGrid(photo.orientation);

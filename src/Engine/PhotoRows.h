@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Engine/JobObserver.h"
 #include "Engine/Requests.h"
 #include "Engine/RowSource.h"
 #include "Platform/Codecs/ImageDecoder.h"
@@ -29,6 +30,9 @@ struct OpenedPhoto {
 
 /// Type by content, properties, orientation, decoder, limits, in this order. Throws ImagePipelineError.
 [[nodiscard]] OpenedPhoto openPhoto(const SourceFile& source, const DecodeOptions& options);
+
+/// Of a job that reads the photo and holds `bytes` at once.
+[[nodiscard]] JobSize jobSize(const OpenedPhoto& photo, std::int64_t bytes);
 
 /// For what keeps a JPEG's coded data; none where that can't be.
 [[nodiscard]] std::optional<CodedData> codedDataOf(const OpenedPhoto& photo);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Worker/Server.h"
 
-#include "Engine/InProcessAnswerer.h"
 #include "Platform/Base/Cancellation.h"
 #include "Worker/MessageParts.h"
 
@@ -40,7 +39,9 @@ AnsweredPicture answeredPicture(const Bitmap& picture, int memory)
 
 class Server : private Engine::JobObserver {
 public:
-    explicit Server(Channel& channel) : channel_(channel), engine_(*this) {}
+    Server(Channel& channel, Engine::InProcessAnswerer::LogoRasterizer logos) : channel_(channel), engine_(*this, logos)
+    {
+    }
 
     void run();
 
@@ -250,9 +251,9 @@ void forkOnRequest(Channel& channel, Confinement& walls, const std::function<voi
         continue;
 }
 
-void serve(Channel& channel)
+void serve(Channel& channel, Engine::InProcessAnswerer::LogoRasterizer logos)
 try {
-    Server(channel).run();
+    Server(channel, logos).run();
 } catch (const ConnectionLost&) {
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Engine/InProcessAnswerer.h"
 #include "Worker/Channel.h"
 #include "Worker/Confinement.h"
 
@@ -14,7 +15,7 @@ void forkOnRequest(Channel& channel, Confinement& walls, const std::function<voi
 
 /// Answers one request after the other on the calling thread, until the other side closes the connection or sends
 /// what is no valid request. Returns after a FrameRequest too: a process that had an output's descriptor reads no other
-/// photo.
-void serve(Channel& channel);
+/// photo. Without `logos`, logos are refused.
+void serve(Channel& channel, Engine::InProcessAnswerer::LogoRasterizer logos = nullptr);
 
 } // namespace ferrow::Worker

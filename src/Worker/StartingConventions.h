@@ -12,6 +12,9 @@ inline constexpr int workerSocket = 3;
 /// Makes a worker the kind that may read fonts, to draw the text of PDF logos; without it, it is one for photos.
 inline constexpr const char* argumentForLogos = "logos";
 
+/// Lies beside the worker for photos.
+inline constexpr const char* logoWorkerName = "ferrow-logo-worker";
+
 /// Makes a worker the kind that may write HEIC.
 inline constexpr const char* argumentForHeicWriting = "heic-writing";
 

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Engine/InProcessAnswerer.h"
+
 #include <QGuiApplication>
 
 #include <gmock/gmock.h>
@@ -16,6 +18,8 @@ int main(int argc, char** argv)
     qunsetenv("DBUS_SESSION_BUS_ADDRESS");
     const QGuiApplication application(argc, argv);
     std::setlocale(LC_NUMERIC, "C");
+    // Tests that are about workers choose them.
+    ferrow::Engine::setAnswerer(std::make_unique<ferrow::Engine::InProcessAnswerer>());
     testing::InitGoogleMock(&argc, argv);
     return RUN_ALL_TESTS();
 }

@@ -2,6 +2,7 @@
 #include "Platform/Codecs/ExifBlock.h"
 #include "Platform/Codecs/HeifHandles.h"
 #include "Platform/Codecs/HeifTiles.h"
+#include "Platform/Codecs/HeifTiling.h"
 #include "Platform/Codecs/ImageEncoder.h"
 
 #include <QByteArray>
@@ -18,6 +19,8 @@
 namespace ferrow {
 namespace {
 
+using heif::tileSide;
+
 /// Chosen by measurement: docs/heic-encoder.md.
 constexpr const char* preset = "ultrafast";
 
@@ -25,25 +28,6 @@ constexpr const char* preset = "ultrafast";
 /// ones is not what HEVC allows, and refused by the encoder, where the other side is longer than some 4,000
 /// pixels.
 constexpr std::int64_t thinnestSide = 32;
-
-/// In pixels, of a picture that is coded in tiles: docs/heic-encoder.md.
-constexpr std::int64_t tileSide = 512;
-
-/// Pictures of more pixels are coded in tiles. What is smaller opens in readers that know no grids too, and takes
-/// little memory as it is.
-constexpr std::int64_t largestWhole = 4'000'000;
-
-/// Bytes that the encoder takes for each pixel that it is handed at once,
-constexpr std::int64_t bytesPerPixel = 28;
-/// and the most that it makes of one, which the library keeps until all are there.
-constexpr std::int64_t codedBytesPerPixel = 3;
-
-/// Transparency is a picture of its own, for which grids have no way that all readers know.
-bool isTiled(PixelSize size, bool hasAlpha)
-{
-    return heif::canWriteTiles && size.width * size.height > largestWhole && size.shorterSide() >= tileSide &&
-           !hasAlpha;
-}
 
 std::int64_t tilesAlong(std::int64_t side)
 {
@@ -137,7 +121,7 @@ HeifEncoder::HeifEncoder(ByteSink& sink, const EncodeOptions& options)
     if (!context_ || options.size.width < 1 || options.size.height < 1 || options.size.longestSide() > heifMaximumSide)
         throw EncoderError{};
     makeEncoder();
-    if (!isTiled(options.size, options.format.hasAlpha())) {
+    if (!heif::isTiled(options.size, options.format.hasAlpha())) {
         whole_ = makeTarget(options.size);
         return;
     }
@@ -271,14 +255,6 @@ void HeifEncoder::finish()
 }
 
 } // namespace
-
-std::int64_t heifEncoderBytes(PixelSize size, bool hasAlpha)
-{
-    if (!isTiled(size, hasAlpha))
-        return bytesPerPixel * size.width * size.height;
-    return bytesPerPixel * tileSide * tileSide + 3 * size.width * tileSide +
-           codedBytesPerPixel * size.width * size.height;
-}
 
 std::unique_ptr<ImageEncoder> openHeifEncoder(ByteSink& sink, const EncodeOptions& options)
 {

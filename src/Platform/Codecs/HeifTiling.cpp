@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Apart from what calls the library: programs that only ask how much memory an encoder takes need not load it.
+#include "Platform/Codecs/HeifTiling.h"
+
+#include "Platform/Codecs/HeifTiles.h"
+#include "Platform/Codecs/ImageEncoder.h"
+
+namespace ferrow {
+
+namespace {
+
+/// Pictures of more pixels are coded in tiles. What is smaller opens in readers that know no grids too, and takes
+/// little memory as it is.
+constexpr std::int64_t largestWhole = 4'000'000;
+
+/// Bytes that the encoder takes for each pixel that it is handed at once,
+constexpr std::int64_t bytesPerPixel = 28;
+/// and the most that it makes of one, which the library keeps until all are there.
+constexpr std::int64_t codedBytesPerPixel = 3;
+
+} // namespace
+
+bool heif::isTiled(PixelSize size, bool hasAlpha)
+{
+    return canWriteTiles && size.width * size.height > largestWhole && size.shorterSide() >= tileSide && !hasAlpha;
+}
+
+std::int64_t heifEncoderBytes(PixelSize size, bool hasAlpha)
+{
+    if (!heif::isTiled(size, hasAlpha))
+        return bytesPerPixel * size.width * size.height;
+    return bytesPerPixel * heif::tileSide * heif::tileSide + 3 * size.width * heif::tileSide +
+           codedBytesPerPixel * size.width * size.height;
+}
+
+} // namespace ferrow
