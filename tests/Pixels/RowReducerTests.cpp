@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Pixels/RowReducer.h"
 
+#include "Pixels/TestProfiles.h"
 #include "Support/Pictures.h"
 
 #include <cmath>
@@ -29,18 +30,6 @@ Bitmap reduced(const Bitmap& source, PixelSize size)
     return reduced(source, size, double(source.size().width), double(source.size().height));
 }
 
-double lightOf(int level)
-{
-    const double v = level / 255.0;
-    return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
-}
-
-double levelOf(double light)
-{
-    const double v = std::clamp(light, 0.0, 1.0);
-    return 255 * (v <= 0.0031308 ? v * 12.92 : 1.055 * std::pow(v, 1 / 2.4) - 0.055);
-}
-
 /// The kernel by its definition, for a pixel as far from the middle as `x` lobes.
 double lanczos3(double x)
 {
@@ -54,22 +43,24 @@ std::array<double, 4> directly(const Bitmap& source, PixelSize size, double widt
 {
     const double across = width / double(size.width);
     const double down = height / double(size.height);
+    const double most = (1 << source.format().bitsPerComponent) - 1;
     std::array<double, 4> sums{};
     double weights = 0;
     for (std::int64_t v = 0; v < source.size().height; ++v)
         for (std::int64_t u = 0; u < source.size().width; ++u) {
             const double weight = lanczos3((double(u) + 0.5) / across - (double(x) + 0.5)) *
                                   lanczos3((double(v) + 0.5) / down - (double(y) + 0.5));
-            const double alpha = source.format().hasAlpha() ? component(source, u, v, 3) / 255.0 : 1;
+            const double alpha = source.format().hasAlpha() ? component(source, u, v, 3) / most : 1;
             weights += weight;
             sums[3] += weight * alpha;
             for (int c = 0; c < 3; ++c)
-                sums[std::size_t(c)] += weight * alpha * lightOf(component(source, u, v, c));
+                sums[std::size_t(c)] +=
+                    weight * alpha * TestProfiles::StoredSRGB::light(component(source, u, v, c) / most);
         }
     const double alpha = std::clamp(sums[3] / weights, 0.0, 1.0);
     for (std::size_t c = 0; c < 3; ++c)
-        sums[c] = levelOf(sums[c] / weights / alpha);
-    sums[3] = 255 * alpha;
+        sums[c] = most * TestProfiles::StoredSRGB::level(std::clamp(sums[c] / weights / alpha, 0.0, 1.0));
+    sums[3] = most * alpha;
     return sums;
 }
 
@@ -92,9 +83,9 @@ TEST(RowReducer, isTheFilterByItsDefinitionOnLight)
                         {"one column, an odd number of rows", {1, 37}, {1, 9}},
                         {"one row", {37, 1}, {9, 1}},
                         {"half a pixel too many, as codecs decode", {33, 26}, {21, 17}, 0.5, 0.5}};
-    for (const PixelFormat format : {rgb8, rgba8})
+    for (const PixelFormat format : {rgb8, rgba8, rgb16, rgba16})
         for (const Row& row : rows) {
-            SCOPED_TRACE(row.name);
+            SCOPED_TRACE(testing::Message() << row.name << ' ' << format.bytesPerPixel());
             const Bitmap source = test::noise(row.source, format, 7);
             const double width = double(row.source.width) - 1 + row.lastColumn;
             const double height = double(row.source.height) - 1 + row.lastRow;
@@ -103,7 +94,8 @@ TEST(RowReducer, isTheFilterByItsDefinitionOnLight)
                 for (std::int64_t x = 0; x < row.result.width; ++x) {
                     const auto expected = directly(source, row.result, width, height, x, y);
                     // What can't be seen has no color.
-                    for (int c = expected[3] < 1 ? 3 : 0; c < format.channels(); ++c)
+                    for (int c = expected[3] < (format.bitsPerComponent == 16 ? 257 : 1) ? 3 : 0; c < format.channels();
+                         ++c)
                         ASSERT_NEAR(component(result, x, y, c), expected[std::size_t(c)], 0.75)
                             << x << ", " << y << ", component " << c;
                 }

@@ -45,6 +45,32 @@ inline double sRGBLight(double level)
     return level <= 0.04045 ? level / 12.92 : std::pow((level + 0.055) / 1.055, 2.4);
 }
 
+/// The curve of sRGB with the numbers that a profile holds, which are 65536ths, and its inverse.
+namespace StoredSRGB {
+
+inline double stored(double number)
+{
+    return std::round(number * 65536) / 65536;
+}
+
+inline const double exponent = stored(2.4);
+inline const double factor = stored(1 / 1.055);
+inline const double offset = stored(0.055 / 1.055);
+inline const double slope = stored(1 / 12.92);
+inline const double end = stored(0.04045);
+
+inline double light(double level)
+{
+    return level < end ? level * slope : std::pow(factor * level + offset, exponent);
+}
+
+inline double level(double light)
+{
+    return light < end * slope ? light / slope : (std::pow(light, 1 / exponent) - offset) / factor;
+}
+
+} // namespace StoredSRGB
+
 inline QByteArray bytesOf(cmsHPROFILE profile)
 {
     cmsUInt32Number size = 0;

@@ -31,8 +31,10 @@ inline Bitmap flat(PixelSize size, PixelFormat format, std::initializer_list<int
     for (std::int64_t y = 0; y < size.height; ++y) {
         std::byte* out = picture.row(y);
         for (std::int64_t x = 0; x < size.width; ++x)
-            for (const int component : components)
-                *out++ = std::byte(component);
+            for (const int component : components) {
+                std::memcpy(out, &component, std::size_t(format.bitsPerComponent / 8)); // Little-endian, as all here.
+                out += format.bitsPerComponent / 8;
+            }
     }
     return picture;
 }
@@ -99,7 +101,20 @@ inline bool samePixels(const Bitmap& left, const Bitmap& right)
 
 inline int component(const Bitmap& picture, std::int64_t x, std::int64_t y, int channel)
 {
-    return std::to_integer<int>(picture.row(y)[x * picture.format().bytesPerPixel() + channel]);
+    const int bytes = picture.format().bitsPerComponent / 8;
+    const std::byte* at = picture.row(y) + x * picture.format().bytesPerPixel() + channel * bytes;
+    return std::to_integer<int>(at[0]) + (bytes == 2 ? std::to_integer<int>(at[1]) * 256 : 0);
+}
+
+/// An 8-bit picture in 16 bits: each level 257 times as high, so that the highest is again the highest.
+inline Bitmap widened(const Bitmap& picture)
+{
+    Bitmap wide(picture.size(), rgbFormat(16, picture.format().hasAlpha()), picture.profile());
+    const std::int64_t bytes = picture.size().width * picture.format().bytesPerPixel();
+    for (std::int64_t y = 0; y < picture.size().height; ++y)
+        for (std::int64_t i = 0; i < bytes; ++i)
+            wide.row(y)[2 * i] = wide.row(y)[2 * i + 1] = picture.row(y)[i];
+    return wide;
 }
 
 } // namespace ferrow::test

@@ -8,11 +8,13 @@
 /// Components and the alpha that they are weighted by: whole numbers, rounded to nearest.
 namespace ferrow {
 
-/// a × b ÷ 255, exact for all bytes: a component made premultiplied, or faded.
-constexpr std::uint8_t multiplied(unsigned a, unsigned b)
+/// a × b ÷ the largest component, exact for all of 8 and of 16 bits: a component made premultiplied, or faded.
+template <typename Component = std::uint8_t>
+constexpr Component multiplied(std::uint32_t a, std::uint32_t b)
 {
-    const unsigned product = a * b + 128;
-    return std::uint8_t((product + (product >> 8)) >> 8);
+    constexpr int bits = std::numeric_limits<Component>::digits;
+    const std::uint32_t product = a * b + (1U << (bits - 1));
+    return Component((product + (product >> bits)) >> bits);
 }
 
 /// The component again that was premultiplied by `alpha`; the largest where `color` is more than alpha allows, 0 where

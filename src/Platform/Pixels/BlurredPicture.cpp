@@ -6,6 +6,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <limits>
+#include <optional>
+#include <type_traits>
 #include <vector>
 
 namespace ferrow {
@@ -44,7 +48,8 @@ PixelSize samplesOf(PixelSize pixels, std::int64_t factor)
 }
 
 /// The light of blocks of `factor` × `factor` pixels, of what is left at the right and below.
-std::vector<Light> averagedLight(const Bitmap& picture, std::int64_t factor, const SpaceLight& space, float kept)
+std::vector<Light> averagedLight(const Bitmap& picture, std::int64_t factor, const SpaceLight<std::uint8_t>& space,
+                                 float kept)
 {
     const PixelSize size = picture.size();
     const PixelSize samples = samplesOf(size, factor);
@@ -78,7 +83,7 @@ SoftField<Light>::Placement placementOf(PixelSize reduced, std::int64_t factor, 
 }
 
 SoftField<Light> fieldOf(const Bitmap& reduced, PixelSize original, PixelSize canvas, double sigma, float kept,
-                         const SpaceLight& space)
+                         const SpaceLight<std::uint8_t>& space)
 {
     const double samples = samplesFor(original, canvas, sigma);
     const auto factor =
@@ -91,11 +96,42 @@ SoftField<Light> fieldOf(const Bitmap& reduced, PixelSize original, PixelSize ca
 
 struct BlurredPicture::Implementation {
     Implementation(const Bitmap& reduced, PixelSize original, PixelSize canvas, double sigma, double light)
-        : space(reduced.profile()), field(fieldOf(reduced, original, canvas, sigma, float(light), space))
+        : profile(reduced.profile()), space(profile),
+          field(fieldOf(reduced, original, canvas, sigma, float(light), space))
     {
     }
 
-    SpaceLight space;
+    template <typename Component>
+    const LightEncoding<Component>& encoding()
+    {
+        if constexpr (std::is_same_v<Component, std::uint8_t>)
+            return space.encoding();
+        else
+            return deepEncoding ? *deepEncoding : deepEncoding.emplace(SpaceCurves(profile).all);
+    }
+
+    template <typename Component>
+    void read(std::int64_t first, std::int64_t last, bool hasAlpha, std::byte* out)
+    {
+        constexpr float most = std::numeric_limits<Component>::max();
+        const typename LightEncoding<Component>::Tables tables(encoding<Component>());
+        if (!hasAlpha) {
+            for (std::int64_t x = first; x < last; ++x, out += 3 * sizeof(Component))
+                tables.store(field.at(x).lanes, out);
+            return;
+        }
+        for (std::int64_t x = first; x < last; ++x, out += 4 * sizeof(Component)) {
+            const Lanes light = field.at(x).lanes;
+            const float alpha = light[3];
+            tables.store(light / std::max(alpha, 1e-6F), out);
+            const auto level = Component(std::lround(std::clamp(alpha, 0.0F, 1.0F) * most));
+            std::memcpy(out + 3 * sizeof level, &level, sizeof level);
+        }
+    }
+
+    ColorProfile profile;
+    SpaceLight<std::uint8_t> space;
+    std::optional<LightEncoding<std::uint16_t>> deepEncoding; ///< Made when it is asked for.
     SoftField<Light> field;
 };
 
@@ -123,19 +159,10 @@ void BlurredPicture::moveTo(std::int64_t row)
 
 void BlurredPicture::read(std::int64_t first, std::int64_t last, PixelFormat format, std::byte* out) const
 {
-    const LightEncoding::Tables encoding(implementation_->space.encoding());
-    const SoftField<Light>& field = implementation_->field;
-    if (!format.hasAlpha()) {
-        for (std::int64_t x = first; x < last; ++x, out += 3)
-            encoding.store(field.at(x).lanes, out);
-        return;
-    }
-    for (std::int64_t x = first; x < last; ++x, out += 4) {
-        const Lanes light = field.at(x).lanes;
-        const float alpha = light[3];
-        encoding.store(light / std::max(alpha, 1e-6F), out);
-        out[3] = static_cast<std::byte>(std::lround(std::clamp(alpha, 0.0F, 1.0F) * 255));
-    }
+    if (format.bitsPerComponent == 16)
+        implementation_->read<std::uint16_t>(first, last, format.hasAlpha(), out);
+    else
+        implementation_->read<std::uint8_t>(first, last, format.hasAlpha(), out);
 }
 
 } // namespace ferrow

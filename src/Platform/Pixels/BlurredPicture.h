@@ -27,7 +27,7 @@ public:
 
     /// The row that read() answers for; any order.
     void moveTo(std::int64_t row);
-    /// Columns from `first` up to `last` to `out`, as rgb8 or straight rgba8.
+    /// Columns from `first` up to `last` to `out`, as RGB or straight RGBA of 8 or 16 bits.
     void read(std::int64_t first, std::int64_t last, PixelFormat format, std::byte* out) const;
 
 private:

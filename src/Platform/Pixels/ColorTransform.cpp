@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <new>
 #include <utility>
 #include <vector>
@@ -24,6 +25,9 @@ namespace {
 constexpr cmsUInt32Number intent = INTENT_RELATIVE_COLORIMETRIC;
 /// The library's own memory of the last pixel would be shared by the threads.
 constexpr cmsUInt32Number flags = cmsFLAGS_NOCACHE;
+/// Without this the library puts a grid of its own, a few dozen colors a side, in place of a profile's tables: fast,
+/// and off by whole levels of 8 bits.
+constexpr cmsUInt32Number exactly = cmsFLAGS_NOOPTIMIZE;
 
 cmsUInt32Number libraryFormat(PixelFormat format)
 {
@@ -63,7 +67,7 @@ LittleCms::Profile assumedProfile(const LittleCms::Context& context, ColorModel 
 template <typename Source, typename Target>
 class GrayRows final : public RowConverter {
 public:
-    /// `transform` leads from gray without alpha to RGB of 8 bits.
+    /// `transform` leads from gray without alpha to RGB of the target's depth.
     explicit GrayRows(cmsHTRANSFORM transform)
     {
         std::vector<Component> levels(colors_.size());
@@ -75,18 +79,16 @@ public:
     void convert(const std::byte* in, std::byte* out, std::size_t pixels) const override
     {
         for (; pixels > 0; --pixels, in += Source::bytes, out += Target::bytes) {
-            const std::array<std::byte, 3>& color = colors_[Source::component(in, 0)];
-            out[0] = color[0];
-            out[1] = color[1];
-            out[2] = color[2];
+            const Color& color = colors_[Source::component(in, 0)];
+            std::memcpy(out, color.data(), sizeof color);
             carryAlpha<Source, Target>(in, out);
         }
     }
 
 private:
     using Component = typename Source::ComponentType;
-    std::vector<std::array<std::byte, 3>> colors_ =
-        std::vector<std::array<std::byte, 3>>(std::size_t{1} << (8 * sizeof(Component)));
+    using Color = std::array<typename Target::ComponentType, 3>;
+    std::vector<Color> colors_ = std::vector<Color>(std::size_t{1} << (8 * sizeof(Component)));
 };
 
 /// Through tables of many dimensions, by the color library.
@@ -94,22 +96,22 @@ class LibraryRows final : public RowConverter {
 public:
     LibraryRows(LittleCms::Context context, LittleCms::Transform transform, PixelFormat source, PixelFormat target)
         : context_(std::move(context)), transform_(std::move(transform)),
-          addsAlpha_(target.hasAlpha() && !source.hasAlpha())
+          addedAlpha_(target.hasAlpha() && !source.hasAlpha() ? std::size_t(target.bitsPerComponent / 8) : 0)
     {
     }
 
     void convert(const std::byte* in, std::byte* out, std::size_t pixels) const override
     {
         cmsDoTransform(transform_.get(), in, out, static_cast<cmsUInt32Number>(pixels));
-        if (addsAlpha_)
+        if (addedAlpha_ > 0)
             for (std::size_t pixel = 0; pixel < pixels; ++pixel)
-                out[pixel * 4 + 3] = std::byte{255};
+                std::memset(out + (pixel * 4 + 3) * addedAlpha_, 0xff, addedAlpha_);
     }
 
 private:
     LittleCms::Context context_; // Before the transform, which must go first.
     LittleCms::Transform transform_;
-    bool addsAlpha_;
+    std::size_t addedAlpha_; ///< Its bytes, or none.
 };
 
 /// By the color library's tables to Lab, and from there by formula. The tables that the library makes are coarse: what
@@ -154,8 +156,9 @@ std::unique_ptr<RowConverter> grayRows(const LittleCms::Context& context, cmsHPR
 {
     PixelFormat levels = source;
     levels.alpha = Alpha::none;
+    const bool isExact = source.bitsPerComponent == 8 || target.bitsPerComponent == 16;
     const LittleCms::Transform transform =
-        makeTransform(context, from, levels, to, rgb8, source.bitsPerComponent == 8 ? cmsFLAGS_NOOPTIMIZE : 0);
+        makeTransform(context, from, levels, to, rgbFormat(target.bitsPerComponent, false), isExact ? exactly : 0);
     if (!transform)
         return nullptr;
     return withPixelTypes(source, target, [&]<typename Source, typename Target>() -> std::unique_ptr<RowConverter> {
@@ -166,11 +169,16 @@ std::unique_ptr<RowConverter> grayRows(const LittleCms::Context& context, cmsHPR
     });
 }
 
+cmsUInt32Number furtherFor(PixelFormat target)
+{
+    return target.bitsPerComponent == 16 ? exactly : 0;
+}
+
 /// Takes the context over only when it succeeds: what was made in it must go first.
 std::unique_ptr<RowConverter> libraryRows(LittleCms::Context& context, cmsHPROFILE from, PixelFormat source,
-                                          cmsHPROFILE to, PixelFormat target)
+                                          cmsHPROFILE to, PixelFormat target, cmsUInt32Number further)
 {
-    LittleCms::Transform transform = makeTransform(context, from, source, to, target);
+    LittleCms::Transform transform = makeTransform(context, from, source, to, target, further);
     if (!transform)
         return nullptr;
     return std::make_unique<LibraryRows>(std::move(context), std::move(transform), source, target);
@@ -184,7 +192,7 @@ std::unique_ptr<RowConverter> rowsThroughLab(LittleCms::Context& context, cmsHPR
     if (!fromLab)
         return nullptr;
     const LittleCms::Profile labProfile = assumedProfile(context, ColorModel::lab);
-    auto toLab = libraryRows(context, from, source, labProfile.get(), lab);
+    auto toLab = libraryRows(context, from, source, labProfile.get(), lab, furtherFor(target));
     if (!toLab)
         return nullptr;
     return std::make_unique<RowsThroughLab>(std::move(toLab), std::move(fromLab), source, target);
@@ -212,7 +220,7 @@ std::unique_ptr<RowConverter> convertedRows(const ColorProfile& from, PixelForma
             return rows;
     if (matrixProfileOf(toProfile.get(), Way::toPictures))
         return rowsThroughLab(context, fromProfile.get(), source, toProfile.get(), target);
-    return libraryRows(context, fromProfile.get(), source, toProfile.get(), target);
+    return libraryRows(context, fromProfile.get(), source, toProfile.get(), target, furtherFor(target));
 }
 
 /// Leaves out what the library rejects: first the source's profile, then the target's.

@@ -11,15 +11,15 @@
 
 namespace ferrow {
 
-/// Turns rows of source pixels into rows of 8-bit RGB or RGBA in a target RGB space: depth reduction (with rounding),
-/// model conversion and color conversion (relative colorimetric) in one step. Alpha is carried over, straight in
+/// Turns rows of source pixels into rows of RGB or RGBA in a target RGB space: change of depth (with rounding), model
+/// conversion and color conversion (relative colorimetric) in one step. Alpha is carried over, straight in
 /// and out; where the target format has alpha and the source none it becomes opaque, where only the source has it the
 /// result is undefined (flatten first). Immutable after construction: one transform may serve several threads.
 class ColorTransform {
 public:
     /// `from` is read as ColorProfile says when empty. `to` must be a profile that canBeTarget(); `target`
-    /// rgb8 or rgba8. Never fails but for memory (std::bad_alloc): a profile that the color library rejects after all
-    /// counts as empty.
+    /// rgb8, rgba8, rgb16 or rgba16. Never fails but for memory (std::bad_alloc): a profile that the color library
+    /// rejects after all counts as empty.
     ColorTransform(const ColorProfile& from, PixelFormat source, const ColorProfile& to, PixelFormat target);
     ~ColorTransform();
     ColorTransform(ColorTransform&&) noexcept;

@@ -176,13 +176,14 @@ private:
 std::unique_ptr<RowConverter> fixedPointRows(const Curves& decoding, const Matrix& matrix, const Curves& encoding,
                                              PixelFormat source, PixelFormat target)
 {
-    if (source.bitsPerComponent != 8)
+    if (source.bitsPerComponent != 8 || target.bitsPerComponent != 8)
         return nullptr;
     const auto shaping = shapingFor(decoding, matrix, encoding);
     if (!shaping)
         return nullptr;
     return withPixelTypes(source, target, [&]<typename Source, typename Target>() -> std::unique_ptr<RowConverter> {
-        if constexpr (Source::isGray || !std::is_same_v<typename Source::ComponentType, std::uint8_t>)
+        if constexpr (Source::isGray || !std::is_same_v<typename Source::ComponentType, std::uint8_t> ||
+                      !std::is_same_v<typename Target::ComponentType, std::uint8_t>)
             return nullptr;
         else
             return std::make_unique<FixedPointRows<Source, Target>>(*shaping);

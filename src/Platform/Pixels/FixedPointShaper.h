@@ -59,7 +59,7 @@ struct FixedPointShaping {
 /// By the widest vectors that the processor has. `matrix` leads from the source's light to the target's. Null where
 /// whole numbers would be further off the exact result than floating ones, by more than a tenth of a level: where the
 /// target's curve is too steep, or the matrix leads far out of its gamut; and where components differ in their curves
-/// or the source is not of 8 bits.
+/// or one of the sides is not of 8 bits.
 [[nodiscard]] std::unique_ptr<RowConverter> fixedPointRows(const std::array<const cmsToneCurve*, 3>& decoding,
                                                            const Matrix& matrix,
                                                            const std::array<const cmsToneCurve*, 3>& encoding,

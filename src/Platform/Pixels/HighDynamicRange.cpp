@@ -141,7 +141,7 @@ public:
     void convert(const std::byte* in, std::byte* out, std::size_t pixels) const override
     {
         constexpr float whites = float(Display::most / white);
-        const LightEncoding::Tables encoding(encoding_);
+        const typename Encoding::Tables encoding(encoding_);
         for (; pixels > 0; --pixels, in += Source::bytes, out += Target::bytes) {
             const auto component = [&](int channel) {
                 return light_[Source::component(in, Source::isGray ? 0 : channel)];
@@ -156,6 +156,7 @@ public:
 
 private:
     using Display = DisplayLight<space>;
+    using Encoding = LightEncoding<typename Target::ComponentType>;
 
     Display display_;
     OfLight toShare_; ///< What is left of light, by the brightest component.
@@ -163,7 +164,7 @@ private:
     Lanes red_;
     Lanes green_;
     Lanes blue_;
-    LightEncoding encoding_;
+    Encoding encoding_;
 };
 
 } // namespace

@@ -29,7 +29,7 @@ public:
     void convert(const std::byte* in, std::byte* out, std::size_t pixels) const override
     {
         constexpr float most = std::numeric_limits<typename Source::ComponentType>::max();
-        const LightEncoding::Tables encoding(encoding_);
+        const typename Encoding::Tables encoding(encoding_);
         for (; pixels > 0; --pixels, in += Source::bytes, out += Target::bytes) {
             const float lightness = (float(Source::component(in, 0)) * (100 / most) + 16) / 116;
             const float a = float(Source::component(in, 1)) * (255 / most) - 128;
@@ -42,10 +42,12 @@ public:
     }
 
 private:
+    using Encoding = LightEncoding<typename Target::ComponentType>;
+
     Lanes x_;
     Lanes y_;
     Lanes z_;
-    LightEncoding encoding_;
+    Encoding encoding_;
 };
 
 } // namespace

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Pixels/PictureSums.h"
 
+#include "Platform/Pixels/PixelRows.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstdlib>
@@ -47,13 +49,14 @@ std::uint16_t partsOf(std::uint64_t sum, std::int64_t count)
 
 PictureSummer::PictureSummer(PixelSize size, PixelFormat format, Kind kind)
     : size_(size), format_(format), kind_(kind),
-      rowBytes_(std::size_t(size.width) * std::size_t(format.bytesPerPixel())), columns_(cellsAlong(size.width)),
+      rowBytes_(std::size_t(size.width) * std::size_t(format.bytesPerPixel())),
+      rowLevels_(std::size_t(size.width) * std::size_t(format.channels())), columns_(cellsAlong(size.width)),
       gridRows_(cellsAlong(size.height)), changeStep_(size.height >= 2 * rowsAChange * gridSide ? rowsAChange : 1)
 {
     if (kind_ == Kind::exact)
         return;
-    levels_.resize(rowBytes_);
-    changes_.resize(rowBytes_);
+    levels_.resize(rowLevels_);
+    changes_.resize(rowLevels_);
     cells_.reserve(std::size_t(columns_ * gridRows_));
 }
 
@@ -63,25 +66,37 @@ void PictureSummer::add(std::int64_t count, const std::byte* rows, std::size_t s
         if (kind_ == Kind::exact)
             digest_ = digestOf(rows, rowBytes_, digest_);
         else
-            addRoughly(reinterpret_cast<const std::uint8_t*>(rows));
+            addRoughly(rows);
 }
 
-void PictureSummer::addRoughly(const std::uint8_t* row)
+void PictureSummer::addRoughly(const std::byte* row)
 {
-    for (std::size_t i = 0; i < rowBytes_; ++i)
+    if (format_.bitsPerComponent == 8) {
+        addLevels(reinterpret_cast<const std::uint8_t*>(row));
+        return;
+    }
+    reduced_.resize(rowLevels_);
+    for (std::size_t i = 0; i < rowLevels_; ++i)
+        reduced_[i] = levelAs<std::uint8_t>(reinterpret_cast<const std::uint16_t*>(row)[i]);
+    addLevels(reduced_.data());
+}
+
+void PictureSummer::addLevels(const std::uint8_t* row)
+{
+    for (std::size_t i = 0; i < rowLevels_; ++i)
         levels_[i] += row[i];
     ++levelRows_;
     if (y_ == 0)
-        rowBefore_.assign(row, row + rowBytes_);
+        rowBefore_.assign(row, row + rowLevels_);
     if ((y_ + 1) % changeStep_ == 0) {
         const auto channels = std::size_t(format_.channels());
-        for (std::size_t i = channels; i < rowBytes_; ++i)
+        for (std::size_t i = channels; i < rowLevels_; ++i)
             changes_[i] +=
                 std::uint32_t(std::abs(row[i] - row[i - channels])) + std::uint32_t(std::abs(row[i] - rowBefore_[i]));
         ++changeRows_;
     }
     if ((y_ + 2) % changeStep_ == 0)
-        rowBefore_.assign(row, row + rowBytes_);
+        rowBefore_.assign(row, row + rowLevels_);
     ++y_;
     if (y_ * gridRows_ / size_.height > std::int64_t(cells_.size()) / columns_)
         closeCells();

@@ -41,7 +41,7 @@ public:
     static constexpr std::int64_t gridSide = 32;
     static constexpr std::int64_t cellSide = 32;
 
-    /// `format` has 8 bits a component.
+    /// Roughly, a `format` of 16 bits a component comes to what it would with 8.
     PictureSummer(PixelSize size, PixelFormat format, Kind kind);
 
     /// The next `count` rows from the top, `stride` bytes apart.
@@ -50,13 +50,15 @@ public:
     [[nodiscard]] PictureSums take();
 
 private:
-    void addRoughly(const std::uint8_t* row);
+    void addRoughly(const std::byte* row);
+    void addLevels(const std::uint8_t* row);
     void closeCells();
 
     PixelSize size_;
     PixelFormat format_;
     Kind kind_;
     std::size_t rowBytes_;
+    std::size_t rowLevels_; ///< Components of a row.
     std::int64_t columns_;
     std::int64_t gridRows_;
     std::int64_t changeStep_; ///< Changes are taken of one row in so many.
@@ -64,6 +66,7 @@ private:
     std::uint64_t digest_ = 0;
     std::vector<std::uint32_t> levels_;   ///< Of the cells' row so far, a sum for each byte of a row.
     std::vector<std::uint32_t> changes_;  ///< Likewise, to the neighbors.
+    std::vector<std::uint8_t> reduced_;   ///< A row of 16 bits with 8.
     std::vector<std::uint8_t> rowBefore_; ///< Kept for the rows that changes are taken of.
     std::int64_t levelRows_ = 0;
     std::int64_t changeRows_ = 0;

@@ -29,6 +29,14 @@ struct PixelFormat {
 
 inline constexpr PixelFormat rgb8{ColorModel::rgb, 8, Alpha::none};
 inline constexpr PixelFormat rgba8{ColorModel::rgb, 8, Alpha::straight};
+inline constexpr PixelFormat rgb16{ColorModel::rgb, 16, Alpha::none};
+inline constexpr PixelFormat rgba16{ColorModel::rgb, 16, Alpha::straight};
 inline constexpr PixelFormat rgba8Premultiplied{ColorModel::rgb, 8, Alpha::premultiplied};
+
+/// `bits` is 8 or 16; alpha, where there is one, is straight.
+[[nodiscard]] constexpr PixelFormat rgbFormat(int bits, bool hasAlpha)
+{
+    return {ColorModel::rgb, bits, hasAlpha ? Alpha::straight : Alpha::none};
+}
 
 } // namespace ferrow

@@ -30,7 +30,9 @@ public:
     {
         for (; pixels > 0; --pixels, in += Source::bytes, out += Target::bytes) {
             for (int channel = 0; channel < 3; ++channel)
-                out[channel] = eightBits(Source::component(in, Source::isGray ? 0 : channel));
+                Target::setComponent(
+                    out, channel,
+                    levelAs<typename Target::ComponentType>(Source::component(in, Source::isGray ? 0 : channel)));
             carryAlpha<Source, Target>(in, out);
         }
     }

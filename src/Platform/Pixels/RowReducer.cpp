@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <limits>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -17,16 +19,15 @@ namespace {
 constexpr std::size_t colors = 3;
 
 /// Levels of `channels` components to light; color times alpha where there is one.
-template <std::size_t channels>
-void decode(const SpaceLight& space, const std::byte* levels, std::size_t pixels, float* light)
+template <std::size_t channels, typename Component>
+void decodeLevels(const SpaceLight<Component>& space, const Component* level, std::size_t pixels, float* light)
 {
-    const auto* level = reinterpret_cast<const std::uint8_t*>(levels);
     for (std::size_t pixel = 0; pixel < pixels; ++pixel, level += channels, light += channels) {
         light[0] = space.light(0, level[0]);
         light[1] = space.light(1, level[1]);
         light[2] = space.light(2, level[2]);
         if constexpr (channels > colors) {
-            const float alpha = float(level[3]) / 255;
+            const float alpha = float(level[3]) / std::numeric_limits<Component>::max();
             for (std::size_t channel = 0; channel < colors; ++channel)
                 light[channel] *= alpha;
             light[3] = alpha;
@@ -57,15 +58,20 @@ void addPair(const float* x, float a, const float* y, float b, float* sums, std:
 } // namespace
 
 struct RowReducer::Implementation {
-    Implementation(PixelSize source, double coveredWidth, double coveredHeight, PixelSize result, PixelFormat format,
-                   const ColorProfile& space)
+    Implementation(PixelSize source, double coveredWidth, double coveredHeight, PixelSize result, PixelFormat format)
         : across(source.width, result.width, 0, double(result.width) * double(source.width) / coveredWidth),
           down(source.height, result.height, 0, double(result.height) * double(source.height) / coveredHeight),
-          light(space), channels(std::size_t(format.channels())), width(std::size_t(source.width)),
+          channels(std::size_t(format.channels())), width(std::size_t(source.width)),
           height(std::size_t(source.height)), sums(mostOpenRows(down), row())
     {
         pair.fill(row());
     }
+    virtual ~Implementation() = default;
+
+    /// One row of the source to light.
+    virtual void decode(const std::byte* row, float* light) const = 0;
+    /// The sum of rows to one of the result.
+    virtual void reduceAcross(const std::vector<float>& line, std::byte* out) const = 0;
 
     /// One row's light, with room behind it for loops that go on to whole vectors.
     [[nodiscard]] std::vector<float> row() const
@@ -84,12 +90,9 @@ struct RowReducer::Implementation {
     }
 
     void addUpPair();
-    template <std::size_t count>
-    void reduceAcross(const std::vector<float>& line, std::byte* out) const;
 
     FilterAxis across;
     FilterAxis down;
-    SpaceLight light;
     std::size_t channels;
     std::size_t width;
     std::size_t height;
@@ -113,16 +116,34 @@ void RowReducer::Implementation::addUpPair()
     addedUp = fed;
 }
 
-template <std::size_t count>
-void RowReducer::Implementation::reduceAcross(const std::vector<float>& line, std::byte* out) const
+template <typename Component, std::size_t count>
+struct RowReducer::Typed final : Implementation {
+    Typed(PixelSize source, double coveredWidth, double coveredHeight, PixelSize result, PixelFormat format,
+          const ColorProfile& profile)
+        : Implementation(source, coveredWidth, coveredHeight, result, format), space(profile)
+    {
+    }
+
+    void decode(const std::byte* row, float* light) const override
+    {
+        decodeLevels<count>(space, reinterpret_cast<const Component*>(row), width, light);
+    }
+    void reduceAcross(const std::vector<float>& line, std::byte* out) const override;
+
+    SpaceLight<Component> space;
+};
+
+template <typename Component, std::size_t count>
+void RowReducer::Typed<Component, count>::reduceAcross(const std::vector<float>& line, std::byte* out) const
 {
-    const LightEncoding::Tables encoding(light.encoding());
+    constexpr float most = std::numeric_limits<Component>::max();
+    const typename LightEncoding<Component>::Tables encoding(space.encoding());
     const auto pixelAt = [](const float* from) {
         Lanes lanes;
         std::memcpy(&lanes, from, sizeof lanes);
         return lanes;
     };
-    for (std::size_t x = 0; x < across.size(); ++x, out += count) {
+    for (std::size_t x = 0; x < across.size(); ++x, out += count * sizeof(Component)) {
         const FilterAxis::Window& window = across.window(x);
         const float* weights = across.weights(x);
         const float* pixel = line.data() + window.first * count;
@@ -135,8 +156,9 @@ void RowReducer::Implementation::reduceAcross(const std::vector<float>& line, st
         Lanes result = sum[0] + sum[1];
         if constexpr (count > colors) {
             const float alpha = std::clamp(result[3], 0.0F, 1.0F);
-            result *= alpha * 255 >= 0.5F ? 1 / alpha : 0;
-            out[3] = static_cast<std::byte>(std::uint8_t(alpha * 255 + 0.5F));
+            result *= alpha * most >= 0.5F ? 1 / alpha : 0;
+            const auto level = Component(alpha * most + 0.5F);
+            std::memcpy(out + 3 * sizeof level, &level, sizeof level);
         }
         encoding.store(result, out);
     }
@@ -144,8 +166,15 @@ void RowReducer::Implementation::reduceAcross(const std::vector<float>& line, st
 
 RowReducer::RowReducer(PixelSize source, double coveredWidth, double coveredHeight, PixelSize result,
                        PixelFormat format, const ColorProfile& space)
-    : implementation_(std::make_unique<Implementation>(source, coveredWidth, coveredHeight, result, format, space))
 {
+    const auto make = [&]<typename Chosen>(std::type_identity<Chosen>) {
+        implementation_ = std::make_unique<Chosen>(source, coveredWidth, coveredHeight, result, format, space);
+    };
+    const bool deep = format.bitsPerComponent == 16;
+    if (format.hasAlpha())
+        deep ? make(std::type_identity<Typed<std::uint16_t, 4>>()) : make(std::type_identity<Typed<std::uint8_t, 4>>());
+    else
+        deep ? make(std::type_identity<Typed<std::uint16_t, 3>>()) : make(std::type_identity<Typed<std::uint8_t, 3>>());
 }
 
 RowReducer::~RowReducer() = default;
@@ -153,11 +182,7 @@ RowReducer::~RowReducer() = default;
 void RowReducer::feed(const std::byte* row)
 {
     Implementation& all = *implementation_;
-    float* light = all.pair[all.fed % 2].data();
-    if (all.channels > colors)
-        decode<4>(all.light, row, all.width, light);
-    else
-        decode<3>(all.light, row, all.width, light);
+    all.decode(row, all.pair[all.fed % 2].data());
     ++all.fed;
     if (all.fed % 2 == 0 || all.fed == all.height)
         all.addUpPair();
@@ -173,10 +198,7 @@ void RowReducer::take(std::byte* row)
 {
     Implementation& all = *implementation_;
     std::vector<float>& line = all.sums[all.taken % all.sums.size()];
-    if (all.channels > colors)
-        all.reduceAcross<4>(line, row);
-    else
-        all.reduceAcross<3>(line, row);
+    all.reduceAcross(line, row);
     std::ranges::fill(line, 0.0F);
     ++all.taken;
 }

@@ -17,7 +17,7 @@ namespace ferrow {
 class RowReducer {
 public:
     /// Rows of `source` pixels are fed, of which the picture covers the first `coveredWidth` and `coveredHeight`, each
-    /// within a pixel of `source`: a codec that decodes at half size rounds up. `format` is rgb8 or straight rgba8, and
+    /// within a pixel of `source`: a codec that decodes at half size rounds up. `format` is RGB or straight RGBA, and
     /// that of the result; `space` is that of both, and says what light a level stands for. (A space that tables
     /// describe is taken to have the curve of sRGB.)
     RowReducer(PixelSize source, double coveredWidth, double coveredHeight, PixelSize result, PixelFormat format,
@@ -32,6 +32,8 @@ public:
 
 private:
     struct Implementation;
+    template <typename Component, std::size_t count>
+    struct Typed;
     std::unique_ptr<Implementation> implementation_;
 };
 

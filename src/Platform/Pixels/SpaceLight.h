@@ -7,33 +7,44 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 
 namespace ferrow {
 
-/// What light an RGB space's levels of 8 bits stand for, and back. A space that tables describe is taken to have the
-/// curve of sRGB. For the .cpp files of this folder alone.
+/// The curves of an RGB space: those of sRGB for one that tables describe. For the .cpp files of this folder alone,
+/// like what follows.
+struct SpaceCurves {
+    /// Throws std::bad_alloc.
+    explicit SpaceCurves(const ColorProfile& space);
+
+    LittleCms::Context context;
+    LittleCms::Profile profile;
+    LittleCms::Curve sRGB;
+    std::array<const cmsToneCurve*, 3> all{};
+};
+
+/// What light the levels of an RGB space stand for, of 8 or 16 bits, and back.
+template <typename Component>
 class SpaceLight {
 public:
     /// Throws std::bad_alloc.
-    explicit SpaceLight(const ColorProfile& space);
+    explicit SpaceLight(const ColorProfile& space) : SpaceLight(SpaceCurves(space)) {}
 
-    [[nodiscard]] float light(std::size_t channel, std::uint8_t level) const { return light_[channel][level]; }
-    [[nodiscard]] const LightEncoding& encoding() const { return encoding_; }
+    [[nodiscard]] float light(std::size_t channel, Component level) const { return light_[channel][level]; }
+    [[nodiscard]] const LightEncoding<Component>& encoding() const { return encoding_; }
 
 private:
-    struct Curves {
-        explicit Curves(const ColorProfile& space);
+    static constexpr std::size_t most = std::numeric_limits<Component>::max();
 
-        LittleCms::Context context;
-        LittleCms::Profile profile;
-        LittleCms::Curve sRGB;
-        std::array<const cmsToneCurve*, 3> all{};
-    };
+    explicit SpaceLight(const SpaceCurves& curves) : encoding_(curves.all)
+    {
+        for (std::size_t channel = 0; channel < light_.size(); ++channel)
+            for (std::size_t level = 0; level <= most; ++level)
+                light_[channel][level] = float(preciseLightOf(curves.all[channel], double(level) / most));
+    }
 
-    explicit SpaceLight(const Curves& curves);
-
-    std::array<std::array<float, 256>, 3> light_{};
-    LightEncoding encoding_;
+    std::array<std::array<float, most + 1>, 3> light_{};
+    LightEncoding<Component> encoding_;
 };
 
 } // namespace ferrow
