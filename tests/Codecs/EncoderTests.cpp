@@ -25,14 +25,15 @@ constexpr Type types[]{{OutputType::jpeg, FileType::jpeg, 6},
 TEST(Encoder, isReadBackAsWritten)
 {
     for (const Type& type : types)
-        for (const PixelFormat format : {rgb8, rgba8})
+        for (const PixelFormat format : {rgb8, rgba8, rgb16, rgba16})
             for (const PixelSize size : {oddSize, PixelSize{1, 1}, {7, 5}, {3, 500}}) {
-                if (type.output == OutputType::jpeg && format.hasAlpha())
+                if ((type.output == OutputType::jpeg && format != rgb8) ||
+                    (type.loss > 0 && format.bitsPerComponent > 8))
                     continue;
                 SCOPED_TRACE(testing::Message() << int(type.output) << ' ' << format.channels() << ' ' << size.width);
                 EncodeOptions options = optionsFor(size, format);
                 options.profile = size == oddSize ? longProfile() : ColorProfile::displayP3();
-                const Pixels pixels = picture(size, format.channels());
+                const Pixels pixels = picture(size, format.bytesPerPixel());
                 const Decoded decoded = decodeAs(type.file, encode(type.output, options, pixels));
                 EXPECT_EQ(decoded.format, format);
                 EXPECT_EQ(decoded.profile, options.profile);
@@ -67,6 +68,21 @@ TEST(HeifEncoder, refusesSidesThatItsReadersRefuse)
     const PixelSize largest{heifMaximumSide, 2};
     EXPECT_EQ(decodeAs(FileType::heif, encode(OutputType::heif, optionsFor(largest), picture(largest, 3))).size,
               largest);
+}
+
+TEST(HeifEncoder, keepsTenBitsOfSixteen)
+{
+    const PixelSize size{128, 64};
+    Pixels ramp;
+    for (int i = 0; i < 128 * 64; ++i)
+        for (int c = 0; c < 3; ++c) {
+            const int level = 20000 + i % 128 * 48; // Steps of less than a level of ten bits, a fifth of one of eight.
+            ramp.insert(ramp.end(), {Pixels::value_type(level & 0xff), Pixels::value_type(level >> 8)});
+        }
+    const Decoded decoded = decodeAs(FileType::heif, encode(OutputType::heif, optionsFor(size, rgb16), ramp));
+    ASSERT_EQ(decoded.format, rgb16);
+    for (int x = 0; x < 128; ++x)
+        EXPECT_NEAR(decoded.at(x, 31)[1], 20000 + x * 48, 100) << x; // A level of eight bits is 257.
 }
 
 TEST(HeifEncoder, keepsSaturatedColorsAndSpendsBytesOnQuality)

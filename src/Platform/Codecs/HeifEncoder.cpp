@@ -6,6 +6,7 @@
 #include "Platform/Codecs/ImageEncoder.h"
 
 #include <QByteArray>
+#include <QtEndian>
 
 #include <algorithm>
 #include <array>
@@ -28,6 +29,24 @@ constexpr const char* preset = "ultrafast";
 /// ones is not what HEVC allows, and refused by the encoder, where the other side is longer than some 4,000
 /// pixels.
 constexpr std::int64_t thinnestSide = 32;
+
+/// Of a component where more than 8 are wanted. The encoder also takes 12, which few readers of the format do.
+constexpr int deepBits = 10;
+
+heif_chroma chromaOf(PixelFormat format)
+{
+    if (format.bitsPerComponent == 16)
+        return format.hasAlpha() ? heif_chroma_interleaved_RRGGBBAA_LE : heif_chroma_interleaved_RRGGBB_LE;
+    return format.hasAlpha() ? heif_chroma_interleaved_RGBA : heif_chroma_interleaved_RGB;
+}
+
+/// From 16 bits to the nearest of ten, which the library wants in the lower bits of little-endian words.
+void copyDeepRow(const std::uint16_t* in, std::byte* out, std::size_t components)
+{
+    constexpr std::uint32_t most = (1U << deepBits) - 1;
+    for (std::size_t i = 0; i < components; ++i, out += 2)
+        qToLittleEndian(std::uint16_t((in[i] * most + 32767) / 65535), out);
+}
 
 std::int64_t tilesAlong(std::int64_t side)
 {
@@ -121,7 +140,7 @@ HeifEncoder::HeifEncoder(ByteSink& sink, const EncodeOptions& options)
     if (!context_ || options.size.width < 1 || options.size.height < 1 || options.size.longestSide() > heifMaximumSide)
         throw EncoderError{};
     makeEncoder();
-    if (!heif::isTiled(options.size, options.format.hasAlpha())) {
+    if (!heif::isTiled(options.size, options.format)) {
         whole_ = makeTarget(options.size);
         return;
     }
@@ -156,11 +175,10 @@ void HeifEncoder::makeEncoder()
 HeifEncoder::Target HeifEncoder::makeTarget(PixelSize size) const
 {
     heif_image* image = nullptr;
-    check(heif_image_create(int(size.width), int(size.height), heif_colorspace_RGB,
-                            options_.format.hasAlpha() ? heif_chroma_interleaved_RGBA : heif_chroma_interleaved_RGB,
-                            &image));
+    check(heif_image_create(int(size.width), int(size.height), heif_colorspace_RGB, chromaOf(options_.format), &image));
     Target target{heif::Image(image)};
-    check(heif_image_add_plane(image, heif_channel_interleaved, int(size.width), int(size.height), 8));
+    const int bits = options_.format.bitsPerComponent == 16 ? deepBits : 8;
+    check(heif_image_add_plane(image, heif_channel_interleaved, int(size.width), int(size.height), bits));
     int stride = 0;
     target.pixels = reinterpret_cast<std::byte*>(heif_image_get_plane(image, heif_channel_interleaved, &stride));
     target.stride = std::size_t(stride);
@@ -196,7 +214,11 @@ void HeifEncoder::writeRows(std::int64_t count, const std::byte* rows, std::size
 {
     for (; count > 0; --count, rows += stride) {
         if (rows_.empty()) {
-            std::memcpy(whole_.pixels + std::size_t(nextRow_++) * whole_.stride, rows, rowBytes_);
+            std::byte* const out = whole_.pixels + std::size_t(nextRow_++) * whole_.stride;
+            if (options_.format.bitsPerComponent == 8)
+                std::memcpy(out, rows, rowBytes_);
+            else
+                copyDeepRow(reinterpret_cast<const std::uint16_t*>(rows), out, rowBytes_ / 2);
             continue;
         }
         std::memcpy(rows_.data() + std::size_t(nextRow_++ % tileSide) * rowBytes_, rows, rowBytes_);

@@ -20,14 +20,14 @@ constexpr std::int64_t codedBytesPerPixel = 3;
 
 } // namespace
 
-bool heif::isTiled(PixelSize size, bool hasAlpha)
+bool heif::isTiled(PixelSize size, PixelFormat format)
 {
-    return canWriteTiles && size.width * size.height > largestWhole && size.shorterSide() >= tileSide && !hasAlpha;
+    return canWriteTiles && size.width * size.height > largestWhole && size.shorterSide() >= tileSide && format == rgb8;
 }
 
 std::int64_t heifEncoderBytes(PixelSize size, bool hasAlpha)
 {
-    if (!heif::isTiled(size, hasAlpha))
+    if (!heif::isTiled(size, rgbFormat(8, hasAlpha)))
         return bytesPerPixel * size.width * size.height;
     return bytesPerPixel * heif::tileSide * heif::tileSide + 3 * size.width * heif::tileSide +
            codedBytesPerPixel * size.width * size.height;

@@ -30,9 +30,10 @@ struct OutputMetadata {
 
 struct EncodeOptions {
     PixelSize size;
-    PixelFormat format = rgb8; ///< rgb8, or rgba8 (straight) for PNG, TIFF and HEIF.
-    ColorProfile profile;      ///< Embedded as it is; none where it is empty.
-    double quality = 0.9;      ///< 0…1, for JPEG and HEIF.
+    /// rgb8; for PNG, TIFF and HEIF straight alpha and 16 bits besides, of which HEIF keeps ten.
+    PixelFormat format = rgb8;
+    ColorProfile profile; ///< Embedded as it is; none where it is empty.
+    double quality = 0.9; ///< 0…1, for JPEG and HEIF.
     OutputMetadata metadata;
 };
 

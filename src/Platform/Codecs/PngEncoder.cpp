@@ -3,6 +3,7 @@
 #include "Platform/Codecs/ExifBlock.h"
 #include "Platform/Codecs/ImageEncoder.h"
 
+#include <bit>
 #include <cstring>
 
 #include <png.h>
@@ -35,7 +36,7 @@ class PngEncoder final : public ImageEncoder {
 public:
     PngEncoder(ByteSink& sink, const EncodeOptions& options) : sink_(sink)
     {
-        if (options.format != rgb8 && options.format != rgba8)
+        if (options.format.model != ColorModel::rgb || options.format.alpha == Alpha::premultiplied)
             throw EncoderError{};
         const QByteArray& icc = options.profile.icc();
         const QByteArray profile = icc.isEmpty() ? QByteArray() : profileChunk(icc);
@@ -90,11 +91,14 @@ private:
         png_set_filter(handle_.png, PNG_FILTER_TYPE_BASE, rowFilters);
         png_set_user_limits(handle_.png, 0x7fffffff, 0x7fffffff);
         const int colorType = options.format.hasAlpha() ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB;
-        png_set_IHDR(handle_.png, handle_.info, png_uint_32(options.size.width), png_uint_32(options.size.height), 8,
-                     colorType, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_BASE, PNG_FILTER_TYPE_BASE);
+        png_set_IHDR(handle_.png, handle_.info, png_uint_32(options.size.width), png_uint_32(options.size.height),
+                     options.format.bitsPerComponent, colorType, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_BASE,
+                     PNG_FILTER_TYPE_BASE);
         png_write_info(handle_.png, handle_.info);
         writeChunk("iCCP", profile);
         writeChunk("eXIf", exif);
+        if (options.format.bitsPerComponent == 16 && std::endian::native == std::endian::little)
+            png_set_swap(handle_.png);
     }
 
     void writeChunk(const char* name, const QByteArray& bytes)

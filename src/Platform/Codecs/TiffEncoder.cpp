@@ -176,7 +176,7 @@ void TiffEncoder::setPictureTags()
     const auto set = [&](std::uint32_t tag, auto value) { require(TIFFSetField(tiff, tag, value) == 1); };
     set(TIFFTAG_IMAGEWIDTH, std::uint32_t(options_.size.width));
     set(TIFFTAG_IMAGELENGTH, std::uint32_t(options_.size.height));
-    set(TIFFTAG_BITSPERSAMPLE, 8);
+    set(TIFFTAG_BITSPERSAMPLE, options_.format.bitsPerComponent);
     set(TIFFTAG_SAMPLESPERPIXEL, options_.format.channels());
     set(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
     set(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
