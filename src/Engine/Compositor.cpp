@@ -4,11 +4,14 @@
 #include "Models/ErrorTexts.h"
 #include "Platform/Pixels/AlphaArithmetic.h"
 #include "Platform/Pixels/ColorTransform.h"
+#include "Platform/Pixels/PixelRows.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <limits>
+#include <type_traits>
 
 namespace ferrow::Engine {
 
@@ -21,50 +24,71 @@ std::uint16_t component16(double value)
     return std::isnan(value) ? std::uint16_t(0) : std::uint16_t(std::lround(std::clamp(value, 0.0, 1.0) * 65535.0));
 }
 
-Byte alpha8(const RGBAColor& color)
+template <typename Component>
+constexpr std::uint32_t most = std::numeric_limits<Component>::max();
+
+template <typename Component>
+Component alphaOf(const RGBAColor& color)
 {
     // Nothing refuses a color that is not a number, and rounding it must not trap: it counts as opaque.
-    return std::isnan(color.alpha) ? Byte(255) : Byte(std::lround(std::clamp(color.alpha, 0.0, 1.0) * 255.0));
+    const double alpha = std::isnan(color.alpha) ? 1 : std::clamp(color.alpha, 0.0, 1.0);
+    return Component(std::lround(alpha * most<Component>));
 }
 
 /// One pixel, premultiplied, over one straight pixel.
-void blendOverStraight(const Byte* source, Byte* target)
+template <typename Component>
+void blendOverStraight(const Byte* source, Component* target)
 {
-    const unsigned sourceAlpha = source[3];
-    const unsigned keptAlpha = multiplied(target[3], 255 - sourceAlpha);
-    const unsigned alpha = sourceAlpha + keptAlpha;
+    using Sum = std::conditional_t<sizeof(Component) == 1, std::uint32_t, std::uint64_t>;
+    const std::uint32_t sourceAlpha = levelAs<Component>(source[3]);
+    const std::uint32_t keptAlpha = multiplied<Component>(target[3], most<Component> - sourceAlpha);
+    const std::uint32_t alpha = sourceAlpha + keptAlpha;
     if (alpha == 0)
         return;
     for (int i = 0; i < 3; ++i) {
-        const unsigned sum = source[i] * 255u + target[i] * keptAlpha;
-        target[i] = Byte(std::min(255u, (sum + alpha / 2) / alpha));
+        const Sum sum = levelAs<Component>(source[i]) * Sum(most<Component>) + target[i] * Sum(keptAlpha);
+        target[i] = Component(std::min(Sum(most<Component>), (sum + alpha / 2) / alpha));
     }
-    target[3] = Byte(alpha);
+    target[3] = Component(alpha);
 }
 
-void blendOverOpaque(const Byte* source, Byte* target)
+template <typename Component>
+void blendOverOpaque(const Byte* source, Component* target)
 {
-    const unsigned kept = 255u - source[3];
-    for (int i = 0; i < 3; ++i)
-        target[i] = Byte(std::min(255u, unsigned(source[i]) + multiplied(target[i], kept)));
+    const std::uint32_t kept = most<Component> - levelAs<Component>(source[3]);
+    for (int i = 0; i < 3; ++i) {
+        const std::uint32_t sum = levelAs<Component>(source[i]) + std::uint32_t(multiplied<Component>(target[i], kept));
+        target[i] = Component(std::min(most<Component>, sum));
+    }
 }
 
 /// A row of straight pixels over the straight pixels already in `target`.
-void blendStraightRow(const Byte* source, Byte* target, std::int64_t pixels)
+template <typename Component>
+void blendStraightRow(const Component* source, Component* target, std::int64_t pixels)
 {
     for (std::int64_t i = 0; i < pixels; ++i, source += 4, target += 4) {
-        const unsigned sourceAlpha = source[3];
-        if (sourceAlpha == 255 || target[3] == 0) {
-            std::memcpy(target, source, 4);
+        const std::uint32_t sourceAlpha = source[3];
+        if (sourceAlpha == most<Component> || target[3] == 0) {
+            std::memcpy(target, source, 4 * sizeof(Component));
             continue;
         }
         if (sourceAlpha == 0)
             continue;
-        const unsigned kept = multiplied(target[3], 255 - sourceAlpha);
-        const unsigned alpha = sourceAlpha + kept;
+        const std::uint32_t kept = multiplied<Component>(target[3], most<Component> - sourceAlpha);
+        const std::uint32_t alpha = sourceAlpha + kept;
         for (int c = 0; c < 3; ++c)
-            target[c] = Byte((source[c] * sourceAlpha + target[c] * kept + alpha / 2) / alpha);
-        target[3] = Byte(alpha);
+            target[c] = Component((source[c] * sourceAlpha + target[c] * kept + alpha / 2) / alpha);
+        target[3] = Component(alpha);
+    }
+}
+
+/// Opaque pixels to a row that has alpha.
+template <typename Component>
+void addAlpha(const Component* source, Component* target, std::int64_t pixels)
+{
+    for (std::int64_t x = 0; x < pixels; ++x, source += 3, target += 4) {
+        std::memcpy(target, source, 3 * sizeof(Component));
+        target[3] = Component(most<Component>);
     }
 }
 
@@ -124,21 +148,31 @@ Bitmap preparedOverlay(const Overlay& overlay, const ColorProfile& canvas)
     return result;
 }
 
-std::array<Byte, 4> canvasPixel(const RGBAColor& color, const ColorProfile& canvas)
+template <typename Component>
+std::array<Component, 4> canvasPixel(const RGBAColor& color, const ColorProfile& canvas)
 {
+    constexpr int bits = std::numeric_limits<Component>::digits;
     const std::array<std::uint16_t, 3> in{component16(color.red), component16(color.green), component16(color.blue)};
-    std::array<Byte, 4> out{};
-    const ColorTransform transform(ColorProfile::sRGB(), {ColorModel::rgb, 16, Alpha::none}, canvas, rgb8);
+    std::array<Component, 4> out{};
+    const ColorTransform transform(ColorProfile::sRGB(), rgb16, canvas, rgbFormat(bits, false));
     transform.apply(reinterpret_cast<const std::byte*>(in.data()), reinterpret_cast<std::byte*>(out.data()), 1);
-    out[3] = alpha8(color);
+    out[3] = alphaOf<Component>(color);
     return out;
+}
+
+/// For what is drawn around the photo.
+template <typename Component>
+PhotoSurroundings::Pixel drawnPixel(const RGBAColor& color, const ColorProfile& canvas)
+{
+    const std::array<Component, 4> pixel = canvasPixel<Component>(color, canvas);
+    return {float(pixel[0]), float(pixel[1]), float(pixel[2]), float(pixel[3]) / float(most<Component>)};
 }
 
 } // namespace
 
 bool isBackgroundOpaque(const Composition& composition)
 {
-    return composition.blurredPhoto || alpha8(composition.borderColor) == 255;
+    return composition.blurredPhoto || alphaOf<Byte>(composition.borderColor) == 255;
 }
 
 bool needsAlpha(const Composition& composition, PixelFormat photo)
@@ -198,8 +232,9 @@ void flattenOverWhite(const std::byte* in, std::byte* out, std::size_t pixels)
     }
 }
 
-Compositor::Compositor(const Composition& composition, RowSource* photo, const ColorProfile& canvasSpace, bool hasAlpha)
-    : size_(composition.canvasSize), format_(hasAlpha ? rgba8 : rgb8), photo_(photo), photoX_(composition.photoX),
+Compositor::Compositor(const Composition& composition, RowSource* photo, const ColorProfile& canvasSpace, bool hasAlpha,
+                       int bits)
+    : size_(composition.canvasSize), format_(rgbFormat(bits, hasAlpha)), photo_(photo), photoX_(composition.photoX),
       photoY_(composition.photoY), photoArea_(composition.photoArea)
 {
     const PixelSize photoSize = photo ? photo->size() : PixelSize();
@@ -215,14 +250,17 @@ Compositor::Compositor(const Composition& composition, RowSource* photo, const C
         firstWholeRow_ = std::clamp(begin, photoY_, photoY_ + photoHeight);
         lastWholeRow_ = std::clamp(end, firstWholeRow_, photoY_ + photoHeight);
     }
-    if (PhotoSurroundings::areNeeded(composition))
-        surroundings_.emplace(composition, composition.line ? canvasPixel(composition.line->color, canvasSpace)
-                                                            : PhotoSurroundings::Pixel());
-    const std::array<Byte, 4> background = canvasPixel(composition.borderColor, canvasSpace);
     const auto pixelBytes = std::size_t(format_.bytesPerPixel());
     backgroundRow_.resize(std::size_t(size_.width) * pixelBytes);
-    for (std::size_t x = 0; x < backgroundRow_.size(); x += pixelBytes)
-        std::memcpy(&backgroundRow_[x], background.data(), pixelBytes);
+    withComponent(format_, [&]<typename Component>() {
+        if (PhotoSurroundings::areNeeded(composition))
+            surroundings_.emplace(composition, composition.line
+                                                   ? drawnPixel<Component>(composition.line->color, canvasSpace)
+                                                   : PhotoSurroundings::Pixel());
+        const std::array<Component, 4> background = canvasPixel<Component>(composition.borderColor, canvasSpace);
+        for (std::size_t x = 0; x < backgroundRow_.size(); x += pixelBytes)
+            std::memcpy(&backgroundRow_[x], background.data(), pixelBytes);
+    });
     for (const Overlay& overlay : composition.overlays)
         if (!overlay.picture.isNull())
             layers_.push_back({preparedOverlay(overlay, canvasSpace), overlay.x, overlay.y});
@@ -320,16 +358,14 @@ void Compositor::composeWholeRows(std::int64_t count, std::byte* target, std::si
     photoScratch_.resize(photoBytes);
     for (std::int64_t i = 0; i < count; ++i, target += stride) {
         photo_->readRows(1, photoScratch_.data(), photoBytes);
-        const auto* in = reinterpret_cast<const Byte*>(photoScratch_.data());
-        auto* pixels = reinterpret_cast<Byte*>(target);
-        if (photo_->format().hasAlpha()) {
-            blendStraightRow(in, pixels, width);
-            continue;
-        }
-        for (std::int64_t x = 0; x < width; ++x, in += 3, pixels += 4) {
-            std::memcpy(pixels, in, 3);
-            pixels[3] = 255;
-        }
+        withComponent(format_, [&]<typename Component>() {
+            const auto* in = reinterpret_cast<const Component*>(photoScratch_.data());
+            auto* pixels = reinterpret_cast<Component*>(target);
+            if (photo_->format().hasAlpha())
+                blendStraightRow(in, pixels, width);
+            else
+                addAlpha(in, pixels, width);
+        });
     }
 }
 
@@ -337,22 +373,24 @@ void Compositor::composeCutRow(std::int64_t row, std::byte* target)
 {
     const auto width = photo_->size().width;
     const PixelFormat photoFormat = photo_->format();
-    const std::int64_t photoBytes = photoFormat.bytesPerPixel();
-    photoScratch_.resize(std::size_t(width * photoBytes));
+    photoScratch_.resize(std::size_t(width * photoFormat.bytesPerPixel()));
     photo_->readRows(1, photoScratch_.data(), photoScratch_.size());
     const RowCoverage coverage(photoArea_, row);
-    const auto* in = reinterpret_cast<const Byte*>(photoScratch_.data());
-    auto* out = reinterpret_cast<Byte*>(target);
-    for (std::int64_t x = 0; x < width; ++x, in += photoBytes, out += format_.bytesPerPixel()) {
-        const auto covered = unsigned(std::lround(coverage.at(photoX_ + x) * 255));
-        const Byte alpha = photoFormat.hasAlpha() ? multiplied(in[3], covered) : Byte(covered);
-        const std::array<Byte, 4> pixel{in[0], in[1], in[2], alpha};
-        if (format_.hasAlpha())
-            blendStraightRow(pixel.data(), out, 1);
-        else
-            for (std::size_t c = 0; c < 3; ++c)
-                out[c] = Byte((pixel[c] * alpha + out[c] * (255U - alpha) + 127) / 255);
-    }
+    withComponent(format_, [&]<typename Component>() {
+        constexpr std::uint32_t full = most<Component>;
+        const auto* in = reinterpret_cast<const Component*>(photoScratch_.data());
+        auto* out = reinterpret_cast<Component*>(target);
+        for (std::int64_t x = 0; x < width; ++x, in += photoFormat.channels(), out += format_.channels()) {
+            const auto covered = std::uint32_t(std::lround(coverage.at(photoX_ + x) * full));
+            const Component alpha = photoFormat.hasAlpha() ? multiplied<Component>(in[3], covered) : Component(covered);
+            const std::array<Component, 4> pixel{in[0], in[1], in[2], alpha};
+            if (format_.hasAlpha())
+                blendStraightRow(pixel.data(), out, 1);
+            else
+                for (std::size_t c = 0; c < 3; ++c)
+                    out[c] = Component((std::uint32_t{pixel[c]} * alpha + out[c] * (full - alpha) + full / 2) / full);
+        }
+    });
 }
 
 void Compositor::blendLayer(const Layer& layer, std::int64_t row, std::byte* out) const
@@ -365,16 +403,19 @@ void Compositor::blendLayer(const Layer& layer, std::int64_t row, std::byte* out
     if (first >= last)
         return;
     const auto* source = reinterpret_cast<const Byte*>(layer.picture.row(y)) + (first - layer.x) * 4;
-    const int pixelBytes = format_.bytesPerPixel();
-    auto* target = reinterpret_cast<Byte*>(out) + first * pixelBytes;
-    for (std::int64_t x = first; x < last; ++x, source += 4, target += pixelBytes) {
-        if (source[3] == 0)
-            continue;
-        if (format_.hasAlpha())
-            blendOverStraight(source, target);
-        else
-            blendOverOpaque(source, target);
-    }
+    withComponent(format_, [&]<typename Component>() {
+        const int channels = format_.channels();
+        const Byte* over = source;
+        auto* target = reinterpret_cast<Component*>(out) + first * channels;
+        for (std::int64_t x = first; x < last; ++x, over += 4, target += channels) {
+            if (over[3] == 0)
+                continue;
+            if (format_.hasAlpha())
+                blendOverStraight(over, target);
+            else
+                blendOverOpaque(over, target);
+        }
+    });
 }
 
 } // namespace ferrow::Engine

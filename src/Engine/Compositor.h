@@ -20,10 +20,12 @@ namespace ferrow::Engine {
 /// are split into bands.
 class Compositor {
 public:
-    /// `photo` delivers rgb8 or straight rgba8 rows in `canvasSpace` and must outlive the compositor; without one the
-    /// canvas holds all but the photo. Throws ImagePipelineError where the photo does not lie within the canvas.
-    /// `hasAlpha` chooses straight rgba8 rows over rgb8 ones: see needsAlpha().
-    Compositor(const Composition& composition, RowSource* photo, const ColorProfile& canvasSpace, bool hasAlpha);
+    /// `photo` delivers RGB or straight RGBA rows of the canvas's depth in `canvasSpace` and must outlive the
+    /// compositor; without one the canvas holds all but the photo. Throws ImagePipelineError where the photo does not
+    /// lie within the canvas. `hasAlpha` chooses straight RGBA rows over RGB ones: see needsAlpha(). `bits`: 8 or 16 a
+    /// component.
+    Compositor(const Composition& composition, RowSource* photo, const ColorProfile& canvasSpace, bool hasAlpha,
+               int bits = 8);
 
     /// The background of a composition that asks for the blurred photo, in the canvas's space. Comes before the first
     /// row: a photo is not read before memory was granted.

@@ -54,11 +54,12 @@ struct FramedPhoto {
     PhotoRows rows;
     Compositor compositor;
 
-    FramedPhoto(const SourceFile& source, PixelSize expected, const Composition& composition)
+    /// `bits` are those of the canvas's components: 8 or 16.
+    FramedPhoto(const SourceFile& source, PixelSize expected, const Composition& composition, int bits = 8)
         : photo(openExpectedPhoto(source, expected, composition.photoSize)),
           canvas(outputColorSpace(photo.decoder->profile(), photo.decoder->format().model, composition.colorProfile)),
-          rows(photo, canvas, composition.photoSize),
-          compositor(composition, &rows, canvas, needsAlpha(composition, rows.format()))
+          rows(photo, canvas, composition.photoSize, bits),
+          compositor(composition, &rows, canvas, needsAlpha(composition, rows.format()), bits)
     {
         if (composition.blurredPhoto)
             blurredDimension =
@@ -70,7 +71,7 @@ struct FramedPhoto {
     {
         const std::int64_t background =
             blurredDimension > 0 ? MemoryNeed::ofReducedPicture(photo, blurredDimension) : 0;
-        return std::max(background, MemoryNeed::ofRows(photo, rows.size()));
+        return std::max(background, MemoryNeed::ofRows(photo, rows.size(), rows.format()));
     }
 
     /// Reads the photo once more, reduced, where it is its own background.
@@ -189,7 +190,8 @@ std::optional<PictureSummary> InProcessAnswerer::frame(const FrameRequest& reque
         ByteSink sink(request.outputDescriptor);
         if (request.keepsPhotoData)
             return frameKeepingData(request, sink, stop, *observer_);
-        FramedPhoto framed(request.source, request.expectedSize, request.composition);
+        const int bits = request.depth == BitDepth::eight ? 8 : 16;
+        FramedPhoto framed(request.source, request.expectedSize, request.composition, bits);
         const bool keepsAlpha = framed.compositor.format().hasAlpha() && request.format != ExportFormat::jpeg;
         const std::int64_t encoderBytes =
             MemoryNeed::ofEncoder(request.format, request.composition.canvasSize, keepsAlpha);
@@ -197,7 +199,7 @@ std::optional<PictureSummary> InProcessAnswerer::frame(const FrameRequest& reque
         framed.addBackground(request.source, request.composition, stop, *observer_);
         EncodeOptions options;
         options.size = framed.compositor.size();
-        options.format = keepsAlpha ? rgba8 : rgb8;
+        options.format = rgbFormat(bits, keepsAlpha);
         options.profile = framed.canvas;
         options.quality = request.quality;
         options.metadata = request.metadata;

@@ -25,9 +25,9 @@ std::int64_t deliveredPixelBytes(const OpenedPhoto& photo)
 
 } // namespace
 
-std::int64_t ofRows(const OpenedPhoto& photo, PixelSize size)
+std::int64_t ofRows(const OpenedPhoto& photo, PixelSize size, PixelFormat format)
 {
-    const std::int64_t turned = photo.orientation == 1 ? 0 : area(size) * deliveredPixelBytes(photo);
+    const std::int64_t turned = photo.orientation == 1 ? 0 : area(size) * format.bytesPerPixel();
     return photo.decoder->heldBytes() + turned;
 }
 
@@ -47,7 +47,8 @@ std::int64_t ofEncoder(ExportFormat format, PixelSize canvas, bool hasAlpha)
 
 std::int64_t mostOfPhoto(std::int64_t pixels)
 {
-    // What its codec may hold, and the picture turned, or averaged and scaled: twice as much in all of 4 bytes a pixel.
+    // What its codec may hold, and the picture turned, of 8 bytes a pixel at most, or averaged and scaled: twice 4
+    // bytes.
     return maximumHeldBytes({pixels, 1}) + 2 * 4 * (pixels + averagingBesides);
 }
 

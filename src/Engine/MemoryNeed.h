@@ -11,8 +11,8 @@
 /// for rows under way are left out.
 namespace ferrow::Engine::MemoryNeed {
 
-/// To hand out all rows upright, `size` pixels of them.
-[[nodiscard]] std::int64_t ofRows(const OpenedPhoto& photo, PixelSize size);
+/// To hand out all rows upright, `size` pixels of them in `format`.
+[[nodiscard]] std::int64_t ofRows(const OpenedPhoto& photo, PixelSize size, PixelFormat format);
 /// To make the picture of reducedPicture().
 [[nodiscard]] std::int64_t ofReducedPicture(const OpenedPhoto& photo, std::int64_t maximumDimension);
 [[nodiscard]] std::int64_t ofEncoder(ExportFormat format, PixelSize canvas, bool hasAlpha);

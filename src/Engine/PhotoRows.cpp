@@ -59,8 +59,12 @@ void copyOrientedRows(const Bitmap& stored, int orientation, std::int64_t firstR
         // A constant length lets the compiler turn each copy into plain moves.
         if (bytes == 3)
             std::memcpy(to, from, 3);
-        else
+        else if (bytes == 4)
             std::memcpy(to, from, 4);
+        else if (bytes == 6)
+            std::memcpy(to, from, 6);
+        else
+            std::memcpy(to, from, 8);
     };
 
     if (!swapsDimensions(orientation)) {
@@ -85,9 +89,9 @@ void copyOrientedRows(const Bitmap& stored, int orientation, std::int64_t firstR
     }
 }
 
-PixelFormat rowFormat(const ImageDecoder& decoder)
+PixelFormat rowFormat(const ImageDecoder& decoder, int bits = 8)
 {
-    return decoder.format().hasAlpha() ? rgba8 : rgb8;
+    return rgbFormat(bits, decoder.format().hasAlpha());
 }
 
 /// Averages blocks of `factor` × `factor` pixels of the rows it is fed: reduction without holding the whole picture.
@@ -213,8 +217,8 @@ DecodeOptions decodingFor(PixelSize size)
     return {.enoughDimension = enough, .tolerance = Tolerance::strict, .mostReduction = 2};
 }
 
-PhotoRows::PhotoRows(OpenedPhoto& photo, const ColorProfile& target, PixelSize size)
-    : photo_(photo), format_(rowFormat(*photo.decoder)),
+PhotoRows::PhotoRows(OpenedPhoto& photo, const ColorProfile& target, PixelSize size, int bits)
+    : photo_(photo), format_(rowFormat(*photo.decoder, bits)),
       transform_(photo.decoder->profile(), photo.decoder->format(), target, format_),
       storedSize_(swapsDimensions(photo.orientation) ? size.transposed() : size)
 {

@@ -58,13 +58,14 @@ struct OpenedPhoto {
 /// not be, since codecs average levels instead of light.
 [[nodiscard]] DecodeOptions decodingFor(PixelSize size);
 
-/// Upright rows of a photo, 8-bit RGB or straight RGBA in a given RGB space. Streams where the decoder streams and the
-/// picture need not be turned; else holds one whole bitmap, 3 or 4 bytes a pixel of the result. Throws
+/// Upright rows of a photo, RGB or straight RGBA in a given RGB space. Streams where the decoder streams and the
+/// picture need not be turned; else holds one whole bitmap, 3 or 4 components a pixel of the result. Throws
 /// ImagePipelineError.
 class PhotoRows : public RowSource {
 public:
-    /// `photo` must outlive the rows. `size`, unless 0 × 0, is what the upright picture is reduced to.
-    PhotoRows(OpenedPhoto& photo, const ColorProfile& target, PixelSize size = {});
+    /// `photo` must outlive the rows. `size`, unless 0 × 0, is what the upright picture is reduced to; `bits` is the
+    /// depth of a component, 8 or 16, whichever the file has.
+    PhotoRows(OpenedPhoto& photo, const ColorProfile& target, PixelSize size = {}, int bits = 8);
 
     [[nodiscard]] PixelSize size() const override;
     [[nodiscard]] PixelFormat format() const override { return format_; }

@@ -1,29 +1,46 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Engine/PhotoSurroundings.h"
 
+#include "Platform/Pixels/PixelRows.h"
+
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <vector>
 
 namespace ferrow::Engine {
 
 namespace {
 
-using Byte = std::uint8_t;
-
 /// Beyond so many standard deviations a shadow has no level left.
 constexpr double shadowReach = 4;
 constexpr double samplesPerSigma = 3;
 
 /// `color` with `alpha` over one pixel: opaque, or straight.
-void blend(const PhotoSurroundings::Pixel& color, float alpha, Byte* target, bool hasAlpha)
+template <typename Component>
+void blend(const PhotoSurroundings::Pixel& color, float alpha, Component* target, bool hasAlpha)
 {
-    const float below = hasAlpha ? float(target[3]) / 255 * (1 - alpha) : 1 - alpha;
+    constexpr float most = std::numeric_limits<Component>::max();
+    const float below = hasAlpha ? float(target[3]) / most * (1 - alpha) : 1 - alpha;
     const float sum = alpha + below;
     for (std::size_t c = 0; c < 3; ++c)
-        target[c] = Byte((float(color[c]) * alpha + float(target[c]) * below) / sum + 0.5F);
+        target[c] = Component((color[c] * alpha + float(target[c]) * below) / sum + 0.5F);
     if (hasAlpha)
-        target[3] = Byte(std::min(sum, 1.0F) * 255 + 0.5F);
+        target[3] = Component(std::min(sum, 1.0F) * most + 0.5F);
+}
+
+/// Blends `color` over the row's columns from `first` to `last`, as much as `alphaAt` says of each.
+template <typename AlphaAt>
+void blendColumns(const PhotoSurroundings::Pixel& color, std::int64_t first, std::int64_t last, PixelFormat format,
+                  std::byte* row, const AlphaAt& alphaAt)
+{
+    withComponent(format, [&]<typename Component>() {
+        const int channels = format.channels();
+        auto* target = reinterpret_cast<Component*>(row) + first * channels;
+        for (std::int64_t x = first; x < last; ++x, target += channels)
+            if (const float alpha = alphaAt(x); alpha > 0)
+                blend(color, alpha, target, format.hasAlpha());
+    });
 }
 
 /// How much of each cell of a grid over `area` the shape covers.
@@ -88,11 +105,7 @@ void PhotoSurroundings::drawShadow(std::int64_t row, PixelFormat format, std::by
     const auto opacity = float(shadowOpacity_);
     constexpr Pixel black{};
     const auto draw = [&](std::int64_t from, std::int64_t to) {
-        const int pixelBytes = format.bytesPerPixel();
-        auto* target = reinterpret_cast<Byte*>(out) + from * pixelBytes;
-        for (std::int64_t x = from; x < to; ++x, target += pixelBytes)
-            if (const float alpha = shadow_->at(x) * opacity; alpha > 0)
-                blend(black, alpha, target, format.hasAlpha());
+        blendColumns(black, from, to, format, out, [&](std::int64_t x) { return shadow_->at(x) * opacity; });
     };
     if (!photo.isRunFull()) {
         draw(first, last);
@@ -108,17 +121,14 @@ void PhotoSurroundings::drawLine(std::int64_t row, PixelFormat format, std::byte
     const RowCoverage outside(inner.outset(line_->thickness), row);
     const RowCoverage inside(inner, row);
     const RowCoverage photo(photo_, row);
-    const float opacity = float(lineColor_[3]) / 255;
+    const float opacity = lineColor_[3];
     const auto draw = [&](std::int64_t from, std::int64_t to) {
-        const int pixelBytes = format.bytesPerPixel();
-        auto* target = reinterpret_cast<Byte*>(out) + from * pixelBytes;
-        for (std::int64_t x = from; x < to; ++x, target += pixelBytes) {
+        blendColumns(lineColor_, from, to, format, out, [&](std::int64_t x) {
             // The photo comes on top: its share of a pixel that both have is not the line's to fill.
             const double left = 1 - photo.at(x);
             const double share = outside.at(x) - inside.at(x);
-            if (share > 0 && left > 0)
-                blend(lineColor_, opacity * float(std::min(share / left, 1.0)), target, format.hasAlpha());
-        }
+            return share > 0 && left > 0 ? opacity * float(std::min(share / left, 1.0)) : 0.0F;
+        });
     };
     const std::int64_t first = std::max<std::int64_t>(outside.begin(), 0);
     const std::int64_t last = std::min(outside.end(), width_);

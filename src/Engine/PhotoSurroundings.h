@@ -14,8 +14,8 @@ namespace ferrow::Engine {
 /// What lies between a photo and its background: its shadow, and a line around it, over that.
 class PhotoSurroundings {
 public:
-    /// A pixel's color in the canvas's space, with alpha.
-    using Pixel = std::array<std::uint8_t, 4>;
+    /// A pixel's color in levels of the canvas's depth and space; behind it alpha, 0…1.
+    using Pixel = std::array<float, 4>;
 
     [[nodiscard]] static bool areNeeded(const Composition& composition);
     PhotoSurroundings(const Composition& composition, const Pixel& lineColor);

@@ -76,8 +76,11 @@ PictureSummary readSummary(const ReadBackRequest& request, const std::stop_token
     // A conversion for whatever is none of ours: what Ferrow writes is in that space already.
     const ColorProfile own =
         outputColorSpace(decoder.profile(), decoder.format().model, OutputColorProfile::preserveSource);
-    PhotoRows rows(photo, own);
-    observer.headerRead({size.width * size.height, photo.type == FileType::heif, MemoryNeed::ofRows(photo, {})});
+    // What comes back roughly is compared in levels of 8 bits.
+    const int bits = losesNothing(request.format) ? decoder.format().bitsPerComponent : 8;
+    PhotoRows rows(photo, own, {}, bits);
+    observer.headerRead(
+        {size.width * size.height, photo.type == FileType::heif, MemoryNeed::ofRows(photo, {}, rows.format())});
     PictureSummer summer = summerFor(rows.size(), rows.format(), request.format);
     const std::size_t stride = std::size_t(rows.size().width) * std::size_t(rows.format().bytesPerPixel());
     const std::int64_t band = std::clamp<std::int64_t>(bandBytes / std::int64_t(stride), 16, 64);

@@ -120,6 +120,8 @@ struct FrameRequest {
     bool summarizes = false; ///< Whether a summary of what is written is wanted, to compare its file with.
     /// The photo's coded data is to stand in the output as it is: see JpegFraming. Its place is on the photo's grid.
     bool keepsPhotoData = false;
+    /// Of the output; above 8 bits all is composed with 16.
+    BitDepth depth = BitDepth::eight;
 };
 
 /// A picture in few enough words to compare one that was written with what its file holds.

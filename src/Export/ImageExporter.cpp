@@ -132,6 +132,7 @@ Engine::FrameRequest frameRequest(const OpenedFile& source, const ImportedPhoto&
     request.keepsPhotoData = grid.has_value();
     request.format = settings.format;
     request.quality = usableQuality(settings.quality);
+    request.depth = settings.writtenDepth();
     request.metadata = outputMetadata(photo.metadata);
     request.summarizes = settings.checksWritten;
     return request;

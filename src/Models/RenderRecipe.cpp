@@ -60,6 +60,26 @@ bool supportsQuality(ExportFormat format)
     return format == ExportFormat::jpeg || format == ExportFormat::heic;
 }
 
+std::vector<BitDepth> depthsOf(ExportFormat format)
+{
+    switch (format) {
+    case ExportFormat::jpeg:
+        break;
+    case ExportFormat::png:
+    case ExportFormat::tiff:
+        return {BitDepth::eight, BitDepth::sixteen};
+    case ExportFormat::heic:
+        return {BitDepth::eight, BitDepth::ten};
+    }
+    return {BitDepth::eight};
+}
+
+BitDepth ExportSettings::writtenDepth() const
+{
+    const std::vector<BitDepth> depths = depthsOf(format);
+    return std::ranges::find(depths, depth) == depths.end() ? BitDepth::eight : depth;
+}
+
 void feed(ValueHash& hash, const LogoAssetReference& asset)
 {
     feed(hash, asset.id);
@@ -91,6 +111,7 @@ void feed(ValueHash& hash, const ExportSettings& settings)
     feed(hash, settings.size);
     feed(hash, settings.checksWritten);
     feed(hash, settings.keepsPhotoData);
+    feed(hash, settings.depth);
 }
 
 } // namespace ferrow

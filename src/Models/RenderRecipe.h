@@ -65,6 +65,11 @@ enum class ExportFormat { jpeg, png, tiff, heic };
 [[nodiscard]] QString contentType(ExportFormat format);
 [[nodiscard]] bool supportsQuality(ExportFormat format);
 
+/// Bits of a component in an output.
+enum class BitDepth { eight, ten, sixteen };
+/// What the format can hold, 8 bits first.
+[[nodiscard]] std::vector<BitDepth> depthsOf(ExportFormat format);
+
 struct ExportSettings {
     ExportFormat format = ExportFormat::jpeg;
     double quality = 0.9; ///< 0…1, where the format supports it.
@@ -72,6 +77,10 @@ struct ExportSettings {
     bool checksWritten = false; ///< Whether each file is read back before it gets its name.
     /// A JPEG of a JPEG keeps the photo's coded data where that can be; `quality` is for all others.
     bool keepsPhotoData = false;
+    BitDepth depth = BitDepth::eight; ///< Where the format holds it: see writtenDepth().
+
+    /// `depth`, or 8 bits where the format can't hold it.
+    [[nodiscard]] BitDepth writtenDepth() const;
 
     bool operator==(const ExportSettings&) const = default;
 };
@@ -90,6 +99,12 @@ struct CodedCases<ExportFormat> {
                                                                    {ExportFormat::png, u"PNG"},
                                                                    {ExportFormat::tiff, u"TIFF"},
                                                                    {ExportFormat::heic, u"HEIC"}}};
+};
+
+template <>
+struct CodedCases<BitDepth> {
+    static constexpr std::array<CodedCase<BitDepth>, 3> table{
+        {{BitDepth::eight, u"8"}, {BitDepth::ten, u"10"}, {BitDepth::sixteen, u"16"}}};
 };
 
 void feed(ValueHash& hash, const LogoAssetReference& asset);

@@ -277,6 +277,7 @@ void writeRest(ByteWriter& writer, const Engine::FrameRequest& request, bool isI
     for (const auto* field : fieldsOf(request.metadata))
         write(writer, *field);
     writer.flag(request.keepsPhotoData);
+    writer.enumerator(request.depth);
     write(writer, request.composition, isInline);
 }
 
@@ -313,6 +314,7 @@ void readRest(ByteReader& reader, Engine::FrameRequest& request, int overlayMemo
     for (auto* field : fieldsOf(request.metadata))
         *field = readOptionalText(reader);
     request.keepsPhotoData = reader.flag();
+    request.depth = reader.enumerator<BitDepth>();
     request.composition = readComposition(reader, overlayMemory);
 }
 

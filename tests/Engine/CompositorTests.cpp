@@ -22,8 +22,9 @@ Bitmap composed(const Composition& composition, const Bitmap& photo, bool hasAlp
 {
     const test::MemoryFile file(test::encoded(OutputType::png, photo));
     OpenedPhoto opened = openPhoto({file.descriptor(), file.size()}, {});
-    PhotoRows rows(opened, ColorProfile::sRGB());
-    Compositor compositor(composition, &rows, ColorProfile::sRGB(), hasAlpha);
+    const int bits = photo.format().bitsPerComponent;
+    PhotoRows rows(opened, ColorProfile::sRGB(), {}, bits);
+    Compositor compositor(composition, &rows, ColorProfile::sRGB(), hasAlpha, bits);
     Bitmap canvas(compositor.size(), compositor.format(), ColorProfile::sRGB());
     for (std::int64_t y = 0; y < canvas.size().height; y += band)
         compositor.compose(std::min(band, canvas.size().height - y), canvas.row(y), canvas.stride());
@@ -44,7 +45,7 @@ Bitmap premultipliedNoise(PixelSize size, unsigned seed)
 
 TEST(Compositor, bytesDoNotDependOnTheBands)
 {
-    for (const PixelFormat format : {rgb8, rgba8})
+    for (const PixelFormat format : {rgb8, rgba8, rgb16, rgba16})
         for (const double borderAlpha : {1.0, 0.3}) {
             SCOPED_TRACE(borderAlpha + format.channels());
             const Bitmap photo = test::noise({37, 41}, format);
@@ -52,7 +53,7 @@ TEST(Compositor, bytesDoNotDependOnTheBands)
             composition.borderColor.alpha = borderAlpha;
             composition.overlays.push_back({premultipliedNoise({20, 15}, 2), -5, 30, 1});
             composition.overlays.push_back({premultipliedNoise({30, 30}, 3), 40, 45, 0.4});
-            const bool hasAlpha = format == rgba8 || borderAlpha < 1;
+            const bool hasAlpha = format.hasAlpha() || borderAlpha < 1;
             const Bitmap whole = composed(composition, photo, hasAlpha, 1000);
             for (const int band : {1, 7, 16})
                 EXPECT_TRUE(test::samePixels(whole, composed(composition, photo, hasAlpha, band))) << band;
@@ -61,20 +62,25 @@ TEST(Compositor, bytesDoNotDependOnTheBands)
 
 TEST(Compositor, movesAnOpaquePhotoAndBlendsUnderOverlaysAlone)
 {
-    const Bitmap photo = test::noise({20, 10}, rgb8);
-    Composition composition = framed(photo.size(), 3);
-    composition.overlays.push_back({test::flat({4, 2}, rgba8Premultiplied, {100, 0, 0, 128}), 5, 4, 1});
-    const Bitmap canvas = composed(composition, photo, false, 4);
-    const int border[] = {51, 102, 153};
-    for (std::int64_t y = 0; y < canvas.size().height; ++y)
-        for (std::int64_t x = 0; x < canvas.size().width; ++x)
-            for (int c = 0; c < 3; ++c) {
-                const bool onPhoto = x >= 3 && x < 23 && y >= 3 && y < 13;
-                const int below = onPhoto ? component(photo, x - 3, y - 3, c) : border[c];
-                const bool onOverlay = x >= 5 && x < 9 && y >= 4 && y < 6;
-                const double expected = onOverlay ? (c == 0 ? 100 : 0) + below * (255 - 128) / 255.0 : below;
-                ASSERT_NEAR(component(canvas, x, y, c), expected, onOverlay ? 0.51 : 0) << x << ' ' << y << ' ' << c;
-            }
+    for (const PixelFormat format : {rgb8, rgb16}) {
+        const Bitmap photo = test::noise({20, 10}, format);
+        Composition composition = framed(photo.size(), 3);
+        composition.overlays.push_back({test::flat({4, 2}, rgba8Premultiplied, {100, 0, 0, 128}), 5, 4, 1});
+        const Bitmap canvas = composed(composition, photo, false, 4);
+        const int scale = format == rgb8 ? 1 : 257;
+        const int border[] = {51 * scale, 102 * scale, 153 * scale};
+        for (std::int64_t y = 0; y < canvas.size().height; ++y)
+            for (std::int64_t x = 0; x < canvas.size().width; ++x)
+                for (int c = 0; c < 3; ++c) {
+                    const bool onPhoto = x >= 3 && x < 23 && y >= 3 && y < 13;
+                    const int below = onPhoto ? component(photo, x - 3, y - 3, c) : border[c];
+                    const bool onOverlay = x >= 5 && x < 9 && y >= 4 && y < 6;
+                    const double expected =
+                        onOverlay ? (c == 0 ? 100 * scale : 0) + below * (255 - 128) / 255.0 : below;
+                    ASSERT_NEAR(component(canvas, x, y, c), expected, onOverlay ? 0.51 : 0)
+                        << x << ' ' << y << ' ' << c;
+                }
+    }
 }
 
 TEST(Compositor, keepsStraightPixelsOverNothingExactly)

@@ -2,6 +2,7 @@
 #include "Engine/InProcessAnswerer.h"
 
 #include "Engine/PhotoRows.h"
+#include "Engine/PictureSummary.h"
 #include "Platform/Base/Cancellation.h"
 #include "Support/Pictures.h"
 #include "Support/PipelineErrors.h"
@@ -93,6 +94,71 @@ TEST(Framing, everyFormatReopensWithCanvasSizeAndProfile)
         EXPECT_TRUE(framed.profile().isEquivalentTo(ColorProfile::sRGB()));
         EXPECT_NEAR(component(framed, 40, 32, 0), 200, 4);
         EXPECT_NEAR(component(framed, 1, 1, 2), 255, 4);
+    }
+}
+
+TEST(Framing, keepsSixteenBitsUntouchedAndWidensEight)
+{
+    struct Row {
+        const char* name;
+        PixelFormat photo;
+        OutputType source;
+    };
+    const Row rows[] = {{"PNG", rgb16, OutputType::png},
+                        {"TIFF", rgb16, OutputType::tiff},
+                        {"PNG with alpha", rgba16, OutputType::png},
+                        {"TIFF with alpha", rgba16, OutputType::tiff},
+                        {"8 bits", rgb8, OutputType::png},
+                        {"8 bits with alpha", rgba8, OutputType::tiff}};
+    for (const Row& row : rows)
+        for (const ExportFormat format : {ExportFormat::png, ExportFormat::tiff})
+            for (const int orientation : {1, 6}) {
+                SCOPED_TRACE(testing::Message()
+                             << row.name << " to " << rawValue(format).toStdString() << ' ' << orientation);
+                if (orientation != 1 && row.source == OutputType::png)
+                    continue;
+                const Bitmap photo = test::noise({31, 23}, row.photo);
+                QByteArray source = test::encoded(row.source, photo);
+                if (orientation != 1)
+                    source = test::withOrientation(source, orientation);
+                const Bitmap wide = row.photo.bitsPerComponent == 16 ? photo : test::widened(photo);
+                const Bitmap upright = oriented(wide, orientation);
+                const double alpha = row.photo.hasAlpha() ? 0 : 1; // Over nothing even straight colors stay.
+                const MemoryFile in(source);
+                const MemoryFile out;
+                FrameRequest request = requestFor(in, out, upright.size(), 3);
+                request.format = format;
+                request.depth = BitDepth::sixteen;
+                request.composition.borderColor = {0.2, 0.4, 0.00003, alpha};
+                InProcessAnswerer().frame(request, {});
+                const Bitmap framed = test::decoded(out.bytes());
+                EXPECT_EQ(framed.format(), rgbFormat(16, row.photo.hasAlpha()));
+                EXPECT_TRUE(test::holdsAt(framed, 3, 3, upright));
+                const int border[] = {13107, 26214, 2};
+                for (int c = 0; c < 3; ++c)
+                    EXPECT_EQ(component(framed, 1, 1, c), border[c]);
+            }
+}
+
+TEST(Framing, readsBackWhetherEveryBitOfSixteenIsThere)
+{
+    for (const ExportFormat format : {ExportFormat::png, ExportFormat::tiff}) {
+        Bitmap photo = test::noise({31, 23}, rgb16);
+        const MemoryFile in(test::encoded(OutputType::png, photo));
+        const MemoryFile out;
+        FrameRequest request = requestFor(in, out, photo.size(), 0);
+        request.format = format;
+        request.depth = BitDepth::sixteen;
+        request.summarizes = true;
+        const std::optional<PictureSummary> written = InProcessAnswerer().frame(request, {});
+        ASSERT_TRUE(written);
+        const auto isRead = [&](const QByteArray& bytes) {
+            const MemoryFile file(bytes);
+            return isSamePicture(*written, InProcessAnswerer().readBack({sourceOf(file), format}, {}), format, 1);
+        };
+        EXPECT_TRUE(isRead(out.bytes()));
+        photo.row(11)[50] ^= std::byte{1}; // The lowest bit of a component.
+        EXPECT_FALSE(isRead(test::encoded(format == ExportFormat::png ? OutputType::png : OutputType::tiff, photo)));
     }
 }
 

@@ -116,9 +116,11 @@ TEST(Messages, carryWhatKeepsAPhotosData)
 {
     Request request = framing();
     std::get<Engine::FrameRequest>(request.content).keepsPhotoData = true;
+    std::get<Engine::FrameRequest>(request.content).depth = BitDepth::sixteen;
     const std::optional<Request> received = parsed(request);
     ASSERT_TRUE(received);
     EXPECT_TRUE(std::get<Engine::FrameRequest>(received->content).keepsPhotoData);
+    EXPECT_EQ(std::get<Engine::FrameRequest>(received->content).depth, BitDepth::sixteen);
     Inspected sent = inspected();
     sent.answer.codedData = CodedData{{16, 8, 3, 7}, {true, false, true}};
     EXPECT_EQ(std::get<Inspected>(parseAnswer(encode(Answer{1, sent}).bytes)->content).answer.codedData,
