@@ -58,6 +58,8 @@ int main(int count, char** words)
     measure("193 MP with all around it", {.width = 16'200, .height = 11'900, .icc = srgb}, "jpeg", "80 MB", all);
     measure("24 MP baseline to PNG", {.icc = srgb}, "png", "80 MB");
     measure("24 MP baseline to TIFF", {.icc = srgb}, "tiff", "80 MB");
+    measure("24 MP baseline to 16-bit PNG", {.icc = srgb}, "png", "80 MB", {"--depth", "16", "--profile", "p3"});
+    measure("24 MP baseline to 16-bit TIFF", {.icc = srgb}, "tiff", "80 MB", {"--depth", "16", "--profile", "p3"});
     measure("24 MP turned to JPEG", {.orientation = 6, .icc = srgb}, "jpeg", "80 + 72 MB");
     measure("24 MP progressive to JPEG", {.progressive = true, .icc = srgb}, "jpeg", "80 MB + coefficients");
     measure("24 MP baseline to 2,048 pixels", {.icc = srgb}, "jpeg", "80 MB", {"--long-side", "2048"});

@@ -47,7 +47,8 @@ struct Arguments {
     std::vector<std::function<void(Settings&)>> changes;
     /// Applied to the frame's shape once one is set, by whichever option or by the preset.
     std::vector<std::function<void(FrameShape&)>> shapeChanges;
-    std::size_t captions = 0; ///< How many times one was given.
+    std::optional<BitDepth> depth; ///< As it was asked for; the format must hold it.
+    std::size_t captions = 0;      ///< How many times one was given.
     std::optional<FileUrl> logoFile;
     /// Applied to the logo once it has been imported.
     std::vector<std::function<void(LogoConfiguration&)>> logoChanges;

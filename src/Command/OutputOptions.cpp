@@ -25,6 +25,12 @@ const Words<ExportFormat>& formatWords()
     return words;
 }
 
+const Words<BitDepth>& depthWords()
+{
+    static const Words<BitDepth> words{{"8", BitDepth::eight}, {"10", BitDepth::ten}, {"16", BitDepth::sixteen}};
+    return words;
+}
+
 const Words<OutputColorProfile>& profileWords()
 {
     static const Words<OutputColorProfile> words{{"srgb", OutputColorProfile::sRGB},
@@ -64,6 +70,13 @@ void setQuality(Arguments& arguments, const QByteArray& option, const QByteArray
         settings.exportSettings.quality = quality;
         settings.exportSettings.keepsPhotoData = false;
     });
+}
+
+void setDepth(Arguments& arguments, const QByteArray& option, const QByteArray& value)
+{
+    const BitDepth depth = oneOf(option, value, depthWords());
+    arguments.depth = depth;
+    arguments.changes.emplace_back([depth](Settings& settings) { settings.exportSettings.depth = depth; });
 }
 
 std::int64_t pixels(const QByteArray& option, const QByteArray& word)
@@ -181,6 +194,11 @@ OptionSection pictureOptions()
           .help = "for jpeg and heic; keep: JPEGs keep their data, and those that can't are coded at the quality set "
                   "before",
           .apply = setQuality},
+         {.name = "--depth",
+          .value = "BITS",
+          .help = "bits a component: 8 (default) or 16 for png and tiff, 8 or 10 for heic",
+          .completion = offering(depthWords()),
+          .apply = setDepth},
          {.name = "--profile",
           .value = "PROFILE",
           .help = "srgb, p3 or source",

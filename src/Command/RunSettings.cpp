@@ -41,6 +41,19 @@ PresetPayload findPreset(const QByteArray& option, const std::optional<FileUrl>&
     throw UsageError{label + reason + wanted};
 }
 
+/// A preset's depth counts where the format holds it, one that is asked for must count.
+void checkDepth(const Arguments& arguments, const ExportSettings& settings)
+{
+    if (!arguments.depth || settings.writtenDepth() == *arguments.depth)
+        return;
+    QStringList depths;
+    for (const BitDepth depth : depthsOf(settings.format))
+        depths << rawValue(depth);
+    throw UsageError{
+        QStringLiteral("--depth: %1 holds %2 bits a component, not %3.")
+            .arg(rawValue(settings.format), depths.join(QStringLiteral(" or ")), rawValue(*arguments.depth))};
+}
+
 LogoAssetReference importedAsset(const FileUrl& file, const FileUrl& folder)
 {
     try {
@@ -66,6 +79,7 @@ Settings resolvedSettings(const Arguments& arguments)
         settings.recipe = findPreset("--frame-from", arguments.frameFile, std::nullopt).recipe();
     for (const auto& change : arguments.changes)
         change(settings);
+    checkDepth(arguments, settings.exportSettings);
     std::optional<FrameShape>& shape = settings.recipe.border.shape;
     if (!arguments.shapeChanges.empty() && !shape)
         throw UsageError{QStringLiteral("--shape: options about a shape need a shape.")};

@@ -486,7 +486,8 @@ struct Coding<PresetPayload> {
         Member{QLatin1StringView("outputColorProfile"), &RenderRecipe::outputColorProfile}};
     static constexpr std::tuple laterRecipeMembers{Member{QLatin1StringView("logo"), &RenderRecipe::logo}};
     static constexpr std::tuple laterMembers{Member{QLatin1StringView("outputSize"), &P::outputSize},
-                                             Member{QLatin1StringView("keepsPhotoData"), &P::keepsPhotoData}};
+                                             Member{QLatin1StringView("keepsPhotoData"), &P::keepsPhotoData},
+                                             Member{QLatin1StringView("bitDepth"), &P::bitDepth}};
     static constexpr std::tuple members{Member{QLatin1StringView("exportFormat"), &P::exportFormat},
                                         Member{QLatin1StringView("exportQuality"), &P::exportQuality},
                                         Member{QLatin1StringView("destinationMode"), &P::destinationMode},
@@ -566,6 +567,7 @@ PresetPayload PresetPayload::make(const RenderRecipe& recipe, const ExportSettin
         .exportQuality = settings.quality,
         .outputSize = settings.size,
         .keepsPhotoData = settings.keepsPhotoData,
+        .bitDepth = settings.depth,
         .destinationMode = configuration.destinationMode,
         .sourceSubfolderName = configuration.sourceSubfolderName,
         .filenameTemplate = configuration.filenameTemplate,
@@ -592,6 +594,7 @@ void PresetPayload::applyTo(ExportSettings& settings, BatchExportConfiguration& 
     settings.quality = exportQuality;
     settings.size = outputSize;
     settings.keepsPhotoData = keepsPhotoData;
+    settings.depth = bitDepth;
     configuration.destinationMode = destinationMode;
     configuration.sourceSubfolderName = sourceSubfolderName;
     configuration.filenameTemplate = filenameTemplate;

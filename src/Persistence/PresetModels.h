@@ -25,6 +25,7 @@ struct PresetPayload {
     double exportQuality = 0;
     OutputSize outputSize;
     bool keepsPhotoData = false;
+    BitDepth bitDepth = BitDepth::eight;
     ExportDestinationMode destinationMode = ExportDestinationMode::chosenFolder;
     QString sourceSubfolderName;
     QString filenameTemplate;

@@ -40,12 +40,13 @@ protected:
 
 TEST_F(FilterCommandTest, givesTheBytesThatABatchWrites)
 {
-    const Words frame{"--format=tiff", "--border=30px", "--caption={lens}", "--set=lens=Two  words",
-                      "--caption-size=12"};
+    const Words frame{"--format=tiff",         "--depth=16",       "--border=30px", "--caption={lens}",
+                      "--set=lens=Two  words", "--caption-size=12"};
     Words batch{"--output", folder.file("out").path(), source.path()};
     batch.insert(batch.end(), frame.begin(), frame.end());
     ASSERT_EQ(start(batch).wait().status, 0);
     const QByteArray expected = test::readFile(folder.file("out/photo_framed.tiff"));
+    EXPECT_EQ(test::decoded(expected).format(), rgb16);
     const auto before = everythingBelow(folder.url());
 
     Words filter{"--filter"};
@@ -92,6 +93,15 @@ TEST_F(FilterCommandTest, refusesWhatBatchesAloneHave)
         EXPECT_EQ(ended.output, "");
         EXPECT_THAT(ended.errors.toStdString(), HasSubstr("--filter: "));
     }
+}
+
+TEST_F(FilterCommandTest, refusesADepthThatTheFormatLacksWhereItIsAskedFor)
+{
+    const auto errorOf = [this](const Words& words) { return start(words).wait(photo).errors.toStdString(); };
+    EXPECT_THAT(errorOf({"--filter", "--depth=16"}), HasSubstr("--depth: JPEG holds 8 bits a component, not 16."));
+    EXPECT_THAT(errorOf({"--filter", "--depth=16", "--format=heic"}), HasSubstr("HEIC holds 8 or 10 bits"));
+    EXPECT_THAT(errorOf({"--filter", "--depth=10", "--format=png"}), HasSubstr("PNG holds 8 or 16 bits"));
+    EXPECT_EQ(errorOf({"--filter", "--depth=16", "--depth=8"}), "");
 }
 
 TEST_F(FilterCommandTest, takesTheFrameAloneOfAPreset)

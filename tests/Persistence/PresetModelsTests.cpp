@@ -144,17 +144,20 @@ TEST(PresetDocument, keepsTheOutputSizeWhereOneIsSet)
     }
 }
 
-TEST(PresetDocument, holdsThatDataIsKeptOnlyWhereItIs)
+TEST(PresetDocument, holdsThatDataIsKeptAndTheDepthOnlyWhereTheyAreChosen)
 {
-    const QByteArray json = handWrittenWith(R"("Skip Existing")", R"("Skip Existing", "keepsPhotoData": true)");
+    const QByteArray json =
+        handWrittenWith(R"("Skip Existing")", R"("Skip Existing", "keepsPhotoData": true, "bitDepth": "16")");
     const PresetDocument document = PresetDocument::decode(json);
     ExportSettings settings;
     BatchExportConfiguration configuration;
     document.presets.at(0).payload.applyTo(settings, configuration);
     EXPECT_TRUE(settings.keepsPhotoData);
+    EXPECT_EQ(settings.depth, BitDepth::sixteen);
     EXPECT_TRUE(PresetPayload::make({}, settings, configuration).keepsPhotoData);
     EXPECT_EQ(document.encode(), QJsonDocument::fromJson(json).toJson(QJsonDocument::Indented));
-    EXPECT_FALSE(PresetDocument::decode(handWrittenWith("", "")).encode().contains("keepsPhotoData"));
+    for (const char* member : {"keepsPhotoData", "bitDepth"})
+        EXPECT_FALSE(PresetDocument::decode(handWrittenWith("", "")).encode().contains(member));
 }
 
 TEST(PresetDocument, refusesWhatIsOddAndSaysWhere)
