@@ -203,10 +203,30 @@ TEST_F(Sheets, keepTheirRowsWhenTheFormatChanges)
     exportSession.setSettings({ExportFormat::png});
     QApplication::processEvents();
     EXPECT_EQ(rule->mapTo(&window, QPoint()), before);
-    EXPECT_TRUE(quality->isVisible());
-    EXPECT_FALSE(quality->isEnabled());
+    EXPECT_FALSE(quality->isVisible());
     exportSession.setSettings({ExportFormat::jpeg});
-    EXPECT_TRUE(quality->isEnabled());
+    EXPECT_TRUE(quality->isVisible());
+}
+
+TEST_F(Sheets, askForTheDepthInPlaceOfTheQualityWhereNothingIsLost)
+{
+    choose(folder.url());
+    ExportOptionsSheet sheet(session, exportSession, preferences, &window);
+    sheet.open();
+    auto* format = child<SegmentedControl>(sheet, "formatControl");
+    auto* depth = child<SegmentedControl>(sheet, "depthControl");
+    EXPECT_FALSE(depth->isVisible());
+    format->pressItem(int(ExportFormat::tiff));
+    EXPECT_TRUE(depth->isVisible());
+    EXPECT_EQ(depth->accessibleName(), QStringLiteral("Bit depth"));
+    depth->pressItem(1);
+    EXPECT_EQ(exportSession.settings().depth, BitDepth::sixteen);
+    EXPECT_TRUE(ExportTexts::subtitle(session, exportSession.settings()).contains(QStringLiteral("TIFF, 16 bit")));
+    format->pressItem(int(ExportFormat::heic));
+    EXPECT_FALSE(depth->isVisible());
+    EXPECT_EQ(exportSession.settings().writtenDepth(), BitDepth::eight);
+    format->pressItem(int(ExportFormat::png));
+    EXPECT_EQ(depth->currentIndex(), 1) << "as it was chosen";
 }
 
 TEST_F(Sheets, goOnToTheExportOnceTheFolderIsKnown)

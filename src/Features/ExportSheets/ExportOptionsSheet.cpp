@@ -167,6 +167,16 @@ void ExportOptionsSheet::addFormat(QVBoxLayout& form)
     qualityRow_ = addRow(form, QStringLiteral("Quality"), both);
     connect(quality_, &SliderField::valueEdited, this,
             [this](double value) { editSettings([&](ExportSettings& settings) { settings.quality = value; }); });
+
+    depth_ = new SegmentedControl(QStringLiteral("Bit depth"), {QStringLiteral("8 bit"), QStringLiteral("16 bit")});
+    depth_->setObjectName(QStringLiteral("depthControl"));
+    connect(depth_, &SegmentedControl::chosen, this, [this](int index) {
+        editSettings(
+            [&](ExportSettings& settings) { settings.depth = index == 1 ? BitDepth::sixteen : BitDepth::eight; });
+    });
+    depthRow_ = addRow(form, QStringLiteral("Bit depth"), sideBySide({depth_, new QWidget}));
+    static_cast<QHBoxLayout*>(depth_->parentWidget()->layout())->setStretch(1, 1);
+    depthRow_->setMessage(Severity::plain, QStringLiteral("Keeps the depth of 16-bit photos; files are larger."));
 }
 
 void ExportOptionsSheet::addSize(QVBoxLayout& form)
@@ -397,8 +407,10 @@ void ExportOptionsSheet::showSettings()
     const auto& settings = exportSession_.settings();
     format_->setCurrentIndex(indexOf(settings.format));
     quality_->setValue(settings.quality);
-    // It stays where it is: rows that come and go would move the others under the pointer.
-    qualityRow_->setEnabled(supportsQuality(settings.format));
+    // One in the other's place, as high: rows that come and go would move those below under the pointer.
+    qualityRow_->setVisible(supportsQuality(settings.format));
+    depthRow_->setVisible(!supportsQuality(settings.format));
+    depth_->setCurrentIndex(settings.writtenDepth() == BitDepth::sixteen ? 1 : 0);
     const bool isJpeg = settings.format == ExportFormat::jpeg;
     keepsData_->setEnabled(isJpeg);
     keepsData_->setCurrentIndex(isJpeg && settings.keepsPhotoData ? 1 : 0);

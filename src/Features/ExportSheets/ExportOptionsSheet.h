@@ -95,6 +95,8 @@ private:
     SegmentedControl* keepsData_ = nullptr;
     SliderField* quality_ = nullptr;
     FormRow* qualityRow_ = nullptr;
+    SegmentedControl* depth_ = nullptr;
+    FormRow* depthRow_ = nullptr; ///< In the place of the one for quality.
     SizeChoice* size_ = nullptr;
     SegmentedControl* destination_ = nullptr;
     FolderDisplay* folder_ = nullptr;

@@ -35,11 +35,14 @@ QString profileText(const PhotoSession& session)
 
 QString formatText(const ExportSettings& settings)
 {
-    if (!supportsQuality(settings.format))
-        return rawValue(settings.format);
     if (settings.format == ExportFormat::jpeg && settings.keepsPhotoData)
         return QStringLiteral("JPEG, photo’s data kept");
-    return QStringLiteral("%1, quality %2").arg(rawValue(settings.format)).arg(std::lround(settings.quality * 100));
+    QString text = rawValue(settings.format);
+    if (settings.writtenDepth() != BitDepth::eight)
+        text += QStringLiteral(", %1 bit").arg(rawValue(settings.writtenDepth()));
+    if (supportsQuality(settings.format))
+        text += QStringLiteral(", quality %1").arg(std::lround(settings.quality * 100));
+    return text;
 }
 
 bool isWhole(double number)
