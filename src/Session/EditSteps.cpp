@@ -170,7 +170,8 @@ void PresetStep::exchangeExport(PresetPayload& from, PresetPayload& to)
 {
     const PresetPayload now = PresetPayload::make(recipe_, exportSession_.settings(), exportSession_.configuration());
     const auto keep = [&](auto... field) { ((to.*field = now.*field == from.*field ? to.*field : now.*field), ...); };
-    keep(&PresetPayload::exportFormat, &PresetPayload::exportQuality, &PresetPayload::destinationMode,
+    keep(&PresetPayload::exportFormat, &PresetPayload::exportQuality, &PresetPayload::outputSize,
+         &PresetPayload::keepsPhotoData, &PresetPayload::bitDepth, &PresetPayload::destinationMode,
          &PresetPayload::sourceSubfolderName, &PresetPayload::filenameTemplate, &PresetPayload::collisionRule);
     from = now;
     exportSession_.apply(to);

@@ -263,6 +263,14 @@ TEST_F(EditHistoryTest, undoesAPresetButNotTheExportSettingsChosenSince)
     choose(ExportFormat::heic);
     stack.redo();
     EXPECT_EQ(settings, (ExportSettings{ExportFormat::heic, 0.5}));
+    const ExportSettings chosen{.format = ExportFormat::jpeg,
+                                .quality = 0.7,
+                                .size = OutputSize::withLongSide(500),
+                                .keepsPhotoData = true,
+                                .depth = BitDepth::sixteen};
+    exportSession.setSettings(chosen);
+    stack.undo();
+    EXPECT_EQ(settings, chosen);
 }
 
 TEST_F(EditHistoryTest, pastesAndGivesUpFramings)
