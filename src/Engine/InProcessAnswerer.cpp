@@ -190,16 +190,17 @@ std::optional<PictureSummary> InProcessAnswerer::frame(const FrameRequest& reque
         ByteSink sink(request.outputDescriptor);
         if (request.keepsPhotoData)
             return frameKeepingData(request, sink, stop, *observer_);
-        const int bits = request.depth == BitDepth::eight ? 8 : 16;
+        const int bits = componentBits(request.depth);
         FramedPhoto framed(request.source, request.expectedSize, request.composition, bits);
         const bool keepsAlpha = framed.compositor.format().hasAlpha() && request.format != ExportFormat::jpeg;
+        const PixelFormat written = rgbFormat(bits, keepsAlpha);
         const std::int64_t encoderBytes =
-            MemoryNeed::ofEncoder(request.format, request.composition.canvasSize, keepsAlpha);
+            MemoryNeed::ofEncoder(request.format, request.composition.canvasSize, written);
         observer_->headerRead(jobSize(framed.photo, framed.memoryNeed() + encoderBytes));
         framed.addBackground(request.source, request.composition, stop, *observer_);
         EncodeOptions options;
         options.size = framed.compositor.size();
-        options.format = rgbFormat(bits, keepsAlpha);
+        options.format = written;
         options.profile = framed.canvas;
         options.quality = request.quality;
         options.metadata = request.metadata;

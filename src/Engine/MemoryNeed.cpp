@@ -40,9 +40,9 @@ std::int64_t ofReducedPicture(const OpenedPhoto& photo, std::int64_t maximumDime
     return photo.decoder->heldBytes() + 2 * averaged * deliveredPixelBytes(photo);
 }
 
-std::int64_t ofEncoder(ExportFormat format, PixelSize canvas, bool hasAlpha)
+std::int64_t ofEncoder(ExportFormat format, PixelSize canvas, PixelFormat pixels)
 {
-    return format == ExportFormat::heic ? heifEncoderBytes(canvas, hasAlpha) : 0;
+    return format == ExportFormat::heic ? heifEncoderBytes(canvas, pixels) : 0;
 }
 
 std::int64_t mostOfPhoto(std::int64_t pixels)

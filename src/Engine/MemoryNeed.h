@@ -15,7 +15,7 @@ namespace ferrow::Engine::MemoryNeed {
 [[nodiscard]] std::int64_t ofRows(const OpenedPhoto& photo, PixelSize size, PixelFormat format);
 /// To make the picture of reducedPicture().
 [[nodiscard]] std::int64_t ofReducedPicture(const OpenedPhoto& photo, std::int64_t maximumDimension);
-[[nodiscard]] std::int64_t ofEncoder(ExportFormat format, PixelSize canvas, bool hasAlpha);
+[[nodiscard]] std::int64_t ofEncoder(ExportFormat format, PixelSize canvas, PixelFormat pixels);
 /// No photo of that many pixels takes more, whatever is made of it; an encoder comes on top.
 [[nodiscard]] std::int64_t mostOfPhoto(std::int64_t pixels);
 /// A PDF page or an SVG drawn at that length.

@@ -108,6 +108,12 @@ struct Composition {
     std::optional<PhotoLine> line = std::nullopt;
 };
 
+/// With how many bits a component, 8 or 16, a picture is composed that is written with that depth.
+[[nodiscard]] constexpr int componentBits(BitDepth depth)
+{
+    return depth == BitDepth::eight ? 8 : 16;
+}
+
 /// Decode this photo at full size, frame it, encode it into that empty file.
 struct FrameRequest {
     SourceFile source;
@@ -120,7 +126,6 @@ struct FrameRequest {
     bool summarizes = false; ///< Whether a summary of what is written is wanted, to compare its file with.
     /// The photo's coded data is to stand in the output as it is: see JpegFraming. Its place is on the photo's grid.
     bool keepsPhotoData = false;
-    /// Of the output; above 8 bits all is composed with 16.
     BitDepth depth = BitDepth::eight;
 };
 

@@ -121,7 +121,8 @@ Assignment framing(const Engine::FrameRequest& request)
             .purpose = Purpose::framing,
             .limits = {mostOutputBytes(canvas), processorSeconds(longest)},
             .photoPixels = pixels,
-            .ownBytes = Engine::MemoryNeed::ofEncoder(request.format, canvas, true)};
+            .ownBytes = Engine::MemoryNeed::ofEncoder(request.format, canvas,
+                                                      rgbFormat(Engine::componentBits(request.depth), true))};
 }
 
 /// It writes nothing.

@@ -162,6 +162,26 @@ TEST(Framing, readsBackWhetherEveryBitOfSixteenIsThere)
     }
 }
 
+TEST(Framing, givesHeicTenBitsAndReadsThemBack)
+{
+    const Bitmap photo = test::flat({64, 64}, rgb16, {20000, 30000, 40100}); // The last half between two levels of 8.
+    const MemoryFile in(test::encoded(OutputType::tiff, photo));
+    const MemoryFile out;
+    FrameRequest request = requestFor(in, out, photo.size(), 8);
+    request.format = ExportFormat::heic;
+    request.quality = 1;
+    request.depth = BitDepth::ten;
+    request.summarizes = true;
+    const std::optional<PictureSummary> written = InProcessAnswerer().frame(request, {});
+    ASSERT_TRUE(written);
+    const Bitmap framed = test::decoded(out.bytes());
+    EXPECT_EQ(framed.format(), rgb16);
+    for (int c = 0; c < 3; ++c)
+        EXPECT_NEAR(component(framed, 40, 40, c), component(photo, 32, 32, c), 100) << c;
+    const PictureSummary read = InProcessAnswerer().readBack({sourceOf(out), ExportFormat::heic}, {});
+    EXPECT_TRUE(isSamePicture(*written, read, ExportFormat::heic, 1));
+}
+
 TEST(Framing, alphaIsKeptWhereSomethingCanBeTransparentAndFlattenedForJpeg)
 {
     const QByteArray opaque = test::encoded(OutputType::png, test::flat({16, 16}, rgb8, {10, 20, 30}));

@@ -255,6 +255,8 @@ void HeifEncoder::encodeWhole()
     check(heif_context_encode_image(context_.get(), whole_.image.get(), encoder_.get(), nullptr, &handle));
     handle_.reset(handle);
     whole_ = {};
+    if (options_.format.bitsPerComponent == 16 && heif_image_handle_get_luma_bits_per_pixel(handle) != deepBits)
+        throw EncoderError{}; // Not every encoder has as many.
 }
 
 void HeifEncoder::finish()

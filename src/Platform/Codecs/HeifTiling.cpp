@@ -15,6 +15,8 @@ constexpr std::int64_t largestWhole = 4'000'000;
 
 /// Bytes that the encoder takes for each pixel that it is handed at once,
 constexpr std::int64_t bytesPerPixel = 28;
+/// with more than 8 bits,
+constexpr std::int64_t bytesPerDeepPixel = 38;
 /// and the most that it makes of one, which the library keeps until all are there.
 constexpr std::int64_t codedBytesPerPixel = 3;
 
@@ -25,10 +27,10 @@ bool heif::isTiled(PixelSize size, PixelFormat format)
     return canWriteTiles && size.width * size.height > largestWhole && size.shorterSide() >= tileSide && format == rgb8;
 }
 
-std::int64_t heifEncoderBytes(PixelSize size, bool hasAlpha)
+std::int64_t heifEncoderBytes(PixelSize size, PixelFormat format)
 {
-    if (!heif::isTiled(size, rgbFormat(8, hasAlpha)))
-        return bytesPerPixel * size.width * size.height;
+    if (!heif::isTiled(size, format))
+        return (format.bitsPerComponent == 16 ? bytesPerDeepPixel : bytesPerPixel) * size.width * size.height;
     return bytesPerPixel * heif::tileSide * heif::tileSide + 3 * size.width * heif::tileSide +
            codedBytesPerPixel * size.width * size.height;
 }

@@ -57,7 +57,7 @@ public:
 inline constexpr std::int64_t heifMaximumSide = 32'768;
 
 /// Bytes of memory that encoding a HEIC of that size takes at most, measured: docs/heic-encoder.md.
-[[nodiscard]] std::int64_t heifEncoderBytes(PixelSize size, bool hasAlpha);
+[[nodiscard]] std::int64_t heifEncoderBytes(PixelSize size, PixelFormat format);
 
 /// `sink` must outlive the encoder. Throws EncoderError; a HEIC beyond heifMaximumSide is refused here.
 [[nodiscard]] std::unique_ptr<ImageEncoder> openEncoder(OutputType type, ByteSink& sink, const EncodeOptions& options);
