@@ -51,7 +51,7 @@ holds() {
         [ -e "$scratch/$name/usr/$path" ] || fail "$name: /usr/$path is missing"
     done
 }
-holds ferrow-batch bin/ferrow-batch libexec/ferrow/ferrow-worker share/man/man1/ferrow-batch.1.gz \
+holds ferrow-batch bin/ferrow-batch libexec/ferrow/ferrow-{worker,logo-worker} share/man/man1/ferrow-batch.1.gz \
     share/doc/ferrow-batch/{copyright,changelog.gz} share/bash-completion/completions/ferrow-batch \
     share/zsh/vendor-completions/_ferrow-batch share/fish/vendor_completions.d/ferrow-batch.fish
 holds ferrow bin/ferrow share/man/man1/ferrow.1.gz share/doc/ferrow/{copyright,changelog.gz} \
@@ -63,7 +63,7 @@ holds ferrow bin/ferrow share/man/man1/ferrow.1.gz share/doc/ferrow/{copyright,c
 if dpkg-deb -f "$batch" Depends | grep -q 'qt6widgets'; then
     fail "ferrow-batch: it needs Qt Widgets"
 fi
-for program in ferrow/usr/bin/ferrow ferrow-batch/usr/{bin/ferrow-batch,libexec/ferrow/ferrow-worker}; do
+for program in ferrow/usr/bin/ferrow ferrow-batch/usr/{bin/ferrow-batch,libexec/ferrow/ferrow-{,logo-}worker}; do
     LC_ALL=C readelf -hdl "$scratch/$program" >"$scratch/headers"
     LC_ALL=C readelf --dyn-syms -W "$scratch/$program" >"$scratch/symbols"
     for sign in 'Type: *DYN' GNU_RELRO BIND_NOW; do
