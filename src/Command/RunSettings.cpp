@@ -3,10 +3,10 @@
 
 #include "Command/Output.h"
 #include "Imaging/CaptionDrawing.h"
-#include "Platform/Text/TextFrame.h"
 #include "Persistence/ManagedLogoStore.h"
 #include "Persistence/PresetLibrary.h"
 #include "Platform/Files/FileStatus.h"
+#include "Platform/Text/TextFrame.h"
 #include "Shared/UserFacingError.h"
 
 #include <algorithm>
