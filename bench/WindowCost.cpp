@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the window costs: its start, how free the main thread stays, a render of the preview, and ten thousand photos.
+// What the window costs: its start, how free the main thread stays, a render of the preview, and ten thousand photos in
+// list and contact sheet. With --sheet-only, the last alone.
 #include "BenchSupport.h"
 #include "SamplePhotos.h"
 
+#include "Features/ContactSheet/SheetGrid.h"
 #include "Features/PhotoSidebar/PhotoListView.h"
 #include "Imaging/ImageLoader.h"
 #include "Imaging/ImageRenderer.h"
@@ -14,6 +16,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QEventLoop>
 #include <QScrollBar>
 #include <QTest>
 #include <QTimer>
@@ -26,6 +29,7 @@
 #include <numeric>
 #include <thread>
 
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -266,6 +270,65 @@ void measureTenThousand(ContentView& window, const FileUrl& folder)
     timed("removing", [&](std::size_t) { window.history().removeSelected(); });
 }
 
+double processorSeconds()
+{
+    rusage used{};
+    ::getrusage(RUSAGE_SELF, &used);
+    const auto seconds = [](const timeval& time) { return double(time.tv_sec) + double(time.tv_usec) / 1e6; };
+    return seconds(used.ru_utime) + seconds(used.ru_stime);
+}
+
+void measureSheet(ContentView& window)
+{
+    auto* grid = window.findChild<SheetGrid*>();
+    auto* pictures = window.findChild<CellPictures*>();
+    const auto isFilled = [&] { return grid->isVisible() && !pictures->isBusy(); };
+    const auto timed = [&](const char* what, double target, const std::function<void()>& verb) {
+        const Clock::time_point begin = Clock::now();
+        verb();
+        waitFor(isFilled);
+        grid->viewport()->repaint();
+        std::printf("  %s: %.0f ms (target %.0f)\n", what, milliseconds(Clock::now() - begin), target);
+    };
+    std::printf("contact sheet of %zu photos:\n", window.session().photos().size());
+    LoopProbe probe;
+    probe.start();
+    timed("first screen after the switch", 300, [&] {
+        for (QAction* action : window.actions())
+            if (action->shortcuts().contains(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_G)))
+                action->trigger();
+    });
+    for (const double width : {90, 120, 150})
+        timed("a screen after an edit of the batch", 400, [&] {
+            window.history().editRecipe(QStringLiteral("Border"),
+                                        [width](RenderRecipe& recipe) { recipe.border.width = width; });
+        });
+    probe.report("switch and edits");
+    QScrollBar* bar = grid->verticalScrollBar();
+    std::vector<double> frames;
+    probe.start();
+    for (int step = 0; step < 1'500; ++step) {
+        const Clock::time_point begin = Clock::now();
+        bar->setValue(step < 500 ? step * 23 : int(std::int64_t(step) * 104'729 % std::max(bar->maximum(), 1)));
+        grid->viewport()->repaint();
+        frames.push_back(milliseconds(Clock::now() - begin));
+        const Clock::time_point next = begin + std::chrono::milliseconds(16);
+        while (Clock::now() < next)
+            QApplication::processEvents(QEventLoop::WaitForMoreEvents, 1);
+    }
+    probe.report("scrolling");
+    std::printf("  a frame of scrolling: median %.1f ms, 99th percentile %.1f ms (target 16)\n",
+                percentile(frames, 0.5), percentile(frames, 0.99));
+    waitFor(isFilled);
+    QTest::qWait(20'000);
+    std::printf("  %.0f MB in all processes (target 450)\n", residentMegabytes());
+    const double before = processorSeconds();
+    QEventLoop rest; // Waiting in slices would be work.
+    QTimer::singleShot(10'000, &rest, &QEventLoop::quit);
+    rest.exec();
+    std::printf("  at rest: %.2f %% of a core\n", 10 * (processorSeconds() - before));
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -278,7 +341,9 @@ int main(int argc, char** argv)
     const FileUrl root = FileUrl::fromPath(QByteArray::fromStdString(scratch.path()));
     ::setenv("XDG_DATA_HOME", root.appending("data").path().constData(), 1);
     ::setenv("XDG_CONFIG_HOME", root.appending("config").path().constData(), 1);
-    measureStart(argv[0]);
+    const bool isSheetOnly = argc > 1 && qstrcmp(argv[1], "--sheet-only") == 0;
+    if (!isSheetOnly)
+        measureStart(argv[0]);
 
     QApplication application(argc, argv);
     FerrowStyle::install(application);
@@ -292,8 +357,16 @@ int main(int argc, char** argv)
     const FileUrl many = folder("many");
     const FileUrl all = folder("all");
     const std::vector<FileUrl> photos = tools::writeSamplePhotos(few);
-    tools::writeManySmallPhotos(many, 1'000);
     tools::writeManySmallPhotos(all, 10'000);
+    if (isSheetOnly) {
+        Preferences preferences;
+        ContentView window(preferences);
+        window.show();
+        import(window, all);
+        measureSheet(window);
+        return 0;
+    }
+    tools::writeManySmallPhotos(many, 1'000);
 
     measureRender(photos.front());
     Preferences preferences;
@@ -306,5 +379,6 @@ int main(int argc, char** argv)
         sheet->setVisible(false);
     window.exportSession().clearReport();
     measureTenThousand(window, all);
+    measureSheet(window);
     return 0;
 }
