@@ -10,6 +10,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 
 namespace ferrow {
@@ -33,6 +34,7 @@ struct ImportedPhoto {
     Bitmap previewSource; ///< Upright, reduced; null where the load asked for no pixels.
     QString colorProfileName;
     std::optional<CodedData> codedData; ///< Of a JPEG that can be framed without being coded anew.
+    std::int64_t addedAt = 0;           ///< Grows with each photo that joins a list.
 
     [[nodiscard]] const FileUrl& id() const { return url; }
     [[nodiscard]] QString filename() const { return url.lastPathComponent(); }

@@ -117,6 +117,23 @@ void EditHistory::setAllIncluded(bool included)
     setIncluded(all, included);
 }
 
+void EditHistory::setIncludedAndGoOn(const FileUrl& photoID, bool included, const std::optional<FileUrl>& next)
+{
+    if (session_.isIncluded(photoID) != included)
+        push(std::make_unique<CullingStep>(session_, photoID, included, next.value_or(photoID)));
+    else if (next)
+        session_.setSelectedPhotoID(next);
+}
+
+void EditHistory::invertIncluded()
+{
+    std::vector<FileUrl> all;
+    all.reserve(session_.photos().size());
+    for (const ImportedPhoto& photo : session_.photos())
+        all.push_back(photo.id());
+    push(std::make_unique<InversionStep>(session_, std::move(all)));
+}
+
 void EditHistory::removeSelected()
 {
     if (const auto& selected = session_.selectedPhotoID())

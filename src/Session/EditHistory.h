@@ -59,6 +59,11 @@ public:
     void setIncluded(const std::vector<FileUrl>& photoIDs, bool included);
     void toggleIncluded(const FileUrl& photoID);
     void setAllIncluded(bool included);
+    /// Goes on to `next`, if there is one, in the same step: undo shows the photo again. A photo that is included, or
+    /// left out, already is no step.
+    void setIncludedAndGoOn(const FileUrl& photoID, bool included, const std::optional<FileUrl>& next);
+    /// Leaves out what was included, and the other way round.
+    void invertIncluded();
 
     void removeSelected();
     void remove(const std::vector<FileUrl>& photoIDs);

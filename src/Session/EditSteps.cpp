@@ -134,6 +134,25 @@ InclusionStep::InclusionStep(PhotoSession& session, std::vector<FileUrl> photoID
     setObsolete(photoIDs_.empty());
 }
 
+CullingStep::CullingStep(PhotoSession& session, FileUrl photoID, bool included, FileUrl next)
+    : session_(session), photoID_(std::move(photoID)), included_(included), next_(std::move(next))
+{
+    setText(included ? QStringLiteral("Include Photo") : QStringLiteral("Exclude Photo"));
+}
+
+void CullingStep::apply(bool included, const FileUrl& selected)
+{
+    session_.setIncluded({photoID_}, included);
+    session_.setSelectedPhotoID(selected);
+}
+
+InversionStep::InversionStep(PhotoSession& session, std::vector<FileUrl> photoIDs)
+    : session_(session), photoIDs_(std::move(photoIDs))
+{
+    setText(QStringLiteral("Invert"));
+    setObsolete(photoIDs_.empty());
+}
+
 RemovalStep::RemovalStep(PhotoSession& session, std::vector<FileUrl> photoIDs)
     : session_(session), photoIDs_(std::move(photoIDs))
 {

@@ -111,6 +111,35 @@ private:
     bool included_;
 };
 
+/// One photo is decided on, and the next is shown.
+class CullingStep : public QUndoCommand {
+public:
+    CullingStep(PhotoSession& session, FileUrl photoID, bool included, FileUrl next);
+
+    void undo() override { apply(!included_, photoID_); }
+    void redo() override { apply(included_, next_); }
+
+private:
+    void apply(bool included, const FileUrl& selected);
+
+    PhotoSession& session_;
+    FileUrl photoID_;
+    bool included_;
+    FileUrl next_;
+};
+
+class InversionStep : public QUndoCommand {
+public:
+    InversionStep(PhotoSession& session, std::vector<FileUrl> photoIDs);
+
+    void undo() override { session_.toggleIncluded(photoIDs_); }
+    void redo() override { session_.toggleIncluded(photoIDs_); }
+
+private:
+    PhotoSession& session_;
+    std::vector<FileUrl> photoIDs_;
+};
+
 class RemovalStep : public QUndoCommand {
 public:
     RemovalStep(PhotoSession& session, std::vector<FileUrl> photoIDs);

@@ -123,7 +123,7 @@ void PhotoListModel::followPhotos()
     std::vector<FileUrl> now;
     now.reserve(session_.photos().size());
     for (const ImportedPhoto& photo : session_.photos())
-        if (passes(photo.id()))
+        if (passes(photo))
             now.push_back(photo.id());
     filteredRows_.clear();
     if (filter_ != PhotoFilter())
@@ -157,8 +157,11 @@ void PhotoListModel::followPhotos()
         emit shownChanged();
 }
 
-bool PhotoListModel::passes(const FileUrl& photoID) const
+bool PhotoListModel::passes(const ImportedPhoto& photo) const
 {
+    if (!filter_.search.isEmpty() && !photo.filename().contains(filter_.search, Qt::CaseInsensitive))
+        return false;
+    const FileUrl& photoID = photo.id();
     switch (filter_.kind) {
     case PhotoFilter::Kind::all:
         return true;

@@ -19,6 +19,7 @@ struct PhotoFilter {
     enum class Kind { all, included, withWarnings };
 
     Kind kind = Kind::all;
+    QString search; ///< Stands anywhere in the name, in capitals or not; empty for any name.
 
     bool operator==(const PhotoFilter&) const = default;
 };
@@ -61,7 +62,7 @@ signals:
 
 private:
     void followPhotos();
-    [[nodiscard]] bool passes(const FileUrl& photoID) const;
+    [[nodiscard]] bool passes(const ImportedPhoto& photo) const;
     void repaint(const FileUrl& photoID);
     void repaintAll();
 

@@ -207,12 +207,18 @@ void PhotoSession::addLoaded(const std::shared_ptr<Import>& import)
         if (!result.photos.empty()) {
             if (!selectedPhotoID_)
                 selectedPhotoID_ = result.photos.front().id();
+            for (ImportedPhoto& photo : result.photos)
+                photo.addedAt = ++added_;
+            if (order_ != PhotoOrder())
+                sortPhotos(result.photos, order_);
             // As if they were appended and the whole sorted stably, in the time of one walk.
             std::vector<ImportedPhoto> merged;
             merged.reserve(photos_.size() + result.photos.size());
             std::merge(std::move_iterator(photos_.begin()), std::move_iterator(photos_.end()),
                        std::move_iterator(result.photos.begin()), std::move_iterator(result.photos.end()),
-                       std::back_inserter(merged), BatchImporter::precedes);
+                       std::back_inserter(merged), [this](const ImportedPhoto& left, const ImportedPhoto& right) {
+                           return precedes(left, right, order_);
+                       });
             photos_ = std::move(merged);
             for (auto& [id, thumbnail] : work.thumbnails)
                 thumbnails_.try_emplace(id, std::move(thumbnail));
@@ -294,6 +300,11 @@ void PhotoSession::setCorrections(const std::vector<PhotoCorrections>& correctio
             photos_[*index].corrections = values;
             change.corrections = true;
         }
+    if (change.corrections && order_.key == PhotoOrder::Key::captureDate) {
+        sortPhotos(photos_, order_);
+        rebuildIndex();
+        change.photos = true;
+    }
 }
 
 void PhotoSession::setIncluded(const std::vector<FileUrl>& photoIDs, bool included)
@@ -306,6 +317,29 @@ void PhotoSession::setIncluded(const std::vector<FileUrl>& photoIDs, bool includ
 void PhotoSession::toggleIncluded(const FileUrl& photoID)
 {
     setIncluded({photoID}, !isIncluded(photoID));
+}
+
+void PhotoSession::toggleIncluded(const std::vector<FileUrl>& photoIDs)
+{
+    Change change(*this);
+    for (const FileUrl& id : photoIDs) {
+        if (excludedPhotoIDs_.erase(id) == 0)
+            excludedPhotoIDs_.insert(id);
+        change.excludedPhotoIDs = true;
+    }
+}
+
+void PhotoSession::setOrder(const PhotoOrder& order)
+{
+    if (std::exchange(order_, order) == order)
+        return;
+    {
+        Change change(*this);
+        sortPhotos(photos_, order_);
+        rebuildIndex();
+        change.photos = true;
+    }
+    emit orderChanged();
 }
 
 void PhotoSession::applyRecipe(const RenderRecipe& recipe)
@@ -424,11 +458,11 @@ void PhotoSession::restore(const RemovedPhotos& removed)
     photos_ = std::move(merged);
     // Imports since the removal may have shifted places. The rest is in order: its new neighbors tell.
     const auto isInOrder = [this](std::size_t place) {
-        return (place == 0 || !BatchImporter::precedes(photos_[place], photos_[place - 1])) &&
-               (place + 1 == photos_.size() || !BatchImporter::precedes(photos_[place + 1], photos_[place]));
+        return (place == 0 || !precedes(photos_[place], photos_[place - 1], order_)) &&
+               (place + 1 == photos_.size() || !precedes(photos_[place + 1], photos_[place], order_));
     };
     if (!std::ranges::all_of(places, isInOrder))
-        std::ranges::stable_sort(photos_, BatchImporter::precedes);
+        sortPhotos(photos_, order_);
     rebuildIndex();
     for (const RemovedPhotos::Entry& entry : removed.entries) {
         if (entry.isExcluded)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Batch/BatchImporter.h"
+#include "Batch/PhotoOrder.h"
 #include "Models/BatchExportModels.h"
 #include "Models/BatchFraming.h"
 #include "Models/ImportedPhoto.h"
@@ -58,7 +59,7 @@ struct PhotoCorrections {
     MetadataCorrections values;
 };
 
-/// The working set: the photos in the file browser's order of their names, the selected one, those left out of export,
+/// The working set: the photos in the order of the user's choice, the selected one, those left out of export,
 /// and the recipes. Lives on the main thread. Every signal comes after all fields of a change have their new values,
 /// and only where the value differs. The photos carry no previewSource: their thumbnails are kept compressed and come
 /// from thumbnail().
@@ -81,6 +82,7 @@ public:
     [[nodiscard]] const std::vector<ImportedPhoto>& photos() const { return photos_; }
     [[nodiscard]] const std::optional<FileUrl>& selectedPhotoID() const { return selectedPhotoID_; }
     [[nodiscard]] const std::unordered_set<FileUrl>& excludedPhotoIDs() const { return excludedPhotoIDs_; }
+    [[nodiscard]] const PhotoOrder& order() const { return order_; }
     [[nodiscard]] const BatchFraming& framing() const { return framing_; }
     [[nodiscard]] const RenderRecipe& batchRecipe() const { return framing_.batch; }
     [[nodiscard]] const std::unordered_map<FileUrl, RenderRecipe>& photoRecipes() const { return framing_.own; }
@@ -129,6 +131,10 @@ public:
     void setCorrections(const std::vector<PhotoCorrections>& corrections);
     void setIncluded(const std::vector<FileUrl>& photoIDs, bool included);
     void toggleIncluded(const FileUrl& photoID);
+    /// Each becomes the opposite of what it is.
+    void toggleIncluded(const std::vector<FileUrl>& photoIDs);
+    /// Of the list, of what an export numbers, and of photos that join later.
+    void setOrder(const PhotoOrder& order);
 
     /// Stores an edited recipe where the scope says.
     void applyRecipe(const RenderRecipe& recipe);
@@ -154,6 +160,7 @@ signals:
     void photoRecipesChanged();
     void recipeScopeChanged();
     void correctionsChanged();
+    void orderChanged();
     void isImportingChanged();
     /// While an import runs: files read so far, and of how many.
     void importProgressed(std::size_t read, std::size_t total);
@@ -179,6 +186,8 @@ private:
     std::optional<FileUrl> selectedPhotoID_;
     std::unordered_set<FileUrl> excludedPhotoIDs_;
     BatchFraming framing_;
+    PhotoOrder order_;
+    std::int64_t added_ = 0; ///< Photos that have ever joined.
     bool isImporting_ = false;
     std::shared_ptr<Import> import_; ///< The one that runs.
     MainThreadRelay relay_;

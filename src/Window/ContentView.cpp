@@ -7,6 +7,7 @@
 #include "Features/PhotoDetails/PhotoDetails.h"
 #include "Features/PhotoSidebar/PhotoListView.h"
 #include "Features/PhotoSidebar/PhotoSidebar.h"
+#include "Features/PhotoSidebar/SearchField.h"
 #include "Features/PreviewPane/PreviewPane.h"
 #include "Features/SettingsView/SettingsView.h"
 #include "Features/ShortcutsWindow/ShortcutsWindow.h"
@@ -91,6 +92,7 @@ void ContentView::buildViews()
     sidebar_ = new PhotoSidebar(photoList_, session_, history_, exportSession_);
     preview_ = new PreviewPane(session_, previewLoader_, renderQueue_, exportSession_, history_, preferences_);
     sheet_ = new ContactSheet(photoList_, session_, photoWarnings_, history_, exportSession_, preferences_);
+    preview_->setList(photoList_);
     preview_->setSheet(sheet_, sheet_->sizeControl());
     inspector_ = new InspectorView(session_, history_, exportSession_);
     preview_->setObjectName(QStringLiteral("previewPane"));
@@ -118,6 +120,9 @@ void ContentView::buildViews()
             sidebar_->list()->setFocus(Qt::OtherFocusReason);
     });
     connect(preview_, &PreviewPane::sheetRequested, this, [this] { showSheet(true); });
+    connect(preview_, &PreviewPane::cullRequested, this, &ContentView::cull);
+    connect(sidebar_, &PhotoSidebar::cullRequested, this, &ContentView::cull);
+    connect(sheet_->grid(), &SheetGrid::cullRequested, this, &ContentView::cull);
     connect(sheet_->grid(), &SheetGrid::openRequested, this, [this] { showSheet(false); });
     connect(sheet_->grid(), &SheetGrid::contextMenuRequestedAt, sidebar_, &PhotoSidebar::showMenu);
     connect(inspector_, &InspectorView::importLogoRequested, this, &ContentView::importLogo);
@@ -166,6 +171,8 @@ void ContentView::connectActions()
     on(actions_->shortcuts, &ContentView::showShortcuts);
     on(actions_->zoomIn, [this] { preview_->isSheetShown() ? sheet_->grid()->grow() : preview_->zoomIn(); });
     on(actions_->zoomOut, [this] { preview_->isSheetShown() ? sheet_->grid()->shrink() : preview_->zoomOut(); });
+    on(actions_->search, &ContentView::searchPhotos);
+    on(actions_->invertIncluded, [this] { history_.invertIncluded(); });
     on(actions_->contactSheet, [this] { showSheet(!preview_->isSheetShown()); });
     // A press takes the tick away, and where the zoom was there already nothing else gives it back.
     on(actions_->zoomToFit, [this] {
@@ -222,6 +229,8 @@ void ContentView::updateActions()
     actions_->addPhotos->setEnabled(mayAdd);
     actions_->addFolder->setEnabled(mayAdd);
     actions_->clearAll->setEnabled(!busy && hasPhotos);
+    actions_->search->setEnabled(hasPhotos);
+    actions_->invertIncluded->setEnabled(!busy && hasPhotos);
     actions_->exportBatch->setEnabled(!busy && hasPhotos);
     actions_->presets->setEnabled(!busy);
     for (QAction* action :
@@ -366,6 +375,25 @@ void ContentView::showSheet(bool isShown)
         previewLoad_.request_stop();
     else if (!loaded || loaded->id() != session_.selectedPhotoID() || previewLoader_.isLoading())
         loadSelectedPreview();
+}
+
+void ContentView::searchPhotos()
+{
+    if (!columns_->isSidebarShown())
+        columns_->setSidebarShown(true);
+    sidebar_->searchField()->setFocus(Qt::ShortcutFocusReason);
+    sidebar_->searchField()->selectAll();
+}
+
+void ContentView::cull(bool included)
+{
+    const std::optional<FileUrl> selected = session_.selectedPhotoID();
+    if (!selected || !session_.photo(*selected) || exportSession_.isBusy())
+        return;
+    const int next = photoList_.rowOf(selected) + 1;
+    history_.setIncludedAndGoOn(*selected, included,
+                                next > 0 && next < photoList_.rowCount() ? std::optional(photoList_.photoID(next))
+                                                                         : std::nullopt);
 }
 
 void ContentView::followZoom()

@@ -88,6 +88,9 @@ private:
     void showShortcuts();
     void followZoom();
     void showSheet(bool isShown);
+    void searchPhotos();
+    /// Includes the selected photo, or leaves it out, and goes on to the next one shown.
+    void cull(bool included);
     void setComparing(bool comparing);
     void moveToArea(int direction);
     [[nodiscard]] bool handleDrag(const QWidget& widget, QEvent* event);

@@ -294,4 +294,25 @@ TEST_F(EditHistoryTest, pastesAndGivesUpFramings)
     EXPECT_EQ(session.recipeScope(), RecipeScope::batch);
 }
 
+TEST_F(EditHistoryTest, cullsInStepsThatUndoShows)
+{
+    history.setIncludedAndGoOn(a, false, b);
+    EXPECT_FALSE(session.isIncluded(a));
+    EXPECT_EQ(session.selectedPhotoID(), b);
+    history.setIncludedAndGoOn(b, true, test::photoUrl("c"));
+    EXPECT_EQ(test::selectedName(session), "c") << "it was included already";
+    history.setIncludedAndGoOn(test::photoUrl("c"), false, std::nullopt);
+    EXPECT_EQ(test::selectedName(session), "c");
+    EXPECT_EQ(stack.count(), 2);
+    history.invertIncluded();
+    EXPECT_EQ(session.includedCount(), 2U);
+    EXPECT_FALSE(session.isIncluded(b));
+    for (int step = 0; step < 3; ++step)
+        stack.undo();
+    EXPECT_EQ(session.includedCount(), 3U);
+    EXPECT_EQ(session.selectedPhotoID(), a);
+    stack.redo();
+    EXPECT_EQ(session.selectedPhotoID(), b);
+}
+
 } // namespace ferrow

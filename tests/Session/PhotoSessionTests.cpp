@@ -369,4 +369,35 @@ TEST(PhotoSession, findsAndReordersTenThousand)
     EXPECT_EQ(test::names(session.photos()), before);
 }
 
+TEST(PhotoSession, keepsTheChosenOrderThroughEveryChange)
+{
+    auto operations = test::withoutDisk();
+    operations.load = [](const FileUrl& url, const std::stop_token&) {
+        ImportedPhoto photo = test::photoAt(url);
+        const int year = url.path().right(4).toInt();
+        if (year > 0)
+            photo.metadata.captureDate = QDateTime(QDate(year, 1, 1), QTime(12, 0));
+        return photo;
+    };
+    test::DisklessSession session(operations);
+    test::importInto(session, test::photoUrls({"a2003", "b2001", "c"}));
+    session.setSelectedPhotoID(test::photoUrl("c"));
+    session.setOrder({PhotoOrder::Key::captureDate});
+    EXPECT_THAT(test::names(session.photos()), testing::ElementsAre("b2001", "a2003", "c"));
+    test::importInto(session, test::photoUrls({"z2002", "x"}));
+    EXPECT_THAT(test::names(session.photos()), testing::ElementsAre("b2001", "z2002", "a2003", "c", "x"));
+    EXPECT_EQ(session.indexOf(test::photoUrl("a2003")), 2U);
+    EXPECT_EQ(test::selectedName(session), "c");
+    const RemovedPhotos removed = session.remove(test::photoUrls({"z2002"}));
+    session.setOrder({PhotoOrder::Key::added, true});
+    EXPECT_THAT(test::names(session.photos()), testing::ElementsAre("x", "c", "b2001", "a2003"));
+    session.restore(removed);
+    EXPECT_THAT(test::names(session.photos()), testing::ElementsAre("z2002", "x", "c", "b2001", "a2003"));
+    session.setOrder({PhotoOrder::Key::captureDate});
+    session.setCorrections(
+        {{test::photoUrl("c"), {{MetadataField::captureDate, QDateTime(QDate(1990, 1, 1), QTime(12, 0))}}}});
+    EXPECT_THAT(test::names(session.photos()), testing::ElementsAre("c", "b2001", "z2002", "a2003", "x"));
+    EXPECT_EQ(session.indexOf(test::photoUrl("c")), 0U);
+}
+
 } // namespace ferrow

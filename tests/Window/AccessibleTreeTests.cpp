@@ -8,6 +8,7 @@
 #include <QScreen>
 #include <QSplitter>
 
+#include <algorithm>
 #include <condition_variable>
 #include <mutex>
 #include <set>
@@ -191,6 +192,11 @@ TEST_F(AccessibleTree, TellsEveryControlOfEveryView)
     expectControls("empty window", 20);
     importOne();
     expectControls("with a photo", 30);
+    press(Qt::Key_G, Qt::ControlModifier | Qt::ShiftModifier);
+    expectControls("contact sheet", 35);
+    EXPECT_TRUE(groups_.contains(QStringLiteral("Contact Sheet")));
+    EXPECT_EQ(namesIn("contactSheet", QAccessible::CheckBox).size(), 1);
+    press(Qt::Key_G, Qt::ControlModifier | Qt::ShiftModifier);
     window_->history().editRecipe(QStringLiteral("Frame"), [](RenderRecipe& recipe) {
         recipe.border.sides.emplace();
         recipe.border.blurredBackground.emplace();
@@ -229,17 +235,21 @@ TEST_F(AccessibleTree, TellsEveryControlOfEveryView)
 TEST_F(AccessibleTree, TellsTicks)
 {
     importOne();
-    QWidget* list = widget("photoList");
-    list->setFocus(Qt::TabFocusReason);
-    QCoreApplication::processEvents();
-    for (const bool isTicked : {false, true}) {
-        heard_.clear();
-        press(Qt::Key_Space);
-        ASSERT_TRUE(waitFor([&] { return !heard_.empty(); }));
-        EXPECT_EQ(heard_.back().type, QAccessible::StateChanged);
-        EXPECT_TRUE(heard_.back().name.startsWith(QStringLiteral("a.png")));
-        EXPECT_EQ(heard_.back().state.checked, isTicked);
-    }
+    press(Qt::Key_G, Qt::ControlModifier | Qt::ShiftModifier);
+    for (const char* place : {"photoList", "contactSheet"})
+        for (const bool isTicked : {false, true}) {
+            SCOPED_TRACE(place);
+            widget(place)->setFocus(Qt::TabFocusReason);
+            QCoreApplication::processEvents();
+            heard_.clear();
+            press(Qt::Key_Space);
+            const auto* parent = QAccessible::queryAccessibleInterface(widget(place));
+            const auto isTold = [&](const Heard& heard) {
+                return heard.type == QAccessible::StateChanged && heard.parent == parent &&
+                       heard.name.startsWith(QStringLiteral("a.png")) && heard.state.checked == isTicked;
+            };
+            EXPECT_TRUE(waitFor([&] { return std::ranges::any_of(heard_, isTold); }));
+        }
 }
 
 TEST_F(AccessibleTree, ReachesWhatLiesOnPresetRows)

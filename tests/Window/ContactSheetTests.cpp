@@ -5,6 +5,8 @@
 #include "Widgets/SegmentedControl.h"
 
 #include <QAccessible>
+#include <QMenu>
+#include <QPushButton>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QWheelEvent>
@@ -217,6 +219,54 @@ TEST_F(Sheet, showsTheIncludedOrThoseWithWarningsInOneListForAll)
     EXPECT_EQ(shown(), "befghijajb");
     filter->pressItem(0);
     EXPECT_EQ(shown(), "abcdefghijajb");
+}
+
+TEST_F(Sheet, findsNamesAndSaysWhenThereAreNone)
+{
+    listed.model.setFilter({.search = QStringLiteral("J")});
+    EXPECT_EQ(shown(), "jajb");
+    EXPECT_EQ(sheet.grid()->itemCount(), 2);
+    listed.model.setFilter({.search = QStringLiteral("b")});
+    EXPECT_EQ(shown(), "bjb") << "anywhere in the name";
+    listed.model.setFilter({.search = QStringLiteral("nobody")});
+    auto* all = sheet.findChild<QPushButton*>(QStringLiteral("showAllPhotosButton"));
+    EXPECT_TRUE(all->isVisible());
+    EXPECT_FALSE(sheet.grid()->isVisible());
+    all->click();
+    EXPECT_EQ(sheet.grid()->itemCount(), 11);
+    EXPECT_TRUE(sheet.grid()->isVisible());
+}
+
+TEST_F(Sheet, asksToCullByOneKeyButNotInTheMiddleOfAName)
+{
+    session.setSelectedPhotoID(test::photoUrl("b"));
+    QSignalSpy culled(sheet.grid(), &SheetGrid::cullRequested);
+    press(Qt::Key_Minus);
+    press(Qt::Key_Plus, Qt::ShiftModifier);
+    ASSERT_EQ(culled.size(), 2);
+    EXPECT_FALSE(culled[0][0].toBool());
+    EXPECT_TRUE(culled[1][0].toBool());
+    QTest::keyClicks(sheet.grid(), QStringLiteral("j-"));
+    EXPECT_EQ(culled.size(), 2);
+    EXPECT_EQ(test::selectedName(session), "ja");
+}
+
+TEST_F(Sheet, leavesOutAllWithAWarningInOneStep)
+{
+    ASSERT_TRUE(test::waitUntil([&] { return listed.warnings.count() == 11; }));
+    history.setIncluded(test::photoUrls({"a"}), false);
+    auto* menu = sheet.findChild<QWidget*>(QStringLiteral("leaveOutMenu"))->findChild<QMenu*>();
+    emit menu->aboutToShow();
+    QStringList texts;
+    for (const QAction* action : menu->actions())
+        texts << action->text();
+    EXPECT_TRUE(texts.contains(QStringLiteral("Leave Out All With “Can’t be read” (10)")))
+        << texts.join(u'|').toStdString();
+    sheet.leaveOutAllWith(QStringLiteral("Can’t be read"));
+    EXPECT_EQ(session.includedCount(), 0U);
+    EXPECT_EQ(listed.warnings.count(), 0U);
+    history.stack().undo();
+    EXPECT_EQ(ticks(), "-bcdefghijajb");
 }
 
 } // namespace ferrow

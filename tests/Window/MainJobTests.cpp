@@ -325,6 +325,50 @@ TEST_F(RealWindow, StaysWithThePhotosWhenTheLastOneLeavesAndReturns)
     EXPECT_TRUE(list->currentIndex().data(Qt::AccessibleTextRole).toString().contains(QStringLiteral("not readable")));
 }
 
+TEST_F(RealWindow, CullsInBothViewsByOneKeyAndFindsByName)
+{
+    const FileUrl photos = folder("Pictures");
+    for (const char* name : {"one.jpg", "two.jpg", "three.jpg"})
+        home_.write(QByteArray("Pictures/") + name, encoded(OutputType::jpeg, noise({60, 40}, rgb8)));
+    drop(photos);
+    PhotoSession& session = window_->session();
+    ASSERT_TRUE(waitFor([&] { return session.photos().size() == 3; }));
+    const auto selected = [&] { return session.selectedPhotoID()->lastPathComponent().toStdString(); };
+    const auto included = [&](const char* name) { return session.isIncluded(photos.appending(name)); };
+    EXPECT_EQ(selected(), "one.jpg");
+    widget("previewCanvas")->setFocus();
+    press(Qt::Key_Minus);
+    EXPECT_FALSE(included("one.jpg"));
+    EXPECT_EQ(selected(), "three.jpg");
+
+    press(Qt::Key_G, Qt::ControlModifier | Qt::ShiftModifier);
+    QWidget* sheet = widget("contactSheet");
+    ASSERT_TRUE(sheet);
+    EXPECT_TRUE(sheet->hasFocus()) << "it takes the focus of what it stands for";
+    press(Qt::Key_Minus);
+    EXPECT_FALSE(included("three.jpg"));
+    EXPECT_EQ(selected(), "two.jpg");
+    press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_TRUE(included("three.jpg"));
+    EXPECT_EQ(selected(), "three.jpg");
+
+    press(Qt::Key_F, Qt::ControlModifier);
+    type("wo");
+    QListView* list = listNamed(widget("photoList"));
+    ASSERT_TRUE(list);
+    EXPECT_EQ(list->model()->rowCount(), 1);
+    press(Qt::Key_Escape);
+    EXPECT_EQ(list->model()->rowCount(), 3);
+    sheet->setFocus();
+    press(Qt::Key_End);
+    press(Qt::Key_Return);
+    EXPECT_TRUE(widget("previewCanvas"));
+    EXPECT_EQ(selected(), "two.jpg");
+    EXPECT_TRUE(waitFor([&] { return !session.isImporting(); }));
+    press(Qt::Key_Return);
+    EXPECT_TRUE(sheet->isVisible());
+}
+
 TEST(MainToolBar, LaysNothingOverAnotherHoweverNarrow)
 {
     QWidget host;

@@ -4,16 +4,23 @@
 #include "Features/ContactSheet/SheetGrid.h"
 #include "Features/PreviewPane/PreviewFooter.h"
 #include "Platform/Base/Localization.h"
+#include "Widgets/FerrowStyle.h"
 #include "Widgets/HairLine.h"
 #include "Widgets/IconLabel.h"
+#include "Widgets/Icons.h"
+#include "Widgets/MenuButton.h"
 #include "Widgets/SegmentedControl.h"
 #include "Widgets/Theme.h"
 #include "Widgets/ValueSlider.h"
 
 #include <QHBoxLayout>
+#include <QLabel>
+#include <QMenu>
+#include <QPushButton>
 #include <QVBoxLayout>
 
 #include <cmath>
+#include <map>
 
 namespace ferrow {
 
@@ -28,7 +35,8 @@ constexpr int sliderStep = 20;
 
 ContactSheet::ContactSheet(PhotoListModel& model, PhotoSession& session, PhotoWarnings& warnings, EditHistory& history,
                            ExportSession& exportSession, Preferences& preferences, QWidget* parent)
-    : QWidget(parent), model_(model), session_(session), warnings_(warnings), preferences_(preferences)
+    : QWidget(parent), model_(model), session_(session), warnings_(warnings), history_(history),
+      exportSession_(exportSession), preferences_(preferences)
 {
     setGround(this, &ThemeColors::window);
     pictures_ = new CellPictures(session, CellPictures::Operations::system(), this);
@@ -39,6 +47,8 @@ ContactSheet::ContactSheet(PhotoListModel& model, PhotoSession& session, PhotoWa
     column->addWidget(buildBar());
     column->addWidget(new HairLine);
     column->addWidget(grid_, 1);
+    buildNothingFound();
+    column->addWidget(nothingFound_, 1);
     buildSizes();
     setFocusProxy(grid_);
 
@@ -48,6 +58,7 @@ ContactSheet::ContactSheet(PhotoListModel& model, PhotoSession& session, PhotoWa
         connect(&session_, signal, this, &ContactSheet::followCounts);
     connect(&warnings_, &PhotoWarnings::changed, this, &ContactSheet::followCounts);
     connect(&model_, &PhotoListModel::filterChanged, this, &ContactSheet::followCounts);
+    connect(&model_, &PhotoListModel::shownChanged, this, &ContactSheet::followCounts);
     connect(&preferences_, &Preferences::previewBackdropChanged, this, &ContactSheet::followBackdrop);
     connect(&Theme::current(), &Theme::changed, this, &ContactSheet::followBackdrop);
     followCounts();
@@ -68,9 +79,65 @@ QWidget* ContactSheet::buildBar()
     });
     auto* row = new QHBoxLayout(bar);
     row->setContentsMargins(Space::sidebar, 0, Space::sidebar, 0);
+    leaveOut_ = new MenuButton(IconName::remove, QStringLiteral("Leave Out"));
+    leaveOut_->setObjectName(QStringLiteral("leaveOutMenu"));
+    leaveOut_->setToolTip(QStringLiteral("Leave out all photos with a warning, or invert what is left out"));
+    leaveOutMenu_ = new QMenu(leaveOut_);
+    leaveOut_->setMenu(leaveOutMenu_);
+    setSmallControl(leaveOut_);
+    connect(leaveOutMenu_, &QMenu::aboutToShow, this, &ContactSheet::fillLeaveOutMenu);
     row->addWidget(filter_);
     row->addStretch();
+    row->addWidget(leaveOut_);
     return bar;
+}
+
+void ContactSheet::fillLeaveOutMenu()
+{
+    leaveOutMenu_->clear();
+    const bool isLocked = exportSession_.isBusy();
+    std::map<QString, std::int64_t> counts;
+    for (const ImportedPhoto& photo : session_.photos())
+        for (const QString& warning : warnings_.of(photo.id()))
+            ++counts[warning];
+    for (const auto& [warning, count] : counts)
+        leaveOutMenu_
+            ->addAction(QStringLiteral("Leave Out All With “%1” (%2)").arg(warning, Localization::number(count)), this,
+                        [this, warning = warning] { leaveOutAllWith(warning); })
+            ->setEnabled(!isLocked);
+    if (counts.empty())
+        leaveOutMenu_->addAction(QStringLiteral("No Photo Has a Warning"))->setEnabled(false);
+    leaveOutMenu_->addSeparator();
+    leaveOutMenu_->addAction(QStringLiteral("Invert"), this, [this] { history_.invertIncluded(); })
+        ->setEnabled(!isLocked);
+}
+
+void ContactSheet::leaveOutAllWith(const QString& warning)
+{
+    std::vector<FileUrl> photos;
+    for (const ImportedPhoto& photo : session_.photos())
+        if (warnings_.of(photo.id()).contains(warning))
+            photos.push_back(photo.id());
+    history_.setIncluded(photos, false);
+}
+
+void ContactSheet::buildNothingFound()
+{
+    nothingFound_ = new QWidget;
+    auto* column = new QVBoxLayout(nothingFound_);
+    column->setSpacing(Space::row);
+    auto* all = new QPushButton(QStringLiteral("Show All Photos"));
+    all->setObjectName(QStringLiteral("showAllPhotosButton"));
+    connect(all, &QPushButton::clicked, this, [this] {
+        model_.setFilter({});
+        grid_->setFocus(Qt::OtherFocusReason);
+    });
+    column->addStretch();
+    column->addWidget(makeLabel(QStringLiteral("No photo matches"), TextRole::body, &ThemeColors::text2), 0,
+                      Qt::AlignHCenter);
+    column->addWidget(all, 0, Qt::AlignHCenter);
+    column->addStretch();
+    nothingFound_->hide();
 }
 
 void ContactSheet::buildSizes()
@@ -112,6 +179,9 @@ void ContactSheet::followCounts()
         texts << QStringLiteral("%1  %2").arg(names[i], Localization::number(counts[i]));
     filter_->setSegments(texts, texts);
     filter_->setCurrentIndex(int(model_.filter().kind));
+    const bool isNothingFound = all > 0 && model_.rowCount() == 0;
+    nothingFound_->setVisible(isNothingFound);
+    grid_->setVisible(!isNothingFound);
 }
 
 void ContactSheet::followBackdrop()

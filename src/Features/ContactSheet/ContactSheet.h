@@ -11,10 +11,11 @@
 
 #include <QWidget>
 
-class QSlider;
+class QMenu;
 
 namespace ferrow {
 
+class MenuButton;
 class SegmentedControl;
 class SheetGrid;
 
@@ -27,6 +28,9 @@ public:
     ContactSheet(PhotoListModel& model, PhotoSession& session, PhotoWarnings& warnings, EditHistory& history,
                  ExportSession& exportSession, Preferences& preferences, QWidget* parent = nullptr);
 
+    /// Leaves out every photo that has this warning, one of those that PhotoWarnings tells.
+    void leaveOutAllWith(const QString& warning);
+
     [[nodiscard]] SheetGrid* grid() const { return grid_; }
     /// The size of the cells, to be placed by whoever has room for it.
     [[nodiscard]] QWidget* sizeControl() const { return sizes_; }
@@ -38,17 +42,24 @@ protected:
 private:
     QWidget* buildBar();
     void buildSizes();
+    void buildNothingFound();
+    void fillLeaveOutMenu();
     void followCounts();
     void followBackdrop();
 
     PhotoListModel& model_;
     PhotoSession& session_;
     PhotoWarnings& warnings_;
+    EditHistory& history_;
+    ExportSession& exportSession_;
     Preferences& preferences_;
     CellPictures* pictures_ = nullptr;
     SegmentedControl* filter_ = nullptr;
     SheetGrid* grid_ = nullptr;
     QWidget* sizes_ = nullptr;
+    MenuButton* leaveOut_ = nullptr;
+    QMenu* leaveOutMenu_ = nullptr;
+    QWidget* nothingFound_ = nullptr;
 };
 
 } // namespace ferrow

@@ -11,6 +11,7 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QToolTip>
 
@@ -133,7 +134,7 @@ void SheetGrid::followModel()
 
 void SheetGrid::followSelection()
 {
-    if (!anchor_ || model_.rowOf(anchor_) < 0)
+    if (!isMoving_ || model_.rowOf(anchor_) < 0)
         anchor_.reset();
     if (isVisible())
         reveal(current());
@@ -283,6 +284,7 @@ void SheetGrid::moveTo(int row, bool stretches)
         anchor_.reset();
     else if (!anchor_)
         anchor_ = session_.selectedPhotoID();
+    const QScopedValueRollback moving(isMoving_, true);
     session_.setSelectedPhotoID(model_.photoID(row));
     viewport()->update();
 }
@@ -310,11 +312,16 @@ void SheetGrid::removeRange()
         history_.remove(photos);
 }
 
+bool SheetGrid::isTyping() const
+{
+    return sinceTyped_.isValid() && sinceTyped_.elapsed() < QApplication::keyboardInputInterval();
+}
+
 bool SheetGrid::find(const QString& typed)
 {
     if (typed.isEmpty() || !typed.front().isPrint() || model_.rowCount() == 0)
         return false;
-    const bool goesOn = sinceTyped_.isValid() && sinceTyped_.elapsed() < QApplication::keyboardInputInterval();
+    const bool goesOn = isTyping();
     if (!goesOn && typed.front().isSpace())
         return false;
     typed_ = goesOn ? typed_ + typed : typed;
@@ -343,9 +350,9 @@ void SheetGrid::keyPressEvent(QKeyEvent* event)
         return QAbstractScrollArea::keyPressEvent(event);
     if (const std::optional<int> row = target(event->key()))
         return moveTo(*row, isStretching);
-    // In the middle of a name a space is part of it.
-    if (isPlain && event->key() == Qt::Key_Space && sinceTyped_.isValid() &&
-        sinceTyped_.elapsed() < QApplication::keyboardInputInterval() && find(event->text()))
+    // In the middle of a name a space or a dash is part of it.
+    if (isPlain && isTyping() && (event->key() == Qt::Key_Space || event->key() == Qt::Key_Minus) &&
+        find(event->text()))
         return;
     switch (event->key()) {
     case Qt::Key_Space:
@@ -356,6 +363,11 @@ void SheetGrid::keyPressEvent(QKeyEvent* event)
     case Qt::Key_Backspace:
         if (isPlain && !isLocked())
             removeRange();
+        return;
+    case Qt::Key_Minus:
+    case Qt::Key_Plus:
+        if (current() >= 0 && !isLocked())
+            emit cullRequested(event->key() == Qt::Key_Plus);
         return;
     case Qt::Key_Return:
     case Qt::Key_Enter:

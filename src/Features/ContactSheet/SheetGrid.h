@@ -43,6 +43,8 @@ signals:
     void tileWidthChanged(int width);
     /// Enter or a double click on the current cell.
     void openRequested();
+    /// The current photo is to be included, or left out, and the next to be shown.
+    void cullRequested(bool included);
     void contextMenuRequestedAt(const ferrow::FileUrl& photoID, const QPoint& globalPosition);
 
 protected:
@@ -88,6 +90,8 @@ private:
     void toggleUpTo(int row);
     void removeRange();
     [[nodiscard]] bool find(const QString& typed);
+    /// The user is in the middle of a name.
+    [[nodiscard]] bool isTyping() const;
 
     PhotoListModel& model_;
     CellPictures& pictures_;
@@ -98,6 +102,7 @@ private:
     SheetLayout layout_;
     int tileWidth_ = 180;
     std::optional<FileUrl> anchor_; ///< Where a range begins; none for the current cell alone.
+    bool isMoving_ = false;         ///< The selection moves by a key or press here.
     int hovered_ = -1;
     bool isOverBox_ = false;
     int wheelRest_ = 0;

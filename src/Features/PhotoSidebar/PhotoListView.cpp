@@ -94,7 +94,12 @@ void PhotoListView::keyPressEvent(QKeyEvent* event)
             return toggle(row);
         if (event->key() == Qt::Key_Delete || event->key() == Qt::Key_Backspace)
             return emit removeRequested(row);
+        if (event->key() == Qt::Key_Minus || event->key() == Qt::Key_Plus)
+            return emit cullRequested(event->key() == Qt::Key_Plus);
     }
+    // On most keyboards plus is above another sign.
+    if (event->key() == Qt::Key_Plus && event->modifiers() == Qt::ShiftModifier && row >= 0 && !locked_)
+        return emit cullRequested(true);
     if (plain && row >= 0 && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter))
         return emit rowChosen();
     // As over the preview.

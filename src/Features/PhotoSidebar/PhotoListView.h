@@ -31,6 +31,8 @@ signals:
     /// state that the pressed one gets.
     void rangeToggleRequested(int from, int to);
     void removeRequested(int row);
+    /// The current photo is to be included, or left out, and the next to be shown.
+    void cullRequested(bool included);
     void contextMenuRequestedAt(int row, const QPoint& globalPosition);
 
 protected:

@@ -2,6 +2,7 @@
 #include "Features/PhotoSidebar/PhotoSidebar.h"
 
 #include "Features/PhotoSidebar/PhotoListView.h"
+#include "Features/PhotoSidebar/SearchField.h"
 #include "Platform/Base/Localization.h"
 #include "Session/PhotoListModel.h"
 #include "Session/ThumbnailCache.h"
@@ -13,6 +14,7 @@
 #include "Widgets/ProgressLine.h"
 #include "Widgets/Theme.h"
 
+#include <QActionGroup>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
@@ -51,13 +53,16 @@ PhotoSidebar::PhotoSidebar(PhotoListModel& model, PhotoSession& session, EditHis
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(buildHeader());
+    column->addWidget(buildSearch());
     column->addWidget(empty_, 1);
     column->addWidget(list_, 1);
     column->addWidget(buildImportBlock());
     column->addWidget(buildFooter());
     // The list was there first, but lies below.
     setTabOrder(includeAll_, clearAll_);
-    setTabOrder(clearAll_, list_);
+    setTabOrder(clearAll_, search_);
+    setTabOrder(search_, sort_);
+    setTabOrder(sort_, list_);
 
     connect(&session_, &PhotoSession::selectedPhotoIDChanged, this, &PhotoSidebar::followSelection);
     connect(&session_, &PhotoSession::photosChanged, this, &PhotoSidebar::updateCounts);
@@ -70,6 +75,7 @@ PhotoSidebar::PhotoSidebar(PhotoListModel& model, PhotoSession& session, EditHis
     });
     for (const auto signal : {&ExportSession::progressChanged, &ExportSession::isPlanningChanged})
         connect(&exportSession_, signal, this, &PhotoSidebar::updateCounts);
+    connect(&model_, &PhotoListModel::filterChanged, this, &PhotoSidebar::followFilter);
     connect(&model_, &PhotoListModel::shownChanged, this, &PhotoSidebar::updateCounts);
     updateCounts();
     followImport();
@@ -83,6 +89,7 @@ void PhotoSidebar::buildList()
     connect(list_, &PhotoListView::rowSelected, this,
             [this](int row) { session_.setSelectedPhotoID(model_.photoID(row)); });
     connect(list_, &PhotoListView::rowChosen, this, &PhotoSidebar::photoChosen);
+    connect(list_, &PhotoListView::cullRequested, this, &PhotoSidebar::cullRequested);
     connect(list_, &PhotoListView::toggleRequested, this,
             [this](int row) { history_.toggleIncluded(model_.photoID(row)); });
     connect(list_, &PhotoListView::rangeToggleRequested, this, &PhotoSidebar::toggleRange);
@@ -113,6 +120,56 @@ QWidget* PhotoSidebar::buildHeader()
     row->addStretch();
     row->addWidget(clearAll_);
     return header;
+}
+
+QWidget* PhotoSidebar::buildSearch()
+{
+    searchRow_ = new QWidget;
+    auto* row = new QHBoxLayout(searchRow_);
+    row->setContentsMargins(Space::sidebar, 0, Space::group, Space::group);
+    row->setSpacing(Space::iconEdge);
+    search_ = new SearchField;
+    connect(search_, &QLineEdit::textChanged, this, [this](const QString& text) {
+        PhotoFilter filter = model_.filter();
+        filter.search = text.trimmed();
+        model_.setFilter(filter);
+    });
+    connect(search_, &SearchField::left, this, [this] { list_->setFocus(Qt::TabFocusReason); });
+    sort_ = makeIconButton(IconName::sort, QStringLiteral("Sort Photos"));
+    sort_->setObjectName(QStringLiteral("sortButton"));
+    connect(sort_, &QPushButton::clicked, this, &PhotoSidebar::showSortMenu);
+    row->addWidget(search_, 1);
+    row->addWidget(sort_);
+    return searchRow_;
+}
+
+void PhotoSidebar::followFilter()
+{
+    if (search_->text().trimmed() != model_.filter().search)
+        search_->setText(model_.filter().search);
+    updateCounts();
+}
+
+void PhotoSidebar::showSortMenu()
+{
+    auto* menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    const PhotoOrder now = session_.order();
+    auto* keys = new QActionGroup(menu);
+    auto* ways = new QActionGroup(menu);
+    const auto add = [&](QActionGroup* group, const QString& text, const PhotoOrder& order) {
+        QAction* action = menu->addAction(text, this, [this, order] { session_.setOrder(order); });
+        action->setCheckable(true);
+        action->setChecked(order == now);
+        group->addAction(action);
+    };
+    add(keys, QStringLiteral("Name"), {PhotoOrder::Key::name, now.isDescending});
+    add(keys, QStringLiteral("Capture Date"), {PhotoOrder::Key::captureDate, now.isDescending});
+    add(keys, QStringLiteral("Added"), {PhotoOrder::Key::added, now.isDescending});
+    menu->addSeparator();
+    add(ways, QStringLiteral("Ascending"), {now.key, false});
+    add(ways, QStringLiteral("Descending"), {now.key, true});
+    menu->popup(sort_->mapToGlobal(QPoint(0, sort_->height() + Space::rowGap)));
 }
 
 QWidget* PhotoSidebar::buildImportBlock()
@@ -183,8 +240,14 @@ void PhotoSidebar::updateCounts()
     const auto total = std::int64_t(session_.photos().size());
     const auto included = std::int64_t(session_.includedCount());
     const bool locked = exportSession_.isBusy();
-    empty_->setVisible(total == 0);
-    list_->setVisible(total > 0);
+    empty_->setVisible(model_.rowCount() == 0);
+    if (total > 0)
+        empty_->setText(QStringLiteral("No photo matches"));
+    else if (!session_.isImporting())
+        empty_->setText(QStringLiteral("No photos yet"));
+    list_->setVisible(model_.rowCount() > 0);
+    searchRow_->setVisible(total > 0);
+    sort_->setEnabled(!locked);
     footer_->setVisible(total > 0);
     list_->setLocked(locked);
     includeAll_->setVisible(total > 0);

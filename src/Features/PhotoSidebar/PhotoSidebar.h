@@ -16,6 +16,7 @@ namespace ferrow {
 class BareCheckBox;
 class PhotoListModel;
 class PhotoListView;
+class SearchField;
 class ProgressLine;
 class ThumbnailCache;
 
@@ -28,6 +29,8 @@ public:
                  QWidget* parent = nullptr);
 
     [[nodiscard]] PhotoListView* list() const { return list_; }
+    /// Where names are searched; shows the list first, where that is folded away.
+    [[nodiscard]] SearchField* searchField() const { return search_; }
     /// What can be done with the photo, as a menu.
     void showMenu(const FileUrl& photoID, const QPoint& place);
 
@@ -37,15 +40,20 @@ signals:
     void showInFolderRequested(const ferrow::FileUrl& photoID);
     /// By a click or Enter, also where it was selected already.
     void photoChosen();
+    /// The selected photo is to be included, or left out, and the next to be shown.
+    void cullRequested(bool included);
 
 private:
     QWidget* buildHeader();
+    QWidget* buildSearch();
     QWidget* buildImportBlock();
     QWidget* buildFooter();
     void buildList();
 
     void followSelection();
     void followImport();
+    void followFilter();
+    void showSortMenu();
     void updateCounts();
     /// As one step; all become what the row `to` becomes.
     void toggleRange(int from, int to);
@@ -56,6 +64,9 @@ private:
     ExportSession& exportSession_;
     ThumbnailCache* thumbnails_ = nullptr;
     PhotoListView* list_ = nullptr;
+    QWidget* searchRow_ = nullptr;
+    SearchField* search_ = nullptr;
+    QPushButton* sort_ = nullptr;
     BareCheckBox* includeAll_ = nullptr;
     QLabel* count_ = nullptr;
     QPushButton* clearAll_ = nullptr;

@@ -151,10 +151,15 @@ bool PreviewCanvas::moveByKey(int key)
 
 void PreviewCanvas::keyPressEvent(QKeyEvent* event)
 {
-    if ((event->modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier) {
+    // On most keyboards plus is above another sign.
+    const bool isPlus = event->key() == Qt::Key_Plus;
+    if ((event->modifiers() & ~(Qt::KeypadModifier | (isPlus ? Qt::ShiftModifier : Qt::NoModifier))) !=
+        Qt::NoModifier) {
         event->ignore();
         return;
     }
+    if (isPlus || event->key() == Qt::Key_Minus)
+        return emit cullRequested(isPlus);
     // Other photos are within reach also where this one can't be shown.
     if (moveByKey(event->key()))
         return;

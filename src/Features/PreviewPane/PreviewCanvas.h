@@ -33,6 +33,8 @@ signals:
     /// The photo so many places further down the list.
     void stepRequested(int places);
     void removeRequested();
+    /// The photo is to be included, or left out, and the next to be shown.
+    void cullRequested(bool included);
     /// Enter or Esc: back to the sheet of all photos.
     void sheetRequested();
 

@@ -161,6 +161,7 @@ void PreviewPane::connectParts()
 {
     connect(canvas_, &PreviewCanvas::zoomChanged, this, &PreviewPane::zoomChanged);
     connect(canvas_, &PreviewCanvas::stepRequested, this, &PreviewPane::step);
+    connect(canvas_, &PreviewCanvas::cullRequested, this, &PreviewPane::cullRequested);
     connect(canvas_, &PreviewCanvas::sheetRequested, this, &PreviewPane::sheetRequested);
     connect(canvas_, &PreviewCanvas::removeRequested, this, &PreviewPane::removeSelected);
     connect(&canvas_->picture(), &PreviewPicture::changed, this, &PreviewPane::renewLoading);
@@ -433,22 +434,41 @@ void PreviewPane::followBackdrop()
     footer_->setBackdrop(backdrop);
 }
 
-void PreviewPane::step(int places)
+void PreviewPane::setList(const PhotoListModel& list)
+{
+    list_ = &list;
+    connect(list_, &PhotoListModel::shownChanged, this, &PreviewPane::renewTexts);
+    renewTexts();
+}
+
+int PreviewPane::shownCount() const
+{
+    return list_ ? list_->rowCount() : int(session_.photos().size());
+}
+
+int PreviewPane::shownPosition() const
 {
     const std::optional<FileUrl>& selected = session_.selectedPhotoID();
+    if (list_)
+        return list_->rowOf(selected);
     const std::optional<std::size_t> index = selected ? session_.indexOf(*selected) : std::nullopt;
-    if (!index)
+    return index ? int(*index) : -1;
+}
+
+void PreviewPane::step(int places)
+{
+    const int position = shownPosition();
+    if (shownCount() == 0 || (position < 0 && !list_))
         return;
-    const std::int64_t last = std::int64_t(session_.photos().size()) - 1;
-    const std::int64_t next = std::clamp<std::int64_t>(std::int64_t(*index) + places, 0, last);
-    session_.setSelectedPhotoID(session_.photos()[std::size_t(next)].id());
+    // From a photo that is not among those shown, to the first of them.
+    const int next = position < 0 ? 0 : std::clamp(position + places, 0, shownCount() - 1);
+    session_.setSelectedPhotoID(list_ ? list_->photoID(next) : session_.photos()[std::size_t(next)].id());
 }
 
 void PreviewPane::renewTexts()
 {
     const ImportedPhoto* photo = session_.selectedPhoto();
-    const std::optional<std::size_t> index = photo ? session_.indexOf(photo->id()) : std::nullopt;
-    footer_->setPosition(index ? int(*index) : -1, int(session_.photos().size()));
+    footer_->setPosition(photo ? shownPosition() : -1, shownCount());
     if (!photo) {
         footer_->setPhoto({}, {});
         canvas_->setAccessibleName(QStringLiteral("Preview, no photo selected"));

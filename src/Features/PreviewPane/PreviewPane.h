@@ -5,6 +5,7 @@
 #include "Session/EditHistory.h"
 #include "Session/ExportFindings.h"
 #include "Session/ExportSession.h"
+#include "Session/PhotoListModel.h"
 #include "Session/PhotoSession.h"
 #include "Session/Preferences.h"
 #include "Session/PreviewLoader.h"
@@ -48,6 +49,8 @@ public:
     /// A drop of so many photos would be taken, anywhere in the window; 0: of an unknown number. Nothing when it has
     /// left or been dropped.
     void setDropTarget(std::optional<int> fileCount);
+    /// The photos that steps lead through; all of the session's without one.
+    void setList(const PhotoListModel& list);
     /// What is shown in place of the single photo while setSheetShown() says so, and its control for the footer.
     void setSheet(QWidget* sheet, QWidget* control);
     void setSheetShown(bool isShown);
@@ -66,6 +69,8 @@ signals:
     void addPhotosRequested();
     void addFolderRequested();
     void cancelExportRequested();
+    /// The selected photo is to be included, or left out, and the next to be shown.
+    void cullRequested(bool included);
     /// By Enter or Esc over the single photo.
     void sheetRequested();
     void retryRequested();
@@ -87,6 +92,9 @@ private:
     void followBackdrop();
     void chooseBackdrop(PreviewBackdrop backdrop);
     void step(int places);
+    [[nodiscard]] int shownCount() const;
+    /// Among those shown; -1 for none.
+    [[nodiscard]] int shownPosition() const;
     void removeSelected();
     void showStandIn();
     void giveBare();
@@ -102,6 +110,7 @@ private:
     ExportSession& exportSession_;
     EditHistory& history_;
     Preferences& preferences_;
+    const PhotoListModel* list_ = nullptr;
     std::optional<FileUrl> shownPhoto_;
     std::optional<LogoAssetReference> missingLogo_;   ///< The last that could not be loaded.
     std::optional<LogoAssetReference> dismissedLogo_; ///< Missing too, but the user has read of it.

@@ -220,6 +220,8 @@ QMenu* MainToolBar::mainMenu()
     menu->setAttribute(Qt::WA_DeleteOnClose);
     for (QAction* action : {actions_.addPhotos,
                             actions_.addFolder,
+                            actions_.search,
+                            actions_.invertIncluded,
                             actions_.photoDetails,
                             actions_.showInFolder,
                             actions_.clearAll,

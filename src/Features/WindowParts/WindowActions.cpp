@@ -14,6 +14,8 @@ WindowActions::WindowActions(QWidget& window, QUndoStack& stack) : QObject(&wind
     addFolder = add(window, photos, QStringLiteral("Add Folder…"), {Qt::CTRL | Qt::SHIFT | Qt::Key_O});
     photoDetails = add(window, photos, QStringLiteral("Photo Details…"), {Qt::CTRL | Qt::Key_I});
     showInFolder = add(window, photos, QStringLiteral("Show in Folder"), {Qt::CTRL | Qt::ALT | Qt::Key_O});
+    search = add(window, photos, QStringLiteral("Search"), {Qt::CTRL | Qt::Key_F});
+    invertIncluded = add(window, photos, QStringLiteral("Invert Included Photos"), {Qt::CTRL | Qt::SHIFT | Qt::Key_I});
     clearAll = add(window, photos, QStringLiteral("Clear All Photos"), {});
     exportBatch = add(window, photos, QStringLiteral("Export Batch…"), {Qt::CTRL | Qt::Key_E});
 
@@ -80,14 +82,19 @@ std::vector<ListedShortcut> WindowActions::listedShortcuts() const
     list.push_back({QStringLiteral("Ferrow"), QStringLiteral("Main menu"), {Qt::Key_F10}});
     const QString photoList = QStringLiteral("Photo list");
     list.push_back({photoList, QStringLiteral("Include or leave out"), {Qt::Key_Space}});
+    const QString cullText = QStringLiteral("Leave out, or include, and show the next");
+    const QList<QKeySequence> cullKeys{Qt::Key_Minus, Qt::Key_Plus};
+    list.push_back({photoList, cullText, cullKeys});
     list.push_back({photoList, QStringLiteral("Remove from the list"), {Qt::Key_Delete}});
     list.push_back({photoList, QStringLiteral("Menu of the photo"), {Qt::Key_Menu}});
     list.push_back({photoList, QStringLiteral("Type a name to find it"), {}});
     const QString preview = QStringLiteral("Preview");
     list.push_back({preview, QStringLiteral("Show the bare photo while held"), {Qt::Key_Backslash}});
+    list.push_back({preview, cullText, cullKeys});
     list.push_back({preview, QStringLiteral("Previous or next photo"), {Qt::Key_Left, Qt::Key_Right}});
     const QString sheet = QStringLiteral("Contact sheet");
     list.push_back({sheet, QStringLiteral("Include or leave out"), {Qt::Key_Space}});
+    list.push_back({sheet, cullText, cullKeys});
     list.push_back({sheet,
                     QStringLiteral("Select a range to include, leave out or remove"),
                     {Qt::SHIFT | Qt::Key_Left, Qt::SHIFT | Qt::Key_Right}});

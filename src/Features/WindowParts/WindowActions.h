@@ -37,6 +37,8 @@ public:
     QAction* undo = nullptr;
     QAction* redo = nullptr;
     QAction* copyFraming = nullptr;
+    QAction* invertIncluded = nullptr;
+    QAction* search = nullptr;
     QAction* pasteFraming = nullptr;
     QAction* photoDetails = nullptr;
     QAction* showInFolder = nullptr;
