@@ -44,7 +44,8 @@ public:
                                      {QStringLiteral("reduced-motion"), 1U}};
             reply << QVariant::fromValue(SettingGroups{{QStringLiteral("org.freedesktop.appearance"), values}});
             QThread::msleep(delay.exchange(0));
-        } else if (message.member() == QLatin1StringView("OpenFile")) {
+        } else if (message.member() == QLatin1StringView("OpenFile") ||
+                   message.member() == QLatin1StringView("OpenDirectory")) {
             reply << QVariant::fromValue(QDBusObjectPath("/request"));
         } else if (message.member() == QLatin1StringView("Notify")) {
             reply << 1U;
@@ -96,6 +97,13 @@ protected:
         bus_.unregisterObject(QStringLiteral("/"), QDBusConnection::UnregisterTree);
         thread_.quit();
         thread_.wait();
+    }
+    /// What the portal's method of that name was given a descriptor of.
+    QByteArray given(const char* method)
+    {
+        const auto descriptor = fake_.call(method).arguments().value(1).value<QDBusUnixFileDescriptor>();
+        const std::string link = "/proc/self/fd/" + std::to_string(descriptor.fileDescriptor());
+        return QByteArray::fromStdString(std::filesystem::read_symlink(link).string());
     }
     void setting(const char* group, const char* key, unsigned value)
     {
@@ -151,14 +159,23 @@ TEST_F(Desktop, showsFilesByTheirEscapedNames)
               QStringList({QStringLiteral("file:///p/a%20b%231%25%3F.jpg"), QStringLiteral("file:///p/caf%E9.jpg")}));
 }
 
-TEST_F(Desktop, opensTheFolderThroughThePortalWhereNoFileManagerListens)
+TEST_F(Desktop, showsFilesAndFoldersThroughThePortalWhereNoFileManagerListens)
+{
+    const test::TemporaryFolder folder;
+    folder.write("a.jpg", "a");
+    bus_.unregisterService(fileManager);
+    FileManager::showItems({folder.file("a.jpg"), folder.file("b.jpg")});
+    EXPECT_EQ(given("OpenDirectory"), folder.file("a.jpg").path());
+    FileManager::openFolders({folder.url()});
+    EXPECT_EQ(given("OpenFile"), folder.url().path());
+}
+
+TEST_F(Desktop, opensTheFolderWhereThePortalCantShowTheFile)
 {
     const test::TemporaryFolder folder;
     bus_.unregisterService(fileManager);
-    FileManager::showItems({folder.file("a.jpg"), folder.file("b.jpg")});
-    const auto descriptor = fake_.call("OpenFile").arguments().value(1).value<QDBusUnixFileDescriptor>();
-    const std::string link = "/proc/self/fd/" + std::to_string(descriptor.fileDescriptor());
-    EXPECT_EQ(std::filesystem::read_symlink(link).string(), folder.url().path().toStdString());
+    FileManager::showItems({folder.file("gone.jpg")});
+    EXPECT_EQ(given("OpenFile"), folder.url().path());
 }
 
 TEST_F(Desktop, isToldInPlainTextWhatItWouldTakeForMarkUp)

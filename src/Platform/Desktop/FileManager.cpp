@@ -36,15 +36,28 @@ void openByDefaultProgram(const FileUrl& folder)
     QDesktopServices::openUrl(folder.toUrl());
 }
 
-void openThroughPortal(const FileUrl& folder)
+/// Asks the portal for something with a place that it knows by the descriptor alone.
+void askPortal(const QString& method, const FileUrl& place, const std::function<void()>& otherwise)
 {
-    const int descriptor = ::open(folder.path().constData(), O_PATH | O_CLOEXEC);
+    const int descriptor = ::open(place.path().constData(), O_PATH | O_CLOEXEC);
     if (descriptor < 0)
-        return openByDefaultProgram(folder);
-    QDBusMessage call = portalCall(QStringLiteral("org.freedesktop.portal.OpenURI"), QStringLiteral("OpenFile"));
+        return otherwise();
+    QDBusMessage call = portalCall(QStringLiteral("org.freedesktop.portal.OpenURI"), method);
     call << QString() << QVariant::fromValue(QDBusUnixFileDescriptor(descriptor)) << QVariantMap();
     ::close(descriptor); // The message holds a copy.
-    callThen(call, [folder] { openByDefaultProgram(folder); });
+    callThen(call, otherwise);
+}
+
+void openThroughPortal(const FileUrl& folder)
+{
+    askPortal(QStringLiteral("OpenFile"), folder, [folder] { openByDefaultProgram(folder); });
+}
+
+/// What a sandbox was given alone lies in a folder of the document store, which nobody wants to see: the portal finds
+/// the one that really holds it.
+void showThroughPortal(const FileUrl& item)
+{
+    askPortal(QStringLiteral("OpenDirectory"), item, [item] { openThroughPortal(item.deletingLastPathComponent()); });
 }
 
 void ask(const QString& method, const std::vector<FileUrl>& places, const std::function<void()>& otherwise)
@@ -66,11 +79,10 @@ void ask(const QString& method, const std::vector<FileUrl>& places, const std::f
 void showItems(const std::vector<FileUrl>& items)
 {
     ask(QStringLiteral("ShowItems"), items, [items] {
-        std::set<FileUrl> folders;
+        std::set<FileUrl> shown;
         for (const FileUrl& item : items)
-            folders.insert(item.deletingLastPathComponent());
-        for (const FileUrl& folder : folders)
-            openThroughPortal(folder);
+            if (shown.insert(item.deletingLastPathComponent()).second)
+                showThroughPortal(item);
     });
 }
 
