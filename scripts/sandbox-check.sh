@@ -21,6 +21,9 @@ gi.require_version("Gtk", "3.0")
 from gi.repository import Atspi, GdkPixbuf
 ctypes.CDLL("libseccomp.so.2")
 PYTHON
+compgen -G '/usr/lib*/qt6/plugins/platformthemes/libqxdgdesktopportal.so' >/dev/null ||
+    compgen -G '/usr/lib/*/qt6/plugins/platformthemes/libqxdgdesktopportal.so' >/dev/null ||
+    missing+=("qt6-xdgdesktopportal-platformtheme")
 if [ ${#missing[@]} -gt 0 ]; then
     printf 'NOT CHECKED: the window in a sandbox; missing: %s\n' "${missing[@]}"
     exit 0
