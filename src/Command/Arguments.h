@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Batch/PhotoOrder.h"
 #include "Models/BatchExportModels.h"
 #include "Models/MetadataCorrections.h"
 #include "Models/RenderRecipe.h"
@@ -26,6 +27,7 @@ struct Settings {
     RenderRecipe recipe;
     ExportSettings exportSettings;
     BatchExportConfiguration configuration;
+    PhotoOrder order;        ///< In which photos are numbered and framed.
     std::size_t caption = 0; ///< Which of the recipe's the options are about.
 };
 

@@ -10,11 +10,14 @@
 #include "Imaging/ImageLoader.h"
 #include "Models/ErrorTexts.h"
 #include "Platform/Base/Cancellation.h"
+#include "Platform/Base/Localization.h"
 #include "Platform/Files/FilePlacement.h"
 #include "Platform/Files/FileStatus.h"
 #include "Shared/UserFacingError.h"
 
+#include <algorithm>
 #include <exception>
+#include <numeric>
 #include <utility>
 
 namespace ferrow::Command {
@@ -63,7 +66,7 @@ public:
     int run()
     {
         const auto planAll = [this](const PlanFile::Add& add) {
-            const std::vector<FileUrl> photos = BatchImporter::inListOrder(scan_.candidates);
+            const std::vector<FileUrl> photos = inOrder(BatchImporter::inListOrder(scan_.candidates));
             BatchImporter::loadEach(
                 photos, readingConcurrency(run_.settings.configuration),
                 [](const FileUrl& url, const std::stop_token& stopped) { return ImageLoader::load(url, 0, stopped); },
@@ -96,6 +99,43 @@ public:
     }
 
 private:
+    /// `photos` stand in the order of their names. For an order by date each is read for that alone, and once more when
+    /// it is planned: nothing else is kept of a long list.
+    [[nodiscard]] std::vector<FileUrl> inOrder(std::vector<FileUrl> photos) const
+    {
+        const PhotoOrder& order = run_.settings.order;
+        std::vector<std::int64_t> ranks;
+        ranks.reserve(photos.size());
+        ImportedPhoto ranked;
+        for (; ranks.size() < photos.size(); ++ranked.addedAt)
+            ranks.push_back(orderRank(ranked, order)); // Undated, until it has been read.
+        if (order.key == PhotoOrder::Key::captureDate)
+            BatchImporter::loadEach(
+                photos, readingConcurrency(run_.settings.configuration),
+                [](const FileUrl& url, const std::stop_token& stopped) { return ImageLoader::load(url, 0, stopped); },
+                [&](std::size_t index, BatchImporter::Outcome outcome) {
+                    if (auto* photo = std::get_if<ImportedPhoto>(&outcome)) {
+                        run_.correct(*photo);
+                        ranks[index] = orderRank(*photo, order);
+                    }
+                },
+                {}, run_.stop);
+        std::vector<std::size_t> places(photos.size());
+        std::iota(places.begin(), places.end(), 0U);
+        const bool hasNamesDownwards = order.key == PhotoOrder::Key::name && order.isDescending;
+        std::ranges::stable_sort(places, [&](std::size_t left, std::size_t right) {
+            if (ranks[left] != ranks[right] || !hasNamesDownwards)
+                return ranks[left] < ranks[right];
+            return Localization::standardCompare(photos[left].lastPathComponent(), photos[right].lastPathComponent()) >
+                   0;
+        });
+        std::vector<FileUrl> ordered;
+        ordered.reserve(photos.size());
+        for (const std::size_t place : places)
+            ordered.push_back(std::move(photos[place]));
+        return ordered;
+    }
+
     static std::vector<FileUrl> originals(CollisionRule rule, const BatchImportScan& scan)
     {
         if (!needsOriginals(rule))
@@ -241,6 +281,10 @@ int runBatch(const Arguments& arguments, const std::stop_token& stop)
         readingProgress(progress, scan.candidates.size()), stop, readingConcurrency(configuration));
     for (ImportedPhoto& photo : batch.photos)
         run.correct(photo);
+    for (std::size_t i = 0; i < batch.photos.size(); ++i)
+        batch.photos[i].addedAt = std::int64_t(i);
+    if (settings.order != PhotoOrder())
+        sortPhotos(batch.photos, settings.order);
     for (const BatchExportFailure& failure : batch.failures)
         reporter.failed(failure);
     if (stop.stop_requested())

@@ -16,6 +16,18 @@ const Words<CollisionRule>& collisionWords()
     return words;
 }
 
+const Words<PhotoOrder>& orderWords()
+{
+    using Key = PhotoOrder::Key;
+    static const Words<PhotoOrder> words{{"name", {Key::name}},
+                                         {"date", {Key::captureDate}},
+                                         {"added", {Key::added}},
+                                         {"name-down", {Key::name, true}},
+                                         {"date-down", {Key::captureDate, true}},
+                                         {"added-down", {Key::added, true}}};
+    return words;
+}
+
 const Words<ExportFormat>& formatWords()
 {
     static const Words<ExportFormat> words{{"jpeg", ExportFormat::jpeg},
@@ -163,6 +175,12 @@ OptionSection destinationOptions()
                       settings.configuration.filenameTemplate = text;
                   });
               }},
+         {.name = "--sort",
+          .value = "ORDER",
+          .help = "what {index} counts: name, date or added, each with -down for the other way",
+          .takers = takenByBatch,
+          .completion = offering(orderWords()),
+          .apply = choice(orderWords(), [](Settings& s, const PhotoOrder& order) { s.order = order; })},
          {.name = "--on-collision",
           .value = "RULE",
           .help = "number, skip or replace",

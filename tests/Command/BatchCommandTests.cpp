@@ -528,4 +528,41 @@ TEST_F(BatchCommandTest, saysWhenItsOutputWasLost)
     EXPECT_EQ(test::Program(command({"inspect", "--json", in.path()}), environment, toFullDisk).wait().status, 1);
 }
 
+TEST_F(BatchCommandTest, numbersInTheOrderThatIsAskedFor)
+{
+    for (const char* name : {"a.jpg", "b.jpg", "c.jpg"})
+        folder.write(QByteArray("in/") + name, photo);
+    const FileUrl dates =
+        folder.write("dates.jsonl", "{\"path\": \"" + in.appending("c.jpg").path() +
+                                        "\", \"captureDate\": \"1987-06-21\"}\n{\"path\": \"" +
+                                        in.appending("b.jpg").path() + "\", \"captureDate\": \"1990-01-01\"}\n");
+    struct Row {
+        const char* order;
+        const char* names;
+    };
+    for (const Row& row : {Row{"name", "a1 b2 c3 "},
+                           {"name-down", "a3 b2 c1 "},
+                           {"date", "a3 b2 c1 "},
+                           {"date-down", "a3 b1 c2 "},
+                           {"added-down", "a3 b2 c1 "}})
+        for (const bool isPlanned : {false, true}) {
+            SCOPED_TRACE(std::string(row.order) + (isPlanned ? " planned" : ""));
+            const FileUrl place = folder.file(QByteArray(row.order) + (isPlanned ? "-plan" : ""));
+            const FileUrl plan = folder.file(QByteArray(row.order) + ".plan");
+            Words words{"--no-caption",  "--border=10px", "--template={filename}{index}",
+                        "--corrections", dates.path(),    "--sort",
+                        row.order,       "--output",      place.path(),
+                        in.path()};
+            if (isPlanned)
+                words.insert(words.begin(), {"--plan-to", plan.path()});
+            EXPECT_EQ(run(words).status, 0);
+            EXPECT_TRUE(!isPlanned || run({"run", plan.path()}).status == 0);
+            std::string names;
+            for (const QByteArray& name : everythingBelow(place))
+                names += name.chopped(4).toStdString() + ' ';
+            EXPECT_EQ(names, row.names);
+        }
+    EXPECT_EQ(run({"--sort", "size", "--output", out.path(), in.path()}).status, 2);
+}
+
 } // namespace ferrow
