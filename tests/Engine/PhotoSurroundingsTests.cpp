@@ -46,10 +46,11 @@ Composition around(PixelSize photo, std::int64_t border, double radius, const RG
     return composition;
 }
 
-Bitmap composed(const Composition& composition, const Bitmap& photo, std::int64_t band = 1000)
+/// With `bits` a component, of a photo of 8.
+Bitmap composed(const Composition& composition, const Bitmap& photo, std::int64_t band = 1000, int bits = 8)
 {
-    PictureRows rows(photo);
-    Compositor compositor(composition, &rows, ColorProfile::sRGB(), needsAlpha(composition, photo.format()));
+    PictureRows rows(bits == 8 ? photo : test::widened(photo));
+    Compositor compositor(composition, &rows, ColorProfile::sRGB(), needsAlpha(composition, photo.format()), bits);
     Bitmap canvas(compositor.size(), compositor.format(), ColorProfile::sRGB());
     if (composition.blurredPhoto)
         compositor.setBackground(BlurredPicture(photo, photo.size(), canvas.size(), composition.blurredPhoto->sigma,
@@ -70,6 +71,41 @@ double sumOf(const Bitmap& picture, int channel)
 }
 
 } // namespace
+
+TEST(PhotoSurroundings, lookTheSameInEitherDepth)
+{
+    struct Row {
+        const char* name;
+        PixelFormat photo;
+        double borderAlpha;
+        bool isBlurred;
+    };
+    for (const Row& row : {Row{"opaque", rgb8, 1, false},
+                           {"blurred", rgb8, 1, true},
+                           {"transparent", rgba8, 0.4, false},
+                           {"transparent and blurred", rgba8, 1, true}}) {
+        SCOPED_TRACE(row.name);
+        const Bitmap photo = test::noise({60, 40}, row.photo);
+        Composition composition = around(photo.size(), 20, 9.5, {0.2, 0.4, 0.6, row.borderAlpha});
+        composition.line = {4, 2.5, {0.9, 0.1, 0.3, 0.7}};
+        composition.shadow = {3, 2, 0.45};
+        if (row.isBlurred)
+            composition.blurredPhoto = {6, 0.8};
+        composition.overlays.push_back({test::flat({30, 12}, rgba8Premultiplied, {90, 20, 100, 128}), 10, 15, 0.8});
+        const Bitmap plain = composed(composition, photo);
+        const Bitmap deep = composed(composition, photo, 7, 16);
+        ASSERT_EQ(deep.format(), rgbFormat(16, plain.format().hasAlpha()));
+        const int channels = plain.format().channels();
+        for (std::int64_t y = 0; y < plain.size().height; ++y)
+            for (std::int64_t x = 0; x < plain.size().width; ++x) {
+                // Where next to nothing is seen, 8 bits know little of its color.
+                const bool isFaint = channels == 4 && component(plain, x, y, 3) < 64;
+                for (int c = isFaint ? 3 : 0; c < channels; ++c)
+                    ASSERT_NEAR(component(deep, x, y, c) / 257.0, component(plain, x, y, c), channels == 4 ? 5 : 1.6)
+                        << x << ' ' << y << ' ' << c;
+            }
+    }
+}
 
 TEST(RowCoverage, isTheExactAreaInEachPixel)
 {
