@@ -2,6 +2,7 @@
 // Processor time of loading a 280-pixel thumbnail with its metadata, over the codec's own decode at 1/8.
 #include "BenchSupport.h"
 
+#include "Engine/InProcessAnswerer.h"
 #include "Imaging/ImageLoader.h"
 #include "Platform/Pixels/ColorProfile.h"
 
@@ -15,6 +16,7 @@ int main(int argc, char** argv)
     using namespace ferrow;
     using namespace ferrow::bench;
     const QCoreApplication application(argc, argv);
+    Engine::setAnswerer(std::make_unique<Engine::InProcessAnswerer>());
     const ScratchFolder folder;
     const std::string path = folder.file("photo.jpg");
     writeSourceJpeg(path, {.icc = ColorProfile::sRGB().icc()});

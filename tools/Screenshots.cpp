@@ -2,7 +2,7 @@
 // Takes pictures of the window, its sheets and its popovers: Screenshots FOLDER [light|dark] [width height]
 #include "SamplePhotos.h"
 
-#include "Engine/Answerer.h"
+#include "Engine/InProcessAnswerer.h"
 #include "Features/PreviewPane/PreviewPane.h"
 #include "Session/Preferences.h"
 #include "Widgets/FerrowStyle.h"
@@ -368,6 +368,7 @@ int main(int argc, char** argv)
     for (const FileUrl& folder : {photos, output})
         QDir().mkpath(folder.displayPath());
     tools::writeSamplePhotos(photos);
+    Engine::setAnswerer(std::make_unique<Engine::InProcessAnswerer>());
 
     Theme::current().setAppearance(dark ? Appearance::dark : Appearance::light);
     Theme::current().setReducedMotion(true);

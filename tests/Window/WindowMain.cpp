@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Engine/InProcessAnswerer.h"
 #include "Widgets/FerrowStyle.h"
 
 #include <QApplication>
@@ -21,6 +22,7 @@ int main(int argc, char** argv)
     QApplication application(argc, argv);
     std::setlocale(LC_NUMERIC, "C");
     ferrow::FerrowStyle::install(application);
+    ferrow::Engine::setAnswerer(std::make_unique<ferrow::Engine::InProcessAnswerer>());
     testing::InitGoogleMock(&argc, argv);
     return RUN_ALL_TESTS();
 }

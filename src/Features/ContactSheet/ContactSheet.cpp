@@ -142,7 +142,8 @@ void ContactSheet::buildNothingFound()
 
 void ContactSheet::buildSizes()
 {
-    sizes_ = new QWidget;
+    sizes_ = new QWidget(this);
+    sizes_->hide(); // Until somebody has placed it.
     auto* row = new QHBoxLayout(sizes_);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(Space::group);
