@@ -69,9 +69,10 @@ for program in ferrow/usr/bin/ferrow ferrow-batch/usr/{bin/ferrow-batch,libexec/
     for sign in 'Type: *DYN' GNU_RELRO BIND_NOW; do
         grep -q "$sign" "$scratch/headers" || fail "$program: not hardened: no $sign"
     done
-    for sign in __stack_chk_fail '_chk@'; do
-        grep -q "$sign" "$scratch/symbols" || fail "$program: not hardened: no $sign"
-    done
+    grep -q __stack_chk_fail "$scratch/symbols" || fail "$program: not hardened: no __stack_chk_fail"
+    # Checked copies are there only where something is copied whose room the compiler knows: ferrow-batch has none such.
+    [ "$program" = ferrow-batch/usr/bin/ferrow-batch ] || grep -q '_chk@' "$scratch/symbols" ||
+        fail "$program: not hardened: no _chk@"
 done
 echo "The packages hold what they should, and their programs are hardened."
 
