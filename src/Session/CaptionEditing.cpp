@@ -4,6 +4,7 @@
 #include "Metadata/MetadataTemplateExpander.h"
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 namespace ferrow {
@@ -137,10 +138,15 @@ void CaptionEditing::moveCaption(int by)
     const int to = std::clamp(from + by, 0, int(captions_.size()) - 1);
     if (to != from)
         editCaptions(QStringLiteral("Move Caption"), to, [&](RenderRecipe& recipe) {
-            // A copy: GCC 12 warns of a rotation that it would read a face which is not there.
-            const Caption moved = recipe.captions[std::size_t(from)];
-            recipe.captions.erase(recipe.captions.begin() + from);
-            recipe.captions.insert(recipe.captions.begin() + to, moved);
+            std::vector<std::size_t> order(recipe.captions.size());
+            std::iota(order.begin(), order.end(), 0);
+            order.erase(order.begin() + from);
+            order.insert(order.begin() + to, std::size_t(from));
+            // Copies: compilers warn of captions moved in their place that they would read what is not there.
+            std::vector<Caption> moved;
+            for (const std::size_t index : order)
+                moved.emplace_back(recipe.captions[index]);
+            recipe.captions = std::move(moved);
         });
 }
 
