@@ -12,15 +12,6 @@ namespace ferrow {
 
 namespace {
 
-std::optional<QDateTime> captureDate(const ImportedPhoto& photo)
-{
-    const auto corrected = photo.corrections.find(MetadataField::captureDate);
-    if (corrected == photo.corrections.end())
-        return photo.metadata.captureDate;
-    const auto* date = std::get_if<QDateTime>(&corrected->second);
-    return date ? std::optional(*date) : std::nullopt;
-}
-
 bool hasNamesDownwards(const PhotoOrder& order)
 {
     return order.key == PhotoOrder::Key::name && order.isDescending;
@@ -35,7 +26,7 @@ std::int64_t orderRank(const ImportedPhoto& photo, const PhotoOrder& order)
     case PhotoOrder::Key::name:
         return 0;
     case PhotoOrder::Key::captureDate: {
-        const std::optional<QDateTime> date = captureDate(photo);
+        const std::optional<QDateTime> date = photo.captionMetadata().captureDate;
         return date ? directed(date->toMSecsSinceEpoch()) : std::numeric_limits<std::int64_t>::max();
     }
     case PhotoOrder::Key::added:
